@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wagemill {
+
+/// Whether the file system gives a time of last change for the path; a folder counts too. Never throws.
+bool fileExists(const std::filesystem::path& path);
+
+/// Lets pending window events run, then deletes the file, a read-only one too; of a link the link itself. Every failure
+/// is ignored. A folder is left alone.
+void deleteFileQuietly(const std::filesystem::path& path);
+
+/// Writes the bytes from the first byte of the file on; a longer file keeps its tail. A new file is readable by its owner
+/// alone. Throws std::runtime_error that names the file and the reason.
+void writeBytesToFile(std::span<const std::byte> bytes, const std::filesystem::path& path);
+
+/// The whole file. Throws std::runtime_error that names the file and the reason.
+std::vector<std::byte> readBytesFromFile(const std::filesystem::path& path);
+
+/// The folder of the running program, without a trailing separator. Set once at start.
+const std::filesystem::path& programFolder();
+void setProgramFolder(const std::filesystem::path& folder);
+/// A file beside the program: the folder followed by `name`, which begins with a separator ("/HAND-M.CUR").
+std::filesystem::path besideProgram(std::string_view name);
+
+/// A file in the folder that the environment variable "TEMP" names: its value followed by `name`, which begins with a
+/// separator ("/template.xlt").
+std::filesystem::path inTemporaryFolder(std::string_view name);
+
+/// Where TEMP is not set: makes a fresh folder that only the user can enter, makes it TEMP, and removes it when the program
+/// ends. Throws std::runtime_error when no folder can be made.
+void ensureTemporaryFolder();
+
+/// Whether this is a debug run of a developer's build rather than the built program.
+bool isDevelopmentRun();
+
+/// What processes pending window events; set once at start. Without it there are none.
+void setWindowEventPump(std::function<void()> pump);
+void processWindowEvents();
+
+/// Ends the program at once: no unload handler runs, nothing further is saved.
+/// Tests set what happens instead; the default removes the run's own temporary folder and ends the process.
+void endProgram();
+void setProgramEnd(std::function<void()> end);
+
+} // namespace wagemill

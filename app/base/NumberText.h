@@ -1,0 +1,66 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wagemill {
+
+/// A number as its decimal digits, exactly as written: value = (negative ? -1 : 1) * 0.digits * 10^pointPosition.
+/// No leading or trailing zeros; no digits means zero.
+struct DecimalNumber {
+    bool negative = false;
+    std::string digits;
+    int pointPosition = 0;
+
+    bool operator==(const DecimalNumber&) const = default;
+};
+
+/// How a number was written, beside its value.
+struct NumberReading {
+    DecimalNumber number;
+    bool hasCurrency = false;
+    bool hasGroups = false;
+    bool hasExponent = false;
+    bool hasPercent = false; ///< number is the figure before the sign: "7.65%" reads 7.65
+    int decimals = 0;        ///< digits typed behind the decimal separator
+};
+
+/// Reads a number in the user's format, or nothing when the text is none: currency symbol, group separators, a sign
+/// before, behind or as brackets, exponent, the locale's digits or 0 to 9, blanks of every kind around. Percent signs
+/// are only read where `allowPercent`. Empty text is no number.
+std::optional<NumberReading> readNumber(std::string_view text, const RegionalFormats& formats,
+                                        bool allowPercent = false);
+
+/// Whether the form takes the text as a figure.
+bool isNumericText(std::string_view text, const RegionalFormats& formats);
+
+/// The nearest double. Never NaN; overflow is nothing.
+std::optional<double> toDouble(const DecimalNumber& number);
+/// The number's shortest decimal digits that read back as the same double.
+DecimalNumber toDecimal(double number);
+/// Rounded to `decimals` digits behind the point, halves away from zero, by decimal digits: 1.005 becomes 1.01.
+DecimalNumber rounded(const DecimalNumber& number, int decimals);
+
+/// The number with `decimals` digits behind the separator, grouped, in the user's currency or number form.
+std::string currencyText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
+std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
+
+/// The same from a text: "12.5" -> "$12.50". Throws std::invalid_argument, naming the text, when it is no number.
+std::string currencyTextOf(std::string_view text, const RegionalFormats& formats);
+std::string numberTextOf(std::string_view text, const RegionalFormats& formats);
+
+/// Rounds halves to even. Throws std::overflow_error, naming the number, outside -32768 to 32767.
+std::int16_t toInt16(double number);
+/// Rounds halves to even. Throws std::overflow_error outside the 32-bit range.
+std::int32_t toInt32(double number);
+
+/// The separator found by writing one half as text: the second character of "0.5", as UTF-8.
+std::string localDecimalSeparator(const RegionalFormats& formats);
+/// mode other than -1: every "." and then every "," becomes the local separator; mode -1: the local separator becomes ".".
+std::string toLocalNumberText(std::string_view text, const RegionalFormats& formats, std::int16_t mode = 0);
+
+} // namespace wagemill

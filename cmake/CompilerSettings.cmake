@@ -1,0 +1,15 @@
+# Warnings are errors in every one of our own targets; hardening is part of a release build.
+add_library(wagemill_compiler_settings INTERFACE)
+target_compile_options(wagemill_compiler_settings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_include_directories(wagemill_compiler_settings INTERFACE ${PROJECT_SOURCE_DIR})
+
+if(WAGEMILL_SANITIZE)
+    target_compile_options(wagemill_compiler_settings INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                                                               -fno-omit-frame-pointer)
+    target_link_options(wagemill_compiler_settings INTERFACE -fsanitize=address,undefined)
+elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(wagemill_compiler_settings INTERFACE -fstack-protector-strong -D_FORTIFY_SOURCE=2)
+    if(NOT WIN32)
+        target_link_options(wagemill_compiler_settings INTERFACE -Wl,-z,relro,-z,now)
+    endif()
+endif()

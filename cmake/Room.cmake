@@ -1,0 +1,11 @@
+# wagemill_room(<name> SOURCES <files> [LINK <libraries>] [QT])
+# One folder of the program as a static library: wagemill_<name>, with our compiler settings. QT turns on moc.
+function(wagemill_room name)
+    cmake_parse_arguments(ROOM "QT" "" "SOURCES;LINK" ${ARGN})
+    add_library(wagemill_${name} STATIC ${ROOM_SOURCES})
+    target_link_libraries(wagemill_${name} PUBLIC ${ROOM_LINK} PRIVATE wagemill_compiler_settings)
+    target_include_directories(wagemill_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    if(ROOM_QT)
+        set_target_properties(wagemill_${name} PROPERTIES AUTOMOC ON)
+    endif()
+endfunction()

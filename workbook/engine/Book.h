@@ -1,0 +1,91 @@
+#pragma once
+
+#include "workbook/engine/CellStyle.h"
+#include "workbook/engine/Sheet.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// A failure of the engine, with a text for the user: what failed, on which file or cell, and why.
+class EngineError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A workbook that formulas may refer to ([MS-XLS] 2.4.271 SupBook): our own, an add-in, or another file.
+struct SupportingBook {
+    enum class Kind : std::uint8_t { Own, AddIn, Foreign };
+    Kind kind = Kind::Own;
+    CarriedRecord record;                ///< of a foreign book, as in the file
+    std::vector<std::string> externNames; ///< names of its EXTERNNAME records, counting from 1 in the tokens
+    std::vector<CarriedRecord> carried;  ///< EXTERNNAME, XCT and CRN records behind it, as in the file
+};
+
+/// What the sheet index of a token means ([MS-XLS] 2.4.105 ExternSheet): sheets `first` to `last` of a book. A negative
+/// number is a sheet that is gone (-1) or the whole book (-2).
+struct ExternSheet {
+    std::uint16_t supportingBook = 0;
+    std::int16_t first = 0;
+    std::int16_t last = 0;
+
+    bool operator==(const ExternSheet&) const = default;
+};
+
+struct DefinedName {
+    std::string name;
+    std::optional<std::uint16_t> sheet; ///< the one sheet that knows it; none: the whole workbook
+    Formula formula;
+    CarriedRecord record; ///< the LBL record as in the file; empty for a name of our own making
+};
+
+/// Times in 100 ns since 1 January 1601 UTC; 0 is not set.
+struct DocumentProperties {
+    std::string title;
+    std::string author;
+    std::string lastAuthor;
+    std::string application;
+    std::uint64_t created = 0;
+    std::uint64_t saved = 0;
+};
+
+/// A stream or storage of the compound file beside the workbook, carried as it came.
+struct CarriedStream {
+    std::vector<std::string> path; ///< names from the root down
+    bool isStorage = false;
+    std::vector<std::byte> data;
+};
+
+/// One workbook.
+class Book {
+public:
+    StyleTable styles;
+    std::vector<std::unique_ptr<Sheet>> sheets;
+    std::size_t activeSheet = 0;
+    std::vector<SupportingBook> supportingBooks;
+    std::vector<ExternSheet> externSheets;
+    std::vector<DefinedName> names;
+    DocumentProperties properties;
+    bool dates1904 = false;  ///< serial day 0 is 1 January 1904
+    bool isTemplate = false; ///< of the file it was read from; a saved workbook is none
+    std::vector<CarriedRecord> carried; ///< records of the globals, in the order in which they stood
+    std::vector<CarriedStream> carriedStreams;
+    std::vector<std::string> notices; ///< what was left out or cannot be recalculated, in the user's words
+
+    /// A new sheet behind the others. Throws EngineError when the name is taken or not allowed.
+    Sheet& addSheet(std::string_view name);
+    /// The position of the sheet of that name, without regard to case (ASCII letters).
+    std::optional<std::size_t> sheetIndex(std::string_view name) const;
+    /// The index for tokens that refer to one sheet of this book, added when missing.
+    std::uint16_t externSheetFor(std::size_t sheet);
+    /// The one sheet of this book that an entry names; nothing when it is gone, foreign or more than one.
+    std::optional<std::size_t> sheetOf(std::uint16_t externSheet) const;
+};
+
+} // namespace wagemill::engine

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+namespace wagemill::engine {
+
+/// Error values under their codes in the file ([MS-XLS] 2.5.10 BErr).
+enum class ErrorCode : std::uint8_t {
+    Null = 0x00,
+    DivisionByZero = 0x07,
+    Value = 0x0F,
+    Reference = 0x17,
+    Name = 0x1D,
+    Number = 0x24,
+    NotAvailable = 0x2A,
+};
+
+/// "#N/A" and its like.
+const char* errorText(ErrorCode error);
+
+struct Empty {
+    bool operator==(const Empty&) const = default;
+};
+
+/// What a cell holds or a formula answers: nothing, a number (never NaN or infinite), a UTF-8 text, a logical, an error.
+using CellValue = std::variant<Empty, double, std::string, bool, ErrorCode>;
+
+inline bool isEmpty(const CellValue& value)
+{
+    return std::holds_alternative<Empty>(value);
+}
+
+/// The number as a cell value; NaN and infinity are the error #NUM!, -0.0 is 0.
+CellValue numberValue(double number);
+
+} // namespace wagemill::engine

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "workbook/engine/CellValue.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// What a formula's operand is to be read as ([MS-XLS] 2.5.198.2 PtgDataType).
+enum class OperandClass : std::uint8_t { Reference = 1, Value = 2, Array = 3 };
+
+/// One corner of a reference. Row and column are actual places counting from 0; a relative part moves when the formula is
+/// copied.
+struct ReferencePart {
+    int row = 0;
+    int column = 0;
+    bool rowRelative = true;
+    bool columnRelative = true;
+
+    bool operator==(const ReferencePart&) const = default;
+};
+
+/// Operators under their token numbers ([MS-XLS] 2.5.198.25): binary, then unary, then the brackets kept as typed.
+enum class Operator : std::uint8_t {
+    Add = 0x03,
+    Subtract = 0x04,
+    Multiply = 0x05,
+    Divide = 0x06,
+    Power = 0x07,
+    Concatenate = 0x08,
+    Less = 0x09,
+    LessOrEqual = 0x0A,
+    Equal = 0x0B,
+    GreaterOrEqual = 0x0C,
+    Greater = 0x0D,
+    NotEqual = 0x0E,
+    Intersection = 0x0F,
+    Union = 0x10,
+    Range = 0x11,
+    UnaryPlus = 0x12,
+    Negate = 0x13,
+    Percent = 0x14,
+    Brackets = 0x15,
+};
+
+struct NumberToken {
+    double number = 0;
+    bool operator==(const NumberToken&) const = default;
+};
+struct TextToken {
+    std::string text; ///< UTF-8, at most 255 UTF-16 units
+    bool operator==(const TextToken&) const = default;
+};
+struct LogicalToken {
+    bool value = false;
+    bool operator==(const LogicalToken&) const = default;
+};
+struct ErrorToken {
+    ErrorCode error = ErrorCode::Value;
+    bool operator==(const ErrorToken&) const = default;
+};
+struct MissingArgumentToken {
+    bool operator==(const MissingArgumentToken&) const = default;
+};
+
+/// A cell or, where `last` is set, an area. `bad` is a reference that no longer exists (#REF!); its kind stays.
+struct ReferenceToken {
+    OperandClass operandClass = OperandClass::Value;
+    std::optional<std::uint16_t> externSheet; ///< index into Book::externSheets; none means the formula's own sheet
+    ReferencePart first;
+    std::optional<ReferencePart> last;
+    bool bad = false;
+
+    bool operator==(const ReferenceToken&) const = default;
+};
+
+/// A defined name, by its place in Book::names counting from 1; with `externSheet` a name of another workbook or add-in
+/// (Book::externNames, by the supporting book of that entry).
+struct NameToken {
+    OperandClass operandClass = OperandClass::Value;
+    std::optional<std::uint16_t> externSheet;
+    std::uint16_t index = 0;
+    bool operator==(const NameToken&) const = default;
+};
+
+struct OperatorToken {
+    Operator op = Operator::Add;
+    bool operator==(const OperatorToken&) const = default;
+};
+
+/// A function under its number in the file ([MS-XLS] 2.5.198.17 Ftab). Function 255 calls the name that is its first
+/// argument.
+struct FunctionToken {
+    OperandClass operandClass = OperandClass::Value;
+    std::uint16_t function = 0;
+    std::uint8_t arguments = 0;
+    bool variable = false; ///< stored with its argument count (PtgFuncVar) rather than without (PtgFunc)
+    bool operator==(const FunctionToken&) const = default;
+};
+
+/// A jump or remark inside the token list ([MS-XLS] 2.5.198.4 PtgAttr...). Targets are indices into Formula::tokens of
+/// the token to go on with.
+struct AttributeToken {
+    enum class Kind : std::uint8_t { Volatile, If, Choose, Goto, Sum, Space, Other };
+    Kind kind = Kind::Other;
+    std::uint8_t flags = 0;            ///< the file's own flags for Space and Other
+    std::uint16_t data = 0;            ///< the file's own operand for Volatile, Space and Other
+    std::vector<std::size_t> targets;  ///< If, Goto: one; Choose: one for each choice and one for the end
+    bool operator==(const AttributeToken&) const = default;
+};
+
+/// A constant array, row by row.
+struct ArrayToken {
+    OperandClass operandClass = OperandClass::Array;
+    int rows = 0;
+    int columns = 0;
+    std::vector<CellValue> values;
+    bool operator==(const ArrayToken&) const = default;
+};
+
+/// Tokens that we carry without understanding them: the bytes as in the file. A formula that holds one keeps its stored
+/// value.
+struct OpaqueToken {
+    std::vector<std::byte> bytes;
+    std::vector<std::byte> trailingBytes; ///< what belongs to it behind the token list
+    bool operator==(const OpaqueToken&) const = default;
+};
+
+using Token = std::variant<NumberToken, TextToken, LogicalToken, ErrorToken, MissingArgumentToken, ReferenceToken,
+                           NameToken, OperatorToken, FunctionToken, AttributeToken, ArrayToken, OpaqueToken>;
+
+/// A formula as tokens in reverse Polish order, never as text: copying shifts tokens, saving writes tokens.
+struct Formula {
+    std::vector<Token> tokens;
+
+    bool operator==(const Formula&) const = default;
+};
+
+/// The formula moved by so many rows and columns: relative parts move, absolute ones stay; a part that leaves the sheet
+/// makes its reference bad.
+Formula shiftedFormula(const Formula& formula, int rows, int columns);
+
+} // namespace wagemill::engine

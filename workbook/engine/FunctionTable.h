@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace wagemill::engine {
+
+/// What the file format fixes of a worksheet function ([MS-XLS] 2.5.198.17 Ftab).
+struct FunctionInfo {
+    std::uint16_t id = 0;
+    std::string_view name; ///< English, upper case
+    std::uint8_t minArguments = 0;
+    std::uint8_t maxArguments = 0; ///< equal to minArguments: stored without a count (PtgFunc)
+    char resultClass = 'V';        ///< 'R', 'V' or 'A'
+    /// Class of each parameter, 'R', 'V' or 'A'; the last letter stands for all that follow.
+    std::string_view parameterClasses;
+    bool isVolatile = false;
+};
+
+/// The function of that number or name (without regard to case), null when the format knows none.
+const FunctionInfo* findFunction(std::uint16_t id);
+const FunctionInfo* findFunction(std::string_view name);
+
+} // namespace wagemill::engine

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+#include "workbook/engine/Book.h"
+
+namespace wagemill::engine {
+
+/// What evaluation needs from outside, handed in so that a test can set it.
+struct CalculationSettings {
+    RegionalFormats formats; ///< for numbers written as text
+    double now = 0;          ///< the present moment as a 1900 serial day with its fraction, in the user's time zone
+};
+
+/// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells' values.
+/// Cells that depend on themselves become 0. A formula with parts we cannot evaluate keeps its stored value.
+void recalculate(Book& book, const CalculationSettings& settings);
+
+} // namespace wagemill::engine

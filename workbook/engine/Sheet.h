@@ -1,0 +1,118 @@
+#pragma once
+
+#include "workbook/engine/CellAddress.h"
+#include "workbook/engine/CellStyle.h"
+#include "workbook/engine/CellValue.h"
+#include "workbook/engine/Formula.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// A record of the file that we carry without understanding it, with the CONTINUE records behind it.
+struct CarriedRecord {
+    std::uint16_t id = 0;
+    std::vector<std::byte> data;
+    std::vector<std::vector<std::byte>> continued;
+
+    bool operator==(const CarriedRecord&) const = default;
+};
+
+/// Formatting runs of a text whose letters do not all look the same: from character `first` (UTF-16 units) on, `font`.
+struct TextRun {
+    std::uint16_t first = 0;
+    std::uint16_t font = 0; ///< index into StyleTable::fonts
+
+    bool operator==(const TextRun&) const = default;
+};
+
+struct Cell {
+    int column = 0;
+    std::uint16_t format = defaultCellFormat; ///< index into StyleTable::formats
+    CellValue value;                          ///< the content, or the last result of the formula
+    std::shared_ptr<const Formula> formula;   ///< none: a constant; shared between equal cells, never changed in place
+    std::shared_ptr<const std::vector<TextRun>> runs; ///< only of a text constant
+    std::shared_ptr<const CarriedRecord> array; ///< the ARRAY record behind the formula, where one stood
+};
+
+struct Row {
+    std::vector<Cell> cells; ///< ascending columns, each at most once
+    std::optional<std::uint16_t> heightTwips;
+    bool heightSetByHand = false;
+    bool hidden = false;
+    std::uint8_t outlineLevel = 0;
+    bool collapsed = false;
+    std::optional<std::uint16_t> format; ///< of the cells of the row that have none of their own
+
+    bool isPlain() const; ///< nothing but cells: no height, format or outline of its own
+};
+
+struct ColumnRun {
+    int first = 0;
+    int last = 0;
+    std::uint16_t width = 8 * 256; ///< in 1/256 of the width of the digit 0 in the default font
+    std::uint16_t format = defaultCellFormat;
+    bool hidden = false;
+    bool ownWidth = true;
+    std::uint8_t outlineLevel = 0;
+    bool collapsed = false;
+
+    bool operator==(const ColumnRun&) const = default;
+};
+
+/// Where the user stands in a sheet.
+struct SheetSelection {
+    CellAddress active;
+    CellRect area;
+
+    bool operator==(const SheetSelection&) const = default;
+};
+
+/// One worksheet: cells by row, widths, heights, merged areas, selection, and what the file held besides.
+class Sheet {
+public:
+    std::string name; ///< 1 to 31 characters
+    bool hidden = false;
+    std::vector<ColumnRun> columns; ///< ascending, never overlapping
+    std::vector<CellRect> merged;
+    SheetSelection selection;
+    std::uint16_t defaultRowHeightTwips = 255;
+    std::uint16_t defaultColumnWidth = 8; ///< whole characters, without the five pixels of margin
+    bool showGridLines = true;
+    std::vector<CarriedRecord> carried; ///< in the order in which they stood
+
+    /// The cell, or null when nothing was ever put there.
+    const Cell* find(CellAddress address) const;
+    Cell* find(CellAddress address);
+    /// The cell, made with the format of its row or column when it is not there yet.
+    /// Throws std::out_of_range when the address lies outside the sheet.
+    Cell& at(CellAddress address);
+    /// The value of the cell, Empty where there is none.
+    const CellValue& value(CellAddress address) const;
+
+    const std::vector<Row>& rows() const { return m_rows; }
+    /// The row, made when it is not there yet. Throws std::out_of_range outside the sheet.
+    Row& row(int index);
+    const Row* findRow(int index) const;
+
+    /// The block that holds every cell that is there, also those that only carry a format; nothing in an empty sheet.
+    std::optional<CellRect> usedRange() const;
+
+    /// Width in 1/256 characters, 0 when hidden. Height in twips, 0 when hidden.
+    int columnWidth(int column) const;
+    int rowHeightTwips(int row) const;
+
+    /// Pastes the whole rows `first` to `last`, with heights, formats and merged areas, so that they begin at row
+    /// `target`: relative references move along. Throws std::out_of_range when they would leave the sheet.
+    void copyRows(int first, int last, int target);
+
+private:
+    std::vector<Row> m_rows; ///< by row index, as long as the last row that is there
+};
+
+} // namespace wagemill::engine

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "workbook/engine/Book.h"
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+namespace wagemill::engine::xls {
+
+/// Reads an Excel 97-2003 workbook or template (BIFF8 in an OLE compound file, [MS-XLS] and [MS-CFB]).
+/// bytes  the whole file; may be damaged or hostile
+/// file   its name, for messages
+/// Throws EngineError that names the file and what it is: not a compound file, an older or newer format, encrypted,
+/// damaged.
+Book readWorkbook(std::span<const std::byte> bytes, std::string_view file);
+
+} // namespace wagemill::engine::xls
