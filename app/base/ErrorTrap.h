@@ -20,14 +20,16 @@ public:
 
     /// Runs one numbered step. Never throws: the user has seen and answered the error dialog instead.
     /// number  at least 1 and ascending within a procedure; loops repeat their numbers
-    template <std::invocable Step> void step(int number, Step&& work)
+    template <std::invocable Step>
+    void step(int number, Step&& work)
     {
         m_step = number;
         run(std::forward<Step>(work));
     }
 
     /// Runs a statement without a number; a failure names the last numbered step passed, 0 when there is none.
-    template <std::invocable Step> void run(Step&& work)
+    template <std::invocable Step>
+    void run(Step&& work)
     {
         try {
             work();
@@ -50,7 +52,8 @@ std::string applicationErrorText(std::string_view description, std::string_view 
 
 /// What a procedure reaches for and an earlier step may have failed to make.
 /// Throws std::runtime_error "There is no <what>." when the pointer is empty.
-template <typename Pointer> auto& present(const Pointer& pointer, std::string_view what)
+template <typename Pointer>
+auto& present(const Pointer& pointer, std::string_view what)
 {
     if (!pointer)
         throw std::runtime_error("There is no " + std::string(what) + ", because an earlier step failed.");

@@ -17,8 +17,8 @@ bool fileExists(const std::filesystem::path& path);
 /// is ignored. A folder is left alone.
 void deleteFileQuietly(const std::filesystem::path& path);
 
-/// Writes the bytes from the first byte of the file on; a longer file keeps its tail. A new file is readable by its owner
-/// alone. Throws std::runtime_error that names the file and the reason.
+/// Writes the bytes from the first byte of the file on; a longer file keeps its tail. A new file is readable by its
+/// owner alone. Throws std::runtime_error that names the file and the reason.
 void writeBytesToFile(std::span<const std::byte> bytes, const std::filesystem::path& path);
 
 /// The whole file. Throws std::runtime_error that names the file and the reason.
@@ -34,8 +34,8 @@ std::filesystem::path besideProgram(std::string_view name);
 /// separator ("/template.xlt").
 std::filesystem::path inTemporaryFolder(std::string_view name);
 
-/// Where TEMP is not set: makes a fresh folder that only the user can enter, makes it TEMP, and removes it when the program
-/// ends. Throws std::runtime_error when no folder can be made.
+/// Where TEMP is not set: makes a fresh folder that only the user can enter, makes it TEMP, and removes it when the
+/// program ends. Throws std::runtime_error when no folder can be made.
 void ensureTemporaryFolder();
 
 /// Whether this is a debug run of a developer's build rather than the built program.

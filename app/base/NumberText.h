@@ -60,7 +60,8 @@ std::int32_t toInt32(double number);
 
 /// The separator found by writing one half as text: the second character of "0.5", as UTF-8.
 std::string localDecimalSeparator(const RegionalFormats& formats);
-/// mode other than -1: every "." and then every "," becomes the local separator; mode -1: the local separator becomes ".".
+/// mode other than -1: every "." and then every "," becomes the local separator; mode -1: the local separator becomes
+/// ".".
 std::string toLocalNumberText(std::string_view text, const RegionalFormats& formats, std::int16_t mode = 0);
 
 } // namespace wagemill

@@ -23,9 +23,9 @@ public:
 struct SupportingBook {
     enum class Kind : std::uint8_t { Own, AddIn, Foreign };
     Kind kind = Kind::Own;
-    CarriedRecord record;                ///< of a foreign book, as in the file
+    CarriedRecord record;                 ///< of a foreign book, as in the file
     std::vector<std::string> externNames; ///< names of its EXTERNNAME records, counting from 1 in the tokens
-    std::vector<CarriedRecord> carried;  ///< EXTERNNAME, XCT and CRN records behind it, as in the file
+    std::vector<CarriedRecord> carried;   ///< EXTERNNAME, XCT and CRN records behind it, as in the file
 };
 
 /// What the sheet index of a token means ([MS-XLS] 2.4.105 ExternSheet): sheets `first` to `last` of a book. A negative
@@ -72,8 +72,8 @@ public:
     std::vector<ExternSheet> externSheets;
     std::vector<DefinedName> names;
     DocumentProperties properties;
-    bool dates1904 = false;  ///< serial day 0 is 1 January 1904
-    bool isTemplate = false; ///< of the file it was read from; a saved workbook is none
+    bool dates1904 = false;             ///< serial day 0 is 1 January 1904
+    bool isTemplate = false;            ///< of the file it was read from; a saved workbook is none
     std::vector<CarriedRecord> carried; ///< records of the globals, in the order in which they stood
     std::vector<CarriedStream> carriedStreams;
     std::vector<std::string> notices; ///< what was left out or cannot be recalculated, in the user's words

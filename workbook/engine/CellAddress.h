@@ -42,8 +42,8 @@ std::string columnName(int column);
 /// "D5" for row 4, column 3.
 std::string addressText(CellAddress cell);
 
-/// Reads "D5", "A1:B7" or whole rows "2:12" (columns 0 to 255), in any case and with or without "$"; empty when the text
-/// is no such address or lies outside the sheet.
+/// Reads "D5", "A1:B7" or whole rows "2:12" (columns 0 to 255), in any case and with or without "$"; empty when the
+/// text is no such address or lies outside the sheet.
 std::optional<CellRect> parseAddress(std::string_view text);
 
 } // namespace wagemill::engine

@@ -29,7 +29,7 @@ struct Font {
     std::uint16_t weight = 400;      ///< 700 is bold
     bool italic = false;
     bool strikeout = false;
-    std::uint8_t underline = 0;     ///< 0 none, 1 single, 2 double, 0x21 and 0x22 the accounting forms
+    std::uint8_t underline = 0; ///< 0 none, 1 single, 2 double, 0x21 and 0x22 the accounting forms
     std::uint16_t superSubscript = 0;
     std::uint8_t family = 0;
     std::uint8_t characterSet = 0;
@@ -100,8 +100,8 @@ struct CellFormat {
     bool wrap = false;
     bool shrinkToFit = false;
     std::uint8_t rotation = 0;
-    std::uint8_t indent = 0;       ///< 0 to 15 steps
-    std::uint8_t readingOrder = 0; ///< 0 by context, 1 left to right, 2 right to left
+    std::uint8_t indent = 0;         ///< 0 to 15 steps
+    std::uint8_t readingOrder = 0;   ///< 0 by context, 1 left to right, 2 right to left
     std::uint8_t usedAttributes = 0; ///< bits 2 to 7 as in the file: number, font, alignment, border, fill, protection
     Border left, right, top, bottom, diagonal;
     std::uint8_t diagonalDirections = 0; ///< bit 0 down, bit 1 up

@@ -24,7 +24,8 @@ struct Empty {
     bool operator==(const Empty&) const = default;
 };
 
-/// What a cell holds or a formula answers: nothing, a number (never NaN or infinite), a UTF-8 text, a logical, an error.
+/// What a cell holds or a formula answers: nothing, a number (never NaN or infinite), a UTF-8 text, a logical, an
+/// error.
 using CellValue = std::variant<Empty, double, std::string, bool, ErrorCode>;
 
 inline bool isEmpty(const CellValue& value)

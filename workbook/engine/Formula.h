@@ -15,8 +15,8 @@ namespace wagemill::engine {
 /// What a formula's operand is to be read as ([MS-XLS] 2.5.198.2 PtgDataType).
 enum class OperandClass : std::uint8_t { Reference = 1, Value = 2, Array = 3 };
 
-/// One corner of a reference. Row and column are actual places counting from 0; a relative part moves when the formula is
-/// copied.
+/// One corner of a reference. Row and column are actual places counting from 0; a relative part moves when the formula
+/// is copied.
 struct ReferencePart {
     int row = 0;
     int column = 0;
@@ -109,9 +109,9 @@ struct FunctionToken {
 struct AttributeToken {
     enum class Kind : std::uint8_t { Volatile, If, Choose, Goto, Sum, Space, Other };
     Kind kind = Kind::Other;
-    std::uint8_t flags = 0;            ///< the file's own flags for Space and Other
-    std::uint16_t data = 0;            ///< the file's own operand for Volatile, Space and Other
-    std::vector<std::size_t> targets;  ///< If, Goto: one; Choose: one for each choice and one for the end
+    std::uint8_t flags = 0;           ///< the file's own flags for Space and Other
+    std::uint16_t data = 0;           ///< the file's own operand for Volatile, Space and Other
+    std::vector<std::size_t> targets; ///< If, Goto: one; Choose: one for each choice and one for the end
     bool operator==(const AttributeToken&) const = default;
 };
 

@@ -12,19 +12,19 @@ namespace wagemill::engine {
 
 /// A value as its cell shows it, before the cell's width is considered.
 struct ShownText {
-    std::string text;         ///< UTF-8; `_x` became a blank
-    std::optional<Rgb> color; ///< from a section such as [Red]
-    bool isNumber = false;    ///< shown right-aligned, and as "###" where it does not fit
-    bool isGeneral = false;   ///< a number in General: digits may be dropped until it fits the column
+    std::string text;            ///< UTF-8; `_x` became a blank
+    std::optional<Rgb> color;    ///< from a section such as [Red]
+    bool isNumber = false;       ///< shown right-aligned, and as "###" where it does not fit
+    bool isGeneral = false;      ///< a number in General: digits may be dropped until it fits the column
     bool isNegativeDate = false; ///< a date format on a value that is no date: "###" whatever the width
 
     bool operator==(const ShownText&) const = default;
 };
 
-/// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant digits
-/// and rounded half away from zero. "m/d/yy" is the user's short date with a year of four digits. Separators, digits,
-/// month names are those of `formats`. An unreadable code shows the value as General does.
-/// dates1904  serial day 0 is 1 January 1904
+/// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant
+/// digits and rounded half away from zero. "m/d/yy" is the user's short date with a year of four digits. Separators,
+/// digits, month names are those of `formats`. An unreadable code shows the value as General does. dates1904  serial
+/// day 0 is 1 January 1904
 ShownText showValue(const CellValue& value, std::string_view code, const RegionalFormats& formats,
                     bool dates1904 = false);
 

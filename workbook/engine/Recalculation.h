@@ -11,8 +11,8 @@ struct CalculationSettings {
     double now = 0;          ///< the present moment as a 1900 serial day with its fraction, in the user's time zone
 };
 
-/// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells' values.
-/// Cells that depend on themselves become 0. A formula with parts we cannot evaluate keeps its stored value.
+/// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
+/// values. Cells that depend on themselves become 0. A formula with parts we cannot evaluate keeps its stored value.
 void recalculate(Book& book, const CalculationSettings& settings);
 
 } // namespace wagemill::engine

@@ -37,7 +37,7 @@ struct Cell {
     CellValue value;                          ///< the content, or the last result of the formula
     std::shared_ptr<const Formula> formula;   ///< none: a constant; shared between equal cells, never changed in place
     std::shared_ptr<const std::vector<TextRun>> runs; ///< only of a text constant
-    std::shared_ptr<const CarriedRecord> array; ///< the ARRAY record behind the formula, where one stood
+    std::shared_ptr<const CarriedRecord> array;       ///< the ARRAY record behind the formula, where one stood
 };
 
 struct Row {

@@ -34,9 +34,9 @@ enum class TextAlign { Left, Center, Right };
 
 /// A cell's text. The painter, who knows the font's metrics, breaks, cuts and replaces it by these rules.
 struct PictureText {
-    PictureRect cell;    ///< the cell or merged area
-    PictureRect room;    ///< where the text may be drawn: the cell, and the empty cells beside it that it may run over
-    std::string text;    ///< UTF-8, line feeds are line breaks
+    PictureRect cell; ///< the cell or merged area
+    PictureRect room; ///< where the text may be drawn: the cell, and the empty cells beside it that it may run over
+    std::string text; ///< UTF-8, line feeds are line breaks
     Font font;
     Rgb color;
     TextAlign align = TextAlign::Left;

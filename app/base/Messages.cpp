@@ -1,0 +1,30 @@
+#include "app/base/Messages.h"
+
+#include <iostream>
+
+namespace wagemill {
+
+namespace {
+
+Messages*& programMessages()
+{
+    static Messages* messages = nullptr;
+    return messages;
+}
+
+} // namespace
+
+void setMessages(Messages* messages)
+{
+    programMessages() = messages;
+}
+
+MessageAnswer showMessage(const Message& message)
+{
+    if (programMessages() != nullptr)
+        return programMessages()->show(message);
+    std::cerr << message.text << '\n';
+    return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::No;
+}
+
+} // namespace wagemill

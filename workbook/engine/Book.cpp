@@ -1,0 +1,74 @@
+#include "workbook/engine/Book.h"
+
+#include <algorithm>
+
+namespace wagemill::engine {
+
+namespace {
+
+char upperAscii(char letter)
+{
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
+bool sameName(std::string_view one, std::string_view other)
+{
+    return std::ranges::equal(one, other, {}, upperAscii, upperAscii);
+}
+
+std::size_t characterCount(std::string_view utf8)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+} // namespace
+
+Sheet& Book::addSheet(std::string_view name)
+{
+    const std::size_t length = characterCount(name);
+    if (length < 1 || length > 31 || name.find_first_of("\\/?*[]:") != std::string_view::npos || name.front() == '\'' ||
+        name.back() == '\'')
+        throw EngineError("\"" + std::string(name) + "\" cannot be the name of a sheet.");
+    if (sheetIndex(name))
+        throw EngineError("There is already a sheet named \"" + std::string(name) + "\".");
+    sheets.push_back(std::make_unique<Sheet>());
+    sheets.back()->name = name;
+    return *sheets.back();
+}
+
+std::optional<std::size_t> Book::sheetIndex(std::string_view name) const
+{
+    const auto found = std::ranges::find_if(sheets, [&](const auto& sheet) { return sameName(sheet->name, name); });
+    if (found == sheets.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(found - sheets.begin());
+}
+
+std::uint16_t Book::externSheetFor(std::size_t sheet)
+{
+    auto own = std::ranges::find(supportingBooks, SupportingBook::Kind::Own, &SupportingBook::kind);
+    if (own == supportingBooks.end())
+        own = supportingBooks.insert(own, SupportingBook{});
+    const auto index = static_cast<std::int16_t>(sheet);
+    const ExternSheet entry{static_cast<std::uint16_t>(own - supportingBooks.begin()), index, index};
+    const auto found = std::ranges::find(externSheets, entry);
+    if (found != externSheets.end())
+        return static_cast<std::uint16_t>(found - externSheets.begin());
+    externSheets.push_back(entry);
+    return static_cast<std::uint16_t>(externSheets.size() - 1);
+}
+
+std::optional<std::size_t> Book::sheetOf(std::uint16_t externSheet) const
+{
+    if (externSheet >= externSheets.size())
+        return std::nullopt;
+    const ExternSheet& entry = externSheets[externSheet];
+    if (entry.supportingBook >= supportingBooks.size() ||
+        supportingBooks[entry.supportingBook].kind != SupportingBook::Kind::Own || entry.first != entry.last ||
+        entry.first < 0 || static_cast<std::size_t>(entry.first) >= sheets.size())
+        return std::nullopt;
+    return static_cast<std::size_t>(entry.first);
+}
+
+} // namespace wagemill::engine

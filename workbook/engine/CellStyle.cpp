@@ -1,0 +1,194 @@
+#include "workbook/engine/CellStyle.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr std::size_t mostFormats = 4050; ///< the file format's own limits
+constexpr std::size_t mostFonts = 510;
+constexpr std::uint16_t noParent = 0xFFF;
+
+/// Built-in number formats, [MS-XLS] 2.4.126.
+constexpr auto builtInFormats = std::to_array<std::pair<std::uint16_t, std::string_view>>({
+    {0, "General"},
+    {1, "0"},
+    {2, "0.00"},
+    {3, "#,##0"},
+    {4, "#,##0.00"},
+    {5, "\"$\"#,##0_);\\(\"$\"#,##0\\)"},
+    {6, "\"$\"#,##0_);[Red]\\(\"$\"#,##0\\)"},
+    {7, "\"$\"#,##0.00_);\\(\"$\"#,##0.00\\)"},
+    {8, "\"$\"#,##0.00_);[Red]\\(\"$\"#,##0.00\\)"},
+    {9, "0%"},
+    {10, "0.00%"},
+    {11, "0.00E+00"},
+    {12, "# ?/?"},
+    {13, "# ?\?/?\?"},
+    {14, "m/d/yy"},
+    {15, "d-mmm-yy"},
+    {16, "d-mmm"},
+    {17, "mmm-yy"},
+    {18, "h:mm AM/PM"},
+    {19, "h:mm:ss AM/PM"},
+    {20, "h:mm"},
+    {21, "h:mm:ss"},
+    {22, "m/d/yy h:mm"},
+    {37, "#,##0_);\\(#,##0\\)"},
+    {38, "#,##0_);[Red]\\(#,##0\\)"},
+    {39, "#,##0.00_);\\(#,##0.00\\)"},
+    {40, "#,##0.00_);[Red]\\(#,##0.00\\)"},
+    {41, "_(* #,##0_);_(* \\(#,##0\\);_(* \"-\"_);_(@_)"},
+    {42, "_(\"$\"* #,##0_);_(\"$\"* \\(#,##0\\);_(\"$\"* \"-\"_);_(@_)"},
+    {43, "_(* #,##0.00_);_(* \\(#,##0.00\\);_(* \"-\"?\?_);_(@_)"},
+    {44, "_(\"$\"* #,##0.00_);_(\"$\"* \\(#,##0.00\\);_(\"$\"* \"-\"?\?_);_(@_)"},
+    {45, "mm:ss"},
+    {46, "[h]:mm:ss"},
+    {47, "mm:ss.0"},
+    {48, "##0.0E+0"},
+    {49, "@"},
+});
+
+/// Identifiers whose codes every workbook writes although they are built in: their text depends on the region.
+constexpr auto alwaysWritten = std::to_array<std::uint16_t>({5, 6, 7, 8, 41, 42, 43, 44});
+
+/// The first eight colours of the palette and of the fixed indices 0 to 7.
+constexpr auto basicColors = std::to_array<Rgb>({
+    {0, 0, 0},
+    {255, 255, 255},
+    {255, 0, 0},
+    {0, 255, 0},
+    {0, 0, 255},
+    {255, 255, 0},
+    {255, 0, 255},
+    {0, 255, 255},
+});
+
+/// The standard palette, colour indices 8 to 63 ([MS-XLS] 2.5.161 Icv).
+constexpr std::array<std::uint32_t, 56> standardPalette = {
+    0x000000, 0xFFFFFF, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF, 0x800000, 0x008000,
+    0x000080, 0x808000, 0x800080, 0x008080, 0xC0C0C0, 0x808080, 0x9999FF, 0x993366, 0xFFFFCC, 0xCCFFFF,
+    0x660066, 0xFF8080, 0x0066CC, 0xCCCCFF, 0x000080, 0xFF00FF, 0xFFFF00, 0x00FFFF, 0x800080, 0x800000,
+    0x008080, 0x0000FF, 0x00CCFF, 0xCCFFFF, 0xCCFFCC, 0xFFFF99, 0x99CCFF, 0xFF99CC, 0xCC99FF, 0xFFCC99,
+    0x3366FF, 0x33CCCC, 0x99CC00, 0xFFCC00, 0xFF9900, 0xFF6600, 0x666699, 0x969696, 0x003366, 0x339966,
+    0x003300, 0x333300, 0x993300, 0x993366, 0x333399, 0x333333,
+};
+
+CellFormat styleFormat(std::uint16_t font, std::uint16_t numberFormat, std::uint8_t usedAttributes)
+{
+    CellFormat format;
+    format.font = font;
+    format.numberFormat = numberFormat;
+    format.isStyle = true;
+    format.parent = noParent;
+    format.usedAttributes = usedAttributes;
+    return format;
+}
+
+/// Normal and the outline styles (0 to 14), the default cell format (15), Comma to Percent (16 to 20): the list that
+/// the format prescribes, [MS-XLS] 2.5.282.
+std::vector<CellFormat> firstFormats()
+{
+    std::vector<CellFormat> formats;
+    for (int index = 0; index < defaultCellFormat; ++index) {
+        const auto font = static_cast<std::uint16_t>(index == 0 || index > 4 ? 0 : (index + 1) / 2);
+        formats.push_back(styleFormat(font, 0, index == 0 ? 0 : 0xF4));
+    }
+    formats.emplace_back();
+    for (const std::uint16_t numberFormat : std::to_array<std::uint16_t>({43, 41, 44, 42, 9}))
+        formats.push_back(styleFormat(1, numberFormat, 0xF8));
+    return formats;
+}
+
+} // namespace
+
+std::string_view builtInNumberFormat(std::uint16_t identifier)
+{
+    const auto found =
+        std::ranges::find(builtInFormats, identifier, &std::pair<std::uint16_t, std::string_view>::first);
+    return found == builtInFormats.end() ? "General" : found->second;
+}
+
+StyleTable::StyleTable() : fonts(4), formats(firstFormats())
+{
+    for (const std::uint16_t identifier : alwaysWritten)
+        numberFormats.emplace(identifier, builtInNumberFormat(identifier));
+    std::ranges::transform(standardPalette, palette.begin(), [](std::uint32_t color) {
+        return Rgb{static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
+                   static_cast<std::uint8_t>(color)};
+    });
+}
+
+std::string_view StyleTable::numberFormatCode(std::uint16_t identifier) const
+{
+    const auto found = numberFormats.find(identifier);
+    return found == numberFormats.end() ? builtInNumberFormat(identifier) : std::string_view(found->second);
+}
+
+std::uint16_t StyleTable::numberFormatFor(std::string_view code)
+{
+    for (const auto& [identifier, known] : numberFormats)
+        if (known == code)
+            return identifier;
+    for (const auto& [identifier, known] : builtInFormats)
+        if (known == code && !numberFormats.contains(identifier))
+            return identifier;
+    const std::uint16_t last = numberFormats.empty() ? std::uint16_t{0} : numberFormats.rbegin()->first;
+    if (last == 0xFFFF)
+        throw std::length_error("The workbook has no room for another number format.");
+    const std::uint16_t identifier = std::max(firstOwnNumberFormat, static_cast<std::uint16_t>(last + 1));
+    numberFormats.emplace(identifier, code);
+    return identifier;
+}
+
+std::uint16_t StyleTable::formatFor(const CellFormat& format)
+{
+    const auto found = std::ranges::find(formats, format);
+    if (found != formats.end())
+        return static_cast<std::uint16_t>(found - formats.begin());
+    if (formats.size() >= mostFormats)
+        throw std::length_error("The workbook has no room for another cell format.");
+    formats.push_back(format);
+    return static_cast<std::uint16_t>(formats.size() - 1);
+}
+
+std::uint16_t StyleTable::fontFor(const Font& font)
+{
+    const auto found = std::ranges::find(fonts, font);
+    if (found != fonts.end())
+        return static_cast<std::uint16_t>(found - fonts.begin());
+    if (fonts.size() >= mostFonts)
+        throw std::length_error("The workbook has no room for another font.");
+    fonts.push_back(font);
+    return static_cast<std::uint16_t>(fonts.size() - 1);
+}
+
+const CellFormat& StyleTable::format(std::uint16_t index) const
+{
+    static const CellFormat plain;
+    if (index < formats.size())
+        return formats[index];
+    return defaultCellFormat < formats.size() ? formats[defaultCellFormat] : plain;
+}
+
+const Font& StyleTable::fontOf(const CellFormat& format) const
+{
+    static const Font plain;
+    if (format.font < fonts.size())
+        return fonts[format.font];
+    return fonts.empty() ? plain : fonts.front();
+}
+
+Rgb StyleTable::rgb(ColorIndex color, Rgb automatic) const
+{
+    if (color < basicColors.size())
+        return basicColors[color];
+    if (const std::size_t index = color - basicColors.size(); index < palette.size())
+        return palette[index];
+    return automatic;
+}
+
+} // namespace wagemill::engine
