@@ -22,6 +22,11 @@ void ErrorTrap::reportApplicationError(const std::exception& error) const
                  MessageButtons::Ok});
 }
 
+void reportEventFailure(const std::exception& error)
+{
+    showMessage({error.what(), "", MessageIcon::Warning, MessageButtons::Ok});
+}
+
 std::string applicationErrorText(std::string_view description, std::string_view label, int step)
 {
     std::string text(description);

@@ -45,6 +45,20 @@ private:
     int m_step = 0;
 };
 
+void reportEventFailure(const std::exception& error);
+
+/// Runs an event handler that has no trap of its own: a failure is shown as a plain message, and the user goes on.
+/// Nothing may be thrown through the window system.
+template <std::invocable Work>
+void handleEvent(Work&& work)
+{
+    try {
+        work();
+    } catch (const std::exception& error) {
+        reportEventFailure(error);
+    }
+}
+
 /// The text of the error dialog.
 /// description  what the failing operation reported
 /// label        "in Wagemill2021/08/31." + procedure + one blank

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "settings/Settings.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+struct sqlite3;
+
+namespace wagemill {
+
+/// The store as a SQLite database of one table (application, section, key, value). Every write is a durable transaction
+/// of its own, so a killed program loses nothing and leaves no lock behind. Folder and file are the user's alone.
+class SqliteStore : public SettingsStore {
+public:
+    /// file  made, with its folder, at the first write. Until then a store that is not there reads as empty.
+    explicit SqliteStore(std::filesystem::path file);
+    ~SqliteStore() override;
+
+    std::optional<std::string> read(std::string_view application, std::string_view section,
+                                    std::string_view key) override;
+    void write(std::string_view application, std::string_view section, std::string_view key,
+               std::string_view value) override;
+
+private:
+    struct CloseDatabase {
+        void operator()(sqlite3* database) const;
+    };
+
+    /// Opens the database when it is not open; a file that was taken away or replaced meanwhile is opened anew.
+    sqlite3* database();
+    void open();
+    /// Throws; a file that is no database is set aside first, so that the next write begins a new one.
+    [[noreturn]] void giveUpOpening(int outcome);
+    void rememberOpenFile();
+    bool fileIsStillTheOpenOne() const;
+    [[noreturn]] void throwStoreError(std::string_view what) const;
+
+    std::filesystem::path m_file;
+    std::unique_ptr<sqlite3, CloseDatabase> m_database;
+    std::uintmax_t m_device = 0; ///< of the open file, to see whether the path still names it
+    std::uintmax_t m_inode = 0;
+};
+
+/// The user's configuration folder: XDG_CONFIG_HOME, else .config in HOME.
+std::filesystem::path userConfigurationFolder();
+
+} // namespace wagemill
