@@ -24,8 +24,17 @@ CalendarDate dateFromDaysSinceEpoch(int days);
 
 /// The date in the user's short form, always with four digits of year: "3/31/2026".
 std::string shortDateText(CalendarDate date, const RegionalFormats& formats);
-/// Reads what shortDateText writes, and the same order with other separators ("/", "-", ".", blank), with a year of two
-/// digits (1930 to 2029), or as yyyy-mm-dd. Nothing when the text is no day of the calendar.
+/// Reads what shortDateText writes, and the same order with other separators ("/", "-", ".", blank; the same one
+/// throughout), with a year of two digits (1930 to 2029), or the year first in four digits, as yyyy-mm-dd. Nothing when
+/// the text is no day of the calendar.
 std::optional<CalendarDate> readShortDate(std::string_view text, const RegionalFormats& formats);
+
+/// The full year of one typed with two digits: 30 to 99 are of the last century, 0 to 29 of this one.
+int yearOfTwoDigits(int year);
+/// The month, 1 to 12, of a name or short name in the user's language; a dot behind it and, for the letters A to Z, case
+/// do not count. `name` is in plain characters (see plainCharacters).
+std::optional<int> monthOfName(std::string_view name, const RegionalFormats& formats);
+/// Whether the user writes the day before the month.
+bool isDayFirst(const RegionalFormats& formats);
 
 } // namespace wagemill

@@ -2,6 +2,7 @@
 
 #include "app/base/RegionalFormats.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -30,22 +31,39 @@ struct NumberReading {
 };
 
 /// Reads a number in the user's format, or nothing when the text is none: currency symbol, group separators, a sign
-/// before, behind or as brackets, exponent, the locale's digits or 0 to 9, blanks of every kind around. Percent signs
-/// are only read where `allowPercent`. Empty text is no number.
+/// before, behind or as brackets, exponent, the locale's digits or 0 to 9, blanks of every kind around. A percent sign
+/// is only read where `allowPercent`. Empty text is no number, nor is a figure beyond the range of a double.
+/// Group separators stand where the user's format puts them or before every third digit: "1,23" is no number, as is
+/// "0,123", which is more likely a decimal fraction from elsewhere.
 std::optional<NumberReading> readNumber(std::string_view text, const RegionalFormats& formats,
                                         bool allowPercent = false);
 
 /// Whether the form takes the text as a figure.
 bool isNumericText(std::string_view text, const RegionalFormats& formats);
 
-/// The nearest double. Never NaN; overflow is nothing.
+/// The nearest double; overflow is nothing.
 std::optional<double> toDouble(const DecimalNumber& number);
-/// The number's shortest decimal digits that read back as the same double.
+/// The number's shortest decimal digits that read back as the same double; NaN and infinity have none and are zero.
 DecimalNumber toDecimal(double number);
 /// Rounded to `decimals` digits behind the point, halves away from zero, by decimal digits: 1.005 becomes 1.01.
 DecimalNumber rounded(const DecimalNumber& number, int decimals);
 
-/// The number with `decimals` digits behind the separator, grouped, in the user's currency or number form.
+/// The digits of a number rounded to `decimals` places, without sign: "12" and "50".
+struct FixedDigits {
+    std::string integer; ///< without leading zeros; empty below one
+    std::string fraction; ///< `decimals` digits
+};
+FixedDigits fixedDigits(const DecimalNumber& number, int decimals);
+
+/// Whether a group separator follows an integer digit.
+/// following  digits between this digit and the decimal separator
+/// total      all digits before the decimal separator
+bool isGroupEnd(std::size_t following, std::size_t total, const RegionalFormats& formats);
+/// The user's digits for 0 to 9 in a text; other characters stay.
+std::string toLocalDigits(std::string_view text, const RegionalFormats& formats);
+
+/// The number with `decimals` digits behind the separator, grouped, in the user's currency or number form. What rounds
+/// to zero has no sign.
 std::string currencyText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
 std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
 

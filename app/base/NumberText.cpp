@@ -1,0 +1,402 @@
+#include "app/base/NumberText.h"
+
+#include "app/base/PlainCharacters.h"
+#include "app/base/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+namespace wagemill {
+
+namespace {
+
+/// Far beyond every double and far from overflow in sums.
+constexpr std::int64_t pointLimit = 1'000'000'000;
+
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+/// The part of a plain text that is still to be read.
+class Reader {
+public:
+    explicit Reader(std::string_view text) : m_rest(text) {}
+
+    bool atEnd() const { return m_rest.empty(); }
+    char peek(std::size_t offset = 0) const { return offset < m_rest.size() ? m_rest[offset] : '\0'; }
+    bool startsWith(std::string_view text) const { return !text.empty() && m_rest.substr(0, text.size()) == text; }
+    bool skip(std::string_view text)
+    {
+        const bool found = startsWith(text);
+        if (found)
+            m_rest.remove_prefix(text.size());
+        return found;
+    }
+    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size())); }
+    std::string_view takeDigits()
+    {
+        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), isDigit);
+        const std::string_view digits = m_rest.substr(0, static_cast<std::size_t>(end - m_rest.begin()));
+        m_rest.remove_prefix(digits.size());
+        return digits;
+    }
+
+private:
+    std::string_view m_rest;
+};
+
+/// The separators and the symbol as they are met in a plain text.
+struct PlainFormats {
+    explicit PlainFormats(const RegionalFormats& formats)
+        : decimal(plainSeparator(formats.decimalSeparator, formats)),
+          group(plainSeparator(formats.groupSeparator, formats)),
+          currency(plainCharacters(formats.currencySymbol, formats))
+    {
+    }
+
+    /// A blank is a separator too, though plainCharacters takes blanks at the ends away.
+    static std::string plainSeparator(const std::string& separator, const RegionalFormats& formats)
+    {
+        const std::string plain = plainCharacters(separator, formats);
+        return plain.empty() && !separator.empty() ? " " : plain;
+    }
+
+    std::string decimal;
+    std::string group;
+    std::string currency;
+};
+
+/// What stands around the digits of a figure.
+struct Marks {
+    int minusSigns = 0;
+    int plusSigns = 0;
+    int openBrackets = 0;
+    int closeBrackets = 0;
+    int currencies = 0;
+    int percents = 0;
+
+    bool fit() const
+    {
+        return minusSigns + plusSigns + openBrackets <= 1 && openBrackets == closeBrackets &&
+               currencies + percents <= 1;
+    }
+};
+
+enum class Side { Before, Behind };
+
+void readMarks(Reader& reader, Side side, const PlainFormats& formats, Marks& marks)
+{
+    int& brackets = side == Side::Before ? marks.openBrackets : marks.closeBrackets;
+    const std::string_view bracket = side == Side::Before ? "(" : ")";
+    for (bool found = true; found;) {
+        reader.skipBlanks();
+        found = true;
+        if (reader.skip(formats.currency))
+            ++marks.currencies;
+        else if (reader.skip("-"))
+            ++marks.minusSigns;
+        else if (reader.skip("+"))
+            ++marks.plusSigns;
+        else if (reader.skip("%"))
+            ++marks.percents;
+        else if (reader.skip(bracket))
+            ++brackets;
+        else
+            found = false;
+    }
+}
+
+bool isGrouping(const std::vector<std::size_t>& groups, int firstGroup, int furtherGroups)
+{
+    const auto further = static_cast<std::size_t>(std::max(furtherGroups, 1));
+    return groups.back() == static_cast<std::size_t>(firstGroup) && groups.front() >= 1 &&
+           groups.front() <= std::max(further, groups.back()) &&
+           std::all_of(groups.begin() + 1, groups.end() - 1, [further](std::size_t size) { return size == further; });
+}
+
+/// The digits before the decimal separator without their group separators; nothing when groups are misplaced.
+std::optional<std::string> readInteger(Reader& reader, const PlainFormats& plain, const RegionalFormats& formats,
+                                       bool& hasGroups)
+{
+    std::string digits(reader.takeDigits());
+    std::vector<std::size_t> groups = {digits.size()};
+    while (!digits.empty() && reader.startsWith(plain.group) && isDigit(reader.peek(plain.group.size()))) {
+        reader.skip(plain.group);
+        const std::string_view group = reader.takeDigits();
+        groups.push_back(group.size());
+        digits += group;
+    }
+    hasGroups = groups.size() > 1;
+    if (hasGroups && (digits.front() == '0' || !(isGrouping(groups, formats.firstGroup, formats.furtherGroups) ||
+                                                 isGrouping(groups, 3, 3))))
+        return std::nullopt;
+    return digits;
+}
+
+/// An exponent behind the digits, 0 when there is none; clamped far beyond every double.
+std::int64_t readExponent(Reader& reader, bool& hasExponent)
+{
+    const bool hasSign = reader.peek(1) == '-' || reader.peek(1) == '+';
+    hasExponent = (reader.peek() == 'E' || reader.peek() == 'e') && isDigit(reader.peek(hasSign ? 2 : 1));
+    if (!hasExponent)
+        return 0;
+    const bool negative = reader.peek(1) == '-';
+    for (const std::string_view skipped : {"E", "e", "-", "+"})
+        reader.skip(skipped);
+    std::int64_t exponent = 0;
+    for (const char digit : reader.takeDigits())
+        exponent = std::min(exponent * 10 + (digit - '0'), pointLimit);
+    return negative ? -exponent : exponent;
+}
+
+DecimalNumber decimalNumber(bool negative, std::string digits, std::int64_t pointPosition)
+{
+    const std::size_t leading = std::min(digits.find_first_not_of('0'), digits.size());
+    digits.erase(0, leading);
+    digits.erase(digits.find_last_not_of('0') + 1);
+    if (digits.empty())
+        return {};
+    const std::int64_t position = pointPosition - static_cast<std::int64_t>(leading);
+    return {negative, std::move(digits), static_cast<int>(std::clamp(position, -pointLimit, pointLimit))};
+}
+
+/// Adds one to the last digit; all nines become a single one, and the point moves.
+void incrementLastDigit(DecimalNumber& number)
+{
+    number.digits.erase(number.digits.find_last_not_of('9') + 1);
+    if (number.digits.empty()) {
+        number.digits = "1";
+        ++number.pointPosition;
+    } else {
+        ++number.digits.back();
+    }
+}
+
+std::string unsignedText(const FixedDigits& fixed, const RegionalFormats& formats)
+{
+    const std::string integer = fixed.integer.empty() ? "0" : fixed.integer;
+    std::string text;
+    for (std::size_t i = 0; i < integer.size(); ++i) {
+        text += integer[i];
+        if (isGroupEnd(integer.size() - 1 - i, integer.size(), formats))
+            text += formats.groupSeparator;
+    }
+    if (!fixed.fraction.empty())
+        text += formats.decimalSeparator + fixed.fraction;
+    return toLocalDigits(text, formats);
+}
+
+std::string inAffixes(const Affixes& affixes, const std::string& text)
+{
+    return affixes.prefix + text + affixes.suffix;
+}
+
+DecimalNumber numberOf(std::string_view text, const RegionalFormats& formats)
+{
+    const auto reading = readNumber(text, formats);
+    if (!reading)
+        throw std::invalid_argument("\"" + std::string(text) + "\" is not a number.");
+    return reading->number;
+}
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to)
+{
+    if (from.empty())
+        return;
+    std::string replaced;
+    std::size_t start = 0;
+    for (std::size_t found = text.find(from); found != std::string::npos; found = text.find(from, start)) {
+        replaced.append(text, start, found - start).append(to);
+        start = found + from.size();
+    }
+    text = replaced.append(text, start);
+}
+
+template <typename Integer> Integer toInteger(double number, const char* range)
+{
+    const double whole = std::nearbyint(number); // the default rounding: halves to even
+    if (!(whole >= std::numeric_limits<Integer>::min() && whole <= std::numeric_limits<Integer>::max()))
+        throw std::overflow_error("The number " + std::to_string(number) + " is outside the range " + range + ".");
+    return static_cast<Integer>(whole);
+}
+
+} // namespace
+
+std::optional<NumberReading> readNumber(std::string_view text, const RegionalFormats& formats, bool allowPercent)
+{
+    const std::string plain = plainCharacters(text, formats);
+    const PlainFormats plainFormats(formats);
+    Reader reader(plain);
+    NumberReading reading;
+    Marks marks;
+
+    readMarks(reader, Side::Before, plainFormats, marks);
+    const auto integer = readInteger(reader, plainFormats, formats, reading.hasGroups);
+    if (!integer)
+        return std::nullopt;
+    const std::string_view fraction = reader.skip(plainFormats.decimal) ? reader.takeDigits() : std::string_view();
+    if (integer->empty() && fraction.empty())
+        return std::nullopt;
+    const std::int64_t exponent = readExponent(reader, reading.hasExponent);
+    readMarks(reader, Side::Behind, plainFormats, marks);
+    if (!reader.atEnd() || !marks.fit() || (marks.percents > 0 && !allowPercent))
+        return std::nullopt;
+
+    reading.number = decimalNumber(marks.minusSigns + marks.openBrackets > 0, *integer + std::string(fraction),
+                                   static_cast<std::int64_t>(integer->size()) + exponent);
+    reading.hasCurrency = marks.currencies > 0;
+    reading.hasPercent = marks.percents > 0;
+    reading.decimals = static_cast<int>(std::min<std::size_t>(fraction.size(), pointLimit));
+    if (!toDouble(reading.number))
+        return std::nullopt;
+    return reading;
+}
+
+bool isNumericText(std::string_view text, const RegionalFormats& formats)
+{
+    return readNumber(text, formats).has_value();
+}
+
+std::optional<double> toDouble(const DecimalNumber& number)
+{
+    if (number.digits.empty() || number.pointPosition < std::numeric_limits<double>::min_exponent10 - 20)
+        return 0.0;
+    if (number.pointPosition > std::numeric_limits<double>::max_exponent10 + 1)
+        return std::nullopt;
+    const std::string text = (number.negative ? "-0." : "0.") + number.digits + "e" +
+                             std::to_string(number.pointPosition);
+    double value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec == std::errc::result_out_of_range)
+        return number.pointPosition > 0 ? std::nullopt : std::optional(0.0);
+    return std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+DecimalNumber toDecimal(double number)
+{
+    if (!std::isfinite(number))
+        return {};
+    std::array<char, 32> buffer{};
+    const auto end = std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific).ptr;
+    std::string digits(buffer.begin(), end);
+    const std::size_t mark = digits.find('e');
+    int exponent = 0;
+    const bool signedPlus = digits[mark + 1] == '+';
+    std::from_chars(digits.data() + mark + (signedPlus ? 2 : 1), digits.data() + digits.size(), exponent);
+    digits.erase(mark);
+    std::erase(digits, '.');
+    return decimalNumber(number < 0, std::move(digits), std::int64_t{exponent} + 1);
+}
+
+DecimalNumber rounded(const DecimalNumber& number, int decimals)
+{
+    const std::int64_t kept = std::int64_t{number.pointPosition} + decimals;
+    if (kept < 0)
+        return {};
+    const auto keptDigits = static_cast<std::size_t>(kept);
+    if (keptDigits >= number.digits.size())
+        return number;
+    DecimalNumber result = number;
+    result.digits.resize(keptDigits);
+    if (number.digits[keptDigits] >= '5')
+        incrementLastDigit(result);
+    return decimalNumber(result.negative, result.digits, result.pointPosition);
+}
+
+FixedDigits fixedDigits(const DecimalNumber& number, int decimals)
+{
+    const DecimalNumber value = rounded(number, decimals);
+    const auto width = static_cast<std::size_t>(std::max(decimals, 0));
+    if (value.digits.empty())
+        return {"", std::string(width, '0')};
+    const auto integerDigits = static_cast<std::size_t>(std::max(value.pointPosition, 0));
+    const auto leadingZeros = static_cast<std::size_t>(std::max(-value.pointPosition, 0));
+    FixedDigits fixed{value.digits.substr(0, integerDigits), std::string(leadingZeros, '0')};
+    fixed.integer.append(integerDigits - fixed.integer.size(), '0');
+    if (integerDigits < value.digits.size())
+        fixed.fraction += value.digits.substr(integerDigits);
+    fixed.fraction.resize(width, '0');
+    return fixed;
+}
+
+bool isGroupEnd(std::size_t following, std::size_t total, const RegionalFormats& formats)
+{
+    if (formats.firstGroup <= 0 || formats.furtherGroups <= 0)
+        return false;
+    const auto first = static_cast<std::size_t>(formats.firstGroup);
+    const auto before = static_cast<std::size_t>(std::max(formats.digitsBeforeGrouping, 1));
+    return following >= first && total >= first + before &&
+           (following - first) % static_cast<std::size_t>(formats.furtherGroups) == 0;
+}
+
+std::string toLocalDigits(std::string_view text, const RegionalFormats& formats)
+{
+    if (formats.zeroDigit == U'0')
+        return std::string(text);
+    std::u32string characters = toUtf32(text);
+    for (char32_t& character : characters)
+        if (character >= U'0' && character <= U'9')
+            character = formats.zeroDigit + (character - U'0');
+    return toUtf8(characters);
+}
+
+std::string currencyText(const DecimalNumber& number, const RegionalFormats& formats, int decimals)
+{
+    const DecimalNumber value = rounded(number, decimals);
+    return inAffixes(value.negative ? formats.negativeCurrency : formats.currency,
+                     unsignedText(fixedDigits(value, decimals), formats));
+}
+
+std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals)
+{
+    const DecimalNumber value = rounded(number, decimals);
+    return (value.negative ? formats.negativeSign : std::string()) +
+           unsignedText(fixedDigits(value, decimals), formats);
+}
+
+std::string currencyTextOf(std::string_view text, const RegionalFormats& formats)
+{
+    return currencyText(numberOf(text, formats), formats);
+}
+
+std::string numberTextOf(std::string_view text, const RegionalFormats& formats)
+{
+    return numberText(numberOf(text, formats), formats);
+}
+
+std::int16_t toInt16(double number)
+{
+    return toInteger<std::int16_t>(number, "-32768 to 32767");
+}
+
+std::int32_t toInt32(double number)
+{
+    return toInteger<std::int32_t>(number, "-2147483648 to 2147483647");
+}
+
+std::string localDecimalSeparator(const RegionalFormats& formats)
+{
+    const std::u32string half = toUtf32(numberText({false, "5", 0}, formats, 1));
+    return toUtf8(half.substr(1, 1));
+}
+
+std::string toLocalNumberText(std::string_view text, const RegionalFormats& formats, std::int16_t mode)
+{
+    std::string result(text);
+    const std::string separator = localDecimalSeparator(formats);
+    if (mode == -1) {
+        replaceAll(result, separator, ".");
+    } else {
+        replaceAll(result, ".", separator);
+        replaceAll(result, ",", separator);
+    }
+    return result;
+}
+
+} // namespace wagemill

@@ -1,0 +1,75 @@
+#include "app/base/PlainCharacters.h"
+
+#include "app/base/Utf8.h"
+
+#include <algorithm>
+#include <array>
+
+namespace wagemill {
+
+namespace {
+
+struct Alternatives {
+    char32_t first;
+    char32_t last;
+    char32_t plain; ///< 0: dropped
+};
+
+constexpr auto alternatives = std::to_array<Alternatives>({
+    {0x0009, 0x000D, U' '},  // tabulator and line ends
+    {0x00A0, 0x00A0, U' '},  // no-break blank
+    {0x00AD, 0x00AD, 0},     // soft hyphen
+    {0x00B4, 0x00B4, U'\''}, // acute accent
+    {0x02BC, 0x02BC, U'\''}, // modifier apostrophe
+    {0x060C, 0x060C, U','},  // Arabic comma
+    {0x061C, 0x061C, 0},     // Arabic letter mark
+    {0x066A, 0x066A, U'%'},  // Arabic percent sign
+    {0x066B, 0x066B, U'.'},  // Arabic decimal separator
+    {0x066C, 0x066C, U','},  // Arabic thousands separator
+    {0x2000, 0x200A, U' '},  // typographic blanks
+    {0x200B, 0x200F, 0},     // zero-width blanks, joiners and direction marks
+    {0x2010, 0x2015, U'-'},  // hyphens and dashes
+    {0x2018, 0x2019, U'\''}, // quotation marks used as apostrophes
+    {0x202A, 0x202E, 0},     // direction embeddings
+    {0x202F, 0x202F, U' '},  // narrow no-break blank
+    {0x205F, 0x205F, U' '},  // mathematical blank
+    {0x2066, 0x2069, 0},     // direction isolates
+    {0x2212, 0x2212, U'-'},  // minus sign
+    {0x2E41, 0x2E41, U','},  // reversed comma
+    {0x3000, 0x3000, U' '},  // ideographic blank
+    {0xFE63, 0xFE63, U'-'},  // small hyphen
+    {0xFEFF, 0xFEFF, 0},     // byte order mark
+    {0xFFE5, 0xFFE5, 0x00A5} // full-width yen sign
+});
+
+/// 0: the character is dropped.
+char32_t plainCharacter(char32_t character, char32_t zeroDigit)
+{
+    if (character >= zeroDigit && character <= zeroDigit + 9)
+        return U'0' + (character - zeroDigit);
+    if (character > U' ' && character < 0x7F)
+        return character;
+    if (character >= 0xFF01 && character <= 0xFF5E)
+        return character - 0xFF01 + U'!';
+    const auto found = std::find_if(alternatives.begin(), alternatives.end(), [character](const Alternatives& range) {
+        return character >= range.first && character <= range.last;
+    });
+    return found == alternatives.end() ? character : found->plain;
+}
+
+} // namespace
+
+std::string plainCharacters(std::string_view text, const RegionalFormats& formats)
+{
+    std::u32string plain;
+    for (const char32_t typed : toUtf32(text)) {
+        const char32_t character = plainCharacter(typed, formats.zeroDigit);
+        if (character != 0 && !(character == U' ' && plain.empty()))
+            plain += character;
+    }
+    while (!plain.empty() && plain.back() == U' ')
+        plain.pop_back();
+    return toUtf8(plain);
+}
+
+} // namespace wagemill

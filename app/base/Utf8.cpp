@@ -1,0 +1,85 @@
+#include "app/base/Utf8.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace wagemill {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+
+bool isCodePoint(char32_t character)
+{
+    return character < 0xD800 || (character > 0xDFFF && character <= 0x10FFFF);
+}
+
+/// Bytes that follow the first byte of a sequence, -1 when no sequence begins with it.
+int continuationBytes(std::uint8_t first)
+{
+    if (first < 0x80)
+        return 0;
+    if (first >= 0xC2 && first < 0xE0)
+        return 1;
+    if (first >= 0xE0 && first < 0xF0)
+        return 2;
+    return first >= 0xF0 && first < 0xF5 ? 3 : -1;
+}
+
+/// Reads one sequence and moves `position` behind it; behind one byte when it is none.
+char32_t readCodePoint(std::string_view text, std::size_t& position)
+{
+    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+    const auto first = static_cast<std::uint8_t>(text[position++]);
+    const int count = continuationBytes(first);
+    if (count == 0)
+        return first;
+    if (count < 0 || text.size() - position < static_cast<std::size_t>(count))
+        return replacementCharacter;
+    char32_t character = first & (0x3FU >> count);
+    for (int i = 0; i < count; ++i) {
+        const auto next = static_cast<std::uint8_t>(text[position + static_cast<std::size_t>(i)]);
+        if ((next & 0xC0U) != 0x80)
+            return replacementCharacter;
+        character = character << 6U | (next & 0x3FU);
+    }
+    if (character < smallest[count] || !isCodePoint(character))
+        return replacementCharacter;
+    position += static_cast<std::size_t>(count);
+    return character;
+}
+
+void appendUtf8(std::string& text, char32_t character)
+{
+    if (character < 0x80) {
+        text += static_cast<char>(character);
+        return;
+    }
+    const int count = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    constexpr unsigned leads[] = {0, 0xC0, 0xE0, 0xF0};
+    text += static_cast<char>(leads[count] | character >> (6U * static_cast<unsigned>(count)));
+    for (int i = count - 1; i >= 0; --i)
+        text += static_cast<char>(0x80U | (character >> (6U * static_cast<unsigned>(i)) & 0x3FU));
+}
+
+} // namespace
+
+std::u32string toUtf32(std::string_view text)
+{
+    std::u32string characters;
+    characters.reserve(text.size());
+    for (std::size_t position = 0; position < text.size();)
+        characters += readCodePoint(text, position);
+    return characters;
+}
+
+std::string toUtf8(std::u32string_view text)
+{
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (const char32_t character : text)
+        appendUtf8(bytes, isCodePoint(character) ? character : replacementCharacter);
+    return bytes;
+}
+
+} // namespace wagemill

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace wagemill {
+
+/// The code points of a UTF-8 text; every byte that is no part of a valid sequence is U+FFFD.
+std::u32string toUtf32(std::string_view text);
+/// The UTF-8 text of code points; what is no code point becomes U+FFFD.
+std::string toUtf8(std::u32string_view text);
+
+} // namespace wagemill
