@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+class QWidget;
+
+namespace wagemill {
+
+/// The caption of every window.
+inline constexpr std::string_view productTitle = "Wagemill";
+/// The phrase that the application title is cut from.
+inline constexpr std::string_view productPhrase = "Wagemill Payroll Workbook Creator";
+
+/// What draws a skin on a window. On Windows its members are called by dispatch identifier, given at each.
+class SkinningControl {
+public:
+    SkinningControl() = default;
+    SkinningControl(const SkinningControl&) = delete;
+    SkinningControl& operator=(const SkinningControl&) = delete;
+    virtual ~SkinningControl() = default;
+
+    /// 2. Throws std::runtime_error that names the file and the reason.
+    virtual void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) = 0;
+    /// 1. Bit 0 set: the skin covers the controls of a window.
+    virtual std::int32_t options() const = 0;
+    virtual void setOptions(std::int32_t options) = 0;
+    /// 5 and 10: whether the skin also covers what is created later.
+    virtual void setFlag(int dispatchIdentifier, bool value) = 0;
+    /// 3. The window that the platform knows under `windowHandle` takes the skin.
+    virtual void applyWindow(std::uintptr_t windowHandle) = 0;
+};
+
+/// The main window's skin and neutral background. Without a skin file beside the program nothing happens at all.
+/// Throws std::runtime_error when the skin file cannot be used; the window then keeps the neutral background.
+void applyMainWindowSkin(QWidget& mainWindow);
+void applyMainWindowSkin(QWidget& mainWindow, SkinningControl& skin);
+
+/// The neutral background, the palette's button colour, on a window and its labels, option buttons, check boxes and
+/// frames. A picture box keeps its own colour: it may be a drawing surface.
+void applyPlainBackground(QWidget& window);
+
+/// The design font of all windows; its size stays the user's.
+void applyDesignFont(QWidget& window);
+
+/// `title` without its last word, and without further words while it is longer than 40 characters.
+/// Throws std::invalid_argument when there is no blank left to cut at.
+std::string shortenedTitle(std::string_view title);
+
+/// The application title becomes shortenedTitle(title); when that throws, it stays as it was.
+void makeApplicationTitle(std::string_view title);
+/// What message boxes show that name no title of their own.
+std::string applicationTitle();
+
+} // namespace wagemill

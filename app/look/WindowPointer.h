@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QCursor>
+#include <QHash>
+#include <QObject>
+#include <QPointer>
+
+#include <filesystem>
+#include <initializer_list>
+#include <utility>
+#include <vector>
+
+class QWidget;
+
+namespace wagemill {
+
+enum class PointerMode { Arrow = 0, Hourglass = 11, Hand = 99 };
+
+/// The mouse pointer of one window and the rule of hovering: what the mouse moves over sets the mode, except while the
+/// window is busy (Hourglass). In mode Arrow a control may show a cursor of its own, as the text cursor of a text
+/// field; in mode Hourglass none does.
+class WindowPointer : public QObject {
+    Q_OBJECT
+
+public:
+    /// The mouse over the window's own background means Arrow. The window owns this object.
+    explicit WindowPointer(QWidget& window);
+
+    /// The mouse over each of the controls means `mode`.
+    void watch(PointerMode mode, std::initializer_list<QWidget*> controls);
+
+    PointerMode mode() const { return m_mode; }
+    void setMode(PointerMode mode);
+    /// Arrow, unless the window is busy.
+    void resetPointer();
+
+    /// The cursor of mode Hand; until one is loaded that mode shows the arrow.
+    /// Throws std::runtime_error that names the file and the reason.
+    void loadHandCursor(const std::filesystem::path& file);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void hover(PointerMode mode);
+    void showModeCursor();
+    void hideOwnCursors();
+    void restoreOwnCursors();
+
+    QWidget& m_window;
+    PointerMode m_mode = PointerMode::Arrow;
+    QCursor m_hand;
+    QHash<QObject*, PointerMode> m_modeOver;
+    std::vector<std::pair<QPointer<QWidget>, QCursor>> m_ownCursors; ///< set aside while the window is busy
+};
+
+} // namespace wagemill
