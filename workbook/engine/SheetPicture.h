@@ -9,25 +9,35 @@
 namespace wagemill::engine {
 
 /// All lengths are in pixels at 96 dots per inch, from the picture's top-left corner.
+inline constexpr double picturePadding = 3; ///< between a cell's edge and its text, left and right
+inline constexpr double pictureIndent = 9;  ///< one step of indent
+
 struct PictureRect {
     double left = 0;
     double top = 0;
     double width = 0;
     double height = 0;
+
+    bool operator==(const PictureRect&) const = default;
 };
 
 struct PictureFill {
     PictureRect area;
     Rgb color;
+
+    bool operator==(const PictureFill&) const = default;
 };
 
+/// A line along the edge between two cells, or across a cell. A line one pixel wide at x covers x to x + 1.
 struct PictureLine {
     double x1 = 0;
     double y1 = 0;
     double x2 = 0;
     double y2 = 0;
     BorderStyle style = BorderStyle::Thin;
-    Rgb color;
+    Rgb color = {};
+
+    bool operator==(const PictureLine&) const = default;
 };
 
 enum class TextAlign { Left, Center, Right };
@@ -42,6 +52,7 @@ struct PictureText {
     TextAlign align = TextAlign::Left;
     VerticalAlignment vertical = VerticalAlignment::Bottom;
     bool wrap = false;
+    bool shrink = false; ///< drawn in a smaller font until it fits the cell
     int indent = 0;
     bool hashesWhenTooWide = false; ///< a number: "###" where it does not fit the cell
     bool alwaysHashes = false;      ///< "###" whatever the width: a negative date
@@ -49,7 +60,8 @@ struct PictureText {
     std::vector<std::string> shorterForms;
 };
 
-/// What a range looks like on the screen, as a list to draw: first the fills, then the lines, then the texts.
+/// What a range looks like on the screen, as a list to draw: first the fills, then the lines, then the texts. The size
+/// holds the pixel of the lines along the right and the bottom edge.
 struct SheetPicture {
     double width = 0;
     double height = 0;
@@ -58,7 +70,9 @@ struct SheetPicture {
     std::vector<PictureText> texts;
 };
 
-/// The picture of `range` of a sheet of the book, as its window shows it.
+/// The picture of `range` of a sheet of the book, as its window shows it: hidden rows and columns are left out, grid
+/// lines are drawn where the sheet shows them. Rotated text is drawn level.
+/// Throws EngineError when the range holds more than four million cells.
 SheetPicture sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range, const RegionalFormats& formats);
 
 } // namespace wagemill::engine

@@ -1,0 +1,159 @@
+#include "workbook/embedded/TextPainter.h"
+
+#include <QFontMetricsF>
+#include <QTextLine>
+#include <QTextOption>
+
+#include <algorithm>
+#include <cmath>
+
+namespace wagemill {
+
+namespace {
+
+using engine::PictureRect;
+using engine::PictureText;
+using engine::TextAlign;
+
+constexpr double verticalPadding = 1;
+
+/// A device of 96 dots per inch: point sizes become the same pixels on every screen.
+const QImage& metricsDevice()
+{
+    static const QImage device = [] {
+        constexpr int dotsPerMetre = 3780;
+        QImage image(1, 1, QImage::Format_RGB32);
+        image.setDotsPerMeterX(dotsPerMetre);
+        image.setDotsPerMeterY(dotsPerMetre);
+        return image;
+    }();
+    return device;
+}
+
+double widthOf(const QString& text, const QFont& font)
+{
+    return textBlock(text, font, 0, false).width;
+}
+
+/// The number in the first form that fits, else as many "#" as there is room for.
+QString fittingNumber(const PictureText& text, const QFont& font, double width)
+{
+    if (!text.alwaysHashes) {
+        const QString full = QString::fromStdString(text.text);
+        if (!text.hashesWhenTooWide || widthOf(full, font) <= width)
+            return full;
+        for (const std::string& shorter : text.shorterForms)
+            if (const QString form = QString::fromStdString(shorter); widthOf(form, font) <= width)
+                return form;
+    }
+    const double hash = widthOf(QStringLiteral("#"), font);
+    return QString(std::max(1, static_cast<int>(width / hash)), QLatin1Char('#'));
+}
+
+/// The font made smaller until the text fits.
+QFont shrunkFont(const QString& text, QFont font, double width)
+{
+    constexpr double smallest = 1;
+    const double natural = widthOf(text, font);
+    if (natural > width)
+        font.setPointSizeF(std::max(smallest, font.pointSizeF() * width / natural));
+    return font;
+}
+
+double topOf(const PictureText& text, double height)
+{
+    const double spare = text.cell.height - height;
+    if (spare <= 0 && text.wrap)
+        return text.cell.top; // of a text that is too long its beginning is read
+    switch (text.vertical) {
+    case engine::VerticalAlignment::Top:
+    case engine::VerticalAlignment::Justify:
+        return text.cell.top + std::min(verticalPadding, std::max(spare, 0.0));
+    case engine::VerticalAlignment::Center:
+    case engine::VerticalAlignment::Distributed:
+        return text.cell.top + std::round(spare / 2);
+    case engine::VerticalAlignment::Bottom:
+        break;
+    }
+    return text.cell.top + spare - std::min(verticalPadding, std::max(spare, 0.0));
+}
+
+double leftOf(const PictureText& text, const QRectF& inner, double width)
+{
+    switch (text.align) {
+    case TextAlign::Left:
+        return inner.left();
+    case TextAlign::Center:
+        return inner.center().x() - width / 2;
+    case TextAlign::Right:
+        return inner.right() - width;
+    }
+    return inner.left();
+}
+
+/// The cell without its padding and indent.
+QRectF innerCell(const PictureText& text)
+{
+    const double indent = text.indent * engine::pictureIndent;
+    const double left = engine::picturePadding + (text.align == TextAlign::Left ? indent : 0);
+    const double right = engine::picturePadding + (text.align == TextAlign::Right ? indent : 0);
+    return {text.cell.left + left, text.cell.top, std::max(1.0, text.cell.width - left - right), text.cell.height};
+}
+
+} // namespace
+
+QFont drawnFont(const engine::Font& font)
+{
+    constexpr double twipsPerPoint = 20;
+    constexpr int bold = 600;
+    QFont drawn(QString::fromStdString(font.name));
+    drawn.setPointSizeF(std::max(1.0, font.heightTwips / twipsPerPoint));
+    drawn.setBold(font.weight >= bold);
+    drawn.setItalic(font.italic);
+    drawn.setStrikeOut(font.strikeout);
+    drawn.setUnderline(font.underline != 0);
+    drawn.setHintingPreference(QFont::PreferNoHinting); // hinted widths change with the scale
+    drawn.setStyleStrategy(static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
+    return QFont(drawn, &metricsDevice());
+}
+
+TextBlock textBlock(const QString& text, const QFont& font, double width, bool wrap)
+{
+    constexpr double unlimited = 1e6;
+    QString lines = text;
+    lines.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    TextBlock block{std::make_unique<QTextLayout>(lines, font, &metricsDevice()), 0, 0};
+    QTextOption option;
+    option.setWrapMode(wrap ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::ManualWrap);
+    option.setUseDesignMetrics(true);
+    block.layout->setTextOption(option);
+    block.layout->beginLayout();
+    for (QTextLine line = block.layout->createLine(); line.isValid(); line = block.layout->createLine()) {
+        line.setLineWidth(wrap ? width : unlimited);
+        line.setPosition(QPointF(0, block.height));
+        block.height += line.height();
+        block.width = std::max(block.width, line.naturalTextWidth());
+    }
+    block.layout->endLayout();
+    return block;
+}
+
+void TextPainter::draw(const PictureText& text)
+{
+    const QRectF inner = innerCell(text);
+    const QString shown = fittingNumber(text, drawnFont(text.font), inner.width());
+    const QFont font = text.shrink ? shrunkFont(shown, drawnFont(text.font), inner.width()) : drawnFont(text.font);
+    const TextBlock block = textBlock(shown, font, inner.width(), text.wrap);
+    const double top = topOf(text, block.height);
+
+    m_painter.save();
+    m_painter.setClipRect(QRectF(text.room.left, text.room.top, text.room.width, text.room.height));
+    m_painter.setPen(QColor(text.color.red, text.color.green, text.color.blue));
+    for (int index = 0; index < block.layout->lineCount(); ++index) {
+        const QTextLine line = block.layout->lineAt(index);
+        line.draw(&m_painter, QPointF(leftOf(text, inner, line.naturalTextWidth()), top));
+    }
+    m_painter.restore();
+}
+
+} // namespace wagemill

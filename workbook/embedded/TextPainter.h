@@ -1,0 +1,39 @@
+#pragma once
+
+#include "workbook/engine/SheetPicture.h"
+
+#include <QFont>
+#include <QImage>
+#include <QPainter>
+#include <QRectF>
+#include <QString>
+#include <QTextLayout>
+
+#include <memory>
+
+namespace wagemill {
+
+/// A text broken into lines, in pixels at 96 dots per inch.
+struct TextBlock {
+    std::unique_ptr<QTextLayout> layout;
+    double width = 0; ///< of the widest line
+    double height = 0;
+};
+
+/// The font as it is drawn and measured at 96 dots per inch: metrics that do not depend on the scale.
+QFont drawnFont(const engine::Font& font);
+
+/// The text in lines of at most `width` where `wrap` is set, else in one line for each line of the text.
+TextBlock textBlock(const QString& text, const QFont& font, double width, bool wrap);
+
+/// Draws the texts of a picture with a painter whose device has 96 dots per inch.
+class TextPainter {
+public:
+    explicit TextPainter(QPainter& painter) : m_painter(painter) {}
+    void draw(const engine::PictureText& text);
+
+private:
+    QPainter& m_painter;
+};
+
+} // namespace wagemill
