@@ -1,0 +1,64 @@
+#include "workbook/Excel1.h"
+
+#include "app/base/ErrorTrap.h"
+#include "app/base/Files.h"
+
+#include <system_error>
+
+namespace wagemill {
+
+namespace {
+
+constexpr int mostAttempts = 1000;
+
+/// Writes the picture in its own format. A file that was there is replaced, not written into: it may be longer, or a
+/// link.
+void SavePicture(const std::optional<Picture>& picture, const std::filesystem::path& path)
+{
+    if (!picture)
+        throw std::runtime_error("Cannot write the picture \"" + path.string() + "\": the clipboard holds no picture.");
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    if (error)
+        throw std::runtime_error("Cannot replace the picture \"" + path.string() + "\": " + error.message() + ".");
+    writeBytesToFile(picture->fileBytes, path);
+}
+
+} // namespace
+
+void saveCellsActivesheet(Workbook* workbook, const std::filesystem::path& path, PictureClipboard& clipboard)
+{
+    ErrorTrap trap("Excel1.saveCellsActivesheet");
+    std::unique_ptr<Worksheet> sheet;
+    std::int32_t lastRow = 0;
+    trap.step(10, [&] { sheet = present(workbook, "workbook").ActiveSheet(); });
+    trap.step(20, [&] {
+        const auto rows = present(sheet, "active sheet").UsedRange()->Rows();
+        lastRow = present(sheet, "active sheet").UsedRange()->Rows(rows->count())->Row();
+    });
+    trap.step(30, [&] {
+        const auto columns = present(sheet, "active sheet").UsedRange()->Columns();
+        present(sheet, "active sheet").UsedRange()->Columns(columns->count())->Column();
+    });
+    if (lastRow <= 1)
+        return; // an empty sheet has no picture
+    std::optional<Picture> picture;
+    trap.step(40, [&] { present(sheet, "active sheet").Name(); });
+    trap.step(50, [&] { present(sheet, "active sheet").UsedRange()->CopyPicture(); });
+    trap.step(60, [&] { picture = getClipboardPicture(clipboard, 0); });
+    trap.step(70, [&] { SavePicture(picture, path); });
+}
+
+std::optional<Picture> getClipboardPicture(PictureClipboard& clipboard, std::int16_t format)
+{
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        try {
+            return clipboard.GetData(format);
+        } catch (const std::exception&) {
+            continue; // not there yet
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace wagemill

@@ -1,0 +1,223 @@
+#include "workbook/PayrollBuild.h"
+
+#include "app/base/ErrorTrap.h"
+#include "app/base/Files.h"
+#include "app/base/NumberText.h"
+#include "workbook/Excel1.h"
+
+#include <bit>
+#include <chrono>
+#include <random>
+
+namespace wagemill {
+
+namespace {
+
+constexpr std::int16_t firstSummaryRow = 4;
+constexpr std::int16_t stubHeight = 12; ///< rows from one stub to the next
+constexpr std::int16_t firstStubRow = 2;
+constexpr std::string_view stubBlock = "2:12";
+constexpr int fileNameDigits = 8;
+
+enum class SheetNumber : std::int32_t { Information = 1, Calculator = 2, Stubs = 3 };
+
+/// One build: the steps in their order, and what they hand to each other. A member that an earlier step failed to make
+/// is empty, and the steps that reach for it fail in their turn.
+class PayrollBuild {
+public:
+    PayrollBuild(const PayrollData& data, BuildWindows& windows, const BuildServices& services)
+        : m_data(data), m_windows(windows), m_services(services)
+    {
+    }
+
+    void run()
+    {
+        beginWaiting();
+        openTemplate();
+        for (std::size_t row = 0; row < m_data.rows.size(); ++row)
+            fillEmployee(static_cast<std::int16_t>(row));
+        saveWorkbook();
+        takePicture();
+        showResult();
+        cleanUp();
+    }
+
+private:
+    void beginWaiting();
+    void openTemplate();
+    void fillEmployee(std::int16_t row);
+    void fillSheet(int step, SheetNumber sheet, std::uint8_t RowField::*column, const EmployeeRow& employee);
+    void copyStub(std::int16_t row, const EmployeeRow& employee);
+    void saveWorkbook();
+    void takePicture();
+    void showResult();
+    void cleanUp();
+
+    void chooseWorkbookPath();
+    std::unique_ptr<Worksheet> sheet(SheetNumber number) const
+    {
+        return present(m_workbook, "workbook").Sheets(static_cast<std::int32_t>(number));
+    }
+    void put(int step, SheetNumber number, std::int32_t row, std::int32_t column, const std::string& text)
+    {
+        m_trap.step(step, [&] { sheet(number)->PutCells(row, column, text); });
+    }
+
+    const PayrollData& m_data;
+    BuildWindows& m_windows;
+    const BuildServices& m_services;
+    ErrorTrap m_trap{"Form1.PushButton22_Click"};
+
+    std::filesystem::path m_template = inTemporaryFolder("/template.xlt");
+    std::filesystem::path m_picture = inTemporaryFolder("/temp.bmp");
+    std::filesystem::path m_path; ///< of the saved workbook
+    std::unique_ptr<Application> m_session;
+    std::unique_ptr<Workbook> m_workbook;
+    std::span<const std::byte> m_templateBytes;
+    std::int16_t m_summaryRow = firstSummaryRow;
+};
+
+void PayrollBuild::beginWaiting()
+{
+    m_trap.step(10, [&] { m_windows.freezeDrawing(); });
+    m_trap.step(20, [&] { m_windows.showHourglass(); });
+}
+
+void PayrollBuild::openTemplate()
+{
+    m_trap.step(30, [&] { m_session = m_services.spreadsheet.createSession(); });
+    m_trap.step(40, [&] { m_templateBytes = m_services.templateResource(); });
+    m_trap.step(50, [&] {
+        if (!fileExists(m_template))
+            writeBytesToFile(m_templateBytes, m_template);
+    });
+    m_trap.step(60, [&] {
+        m_workbook = present(m_session, "spreadsheet session").Workbooks()->OpenReadOnly(m_template.string());
+    });
+}
+
+void PayrollBuild::fillEmployee(std::int16_t row)
+{
+    const EmployeeRow& employee = m_data.rows[static_cast<std::size_t>(row)];
+    fillSheet(100, SheetNumber::Information, &RowField::informationColumn, employee);
+    fillSheet(200, SheetNumber::Calculator, &RowField::calculatorColumn, employee);
+    put(220, SheetNumber::Calculator, 2, 12, m_data.header.periodEnding);
+    m_trap.step(230, [&] { m_summaryRow = toInt16(m_summaryRow + 1); });
+    copyStub(row, employee);
+}
+
+/// Every field has a step of its own: `step` for the first, one more for each that follows.
+void PayrollBuild::fillSheet(int step, SheetNumber sheet, std::uint8_t RowField::*column, const EmployeeRow& employee)
+{
+    for (std::size_t index = 0; index < rowFields.size(); ++index) {
+        const RowField& field = rowFields[index];
+        if (field.*column != 0)
+            put(step + static_cast<int>(index), sheet, m_summaryRow, field.*column,
+                employee.texts[index] + (field.isRate ? "%" : ""));
+    }
+}
+
+void PayrollBuild::copyStub(std::int16_t row, const EmployeeRow& employee)
+{
+    std::int16_t stubRow = firstStubRow;
+    m_trap.step(300, [&] { stubRow = stubRowOf(row); });
+    m_trap.step(310, [&] { sheet(SheetNumber::Stubs)->Activate(); });
+    m_trap.step(320, [&] { sheet(SheetNumber::Stubs)->Rows(stubBlock)->Select(); });
+    m_trap.step(330, [&] { present(m_session, "spreadsheet session").Selection()->Copy(); });
+    m_trap.step(340, [&] { sheet(SheetNumber::Stubs)->Range("A" + std::to_string(stubRow))->Select(); });
+    m_trap.step(350, [&] {
+        present(m_session, "spreadsheet session")
+            .Selection()
+            ->PasteSpecial(PasteType::All, PasteOperation::None, false, false);
+    });
+    put(360, SheetNumber::Stubs, stubRow, 3, m_data.header.companyName);
+    put(370, SheetNumber::Stubs, stubRow + 1, 8, employee.texts[employeeIdField]);
+    m_trap.step(380, [&] { sheet(SheetNumber::Stubs)->Range("A1")->Select(); });
+}
+
+void PayrollBuild::saveWorkbook()
+{
+    m_trap.step(400, [&] { present(m_session, "spreadsheet session").Range("D5")->Select(); });
+    m_trap.step(410, [&] { present(m_session, "spreadsheet session").PutVisible(false); });
+    m_trap.step(420, [&] { chooseWorkbookPath(); });
+    m_trap.step(430, [&] {
+        const FileFormat format =
+            getSaveFileFormat(m_services.spreadsheet.createSession, m_session.get(), m_services.formats);
+        present(m_workbook, "workbook").SaveAs(m_path.string(), format);
+    });
+    m_trap.step(440, [&] { present(m_session, "spreadsheet session").PutDisplayAlerts(false); });
+    m_trap.step(450, [&] { present(m_workbook, "workbook").Close(); });
+    m_trap.step(460, [&] { present(m_session, "spreadsheet session").Quit(); });
+    m_workbook.reset();
+    m_session.reset();
+}
+
+void PayrollBuild::chooseWorkbookPath()
+{
+    do {
+        std::string name = "/kvarno";
+        for (int digit = 0; digit < fileNameDigits; ++digit)
+            name += std::to_string(m_services.randomDigit());
+        m_path = inTemporaryFolder(name + ".xls");
+    } while (fileExists(m_path));
+}
+
+void PayrollBuild::takePicture()
+{
+    std::unique_ptr<Application> session;
+    std::unique_ptr<Workbook> workbook;
+    m_trap.step(500, [&] { session = openWorkbookInExcel(m_services.spreadsheet.createSession, m_path.string()); });
+    m_trap.step(510, [&] { m_windows.showHourglass(); });
+    m_trap.step(520, [&] {
+        Application& preview = present(session, "spreadsheet session for the preview");
+        workbook = preview.Workbooks(preview.Workbooks()->count());
+    });
+    saveCellsActivesheet(workbook.get(), m_picture, present(m_services.spreadsheet.clipboard, "clipboard"));
+    m_trap.step(540, [&] { present(session, "spreadsheet session for the preview").PutDisplayAlerts(false); });
+    m_trap.step(550, [&] { present(workbook, "workbook for the preview").Close(); });
+    m_trap.step(560, [&] { present(session, "spreadsheet session for the preview").Quit(); });
+    m_trap.step(570, [&] { m_windows.showHourglass(); });
+}
+
+void PayrollBuild::showResult()
+{
+    m_trap.step(600, [&] { m_windows.showPicture(m_picture); });
+    m_trap.step(610, [&] { m_windows.passWorkbook(m_path); });
+    m_trap.step(620, [&] { m_windows.showPreview(); });
+    m_trap.step(630, [&] { m_windows.hideEntry(); });
+}
+
+void PayrollBuild::cleanUp()
+{
+    m_trap.step(700, [&] { deleteFileQuietly(m_picture); });
+    m_trap.step(710, [&] { deleteFileQuietly(m_template); });
+    m_trap.step(720, [&] { m_windows.unfreezeDrawing(); });
+    m_trap.step(730, [&] { m_windows.showArrow(); });
+}
+
+} // namespace
+
+void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const BuildServices& services)
+{
+    PayrollBuild(data, windows, services).run();
+}
+
+std::int16_t stubRowOf(std::int16_t row)
+{
+    return toInt16(row * stubHeight + firstStubRow);
+}
+
+int drawFileNameDigit()
+{
+    using Seconds = std::chrono::duration<double>;
+    // The clock alone would draw eight equal digits within one of its ticks; the generator's own state goes on.
+    static std::mt19937 generator;
+    const auto timer = std::bit_cast<std::uint64_t>(
+        std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count());
+    std::seed_seq seed{static_cast<std::uint32_t>(timer), static_cast<std::uint32_t>(timer >> 32U),
+                       static_cast<std::uint32_t>(generator()), static_cast<std::uint32_t>(std::random_device{}())};
+    generator.seed(seed);
+    return static_cast<int>(std::uniform_real_distribution<double>(0, 1)(generator) * 9) + 1;
+}
+
+} // namespace wagemill

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "entry/data/PayrollData.h"
+#include "workbook/sessions/Session.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+
+namespace wagemill {
+
+/// What a build does to the windows around it.
+class BuildWindows {
+public:
+    BuildWindows() = default;
+    BuildWindows(const BuildWindows&) = delete;
+    BuildWindows& operator=(const BuildWindows&) = delete;
+    virtual ~BuildWindows() = default;
+
+    virtual void freezeDrawing() = 0;   ///< the entry window keeps its last picture
+    virtual void unfreezeDrawing() = 0; ///< and draws again
+    virtual void showHourglass() = 0;
+    virtual void showArrow() = 0;
+    /// Loads the bitmap into the preview. Throws with file and reason.
+    virtual void showPicture(const std::filesystem::path& picture) = 0;
+    /// Hands the preview the saved workbook.
+    virtual void passWorkbook(const std::filesystem::path& workbook) = 0;
+    virtual void showPreview() = 0;
+    virtual void hideEntry() = 0;
+};
+
+/// What a build needs from outside.
+struct BuildServices {
+    SpreadsheetPlatform spreadsheet;
+    RegionalFormats formats;
+    /// The template that the program carries. Throws when it cannot be read.
+    std::function<std::span<const std::byte>()> templateResource;
+    /// A digit from 1 to 9, by chance.
+    std::function<int()> randomDigit;
+};
+
+/// Fills the template with the payroll figures, saves it under a fresh name in the temporary folder, takes its picture
+/// and shows the preview. Runs to its end: a failing step is reported in the error dialog, and the next step follows.
+void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const BuildServices& services);
+
+/// First row, from 1, of an employee's block on the sheet of stubs. Throws std::overflow_error beyond 16 bits.
+std::int16_t stubRowOf(std::int16_t row);
+
+/// A digit from 1 to 9, drawn by a generator seeded from the clock before each draw.
+int drawFileNameDigit();
+
+} // namespace wagemill

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+#include "workbook/spreadsheet/Spreadsheet.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace wagemill {
+
+/// Makes a new, invisible session with the spreadsheet application. Throws SpreadsheetError when there is none.
+using SessionFactory = std::function<std::unique_ptr<Application>()>;
+
+/// The spreadsheet application that serves this run, and the clipboard to which it copies pictures.
+struct SpreadsheetPlatform {
+    SessionFactory createSession;
+    PictureClipboard* clipboard = nullptr; ///< lives as long as the program
+};
+
+/// The application chosen for this machine, or by the environment variable WAGEMILL_SPREADSHEET ("excel", "embedded").
+/// pictureScale  device pixels per layout pixel in the pictures, 1 or more; asked anew for every picture
+SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats, std::function<double()> pictureScale);
+
+/// Ends the program with a message when no session can be created.
+void checkExcelPresence(const SessionFactory& createSession);
+
+/// A new session in which the file is open, as its last workbook. Throws SpreadsheetError.
+std::unique_ptr<Application> openWorkbookInExcel(const SessionFactory& createSession, std::string_view path);
+
+/// Excel8 from version 12 on, WorkbookNormal below.
+/// session  null: a session is created to ask, and quit again
+/// Throws std::invalid_argument when the version is no number.
+FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* session, const RegionalFormats& formats);
+
+} // namespace wagemill
