@@ -1,0 +1,63 @@
+#include "app/base/ErrorTrap.h"
+#include "app/base/Files.h"
+#include "app/look/QtMessages.h"
+#include "app/look/UserRegion.h"
+#include "entry/Form1.h"
+#include "resources/CustomResource.h"
+#include "workbook/sessions/Session.h"
+
+#include <QApplication>
+#include <QDate>
+#include <QIcon>
+#include <QLocale>
+
+namespace {
+
+/// The payroll template among the program's resources.
+constexpr int templateResource = 101;
+
+wagemill::CalendarDate today()
+{
+    const QDate date = QDate::currentDate();
+    return {date.year(), date.month(), date.day()};
+}
+
+/// The sharpest screen decides how finely pictures are drawn: the preview may stand on any of them.
+double pictureScale()
+{
+    return qApp->devicePixelRatio();
+}
+
+wagemill::Form1Setup productionSetup()
+{
+    using namespace wagemill;
+    BuildServices build;
+    build.formats = userRegionalFormats();
+    build.spreadsheet = spreadsheetPlatform(build.formats, pictureScale);
+    build.templateResource = [] { return customResource(templateResource); };
+    build.randomDigit = drawFileNameDigit;
+    return {std::move(build), today, 1};
+}
+
+void prepareProgram()
+{
+    using namespace wagemill;
+    static QtMessages messages;
+    setMessages(&messages);
+    setProgramFolder(QCoreApplication::applicationDirPath().toStdString());
+    setWindowEventPump([] { QCoreApplication::processEvents(); });
+    QLocale::setDefault(userLocale());
+    QApplication::setQuitOnLastWindowClosed(false); // the windows end the program themselves
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    prepareProgram();
+    wagemill::handleEvent([] { wagemill::ensureTemporaryFolder(); });
+    wagemill::Form1 entryWindow(productionSetup());
+    entryWindow.show();
+    return QApplication::exec();
+}

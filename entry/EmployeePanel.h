@@ -1,0 +1,46 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+#include "entry/EntryField.h"
+#include "entry/data/PayrollData.h"
+
+#include <QFrame>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace wagemill {
+
+/// The label and the 17 fields of one employee row. Every change of a field goes to the settings store at once.
+class EmployeePanel : public QFrame {
+public:
+    /// row         index of the employee, from 0
+    /// rowEntered  called with that index when one of the fields gains the focus
+    EmployeePanel(std::int16_t row, const RegionalFormats& formats, std::function<void(std::int16_t)> rowEntered,
+                  QWidget* parent);
+
+    std::int16_t row() const { return m_row; }
+    EntryField& field(std::size_t index) { return *m_fields.at(index); }
+    EmployeeRow texts() const;
+
+    /// Fills one field from the store, money in currency form. Throws when the store cannot be read or written, or when
+    /// the stored money is no number: the field then keeps its text.
+    void refill(std::size_t index);
+    /// Puts a text into a field as a change of the user would: the text is stored at once. Throws when it cannot be.
+    void assign(std::size_t index, const std::string& text);
+
+private:
+    void addField(std::size_t index);
+    void store(std::size_t index);
+    /// Checks and tidies the figure before the focus leaves. False when it is no number and the user has been told.
+    bool validate(std::size_t index);
+
+    std::int16_t m_row;
+    RegionalFormats m_formats;
+    std::function<void(std::int16_t)> m_rowEntered;
+    std::array<EntryField*, rowFields.size()> m_fields = {};
+};
+
+} // namespace wagemill

@@ -1,0 +1,94 @@
+#include "entry/EntryField.h"
+
+#include <QApplication>
+#include <QFocusEvent>
+#include <QMouseEvent>
+#include <QSignalBlocker>
+#include <QTimer>
+
+namespace wagemill {
+
+namespace {
+
+/// Whether the focus moves by the user's will within the program, not because a window or menu came or went.
+bool isOwnMove(Qt::FocusReason reason)
+{
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::MouseFocusReason ||
+           reason == Qt::ShortcutFocusReason;
+}
+
+/// The widget that a press on `pressed` would give the focus to, null when there is none.
+QWidget* focusTargetOfPress(QWidget* pressed)
+{
+    for (QWidget* widget = pressed; widget != nullptr; widget = widget->parentWidget()) {
+        if (widget->isEnabled() && (widget->focusPolicy() & Qt::ClickFocus) == Qt::ClickFocus)
+            return widget->focusProxy() != nullptr ? widget->focusProxy() : widget;
+        if (widget->isWindow())
+            break;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+EntryField::EntryField(QWidget* parent) : QLineEdit(parent)
+{
+}
+
+void EntryField::replaceText(const QString& text)
+{
+    if (text == this->text())
+        return;
+    const QSignalBlocker blocker(this);
+    selectAll();
+    insert(text);
+}
+
+void EntryField::focusInEvent(QFocusEvent* event)
+{
+    QLineEdit::focusInEvent(event);
+    if (!isOwnMove(event->reason()) && event->reason() != Qt::OtherFocusReason)
+        return;
+    selectAll();
+    m_selectAfterPress = event->reason() == Qt::MouseFocusReason;
+    emit focusGained();
+}
+
+void EntryField::focusOutEvent(QFocusEvent* event)
+{
+    QLineEdit::focusOutEvent(event);
+    // Tab and mouse have asked before the focus moved; what is left are shortcuts, which move it unasked.
+    if (event->reason() == Qt::ShortcutFocusReason && !mayLeave())
+        QTimer::singleShot(0, this, [this] { setFocus(Qt::OtherFocusReason); });
+}
+
+void EntryField::mousePressEvent(QMouseEvent* event)
+{
+    QLineEdit::mousePressEvent(event);
+    if (std::exchange(m_selectAfterPress, false))
+        selectAll();
+}
+
+bool EntryField::focusNextPrevChild(bool next)
+{
+    return !mayLeave() || QLineEdit::focusNextPrevChild(next);
+}
+
+LeaveGuard::LeaveGuard(QWidget* window) : QObject(window), m_window(window)
+{
+    qApp->installEventFilter(this);
+}
+
+bool LeaveGuard::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
+        return false;
+    auto* const pressed = qobject_cast<QWidget*>(watched);
+    auto* const field = qobject_cast<EntryField*>(QApplication::focusWidget());
+    if (pressed == nullptr || field == nullptr || pressed->window() != m_window || field->window() != m_window)
+        return false;
+    QWidget* const target = focusTargetOfPress(pressed);
+    return target != nullptr && target != field && !field->mayLeave();
+}
+
+} // namespace wagemill

@@ -1,0 +1,332 @@
+#include "entry/Form1.h"
+
+#include "app/base/Files.h"
+#include "app/look/Look.h"
+#include "app/look/PushButton.h"
+#include "entry/EmployeePanel.h"
+#include "entry/EntryField.h"
+#include "entry/SampleData.h"
+#include "entry/SettingsNames.h"
+#include "help/HelpMessage.h"
+#include "preview/Form2.h"
+#include "preview/LoadPicture.h"
+#include "settings/Settings.h"
+
+#include <QCloseEvent>
+#include <QDateEdit>
+#include <QFrame>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScrollBar>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace wagemill {
+
+namespace {
+
+constexpr const char* companyNameKey = "txtCompanyName";
+constexpr const char* periodEndingKey = "dtPeriodEnding";
+constexpr float rowGapTwips = 120;
+constexpr float twipsPerPixel = 15;
+constexpr int companyNameWidth = 380;
+
+QDate toQDate(CalendarDate date)
+{
+    return {date.year, date.month, date.day};
+}
+
+CalendarDate toCalendarDate(QDate date)
+{
+    return {date.year(), date.month(), date.day()};
+}
+
+template <typename Widget>
+Widget* named(Widget* widget, const char* name)
+{
+    widget->setObjectName(QString::fromLatin1(name));
+    return widget;
+}
+
+} // namespace
+
+float stripTop(float panelHeight, std::int16_t value)
+{
+    const auto negated = static_cast<std::int16_t>(-value);
+    return (panelHeight + rowGapTwips) * static_cast<float>(negated);
+}
+
+Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new WindowPointer(*this))
+{
+    setObjectName(QStringLiteral("Form1"));
+    applyDesignFont(*this);
+    layOut();
+    connectHandlers();
+    new LeaveGuard(this);
+    Form_Load();
+}
+
+Form1::~Form1() = default;
+
+void Form1::layOut()
+{
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(14, 12, 14, 12);
+    column->setSpacing(10);
+    column->addWidget(headerFrame());
+    column->addWidget(employeeFrame(), 1);
+    column->addWidget(buttonRow());
+    setTabOrder();
+}
+
+QGroupBox* Form1::headerFrame()
+{
+    Frame1 = named(new QGroupBox(QStringLiteral("Header Details"), this), "Frame1");
+    txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
+    txtCompanyName->setMinimumWidth(companyNameWidth);
+    dtPeriodEnding = named(new QDateEdit(toQDate(m_setup.today()), Frame1), "dtPeriodEnding");
+    dtPeriodEnding->setCalendarPopup(true);
+    dtPeriodEnding->setDisplayFormat(QString::fromStdString(m_setup.build.formats.shortDatePattern));
+    auto* const companyLabel = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");
+    companyLabel->setBuddy(txtCompanyName);
+    auto* const dateLabel = named(new QLabel(QStringLiteral("Period ending:"), Frame1), "Label2");
+    dateLabel->setBuddy(dtPeriodEnding);
+
+    auto* const row = new QHBoxLayout(Frame1);
+    row->addWidget(companyLabel);
+    row->addWidget(txtCompanyName, 1);
+    row->addSpacing(24);
+    row->addWidget(dateLabel);
+    row->addWidget(dtPeriodEnding);
+    return Frame1;
+}
+
+QGroupBox* Form1::employeeFrame()
+{
+    Frame3 = named(new QGroupBox(QStringLiteral("Employee Details"), this), "Frame3");
+    Picture1 = named(new QFrame(Frame3), "Picture1");
+    Picture3 = named(new QFrame(Picture1), "Picture3");
+    VScroll1 = named(new QScrollBar(Qt::Vertical, Frame3), "VScroll1");
+    VScroll1->setRange(0, m_setup.rows - 1);
+    VScroll1->setAccessibleName(QStringLiteral("Employee shown"));
+
+    for (std::int16_t row = 0; row < m_setup.rows; ++row)
+        picMainContainer.push_back(new EmployeePanel(
+            row, m_setup.build.formats, [this](std::int16_t entered) { VScroll1->setValue(entered); }, Picture3));
+    const QSize panel = picMainContainer.front()->sizeHint();
+    for (EmployeePanel* container : picMainContainer) {
+        const float top = -stripTop(static_cast<float>(panel.height()) * twipsPerPixel, container->row());
+        container->setGeometry(0, static_cast<int>(top / twipsPerPixel), panel.width(), panel.height());
+    }
+    Picture3->setGeometry(0, 0, panel.width(), picMainContainer.back()->geometry().bottom() + 1);
+    Picture1->setFixedSize(panel);
+
+    auto* const row = new QHBoxLayout(Frame3);
+    row->addWidget(Picture1);
+    row->addWidget(VScroll1);
+    return Frame3;
+}
+
+QWidget* Form1::buttonRow()
+{
+    auto* const buttons = new QWidget(this);
+    PushButton6 = named(new PushButton(QStringLiteral("Help"), buttons), "PushButton6");
+    PushButton7 = named(new PushButton(QStringLiteral("Load Sample/Example Data"), buttons), "PushButton7");
+    PushButton22 = named(new PushButton(QStringLiteral("Start Creating Template"), buttons), "PushButton22");
+    PushButton22->setDefault(false);
+
+    auto* const row = new QHBoxLayout(buttons);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(PushButton6);
+    row->addWidget(PushButton7);
+    row->addStretch(1);
+    row->addWidget(PushButton22);
+    return buttons;
+}
+
+void Form1::setTabOrder()
+{
+    std::vector<QWidget*> order = {txtCompanyName, dtPeriodEnding};
+    for (EmployeePanel* container : picMainContainer)
+        for (std::size_t field = 0; field < rowFields.size(); ++field)
+            order.push_back(&container->field(field));
+    order.insert(order.end(), {PushButton22, PushButton7, PushButton6});
+    for (std::size_t next = 1; next < order.size(); ++next)
+        QWidget::setTabOrder(order[next - 1], order[next]);
+}
+
+void Form1::connectHandlers()
+{
+    connect(txtCompanyName, &QLineEdit::textChanged, this, [this] { handleEvent([&] { txtCompanyName_Change(); }); });
+    connect(dtPeriodEnding, &QDateEdit::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
+    connect(VScroll1, &QScrollBar::valueChanged, this, &Form1::VScroll1_Change);
+    connect(PushButton6, &QPushButton::clicked, this, [] { PushButton6_Click(); });
+    connect(PushButton7, &QPushButton::clicked, this, &Form1::PushButton7_Click);
+    connect(PushButton22, &QPushButton::clicked, this, &Form1::PushButton22_Click);
+
+    m_pointer->watch(PointerMode::Hand, {PushButton6, PushButton7, PushButton22});
+    m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3, txtCompanyName});
+    for (EmployeePanel* container : picMainContainer)
+        for (std::size_t field = 0; field < rowFields.size(); ++field)
+            m_pointer->watch(PointerMode::Arrow, {&container->field(field)});
+}
+
+void Form1::Form_Load()
+{
+    ErrorTrap trap("Form1.Form_Load");
+    trap.step(10, [&] { applyMainWindowSkin(*this); });
+    trap.step(20, [&] { setWindowTitle(QString::fromUtf8(productTitle.data())); });
+    trap.step(30, [&] { makeApplicationTitle(productPhrase); });
+    const std::filesystem::path cursor = besideProgram("/HAND-M.CUR");
+    trap.step(40, [&] { handCursorPresent = fileExists(cursor); });
+    trap.step(50, [&] {
+        if (handCursorPresent)
+            m_pointer->loadHandCursor(cursor);
+    });
+    refill(trap);
+    trap.step(200, [&] { checkExcelPresence(m_setup.build.spreadsheet.createSession); });
+}
+
+void Form1::refill(ErrorTrap& trap)
+{
+    trap.step(60, [&] { refillCompanyName(); });
+    trap.step(70, [&] { refillPeriodEnding(); });
+    for (EmployeePanel* container : picMainContainer)
+        for (std::size_t field = 0; field < rowFields.size(); ++field)
+            trap.step(100 + static_cast<int>(field), [&] { container->refill(field); });
+}
+
+void Form1::refillCompanyName()
+{
+    assignCompanyName(GetSetting(settingsApplication, settingsSection, companyNameKey, ""));
+}
+
+void Form1::refillPeriodEnding()
+{
+    const std::string today = shortDateText(m_setup.today(), m_setup.build.formats);
+    const std::string stored = GetSetting(settingsApplication, settingsSection, periodEndingKey, today);
+    const auto date = readShortDate(stored, m_setup.build.formats);
+    if (!date)
+        throw std::runtime_error("The stored period ending \"" + stored + "\" is no date.");
+    assignPeriodEnding(*date);
+}
+
+void Form1::assignCompanyName(const std::string& text)
+{
+    txtCompanyName->replaceText(QString::fromStdString(text));
+    txtCompanyName_Change();
+}
+
+void Form1::assignPeriodEnding(CalendarDate date)
+{
+    {
+        const QSignalBlocker blocker(dtPeriodEnding);
+        dtPeriodEnding->setDate(toQDate(date));
+    }
+    dtPeriodEnding_Change();
+}
+
+void Form1::txtCompanyName_Change()
+{
+    SaveSetting(settingsApplication, settingsSection, companyNameKey, txtCompanyName->text().toStdString());
+}
+
+void Form1::dtPeriodEnding_Change()
+{
+    SaveSetting(settingsApplication, settingsSection, periodEndingKey,
+                shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats));
+}
+
+void Form1::VScroll1_Change()
+{
+    const float panelHeight = static_cast<float>(picMainContainer.front()->height()) * twipsPerPixel;
+    const float top = stripTop(panelHeight, static_cast<std::int16_t>(VScroll1->value()));
+    Picture3->move(Picture3->x(), static_cast<int>(top / twipsPerPixel));
+}
+
+void Form1::PushButton22_Click()
+{
+    buildPayrollWorkbook(payrollData(), *this, m_setup.build);
+}
+
+void Form1::PushButton7_Click()
+{
+    ErrorTrap trap("Form1.PushButton7_Click");
+    trap.step(10, [&] { assignCompanyName(std::string(sampleCompanyName)); });
+    trap.step(20, [&] { assignPeriodEnding(samplePeriodEnding(m_setup.today())); });
+    EmployeePanel& first = *picMainContainer.front();
+    for (std::size_t field = 0; field < rowFields.size(); ++field)
+        trap.step(100 + static_cast<int>(field),
+                  [&] { first.assign(field, sampleText(field, m_setup.build.formats)); });
+}
+
+PayrollData Form1::payrollData() const
+{
+    PayrollData data;
+    data.header.companyName = txtCompanyName->text().toStdString();
+    data.header.periodEnding = shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats);
+    std::ranges::transform(picMainContainer, std::back_inserter(data.rows), &EmployeePanel::texts);
+    return data;
+}
+
+Form2& Form1::preview()
+{
+    if (!m_preview)
+        m_preview = std::make_unique<Form2>([this] { show(); });
+    return *m_preview;
+}
+
+void Form1::freezeDrawing()
+{
+    setUpdatesEnabled(false);
+}
+
+void Form1::unfreezeDrawing()
+{
+    setUpdatesEnabled(true);
+}
+
+void Form1::showHourglass()
+{
+    m_pointer->setMode(PointerMode::Hourglass);
+}
+
+void Form1::showArrow()
+{
+    m_pointer->setMode(PointerMode::Arrow);
+}
+
+void Form1::showPicture(const std::filesystem::path& picture)
+{
+    preview().setPicture(loadPicture(picture));
+}
+
+void Form1::passWorkbook(const std::filesystem::path& workbook)
+{
+    preview().mExcelFile = workbook;
+}
+
+void Form1::showPreview()
+{
+    preview().show();
+}
+
+void Form1::hideEntry()
+{
+    hide();
+}
+
+void Form1::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    Form_Unload();
+}
+
+void Form1::Form_Unload()
+{
+    endProgram();
+}
+
+} // namespace wagemill

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "app/base/DateText.h"
+#include "app/base/ErrorTrap.h"
+#include "app/base/RegionalFormats.h"
+#include "app/look/WindowPointer.h"
+#include "workbook/PayrollBuild.h"
+
+#include <QWidget>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QDateEdit;
+class QFrame;
+class QGroupBox;
+class QScrollBar;
+
+namespace wagemill {
+
+class EmployeePanel;
+class EntryField;
+class Form2;
+class PushButton;
+
+/// What the entry window is given.
+struct Form1Setup {
+    BuildServices build;                 ///< with the user's regional formats
+    std::function<CalendarDate()> today; ///< the clock
+    std::int16_t rows = 1;               ///< employees, at least 1
+};
+
+/// The entry window: one pay period, typed, kept and turned into a workbook. Making it is the whole start-up, up to and
+/// with the check that the spreadsheet application is there; it is shown by its maker.
+class Form1 : public QWidget, private BuildWindows {
+    Q_OBJECT
+
+public:
+    explicit Form1(Form1Setup setup);
+    ~Form1() override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void layOut();
+    QGroupBox* headerFrame();
+    QGroupBox* employeeFrame();
+    QWidget* buttonRow();
+    void setTabOrder();
+    void connectHandlers();
+
+    void Form_Load();
+    void Form_Unload();
+    void refill(ErrorTrap& trap);
+    void refillCompanyName();
+    void refillPeriodEnding();
+    void txtCompanyName_Change();
+    void dtPeriodEnding_Change();
+    void VScroll1_Change();
+    void PushButton22_Click();
+    void PushButton7_Click();
+
+    void assignCompanyName(const std::string& text);
+    void assignPeriodEnding(CalendarDate date);
+    PayrollData payrollData() const;
+    Form2& preview();
+
+    void freezeDrawing() override;
+    void unfreezeDrawing() override;
+    void showHourglass() override;
+    void showArrow() override;
+    void showPicture(const std::filesystem::path& picture) override;
+    void passWorkbook(const std::filesystem::path& workbook) override;
+    void showPreview() override;
+    void hideEntry() override;
+
+    Form1Setup m_setup;
+    WindowPointer* m_pointer;
+    bool handCursorPresent = false;
+
+    QGroupBox* Frame1 = nullptr;
+    QGroupBox* Frame3 = nullptr;
+    EntryField* txtCompanyName = nullptr;
+    QDateEdit* dtPeriodEnding = nullptr;
+    QFrame* Picture1 = nullptr; ///< the viewport
+    QFrame* Picture3 = nullptr; ///< the strip of all rows inside it
+    QScrollBar* VScroll1 = nullptr;
+    std::vector<EmployeePanel*> picMainContainer;
+    PushButton* PushButton6 = nullptr;
+    PushButton* PushButton7 = nullptr;
+    PushButton* PushButton22 = nullptr;
+    std::unique_ptr<Form2> m_preview; ///< made by the first build, then kept
+};
+
+/// Top edge of the strip in twips, so that the panel of row `value` stands at the top of the viewport.
+float stripTop(float panelHeight, std::int16_t value);
+
+} // namespace wagemill

@@ -1,0 +1,35 @@
+# Sourced by the scripts of this project: which Debian packages each task needs, and how missing ones are installed.
+
+readonly buildPackages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libsqlite3-dev fonts-liberation)
+readonly desktopPackages=(xvfb openbox xdotool imagemagick dbus at-spi2-core python3 python3-pyatspi)
+readonly testPackages=(libgtest-dev python3)
+readonly judgePackages=(libreoffice-calc gnumeric python3-xlrd poppler-utils)
+
+# requirePackages NAME...: installs those that are missing; as root, or through sudo.
+requirePackages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local asRoot=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || { echo "These packages are missing, and neither root nor sudo is at hand: ${missing[*]}" >&2; return 1; }
+        asRoot=(sudo)
+    fi
+    "${asRoot[@]}" apt-get update -qq &&
+        "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null ||
+        { echo "The packages could not be installed: ${missing[*]}" >&2; return 1; }
+}
+
+# buildProgram FOLDER CMAKE_OPTION...: configures and builds all of it; what went wrong is shown whole.
+buildProgram() {
+    local folder=$1
+    shift
+    local launcher=()
+    command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    cmake -S . -B "$folder" -G Ninja "${launcher[@]}" "$@" >"$folder.log" 2>&1 &&
+        cmake --build "$folder" >>"$folder.log" 2>&1 ||
+        { cat "$folder.log" >&2; echo "Building in $folder failed." >&2; return 1; }
+}

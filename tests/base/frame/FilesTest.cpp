@@ -1,0 +1,137 @@
+#include "app/base/Files.h"
+#include "app/base/ErrorTrap.h"
+#include "tests/support/RecordedMessages.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <sys/stat.h>
+
+using namespace wagemill;
+using namespace wagemill::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array fourBytes = {std::byte{1}, std::byte{2}, std::byte{3}, std::byte{4}};
+
+TEST(Files, ExistIncludesFoldersButNotDanglingLinks)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink(folder / "nothing", folder / "dangling");
+    EXPECT_TRUE(fileExists(folder.path()));
+    EXPECT_FALSE(fileExists(folder / "nothing"));
+    EXPECT_FALSE(fileExists(folder / "dangling"));
+    EXPECT_FALSE(fileExists(""));
+}
+
+TEST(Files, AreDeletedQuietlyEvenWhenReadOnlyAndALinkLosesOnlyItself)
+{
+    const TemporaryFolder folder;
+    int pumped = 0;
+    setWindowEventPump([&] { ++pumped; });
+    writeBytesToFile(fourBytes, folder / "target");
+    writeBytesToFile(fourBytes, folder / "read-only");
+    fs::permissions(folder / "read-only", fs::perms::owner_read);
+    fs::create_symlink(folder / "target", folder / "link");
+    fs::create_directory(folder / "folder");
+    for (const char* name : {"read-only", "link", "missing", "folder"})
+        deleteFileQuietly(folder / name);
+    setWindowEventPump(nullptr);
+    EXPECT_EQ(pumped, 4);
+    EXPECT_FALSE(fileExists(folder / "read-only"));
+    EXPECT_FALSE(fs::is_symlink(fs::symlink_status(folder / "link")));
+    EXPECT_TRUE(fileExists(folder / "target"));
+    EXPECT_TRUE(fileExists(folder / "folder"));
+}
+
+TEST(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
+{
+    const TemporaryFolder folder;
+    writeBytesToFile(std::vector<std::byte>(6, std::byte{9}), folder / "file");
+    writeBytesToFile(fourBytes, folder / "file");
+    const auto bytes = readBytesFromFile(folder / "file");
+    ASSERT_EQ(bytes.size(), 6U); // the tail of the longer file stays
+    EXPECT_TRUE(std::equal(fourBytes.begin(), fourBytes.end(), bytes.begin()));
+    EXPECT_EQ(fs::status(folder / "file").permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+template <typename Work>
+std::string failureOf(Work&& work)
+{
+    try {
+        work();
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Files, SayWhatFailedOnWhichFileAndWhy)
+{
+    const TemporaryFolder folder;
+    const fs::path unreachable = folder / "no folder" / "file";
+    EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, unreachable); }),
+              "Cannot write the file \"" + unreachable.string() + "\": No such file or directory.");
+    EXPECT_EQ(failureOf([&] { readBytesFromFile(unreachable); }),
+              "Cannot read the file \"" + unreachable.string() + "\": No such file or directory.");
+    EXPECT_NE(failureOf([&] { readBytesFromFile(folder.path()); }).find(folder.path().string()), std::string::npos);
+    EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, "/dev/full"); }),
+              "Cannot write the file \"/dev/full\": No space left on device.");
+}
+
+TEST(Files, OfARunGoToTheFolderThatTempNames)
+{
+    const TemporaryFolder folder;
+    const ScopedEnvironment temp("TEMP", folder.path().string());
+    ensureTemporaryFolder();
+    EXPECT_EQ(inTemporaryFolder("/template.xlt"), folder / "template.xlt");
+    setProgramFolder("/opt/program");
+    EXPECT_EQ(besideProgram("/x/o.cjs"), fs::path("/opt/program/x/o.cjs"));
+}
+
+TEST(Files, OfARunWithoutTempGoToAPrivateFolder)
+{
+    const TemporaryFolder system;
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", system.path().string());
+    const ScopedEnvironment temp("TEMP", std::nullopt);
+    ensureTemporaryFolder();
+    const fs::path made = inTemporaryFolder("");
+    EXPECT_EQ(made.parent_path(), system.path());
+    EXPECT_EQ(fs::status(made).permissions() & fs::perms::all, fs::perms::owner_all);
+}
+
+TEST(ErrorTrap, ReportsAStepAndGoesOnWithTheNext)
+{
+    RecordedMessages messages;
+    std::string done;
+    ErrorTrap trap("Form2.PushButton6_Click");
+    trap.run([] { throw std::runtime_error("before"); });
+    trap.step(10, [&] { done += "a"; });
+    trap.step(47, [] { throw std::runtime_error("The file is gone."); });
+    trap.run([] { throw std::runtime_error(""); }); // no number of its own: the last one passed counts
+    trap.step(50, [&] { done += "b"; });
+    EXPECT_EQ(done, "ab");
+    EXPECT_EQ(messages.failedSteps(), (std::vector<int>{0, 47, 47}));
+    EXPECT_EQ(messages.shown[1].text,
+              "The file is gone.\r\nin Wagemill2021/08/31.Form2.PushButton6_Click at line 47\r\r"
+              "Please email screenshot of this message to support@quellory.example");
+    EXPECT_TRUE(messages.shown[2].text.starts_with("\r\nin Wagemill2021/08/31."));
+    EXPECT_EQ(messages.shown[1].title, "Application Error");
+}
+
+TEST(ErrorTrap, AnswersForAMissingObject)
+{
+    RecordedMessages messages;
+    ErrorTrap trap("Form1.PushButton22_Click");
+    const std::unique_ptr<int> nothing;
+    trap.step(1, [&] { static_cast<void>(present(nothing, "workbook")); });
+    ASSERT_EQ(messages.shown.size(), 1U);
+    EXPECT_TRUE(messages.shown[0].text.starts_with("There is no workbook, because an earlier step failed.\r\n"));
+}
+
+} // namespace

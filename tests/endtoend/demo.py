@@ -1,0 +1,54 @@
+#!/usr/bin/env python3
+"""The guided demo: demo.py PROGRAM OUTPUT_FOLDER
+
+Drives the real program in a virtual display by keys and clicks, from sample data to a saved workbook, and leaves the
+screenshots and the workbook in the output folder. Any step that does not happen ends it with an error.
+"""
+import os
+import sys
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from desktop import Desktop, StepFailed  # noqa: E402
+from wagemill_guide import ENTRY, PREVIEW, Guide  # noqa: E402
+
+COMPOUND_FILE = bytes.fromhex("D0CF11E0A1B11AE1")
+
+
+def run_demo(program, output):
+    """Answers the paths of what it left in `output`."""
+    os.makedirs(output, exist_ok=True)
+    paths = {name: os.path.join(os.path.abspath(output), name)
+             for name in ("entry.png", "preview.png", "preview-zoomed.png", "payroll.xls")}
+    for path in paths.values():
+        if os.path.exists(path):
+            os.remove(path)
+    with Desktop() as desktop:
+        guide = Guide(desktop, program)
+        guide.load_sample_data()
+        desktop.screenshot(paths["entry.png"], desktop.window(ENTRY))
+        seconds = guide.build()
+        print(f"The preview showed {seconds:.2f} s after the click.")
+        desktop.screenshot(paths["preview.png"], desktop.window(PREVIEW))
+        guide.zoom_in()
+        desktop.screenshot(paths["preview-zoomed.png"], desktop.window(PREVIEW))
+        guide.save_as(paths["payroll.xls"])
+        if guide.process.poll() is not None:
+            raise StepFailed("the program ended by itself:\n" + desktop.program_output())
+    with open(paths["payroll.xls"], "rb") as workbook:
+        if workbook.read(8) != COMPOUND_FILE:
+            raise StepFailed("the saved file is no workbook")
+    return paths.values()
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    try:
+        print(*run_demo(os.path.abspath(sys.argv[1]), sys.argv[2]), sep="\n")
+    except StepFailed as failure:
+        sys.exit(f"The demo failed: {failure}")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,132 @@
+"""A virtual desktop with a window manager and an accessibility bus, to drive a program by real keys and clicks."""
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+
+
+class StepFailed(Exception):
+    """A step of a guided run did not happen; the text says which."""
+
+
+class Desktop:
+    """Xvfb, openbox and a session bus of their own, with a fresh home folder. Use as a context manager.
+
+    locale  of the programs started in it; C.UTF-8 reads as United States English
+    """
+
+    def __init__(self, size="1280x960", locale="C.UTF-8"):
+        self.size = size
+        self.home = tempfile.mkdtemp(prefix="wagemill-home-")
+        self.environment = {key: value for key, value in os.environ.items()
+                            if not key.startswith(("LC_", "XDG_", "QT_")) and key not in ("TEMP", "WAYLAND_DISPLAY")}
+        self.environment.update(HOME=self.home, LANG=locale, XDG_RUNTIME_DIR=self._folder("run", 0o700),
+                                QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.processes = []
+
+    def __enter__(self):
+        try:
+            self._start_display()
+            self._start_bus()
+            self._start("openbox")
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            process.terminate()
+            try:
+                process.wait(5)
+            except subprocess.TimeoutExpired:
+                process.kill()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    def start_program(self, path, **environment):
+        """Starts a program in this desktop; its output goes to home/program.log."""
+        log = open(os.path.join(self.home, "program.log"), "ab")
+        return self._start(path, stdout=log, stderr=log, env={**self.environment, **environment})
+
+    def program_output(self):
+        with open(os.path.join(self.home, "program.log"), encoding="utf-8", errors="replace") as log:
+            return log.read()
+
+    def window(self, title, seconds=20):
+        """The visible window of that exact title; waits for it."""
+        return self.wait_for(lambda: self._search(title), f"the window \"{title}\" to appear", seconds)
+
+    def is_shown(self, title):
+        return bool(self._search(title))
+
+    def click(self, x, y, button=1):
+        self._xdotool("mousemove", "--sync", str(x), str(y))
+        time.sleep(0.05)
+        self._xdotool("click", str(button))
+
+    def drag(self, start, end):
+        self._xdotool("mousemove", "--sync", *map(str, start))
+        self._xdotool("mousedown", "1")
+        for part in range(1, 11):
+            self._xdotool("mousemove", "--sync", *(str(round(a + (b - a) * part / 10)) for a, b in zip(start, end)))
+            time.sleep(0.02)
+        self._xdotool("mouseup", "1")
+
+    def key(self, *names):
+        self._xdotool("key", "--delay", "20", *names)
+
+    def type(self, text):
+        self._xdotool("type", "--delay", "15", text)
+
+    def screenshot(self, path, window=None):
+        """A PNG of one window, or of the whole screen."""
+        subprocess.run(["import", "-window", window or "root", path], env=self.environment, check=True)
+
+    def wait_for(self, condition, what, seconds=20):
+        """What the condition answers as soon as that is true. Raises StepFailed after so many seconds."""
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            answer = condition()
+            if answer:
+                return answer
+            time.sleep(0.05)
+        raise StepFailed(f"waited {seconds} s for {what}")
+
+    def _start(self, *command, **options):
+        options.setdefault("env", self.environment)
+        options.setdefault("stdout", subprocess.DEVNULL)
+        options.setdefault("stderr", subprocess.DEVNULL)
+        self.processes.append(subprocess.Popen(command, **options))
+        return self.processes[-1]
+
+    def _start_display(self):
+        reading, writing = os.pipe()
+        self._start("Xvfb", "-displayfd", str(writing), "-screen", "0", self.size + "x24", "-nolisten", "tcp",
+                    pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise StepFailed("the virtual display did not start")
+        self.environment["DISPLAY"] = ":" + number
+
+    def _start_bus(self):
+        address = os.path.join(self.home, "run", "bus")
+        self._start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=unix:path=" + address)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + address
+        self.wait_for(lambda: os.path.exists(address), "the session bus to start")
+
+    def _folder(self, name, mode):
+        path = os.path.join(self.home, name)
+        os.mkdir(path, mode)
+        return path
+
+    def _xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], env=self.environment, check=True, capture_output=True,
+                              text=True).stdout
+
+    def _search(self, title):
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"], env=self.environment,
+                               capture_output=True, text=True).stdout.split()
+        return found[-1] if found else None

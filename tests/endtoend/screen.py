@@ -1,0 +1,50 @@
+"""Finds the controls of a running program by what a screen reader is told of them."""
+import os
+
+
+class Screen:
+    """The accessible programs of one desktop. Only one desktop can be looked at by a process."""
+
+    def __init__(self, desktop):
+        self.desktop = desktop
+        os.environ.update({key: desktop.environment[key] for key in
+                           ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "HOME")})
+        import pyatspi
+        self.pyatspi = pyatspi
+
+    def find(self, role, name, seconds=20):
+        """The showing control of that role ("push button", "text", "label") whose name is `name`; waits for it."""
+        return self.desktop.wait_for(lambda: next(self.all(role, name), None), f"the {role} \"{name}\"", seconds)
+
+    def all(self, role, name=None):
+        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
+            try:
+                if control.getRoleName() == role and name in (None, control.name) and self._is_showing(control):
+                    yield control
+            except Exception:  # the control went away while we looked at it
+                continue
+
+    def click(self, role, name):
+        box = self.box(self.find(role, name))
+        self.desktop.click(box.x + box.width // 2, box.y + box.height // 2)
+
+    def box(self, control):
+        """Place on the screen: x, y, width, height."""
+        return control.queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
+
+    def text(self, name):
+        """The text of the field that is labelled so."""
+        field = self.find("text", name).queryText()
+        return field.getText(0, field.characterCount)
+
+    def _is_showing(self, control):
+        return control.getState().contains(self.pyatspi.STATE_SHOWING)
+
+    def _walk(self, control):
+        try:
+            children = [child for child in control if child is not None]
+        except Exception:
+            return
+        for child in children:
+            yield child
+            yield from self._walk(child)

@@ -1,0 +1,131 @@
+#include "settings/Settings.h"
+#include "settings/SqliteStore.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace wagemill;
+using namespace wagemill::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+class SettingsTest : public testing::Test {
+protected:
+    std::string get(const char* key, const char* fallback = "none")
+    {
+        return GetSetting("Quellory", "Wagemill", key, fallback);
+    }
+    void save(const char* key, const std::string& value) { SaveSetting("Quellory", "Wagemill", key, value); }
+    static void reopen() { setUserStore(nullptr); }
+
+    TemporaryFolder home;
+    ScopedEnvironment configuration{"XDG_CONFIG_HOME", (home / "config").string()};
+    fs::path file = home / "config" / "wagemill" / "settings.sqlite";
+    struct Forget {
+        Forget() { reopen(); }
+        ~Forget() { reopen(); }
+    } forget;
+};
+
+TEST_F(SettingsTest, AnswerTheFallbackUntilAValueIsStored)
+{
+    EXPECT_EQ(get("txtOT0", "0"), "0");
+    EXPECT_FALSE(fs::exists(file)); // looking makes nothing
+    save("txtOT0", "");
+    EXPECT_EQ(get("txtOT0", "0"), ""); // an empty text is a value
+}
+
+TEST_F(SettingsTest, KeepEveryTextApartByItsThreeNames)
+{
+    const std::string odd = "a,b=\"c\"\n; 'x' \xC3\xBC \xE2\x82\xAC " + std::string(100'000, 'y');
+    save("txtName0", odd);
+    save("txtname0", "other case");
+    SaveSetting("Quellory", "Other", "txtName0", "other section");
+    SaveSetting("Other", "Wagemill", "txtName0", "other application");
+    reopen();
+    EXPECT_EQ(get("txtName0"), odd);
+    EXPECT_EQ(get("txtname0"), "other case");
+    EXPECT_EQ(GetSetting("Quellory", "Other", "txtName0", ""), "other section");
+    EXPECT_EQ(GetSetting("Other", "Wagemill", "txtName0", ""), "other application");
+}
+
+TEST_F(SettingsTest, AreReadableByTheirUserAlone)
+{
+    save("a", "1");
+    EXPECT_EQ(fs::status(file).permissions() & fs::perms::all, fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(fs::status(file.parent_path()).permissions() & fs::perms::all, fs::perms::owner_all);
+}
+
+TEST_F(SettingsTest, SurviveAKilledProgram)
+{
+    for (int round = 0; round < 5; ++round) {
+        int report[2];
+        ASSERT_EQ(::pipe(report), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int key = 0;; ++key) {
+                save(("key" + std::to_string(key)).c_str(), "v" + std::to_string(key));
+                if (::write(report[1], &key, sizeof key) != sizeof key)
+                    ::_exit(1);
+            }
+        }
+        ::close(report[1]);
+        int lastWritten = -1;
+        for (int seen = 0; seen < 5 + round; ++seen)
+            ASSERT_EQ(::read(report[0], &lastWritten, sizeof lastWritten), static_cast<ssize_t>(sizeof lastWritten));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        while (::read(report[0], &lastWritten, sizeof lastWritten) == static_cast<ssize_t>(sizeof lastWritten)) {
+        }
+        ::close(report[0]);
+        for (int key = 0; key <= lastWritten; ++key)
+            EXPECT_EQ(get(("key" + std::to_string(key)).c_str()), "v" + std::to_string(key));
+        save("after", "1"); // nothing is locked
+        reopen();
+    }
+}
+
+TEST_F(SettingsTest, GoOnAfterTheirFileWasTakenAway)
+{
+    save("a", "1");
+    fs::remove_all(file.parent_path());
+    EXPECT_EQ(get("a"), "none");
+    save("a", "2");
+    reopen();
+    EXPECT_EQ(get("a"), "2");
+}
+
+TEST_F(SettingsTest, SetADamagedStoreAsideAndBeginAnew)
+{
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << std::string(5000, 'x');
+    try {
+        get("a");
+        FAIL() << "a damaged store was read";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find(file.string()), std::string::npos) << error.what();
+    }
+    save("a", "1");
+    EXPECT_EQ(get("a"), "1");
+    EXPECT_EQ(fs::file_size(file.string() + ".damaged"), 5000U);
+}
+
+TEST_F(SettingsTest, SayWhereTheyCannotBeKept)
+{
+    std::ofstream(home / "config") << "a file where the folder should be";
+    try {
+        save("a", "1");
+        FAIL() << "stored nowhere";
+    } catch (const std::runtime_error& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("The settings cannot be kept in \"" + file.string() + "\": "))
+            << error.what();
+    }
+}
+
+} // namespace
