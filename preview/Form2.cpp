@@ -1,0 +1,427 @@
+#include "preview/Form2.h"
+
+#include "app/base/ErrorTrap.h"
+#include "app/base/Files.h"
+#include "app/base/NumberText.h"
+#include "app/look/Look.h"
+#include "app/look/PushButton.h"
+#include "preview/FileCopy.h"
+#include "preview/PictureBox.h"
+#include "preview/ViewGeometry.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QScreen>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+namespace wagemill {
+
+namespace {
+
+constexpr std::string_view handCursorName = "/HAND-M.CUR";
+constexpr double partOfScreen = 0.85;
+constexpr QSize largestWindow(1600, 1200);
+
+template <typename Control>
+Control* named(Control* control, const char* name, const char* accessibleName)
+{
+    control->setObjectName(QString::fromLatin1(name));
+    control->setAccessibleName(QString::fromLatin1(accessibleName));
+    return control;
+}
+
+QScrollBar* makeScrollBar(Qt::Orientation orientation, const char* name, const char* accessibleName, QWidget* parent)
+{
+    auto* scrollBar = named(new QScrollBar(orientation, parent), name, accessibleName);
+    scrollBar->setTracking(false); // the picture moves when the thumb is let go
+    scrollBar->setFocusPolicy(Qt::StrongFocus);
+    scrollBar->setRange(0, 100);
+    scrollBar->setEnabled(false);
+    return scrollBar;
+}
+
+/// The range of one scroll bar, and the unit of its steps. The thumb shows how much of the picture is in view.
+std::int16_t setUpScrollBar(QScrollBar& scrollBar, int pictureExtent, int viewportExtent)
+{
+    const ScrollRange range = scrollRange(static_cast<float>(pictureExtent - viewportExtent));
+    scrollBar.setEnabled(range.unit != 0);
+    if (range.unit != 0) {
+        scrollBar.setMaximum(range.maximum);
+        scrollBar.setPageStep(std::max(1, viewportExtent / range.unit));
+        scrollBar.setValue(0);
+    }
+    return range.unit;
+}
+
+/// For the user's own turning of a scroll bar, which no procedure with a trap stands behind.
+template <typename Change>
+void reportFailure(Change change)
+{
+    try {
+        change();
+    } catch (const std::exception& error) {
+        showMessage({.text = error.what(), .title = {}, .icon = MessageIcon::Warning});
+    }
+}
+
+std::string displayedPath(const std::filesystem::path& path)
+{
+    return QString::fromStdU16String(path.u16string()).toStdString();
+}
+
+} // namespace
+
+Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDialog> commonDialog)
+    : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1", "Zoom in")),
+      PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2", "Zoom out")),
+      PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), this), "PushButton6",
+                        "Save results to Excel file")),
+      PushButton8(named(new PushButton(QStringLiteral("< Back"), this), "PushButton8", "Back to the entry window")),
+      Frame1(named(new QGroupBox(QStringLiteral("Zoom:"), this), "Frame1", "Zoom")),
+      Picture2(named(new QWidget(this), "Picture2", "View of the payroll sheet")),
+      Picture1(named(new PictureBox(Picture2), "Picture1", "Picture of the payroll sheet")),
+      Zoom_Ori(named(new PictureBox(this), "Zoom_Ori", "")),
+      HScroll1(makeScrollBar(Qt::Horizontal, "HScroll1", "Scroll left and right", this)),
+      VScroll1(makeScrollBar(Qt::Vertical, "VScroll1", "Scroll up and down", this)),
+      CommonDialog1(std::move(commonDialog)),
+      m_pointer(*this),
+      m_showEntryWindow(std::move(showEntryWindow))
+{
+    setObjectName(QStringLiteral("Form2"));
+    layOutControls();
+    connectControls();
+    Form_Load();
+}
+
+void Form2::layOutControls()
+{
+    Picture2->setBackgroundRole(QPalette::Mid);
+    Picture2->setAutoFillBackground(true);
+    Picture1->setCursor(Qt::OpenHandCursor);
+    Zoom_Ori->hide();
+
+    auto* zoomButtons = new QHBoxLayout(Frame1);
+    zoomButtons->addWidget(PushButton1);
+    zoomButtons->addWidget(PushButton2);
+
+    auto* tools = new QHBoxLayout;
+    tools->addWidget(Frame1);
+    tools->addStretch();
+    tools->addWidget(PushButton6, 0, Qt::AlignBottom);
+    tools->addWidget(PushButton8, 0, Qt::AlignBottom);
+
+    auto* sheet = new QGridLayout;
+    sheet->setSpacing(0);
+    sheet->addWidget(Picture2, 0, 0);
+    sheet->addWidget(VScroll1, 0, 1);
+    sheet->addWidget(HScroll1, 1, 0);
+    sheet->setRowStretch(0, 1);
+    sheet->setColumnStretch(0, 1);
+
+    auto* rows = new QVBoxLayout(this);
+    rows->addLayout(tools);
+    rows->addLayout(sheet, 1);
+
+    applyDesignFont(*this);
+    const QSize wanted = (QSizeF(screen()->availableSize()) * partOfScreen).toSize().boundedTo(largestWindow);
+    setFixedSize(wanted.expandedTo(rows->minimumSize()));
+}
+
+void Form2::connectControls()
+{
+    m_pointer.watch(PointerMode::Hand, {PushButton1, PushButton2, PushButton6, PushButton8});
+    m_pointer.watch(PointerMode::Arrow, {Frame1});
+
+    connect(PushButton1, &QPushButton::clicked, this, &Form2::PushButton1_Click);
+    connect(PushButton2, &QPushButton::clicked, this, &Form2::PushButton2_Click);
+    connect(PushButton6, &QPushButton::clicked, this, &Form2::PushButton6_Click);
+    connect(PushButton8, &QPushButton::clicked, this, &Form2::PushButton8_Click);
+    connect(Picture1, &PictureBox::MouseDown, this,
+            [this](Qt::MouseButtons, float x, float y) { Picture1_MouseDown(x, y); });
+    connect(Picture1, &PictureBox::MouseMove, this, &Form2::Picture1_MouseMove);
+    connect(Picture1, &PictureBox::MouseUp, this, &Form2::Picture1_MouseUp);
+    connect(HScroll1, &QScrollBar::valueChanged, this, [this] { reportFailure([this] { HScroll1_Change(); }); });
+    connect(VScroll1, &QScrollBar::valueChanged, this, [this] { reportFailure([this] { VScroll1_Change(); }); });
+
+    QWidget* const tabOrder[] = {PushButton1, PushButton2, PushButton6, PushButton8, HScroll1, VScroll1};
+    for (std::size_t index = 1; index < std::size(tabOrder); ++index)
+        setTabOrder(tabOrder[index - 1], tabOrder[index]);
+}
+
+void Form2::Form_Load()
+{
+    ErrorTrap trap("Form2.Form_Load");
+    trap.step(10, [&] { SetupPending = true; });
+    trap.step(20, [&] { applyPlainBackground(*this); });
+    trap.step(30, [&] { setWindowTitle(QString::fromUtf8(productTitle.data(), productTitle.size())); });
+    trap.step(40, [&] {
+        if (const std::filesystem::path handCursor = besideProgram(handCursorName); fileExists(handCursor))
+            m_pointer.loadHandCursor(handCursor);
+    });
+}
+
+void Form2::setPicture(const QPixmap& picture)
+{
+    Picture1->setPicture(picture);
+    Picture1->sizeToPicture();
+    if (SetupPending)
+        return; // the first activation does the rest
+    Zoom_Ori->setPicture(picture);
+    Zoom_Ori->resize(Picture1->size());
+    takeNaturalSize();
+    scrollToOrigin();
+    RedrawImage();
+}
+
+void Form2::takeNaturalSize()
+{
+    OrigWidth = naturalExtent(Zoom_Ori->width());
+    OrigHeight = naturalExtent(Zoom_Ori->height());
+}
+
+void Form2::Form_Activate()
+{
+    if (!SetupPending || m_isSettingUp) // the error dialog of a step activates the window again
+        return;
+    m_isSettingUp = true;
+    ErrorTrap trap("Form2.Form_Activate");
+    trap.step(10, [&] { Picture1->sizeToPicture(); });
+    trap.step(20, [&] { Zoom_Ori->resize(Picture1->size()); });
+    trap.step(30, [&] { Zoom_Ori->setPicture(Picture1->picture()); });
+    trap.step(40, [&] { ZoomFactor = 1; });
+    trap.step(50, [&] { takeNaturalSize(); });
+    trap.step(60, [&] { ZoomWidth = zoomedExtent(OrigWidth, ZoomFactor); });
+    trap.step(70, [&] { ZoomHeight = zoomedExtent(OrigHeight, ZoomFactor); });
+    trap.step(80, [&] { RedrawImage(); });
+    trap.step(90, [&] { SetupScrollBars(); });
+    SetupPending = false;
+    m_isSettingUp = false;
+}
+
+void Form2::RedrawImage()
+{
+    ErrorTrap trap("Form2.RedrawImage");
+    trap.step(10, [&] { ZoomWidth = zoomedExtent(OrigWidth, ZoomFactor); });
+    trap.step(20, [&] { ZoomHeight = zoomedExtent(OrigHeight, ZoomFactor); });
+    if (!isDrawable(ZoomWidth, ZoomHeight)) {
+        trap.step(30, [&] { ZoomFactor = 1; });
+        trap.step(40, [&] { takeNaturalSize(); });
+        trap.step(50, [&] { ZoomWidth = OrigWidth; });
+        trap.step(60, [&] { ZoomHeight = OrigHeight; });
+        return;
+    }
+    trap.step(70, [&] { Picture1->clearPicture(); });
+    trap.step(80, [&] { Picture1->resize(ZoomWidth, ZoomHeight); });
+    trap.step(90, [&] {
+        Picture1->paintPicture(Zoom_Ori->picture(), QSize(OrigWidth, OrigHeight), QSize(ZoomWidth, ZoomHeight));
+    });
+    trap.step(100, [&] { scrollToOrigin(); });
+    trap.step(110, [&] { HScroll1->setEnabled(Picture2->width() < ZoomWidth); });
+    trap.step(120, [&] { VScroll1->setEnabled(Picture2->height() < ZoomHeight); });
+}
+
+/// Tells the change handler itself, because an exception must not pass through a signal of Qt.
+void Form2::scrollTo(QScrollBar& scrollBar, std::int16_t value)
+{
+    if (scrollBar.value() == value)
+        return;
+    {
+        const QSignalBlocker noNotification(scrollBar);
+        scrollBar.setValue(value);
+    }
+    if (&scrollBar == HScroll1)
+        HScroll1_Change();
+    else
+        VScroll1_Change();
+}
+
+void Form2::scrollToOrigin()
+{
+    scrollTo(*HScroll1, 0);
+    scrollTo(*VScroll1, 0);
+    Picture1->move(0, 0); // with both bars at 0 already, a drag may have left it elsewhere
+}
+
+void Form2::SetupScrollBars()
+{
+    Picture1->move(0, 0);
+    HScrollUnit = setUpScrollBar(*HScroll1, Picture1->width(), Picture2->width());
+    VScrollUnit = setUpScrollBar(*VScroll1, Picture1->height(), Picture2->height());
+}
+
+void Form2::PushButton1_Click()
+{
+    ErrorTrap trap("Form2.PushButton1_Click");
+    trap.step(10, [&] { StepZoom(ZoomDirection::In); });
+}
+
+void Form2::PushButton2_Click()
+{
+    ErrorTrap trap("Form2.PushButton2_Click");
+    trap.step(10, [&] { StepZoom(ZoomDirection::Out); });
+}
+
+void Form2::StepZoom(ZoomDirection direction)
+{
+    SetZoom(steppedZoom(ZoomFactor, direction));
+}
+
+void Form2::SetZoom(float factor)
+{
+    if (!isZoomOffered(factor))
+        return;
+    ZoomFactor = factor;
+    RedrawImage();
+}
+
+void Form2::HScroll1_Change()
+{
+    Picture1->move(scrolledPosition(HScrollUnit, toInt16(HScroll1->value())), Picture1->y());
+}
+
+void Form2::VScroll1_Change()
+{
+    Picture1->move(Picture1->x(), scrolledPosition(VScrollUnit, toInt16(VScroll1->value())));
+}
+
+void Form2::SetHScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
+{
+    if (const auto value = horizontalScrollValue(percent, toInt16(scrollBar.maximum())))
+        scrollTo(scrollBar, *value);
+}
+
+void Form2::SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
+{
+    if (const auto value = verticalScrollValue(percent, toInt16(scrollBar.maximum())))
+        scrollTo(scrollBar, *value);
+}
+
+void Form2::Picture1_MouseDown(float x, float y)
+{
+    ErrorTrap trap("Form2.picture1_MouseDown");
+    trap.step(10, [&] { DragStartX = x; });
+    trap.step(20, [&] { DragStartY = y; });
+    trap.step(30, [&] { Picture1->setCursor(Qt::ClosedHandCursor); });
+}
+
+void Form2::Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y)
+{
+    ErrorTrap trap("Form2.picture1_MouseMove");
+    if (buttons == Qt::NoButton)
+        return;
+    float newLeft = 0;
+    float newTop = 0;
+    trap.step(10, [&] {
+        newLeft = draggedPosition({.position = static_cast<float>(Picture1->x()),
+                                   .dragStart = DragStartX,
+                                   .pointer = x,
+                                   .viewportInner = static_cast<float>(Picture2->width()),
+                                   .pictureOuter = static_cast<float>(Picture1->width())});
+    });
+    trap.step(20, [&] {
+        newTop = draggedPosition({.position = static_cast<float>(Picture1->y()),
+                                  .dragStart = DragStartY,
+                                  .pointer = y,
+                                  .viewportInner = static_cast<float>(Picture2->height()),
+                                  .pictureOuter = static_cast<float>(Picture1->height())});
+    });
+    trap.step(30, [&] { Picture1->move(toInt32(newLeft), toInt32(newTop)); });
+}
+
+void Form2::Picture1_MouseUp()
+{
+    ErrorTrap trap("Form2.Picture1_MouseUp");
+    std::int16_t hPercent = 0;
+    std::int16_t vPercent = 0;
+    trap.step(10, [&] { Picture1->setCursor(Qt::OpenHandCursor); });
+    trap.step(20, [&] { hPercent = scrolledPercent(Picture1->x(), Picture1->width(), Picture2->width(), "wide"); });
+    trap.step(30, [&] { vPercent = scrolledPercent(Picture1->y(), Picture1->height(), Picture2->height(), "high"); });
+    trap.step(40, [&] { SetHScrollbarByPercent(*HScroll1, hPercent); });
+    trap.step(50, [&] { SetVScrollbarByPercent(*VScroll1, vPercent); });
+}
+
+void Form2::PushButton6_Click()
+{
+    ErrorTrap trap("Form2.PushButton6_Click");
+    std::filesystem::path name;
+    MessageAnswer answer = MessageAnswer::No;
+    trap.step(10, [&] {
+        name = CommonDialog1->showSave({.fileName = "", .title = "Save File", .filter = "Excel Files (*.xls)|*.xls|"},
+                                       *this);
+    });
+    trap.step(20, [&] { answer = makeRoomFor(name); });
+    if (answer == MessageAnswer::Yes)
+        trap.step(47, [&] { copyFile(mExcelFile, name); });
+    trap.step(50, [&] { showMessage({.text = "Done.", .title = {}}); });
+}
+
+/// Yes when the workbook is to be written under the name. A file of that name is deleted once the user agreed.
+MessageAnswer Form2::makeRoomFor(const std::filesystem::path& name)
+{
+    if (name.empty())
+        return MessageAnswer::No;
+    if (!fileExists(name))
+        return MessageAnswer::Yes;
+    const MessageAnswer answer =
+        showMessage({.text = "Are you sure you wish to overwrite " + displayedPath(name) + " ?",
+                     .title = {},
+                     .buttons = MessageButtons::YesNo});
+    if (answer == MessageAnswer::Yes && !isSameFile(name, mExcelFile)) // else it would be lost before it was copied
+        deleteFileQuietly(name);
+    return answer;
+}
+
+void Form2::PushButton8_Click()
+{
+    ErrorTrap trap("Form2.PushButton8_Click");
+    trap.step(10, [&] { deleteFileQuietly(mExcelFile); });
+    trap.step(20, [&] { m_showEntryWindow(); });
+    trap.step(30, [&] { hide(); });
+}
+
+void Form2::Form_QueryUnload()
+{
+    deleteFileQuietly(mExcelFile);
+    processWindowEvents();
+    processWindowEvents();
+}
+
+void Form2::Form_Unload()
+{
+    endProgram();
+}
+
+bool Form2::event(QEvent* event)
+{
+    const bool isHandled = QWidget::event(event);
+    if (event->type() == QEvent::WindowActivate)
+        Form_Activate();
+    return isHandled;
+}
+
+void Form2::closeEvent(QCloseEvent* event)
+{
+    Form_QueryUnload();
+    event->accept();
+    Form_Unload();
+}
+
+/// The wheel over the picture turns the scroll bars. Not by sendEvent: a bar at its end would hand the event back here.
+void Form2::wheelEvent(QWheelEvent* event)
+{
+    const QPoint turn = event->angleDelta();
+    QScrollBar* scrollBar = std::abs(turn.x()) > std::abs(turn.y()) ? HScroll1 : VScroll1;
+    if (scrollBar->isEnabled())
+        scrollBar->event(event);
+}
+
+} // namespace wagemill

@@ -1,0 +1,35 @@
+#include "preview/SaveFileDialog.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace wagemill {
+
+QStringList nameFilters(const std::string& filter)
+{
+    const QStringList parts = QString::fromStdString(filter).split(u'|');
+    QStringList filters;
+    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
+        const QString description = parts[index].section(u'(', 0, 0).trimmed();
+        const QString patterns = QString(parts[index + 1]).replace(u';', u' ');
+        filters << QStringLiteral("%1 (%2)").arg(description, patterns);
+    }
+    return filters;
+}
+
+std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& request, QWidget& owner)
+{
+    QFileDialog dialog(&owner, QString::fromStdString(request.title),
+                       QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog.setObjectName(QStringLiteral("CommonDialog1"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setNameFilters(nameFilters(request.filter));
+    dialog.selectFile(QString::fromStdString(request.fileName));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return {};
+    return QFileInfo(dialog.selectedFiles().constFirst()).filesystemFilePath();
+}
+
+} // namespace wagemill

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace wagemill {
+
+// The arithmetic of the preview. Positions and extents are in the layout unit of the window, the device-independent
+// pixel; a position is that of the picture's left or top edge in the viewport, zero or negative where it was scrolled.
+
+enum class ZoomDirection { In, Out };
+
+/// The zoom one quarter further.
+float steppedZoom(float zoom, ZoomDirection direction);
+/// From 0.25 to 3.75, both included.
+bool isZoomOffered(float zoom);
+
+/// The natural extent of a picture in a box of this inner extent: 2 less, rounded with halves to even.
+/// Throws std::overflow_error outside the 32-bit range.
+std::int32_t naturalExtent(double innerExtent);
+
+/// The natural extent at a zoom, rounded down.
+std::int32_t zoomedExtent(std::int32_t naturalExtent, float zoom);
+
+/// Whether a picture of this size is drawn: narrower than 14000 and lower than 5000.
+bool isDrawable(std::int32_t width, std::int32_t height);
+
+/// A scroll bar that runs from 0 to `maximum` and moves the picture by `unit` a step; unit 0: the bar is disabled.
+struct ScrollRange {
+    std::int16_t maximum = 0;
+    std::int16_t unit = 0;
+
+    bool operator==(const ScrollRange&) const = default;
+};
+
+/// The range that covers the overhang of the picture beyond the viewport, in units of 1, or of 10 beyond 100.
+/// Throws std::overflow_error when that takes more than 16 bits.
+ScrollRange scrollRange(float overhang);
+
+/// Where a scroll bar puts the picture: -(unit * value). Throws std::overflow_error when the product exceeds 16 bits.
+std::int16_t scrolledPosition(std::int16_t unit, std::int16_t value);
+
+/// The value that a percentage of a bar's maximum sets; nothing for a negative percentage. Horizontally a value beyond
+/// the maximum is nothing too; vertically it is an error of the bar, std::out_of_range.
+std::optional<std::int16_t> horizontalScrollValue(std::int16_t percent, std::int16_t maximum);
+std::optional<std::int16_t> verticalScrollValue(std::int16_t percent, std::int16_t maximum);
+
+/// What one axis of a drag needs to know.
+struct DragAxis {
+    float position = 0;      ///< of the picture
+    float dragStart = 0;     ///< where the picture was grabbed, in its own coordinates
+    float pointer = 0;       ///< where the pointer is, in the same coordinates
+    float viewportInner = 0; ///< extent inside the viewport's border
+    float pictureOuter = 0;  ///< extent with the picture's border
+};
+
+/// The picture's position under the pointer, kept inside the viewport. A picture smaller than the viewport flips
+/// between its two ends.
+float draggedPosition(const DragAxis& axis);
+
+/// The part of the overhang that the picture was scrolled by, in percent, rounded with halves to even; negative for a
+/// picture smaller than the viewport. Both extents include the border.
+/// axis  "wide" or "high", for the message
+/// Throws std::domain_error when both extents are the same, std::overflow_error beyond 16 bits.
+std::int16_t scrolledPercent(std::int32_t position, std::int32_t pictureOuter, std::int32_t viewportOuter,
+                             const char* axis);
+
+} // namespace wagemill
