@@ -3,10 +3,12 @@
 #include "app/base/RegionalFormats.h"
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/CellValue.h"
+#include "workbook/engine/FormatCode.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace wagemill::engine {
 
@@ -19,6 +21,28 @@ struct ShownText {
     bool isNegativeDate = false; ///< a date format on a value that is no date: "###" whatever the width
 
     bool operator==(const ShownText&) const = default;
+};
+
+/// A number format code made ready to show many values.
+class NumberFormatter {
+public:
+    /// code  see showValue
+    explicit NumberFormatter(std::string_view code);
+
+    /// See the function showValue.
+    ShownText show(const CellValue& value, const RegionalFormats& formats, bool dates1904 = false) const;
+    /// Whether a section shows a date or a time.
+    bool isDate() const;
+
+private:
+    ShownText showNumber(double number, const RegionalFormats& formats, bool dates1904) const;
+    ShownText showText(const std::string& text) const;
+    const FormatSection* textSection() const;
+    std::size_t numberSections() const;
+    std::size_t sectionFor(double number) const;
+    bool hidesSign(std::size_t section) const;
+
+    std::vector<FormatSection> m_sections; ///< none: General
 };
 
 /// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant

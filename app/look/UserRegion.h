@@ -1,0 +1,15 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+
+class QLocale;
+
+namespace wagemill {
+
+/// How a locale writes numbers, money and dates, read off what it writes. Years have four digits. The "C" locale, which
+/// writes for programs, is taken as the United States.
+RegionalFormats regionalFormatsOf(const QLocale& locale);
+/// Those of the user's system settings.
+RegionalFormats userRegionalFormats();
+
+} // namespace wagemill

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "workbook/engine/CellStyle.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// One element of a number format code (ECMA-376 part 1, 18.8.31 numFmts describes the language).
+struct FormatToken {
+    enum class Kind {
+        Literal,
+        Digit,      ///< text is the placeholder: "0", "#" or "?"
+        Point,      ///< decimal separator
+        Comma,      ///< only while the code is read: a group separator or a scale by 1000 in the end
+        Percent,
+        Exponent,   ///< text is the sign rule, "+" or "-"
+        Slash,      ///< of a fraction
+        General,
+        Text,       ///< "@"
+        ShortDate,  ///< the user's
+        Year,
+        Month,
+        Day,
+        Hour,
+        Minute,
+        Second,
+        SecondFraction, ///< count digits behind the decimal separator
+        ElapsedHours,
+        ElapsedMinutes,
+        ElapsedSeconds,
+        HalfDay,       ///< "AM/PM" or, with a count of 1, "A/P"
+        TimeSeparator,
+    };
+
+    Kind kind = Kind::Literal;
+    std::string text;      ///< as it stands in the code, for a literal what it shows
+    std::size_t count = 1; ///< letters of a date field
+
+    bool operator==(const FormatToken&) const = default;
+};
+
+/// "[>=100]"
+struct FormatCondition {
+    std::string comparison; ///< "<", "<=", "=", "<>", ">=" or ">"
+    double operand = 0;
+
+    bool holds(double number) const;
+};
+
+/// What stands between two semicolons of a code.
+struct FormatSection {
+    enum class Kind { Number, Scientific, Fraction, Date, General, Text };
+
+    Kind kind = Kind::Number;
+    std::optional<FormatCondition> condition;
+    std::optional<Rgb> color;
+    std::vector<FormatToken> tokens;
+    bool grouped = false;
+    int scalePower = 0; ///< the number is shown times 10 to this power: 2 for a percent sign, -3 for a comma at the end
+};
+
+/// The one to four sections of a code; none when it is empty or "General", nothing when it cannot be read: an open
+/// quote or bracket, a letter without meaning, more than four sections, excessive length.
+std::optional<std::vector<FormatSection>> readFormatCode(std::string_view code);
+
+} // namespace wagemill::engine

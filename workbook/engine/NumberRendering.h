@@ -1,0 +1,22 @@
+#pragma once
+
+#include "app/base/NumberText.h"
+#include "workbook/engine/FormatCode.h"
+
+#include <string>
+
+namespace wagemill::engine {
+
+/// A number in the digits of a format section.
+struct RenderedNumber {
+    std::string text;
+    bool isZero = false; ///< no digit other than zero is shown
+};
+
+/// The decimal digits of a number that are ever shown: its first 15 significant ones, the last rounded half up.
+DecimalNumber shownDigits(double number);
+
+/// Renders the magnitude of `number` by a section of the kinds Number, Scientific and Fraction.
+RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats);
+
+} // namespace wagemill::engine
