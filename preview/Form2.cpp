@@ -62,17 +62,6 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, int pictureExtent, int viewpo
     return range.unit;
 }
 
-/// For the user's own turning of a scroll bar, which no procedure with a trap stands behind.
-template <typename Change>
-void reportFailure(Change change)
-{
-    try {
-        change();
-    } catch (const std::exception& error) {
-        showMessage({.text = error.what(), .title = {}, .icon = MessageIcon::Warning});
-    }
-}
-
 std::string displayedPath(const std::filesystem::path& path)
 {
     return QString::fromStdU16String(path.u16string()).toStdString();
@@ -149,8 +138,8 @@ void Form2::connectControls()
             [this](Qt::MouseButtons, float x, float y) { Picture1_MouseDown(x, y); });
     connect(Picture1, &PictureBox::MouseMove, this, &Form2::Picture1_MouseMove);
     connect(Picture1, &PictureBox::MouseUp, this, &Form2::Picture1_MouseUp);
-    connect(HScroll1, &QScrollBar::valueChanged, this, [this] { reportFailure([this] { HScroll1_Change(); }); });
-    connect(VScroll1, &QScrollBar::valueChanged, this, [this] { reportFailure([this] { VScroll1_Change(); }); });
+    connect(HScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { HScroll1_Change(); }); });
+    connect(VScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { VScroll1_Change(); }); });
 
     QWidget* const tabOrder[] = {PushButton1, PushButton2, PushButton6, PushButton8, HScroll1, VScroll1};
     for (std::size_t index = 1; index < std::size(tabOrder); ++index)

@@ -1,0 +1,51 @@
+/* The skin of the main window: a Qt style sheet. Every colour is one of the palette, so that a dark desktop stays dark;
+   nothing changes while the mouse is over it. */
+
+QPushButton {
+    background-color: palette(button);
+    color: palette(button-text);
+    border: 1px solid palette(mid);
+    border-bottom-color: palette(dark);
+    border-radius: 4px;
+    padding: 5px 14px;
+}
+
+QPushButton:focus {
+    border: 2px solid palette(highlight);
+    padding: 4px 13px;
+}
+
+QPushButton:pressed {
+    background-color: palette(mid);
+}
+
+QPushButton:disabled {
+    color: palette(mid);
+}
+
+QGroupBox {
+    border: 1px solid palette(mid);
+    border-radius: 4px;
+    margin-top: 0.6em;
+    padding-top: 0.4em;
+}
+
+QGroupBox::title {
+    subcontrol-origin: margin;
+    left: 8px;
+    padding: 0 3px;
+}
+
+QLineEdit {
+    background-color: palette(base);
+    color: palette(text);
+    border: 1px solid palette(mid);
+    border-radius: 3px;
+    padding: 1px 3px;
+    selection-background-color: palette(highlight);
+    selection-color: palette(highlighted-text);
+}
+
+QLineEdit:focus {
+    border-color: palette(highlight);
+}
