@@ -13,9 +13,6 @@
 
 namespace {
 
-/// The payroll template among the program's resources.
-constexpr int templateResource = 101;
-
 wagemill::CalendarDate today()
 {
     const QDate date = QDate::currentDate();
@@ -34,7 +31,7 @@ wagemill::Form1Setup productionSetup()
     BuildServices build;
     build.formats = userRegionalFormats();
     build.spreadsheet = spreadsheetPlatform(build.formats, pictureScale);
-    build.templateResource = [] { return customResource(templateResource); };
+    build.templateResource = [] { return customResource(payrollTemplateResource); };
     build.randomDigit = drawFileNameDigit;
     return {std::move(build), today, 1};
 }

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QSignalBlocker>
 #include <QTimer>
+#include <QWindow>
 
 namespace wagemill {
 
@@ -81,12 +82,14 @@ LeaveGuard::LeaveGuard(QWidget* window) : QObject(window), m_window(window)
 
 bool LeaveGuard::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
+    // Seen at the platform's window, before the press reaches a widget: by then the focus would have moved.
+    if (watched != m_window->windowHandle() ||
+        (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick))
         return false;
-    auto* const pressed = qobject_cast<QWidget*>(watched);
     auto* const field = qobject_cast<EntryField*>(QApplication::focusWidget());
-    if (pressed == nullptr || field == nullptr || pressed->window() != m_window || field->window() != m_window)
+    if (field == nullptr || field->window() != m_window)
         return false;
+    QWidget* const pressed = m_window->childAt(static_cast<QMouseEvent*>(event)->position().toPoint());
     QWidget* const target = focusTargetOfPress(pressed);
     return target != nullptr && target != field && !field->mayLeave();
 }

@@ -3,6 +3,7 @@
 #include "app/base/Files.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
+#include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
 #include "entry/EntryField.h"
 #include "entry/SampleData.h"
@@ -13,7 +14,6 @@
 #include "settings/Settings.h"
 
 #include <QCloseEvent>
-#include <QDateEdit>
 #include <QFrame>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -86,7 +86,7 @@ QGroupBox* Form1::headerFrame()
     Frame1 = named(new QGroupBox(QStringLiteral("Header Details"), this), "Frame1");
     txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
     txtCompanyName->setMinimumWidth(companyNameWidth);
-    dtPeriodEnding = named(new QDateEdit(toQDate(m_setup.today()), Frame1), "dtPeriodEnding");
+    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), Frame1), "dtPeriodEnding");
     dtPeriodEnding->setCalendarPopup(true);
     dtPeriodEnding->setDisplayFormat(QString::fromStdString(m_setup.build.formats.shortDatePattern));
     auto* const companyLabel = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");
@@ -160,9 +160,9 @@ void Form1::setTabOrder()
 void Form1::connectHandlers()
 {
     connect(txtCompanyName, &QLineEdit::textChanged, this, [this] { handleEvent([&] { txtCompanyName_Change(); }); });
-    connect(dtPeriodEnding, &QDateEdit::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
+    connect(dtPeriodEnding, &DatePicker::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &Form1::VScroll1_Change);
-    connect(PushButton6, &QPushButton::clicked, this, [] { PushButton6_Click(); });
+    connect(PushButton6, &QPushButton::clicked, this, [] { showHelpMessage(); });
     connect(PushButton7, &QPushButton::clicked, this, &Form1::PushButton7_Click);
     connect(PushButton22, &QPushButton::clicked, this, &Form1::PushButton22_Click);
 
@@ -264,11 +264,11 @@ void Form1::PushButton7_Click()
 
 PayrollData Form1::payrollData() const
 {
-    PayrollData data;
-    data.header.companyName = txtCompanyName->text().toStdString();
-    data.header.periodEnding = shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats);
-    std::ranges::transform(picMainContainer, std::back_inserter(data.rows), &EmployeePanel::texts);
-    return data;
+    PayrollData payroll;
+    payroll.header.companyName = txtCompanyName->text().toStdString();
+    payroll.header.periodEnding = shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats);
+    std::ranges::transform(picMainContainer, std::back_inserter(payroll.rows), &EmployeePanel::texts);
+    return payroll;
 }
 
 Form2& Form1::preview()
@@ -305,7 +305,7 @@ void Form1::showPicture(const std::filesystem::path& picture)
 
 void Form1::passWorkbook(const std::filesystem::path& workbook)
 {
-    preview().mExcelFile = workbook;
+    preview().setExcelFile(workbook);
 }
 
 void Form1::showPreview()

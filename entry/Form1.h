@@ -13,13 +13,13 @@
 #include <memory>
 #include <vector>
 
-class QDateEdit;
 class QFrame;
 class QGroupBox;
 class QScrollBar;
 
 namespace wagemill {
 
+class DatePicker;
 class EmployeePanel;
 class EntryField;
 class Form2;
@@ -84,7 +84,7 @@ private:
     QGroupBox* Frame1 = nullptr;
     QGroupBox* Frame3 = nullptr;
     EntryField* txtCompanyName = nullptr;
-    QDateEdit* dtPeriodEnding = nullptr;
+    DatePicker* dtPeriodEnding = nullptr;
     QFrame* Picture1 = nullptr; ///< the viewport
     QFrame* Picture3 = nullptr; ///< the strip of all rows inside it
     QScrollBar* VScroll1 = nullptr;

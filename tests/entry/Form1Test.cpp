@@ -1,0 +1,453 @@
+#include "entry/Form1.h"
+
+#include "app/base/Files.h"
+#include "app/look/PushButton.h"
+#include "entry/EntryField.h"
+#include "entry/SampleData.h"
+#include "settings/Settings.h"
+#include "tests/support/RecordedMessages.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/workbook/FakeSpreadsheet.h"
+
+#include <QApplication>
+#include <QDateEdit>
+#include <QFrame>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPixmap>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+/// A store in memory; the test may let it fail.
+class MemoryStore : public SettingsStore {
+public:
+    struct State {
+        std::map<std::string, std::string> values;
+        std::vector<std::string> written;
+        bool failing = false;
+    };
+    explicit MemoryStore(State& state) : m_state(state) {}
+
+    std::optional<std::string> read(std::string_view application, std::string_view section,
+                                    std::string_view key) override
+    {
+        EXPECT_EQ(application, "Quellory");
+        EXPECT_EQ(section, "Wagemill");
+        const auto found = m_state.values.find(std::string(key));
+        return found == m_state.values.end() ? std::nullopt : std::optional(found->second);
+    }
+    void write(std::string_view, std::string_view, std::string_view key, std::string_view value) override
+    {
+        if (m_state.failing)
+            throw std::runtime_error("The disk is full.");
+        m_state.written.emplace_back(key);
+        m_state.values[std::string(key)] = value;
+    }
+
+private:
+    State& m_state;
+};
+
+class Form1Test : public testing::Test {
+protected:
+    Form1Test() { setUserStore(std::make_unique<MemoryStore>(store)); }
+    ~Form1Test() override
+    {
+        form.reset();
+        setUserStore(nullptr);
+        setProgramEnd(nullptr);
+    }
+
+    void open(std::int16_t rows = 1)
+    {
+        setProgramEnd([this] { ++ended; });
+        BuildServices services;
+        services.spreadsheet = spreadsheet.platform();
+        services.templateResource = []() -> std::span<const std::byte> { return {}; };
+        services.randomDigit = [] { return 7; };
+        form = std::make_unique<Form1>(Form1Setup{services, [this] { return today; }, rows});
+        form->show();
+        form->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    }
+
+    template <typename Widget>
+    Widget* control(const char* name) const
+    {
+        auto* const found = form->findChild<Widget*>(QString::fromUtf8(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    EntryField* field(const char* name) const { return control<EntryField>(name); }
+    std::string text(const char* name) const { return field(name)->text().toStdString(); }
+
+    /// Clicks into the field and types over what it holds.
+    void type(const char* name, const char* typed) const
+    {
+        clickOn(field(name));
+        QTest::keyClick(field(name), Qt::Key_A, Qt::ControlModifier);
+        if (*typed == '\0')
+            QTest::keyClick(field(name), Qt::Key_Delete);
+        QTest::keyClicks(field(name), QString::fromUtf8(typed));
+    }
+    void click(const char* button) const { clickOn(control<PushButton>(button)); }
+    /// A press and release at the middle of a widget, as the platform reports it to the window.
+    void clickOn(QWidget* widget) const
+    {
+        QTest::mouseClick(form->windowHandle(), Qt::LeftButton, {}, widget->mapTo(form.get(), widget->rect().center()));
+    }
+    static void pressTab() { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); }
+    static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
+
+    MemoryStore::State store;
+    RecordedMessages messages;
+    FakeSpreadsheet spreadsheet;
+    CalendarDate today{2026, 3, 15};
+    int ended = 0;
+    std::unique_ptr<Form1> form;
+};
+
+TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
+{
+    open();
+    EXPECT_EQ(form->windowTitle(), "Wagemill");
+    const std::map<std::string, std::string> expected = {{"txtCompanyName", ""},
+                                                         {"dtPeriodEnding", "3/15/2026"},
+                                                         {"txtEmployeeID0", ""},
+                                                         {"txtName0", ""},
+                                                         {"txtHourlyWage0", "$0.00"},
+                                                         {"txtTaxStatus0", ""},
+                                                         {"txtFedAllowance0", ""},
+                                                         {"txtStateTax0", "0"},
+                                                         {"txtFedIT0", "0"},
+                                                         {"txtSocialSecurityTax0", "0"},
+                                                         {"txtMedicareTax0", "0"},
+                                                         {"txtInsuranceDeduction0", "$0.00"},
+                                                         {"txtOtherRegDeduction0", "$0.00"},
+                                                         {"txtRegHoursWorked0", "0"},
+                                                         {"txtVacationHours0", "0"},
+                                                         {"txtSickHours0", "0"},
+                                                         {"txtOT0", "0"},
+                                                         {"txtOTRate0", "$0.00"},
+                                                         {"txtOtherDeduction0", "$0.00"}};
+    EXPECT_EQ(store.values, expected);
+    EXPECT_EQ(text("txtHourlyWage(0)"), "$0.00");
+    EXPECT_EQ(text("txtStateTax(0)"), "0");
+    EXPECT_TRUE(messages.shown.empty());
+    EXPECT_EQ(spreadsheet.calls, std::vector<std::string>{"new"}); // the presence check, released without a call
+}
+
+TEST_F(Form1Test, RefillsFromTheStoreAndReportsWhatCannotBeShown)
+{
+    store.values = {{"txtCompanyName", "Jos\xC3\xA9 & Co"},
+                    {"dtPeriodEnding", "someday"},
+                    {"txtHourlyWage0", "abc"},
+                    {"txtOTRate0", "12.5"},
+                    {"txtStateTax0", "7.25"},
+                    {"txtFedIT0", "7"},
+                    {"txtOT0", "eight"},
+                    {"txtName0", "Ned"}};
+    open();
+    EXPECT_EQ(text("txtCompanyName"), "Jos\xC3\xA9 & Co");
+    EXPECT_EQ(text("txtName(0)"), "Ned");
+    EXPECT_EQ(text("txtHourlyWage(0)"), "");
+    EXPECT_EQ(text("txtOTRate(0)"), "$12.50");
+    EXPECT_EQ(store.values["txtOTRate0"], "$12.50");
+    EXPECT_EQ(text("txtStateTax(0)"), "7.25");
+    EXPECT_EQ(text("txtFedIT(0)"), "7");
+    EXPECT_EQ(text("txtOT(0)"), "eight"); // hours are shown as they were kept
+    EXPECT_EQ(store.values["txtHourlyWage0"], "abc");
+    EXPECT_EQ(control<QDateEdit>("dtPeriodEnding")->date(), QDate(2026, 3, 15));
+    ASSERT_EQ(messages.shown.size(), 2U);
+    for (const Message& message : messages.shown)
+        EXPECT_NE(message.text.find("\r\nin Wagemill2021/08/31.Form1.Form_Load at line "), std::string::npos);
+    EXPECT_NE(messages.shown[0].text.find("someday"), std::string::npos);
+    EXPECT_NE(messages.shown[1].text.find("abc"), std::string::npos);
+}
+
+TEST_F(Form1Test, StoresEveryKeystroke)
+{
+    open();
+    store.written.clear();
+    type("txtName(0)", "Al");
+    EXPECT_EQ(store.written, (std::vector<std::string>{"txtName0", "txtName0"}));
+    EXPECT_EQ(store.values["txtName0"], "Al");
+    type("txtName(0)", "");
+    EXPECT_EQ(store.values["txtName0"], "");
+    type("txtCompanyName", "Mill");
+    EXPECT_EQ(store.values["txtCompanyName"], "Mill");
+    control<QDateEdit>("dtPeriodEnding")->setDate({2031, 5, 3});
+    EXPECT_EQ(store.values["dtPeriodEnding"], "5/3/2031");
+}
+
+TEST_F(Form1Test, TidiesAFigureThatIsLeft)
+{
+    open();
+    struct {
+        const char* field;
+        const char* typed;
+        const char* tidy;
+    } const cases[] = {
+        {"txtHourlyWage", "12.5", "$12.50"},
+        {"txtHourlyWage", "$12.50", "$12.50"},
+        {"txtHourlyWage", "1.005", "$1.01"},
+        {"txtInsuranceDeduction", "-5", "($5.00)"},
+        {"txtRegHoursWorked", "1234", "1,234.00"},
+        {"txtStateTax", "7.25", "7.25"},
+        {"txtMedicareTax", ".5", "0.50"},
+        {"txtOTRate", "(3)", "($3.00)"},
+        {"txtTaxStatus", "abc", "abc"},
+        {"txtFedAllowance", "", ""},
+    };
+    for (const auto& [name, typed, tidy] : cases) {
+        type((std::string(name) + "(0)").c_str(), typed);
+        pressTab();
+        EXPECT_EQ(text((std::string(name) + "(0)").c_str()), tidy) << name << " typed " << typed;
+        EXPECT_EQ(store.values[std::string(name) + "0"], tidy);
+    }
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(Form1Test, KeepsTheFocusInARefusedFigureHoweverItIsLeft)
+{
+    open();
+    const std::function<void()> ways[] = {
+        [&] { pressTab(); },
+        [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab); },
+        [&] { clickOn(field("txtName(0)")); },
+        [&] { clickOn(control<QDateEdit>("dtPeriodEnding")); },
+        [&] { click("PushButton22"); },
+        [&] { click("PushButton7"); },
+    };
+    for (const char* typed : {"abc", "", "1..2"})
+        for (const auto& leave : ways) {
+            messages.shown.clear();
+            type("txtMedicareTax(0)", typed);
+            leave();
+            ASSERT_EQ(messages.shown.size(), 1U) << typed;
+            EXPECT_EQ(messages.shown[0].text, "Please enter a valid input.");
+            EXPECT_EQ(messages.shown[0].title, "");
+            EXPECT_EQ(messages.shown[0].icon, MessageIcon::Information);
+            EXPECT_EQ(focused(), "txtMedicareTax(0)");
+            EXPECT_EQ(field("txtMedicareTax(0)")->selectedText(), typed);
+            EXPECT_EQ(store.values["txtMedicareTax0"], typed);
+        }
+    EXPECT_EQ(spreadsheet.calls.size(), 1U); // no build was started
+}
+
+TEST_F(Form1Test, AsksNothingWhenTheUserTurnsToAnotherProgram)
+{
+    open();
+    type("txtMedicareTax(0)", "abc");
+    QWidget elsewhere;
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(Form1Test, SelectsAllOnFocusByKeyAndByMouse)
+{
+    open();
+    type("txtName(0)", "Ned Hollister");
+    type("txtTaxStatus(0)", "single");
+    clickOn(field("txtName(0)"));
+    EXPECT_EQ(field("txtName(0)")->selectedText(), "Ned Hollister");
+    clickOn(field("txtName(0)")); // a second click places the caret
+    EXPECT_FALSE(field("txtName(0)")->hasSelectedText());
+    clickOn(field("txtHourlyWage(0)"));
+    pressTab();
+    EXPECT_EQ(focused(), "txtTaxStatus(0)");
+    EXPECT_EQ(field("txtTaxStatus(0)")->selectedText(), "single");
+}
+
+TEST_F(Form1Test, TabsThroughEveryFieldInLabelOrderAndBack)
+{
+    open();
+    std::vector<std::string> expected = {"txtCompanyName", "dtPeriodEnding"};
+    for (const RowField& description : rowFields)
+        expected.push_back(std::string(description.name) + "(0)");
+    expected.insert(expected.end(), {"PushButton22", "PushButton7", "PushButton6"});
+    field("txtCompanyName")->setFocus();
+    for (std::size_t step = 0; step < expected.size(); ++step, pressTab())
+        EXPECT_EQ(focused(), expected[step]);
+    EXPECT_EQ(focused(), expected.front());
+    for (std::size_t step = expected.size(); step-- > 0;) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        EXPECT_EQ(focused(), expected[step]);
+    }
+}
+
+TEST_F(Form1Test, CanUndoWhatTidyingAndTheSampleReplaced)
+{
+    open();
+    type("txtOT(0)", "12");
+    pressTab();
+    EXPECT_EQ(text("txtOT(0)"), "12.00");
+    click("PushButton7");
+    EXPECT_EQ(text("txtOT(0)"), "8");
+    field("txtOT(0)")->undo();
+    EXPECT_EQ(text("txtOT(0)"), "12.00");
+    field("txtOT(0)")->undo();
+    EXPECT_EQ(text("txtOT(0)"), "12");
+    EXPECT_EQ(store.values["txtOT0"], "12");
+}
+
+TEST_F(Form1Test, LoadsTheSampleIntoWindowAndStore)
+{
+    open();
+    for (int click = 0; click < 2; ++click)
+        clickOn(control<PushButton>("PushButton7"));
+    const std::map<std::string, std::string> expected = {{"txtCompanyName", "ACME Inc"},
+                                                         {"dtPeriodEnding", "2/28/2026"},
+                                                         {"txtEmployeeID0", "E118"},
+                                                         {"txtName0", "Ned Hollister"},
+                                                         {"txtHourlyWage0", "$15.00"},
+                                                         {"txtTaxStatus0", ""},
+                                                         {"txtFedAllowance0", ""},
+                                                         {"txtStateTax0", "10"},
+                                                         {"txtFedIT0", "15"},
+                                                         {"txtSocialSecurityTax0", "1"},
+                                                         {"txtMedicareTax0", "4"},
+                                                         {"txtInsuranceDeduction0", "$2.00"},
+                                                         {"txtOtherRegDeduction0", "$5.00"},
+                                                         {"txtRegHoursWorked0", "39"},
+                                                         {"txtVacationHours0", "7"},
+                                                         {"txtSickHours0", "15"},
+                                                         {"txtOT0", "8"},
+                                                         {"txtOTRate0", "$10.25"},
+                                                         {"txtOtherDeduction0", "$2.00"}};
+    EXPECT_EQ(store.values, expected);
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST(SamplePeriodEnding, IsTheLastDayOfTheMonthBefore)
+{
+    struct {
+        CalendarDate today, expected;
+    } const cases[] = {{{2026, 3, 15}, {2026, 2, 28}},
+                       {{2028, 3, 1}, {2028, 2, 29}},
+                       {{2026, 1, 31}, {2025, 12, 31}},
+                       {{2000, 3, 9}, {2000, 2, 29}}};
+    for (const auto& [today, expected] : cases)
+        EXPECT_EQ(samplePeriodEnding(today), expected);
+}
+
+TEST_F(Form1Test, ReportsAFailingStoreOncePerChangeAndKeepsTheText)
+{
+    open();
+    store.failing = true;
+    type("txtName(0)", "Al");
+    EXPECT_EQ(messages.texts(), (std::vector<std::string>{"The disk is full.", "The disk is full."}));
+    EXPECT_EQ(text("txtName(0)"), "Al");
+    messages.shown.clear();
+    click("PushButton7");
+    EXPECT_EQ(messages.shown.size(), 19U); // each assignment is a step of its own
+    EXPECT_NE(messages.shown[0].text.find("Form1.PushButton7_Click at line 10\r\r"), std::string::npos);
+    EXPECT_EQ(text("txtOtherDeduction(0)"), "$2.00");
+}
+
+TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
+{
+    open(3);
+    auto* const scrollBar = control<QScrollBar>("VScroll1");
+    auto* const strip = control<QFrame>("Picture3");
+    const int step = control<QFrame>("picMainContainer(0)")->height() + 8;
+    EXPECT_EQ(scrollBar->maximum(), 2);
+    EXPECT_EQ(control<QLabel>("lblSerialNo(2)")->text(), "Serial Number : 3");
+    EXPECT_EQ(control<QFrame>("picMainContainer(2)")->y(), 2 * step);
+    field("txtName(2)")->setFocus();
+    EXPECT_EQ(scrollBar->value(), 2);
+    EXPECT_EQ(strip->y(), -2 * step);
+    scrollBar->setSliderDown(true); // dragging moves the strip too, not only letting go
+    scrollBar->setSliderPosition(1);
+    EXPECT_EQ(strip->y(), -step);
+    type("txtName(1)", "Bo");
+    EXPECT_EQ(store.values["txtName1"], "Bo");
+}
+
+TEST(StripTop, IsTheHeightOfTheRowsAboveInTwips)
+{
+    EXPECT_EQ(stripTop(1000, 0), 0.0F);
+    EXPECT_EQ(stripTop(1000, 2), -2240.0F);
+}
+
+TEST_F(Form1Test, EndsTheProgramWhenClosedAndBeforeItIsShownWithoutASpreadsheet)
+{
+    open();
+    form->close();
+    EXPECT_EQ(ended, 1);
+    spreadsheet.fails = [](int) { return true; };
+    messages.shown.clear();
+    open();
+    EXPECT_EQ(ended, 2);
+    ASSERT_EQ(messages.shown.size(), 1U);
+    EXPECT_TRUE(messages.shown[0].text.starts_with("Error 842001. "));
+}
+
+TEST_F(Form1Test, ShowsHelpUnderTheApplicationTitle)
+{
+    open();
+    click("PushButton6");
+    ASSERT_EQ(messages.shown.size(), 1U);
+    EXPECT_EQ(messages.shown[0].text, "Questions? Please contact Team Quellory at https://quellory.example/contact");
+    EXPECT_EQ(messages.shown[0].icon, MessageIcon::None);
+    EXPECT_EQ(QCoreApplication::applicationName(), "Wagemill Payroll Workbook");
+}
+
+TEST_F(Form1Test, PressesItsButtonsByEnterAndSpace)
+{
+    open();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+        QTest::keyClick(control<PushButton>("PushButton6"), key);
+    EXPECT_EQ(messages.shown.size(), 3U);
+}
+
+TEST_F(Form1Test, TurnsIntoThePreviewAndComesBackAsItWas)
+{
+    const TemporaryFolder folder;
+    const ScopedEnvironment temp("TEMP", folder.path().string());
+    open();
+    type("txtName(0)", "Ned");
+    // The fake clipboard's picture is none, so its loading is the one step that fails here.
+    click("PushButton22");
+    ASSERT_EQ(messages.failedSteps().size(), 1U);
+    EXPECT_FALSE(form->isVisible());
+    EXPECT_TRUE(form->updatesEnabled());
+    QWidget* preview = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->objectName() == "Form2")
+            preview = window;
+    ASSERT_NE(preview, nullptr);
+    EXPECT_TRUE(preview->isVisible());
+    QTest::mouseClick(preview->findChild<PushButton*>("PushButton8"), Qt::LeftButton);
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_FALSE(preview->isVisible());
+    EXPECT_EQ(text("txtName(0)"), "Ned");
+    EXPECT_EQ(ended, 0);
+    preview->close();
+    EXPECT_EQ(ended, 1);
+}
+
+TEST_F(Form1Test, NamesEveryControlForAScreenReader)
+{
+    open();
+    const auto labels = form->findChildren<QLabel*>();
+    for (const RowField& description : rowFields) {
+        EntryField* const described = field((std::string(description.name) + "(0)").c_str());
+        const auto label = std::ranges::find(labels, described, [](QLabel* candidate) { return candidate->buddy(); });
+        ASSERT_NE(label, labels.end()) << description.name;
+        EXPECT_EQ((*label)->text().toStdString(), description.caption);
+    }
+}
+
+} // namespace
