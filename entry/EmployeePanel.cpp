@@ -7,6 +7,7 @@
 #include "settings/Settings.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 
 #include <algorithm>
@@ -20,23 +21,22 @@ namespace {
 constexpr std::size_t fieldsInFirstColumn = 9;
 constexpr auto groupEnds =
     std::to_array<std::string_view>({"txtName", "txtFedAllowance", "txtOtherRegDeduction", "txtOT"});
-constexpr int groupGap = 10;
-constexpr int labelWidth = 218;
-constexpr int fieldWidth = 150;
+constexpr int groupGap = 8;
+constexpr int columnGap = 36;
+constexpr int labelWidth = 214;
+constexpr int fieldWidth = 176;
 
-struct GridPlace {
-    int row;
-    int column;
-};
-
-/// A row of the grid for every field, below the row of the serial number, and an empty one behind each group.
-GridPlace gridPlace(std::size_t index)
+bool endsGroup(const RowField& field)
 {
-    const bool second = index >= fieldsInFirstColumn;
-    int row = 1;
-    for (std::size_t before = second ? fieldsInFirstColumn : 0; before < index; ++before)
-        row += std::ranges::find(groupEnds, rowFields[before].name) != groupEnds.end() ? 2 : 1;
-    return {row, second ? 3 : 0};
+    return std::ranges::find(groupEnds, field.name) != groupEnds.end();
+}
+
+QGridLayout* newColumn()
+{
+    auto* const column = new QGridLayout;
+    column->setHorizontalSpacing(12);
+    column->setVerticalSpacing(7);
+    return column;
 }
 
 QString arrayName(std::string_view control, std::int16_t row)
@@ -56,47 +56,54 @@ EmployeePanel::EmployeePanel(std::int16_t row, const RegionalFormats& formats,
     : QFrame(parent), m_row(row), m_formats(formats), m_rowEntered(std::move(rowEntered))
 {
     setObjectName(arrayName("picMainContainer", row));
-    auto* const grid = new QGridLayout(this);
-    grid->setContentsMargins(12, 8, 12, 8);
-    grid->setHorizontalSpacing(12);
-    grid->setVerticalSpacing(6);
-    grid->setColumnMinimumWidth(2, 20);
-
     auto* const serialNumber = new QLabel(QString("Serial Number : %1").arg(row + 1), this);
     serialNumber->setObjectName(arrayName("lblSerialNo", row));
-    grid->addWidget(serialNumber, 0, 0, 1, 5);
+    QFont heading = serialNumber->font();
+    heading.setBold(true);
+    serialNumber->setFont(heading);
+
+    QGridLayout* const columns[] = {newColumn(), newColumn()};
     for (std::size_t index = 0; index < rowFields.size(); ++index)
-        addField(index);
-    grid->setRowStretch(grid->rowCount(), 1);
+        addField(index, *columns[index < fieldsInFirstColumn ? 0 : 1]);
+    auto* const sideBySide = new QHBoxLayout;
+    sideBySide->setSpacing(columnGap);
+    for (QGridLayout* column : columns) {
+        column->setRowStretch(column->rowCount(), 1);
+        sideBySide->addLayout(column);
+    }
+    auto* const whole = new QVBoxLayout(this);
+    whole->setContentsMargins(12, 6, 12, 6);
+    whole->setSpacing(10);
+    whole->addWidget(serialNumber);
+    whole->addLayout(sideBySide, 1);
 }
 
-void EmployeePanel::addField(std::size_t index)
+void EmployeePanel::addField(std::size_t index, QGridLayout& column)
 {
     const RowField& description = rowFields[index];
-    auto* const grid = static_cast<QGridLayout*>(layout()); // made by the constructor
-    const GridPlace place = gridPlace(index);
+    const int line = column.rowCount();
 
     auto* const label = new QLabel(qtText(description.caption), this);
     label->setObjectName(arrayName("lbl" + std::to_string(index + 1), m_row));
     label->setWordWrap(true);
     label->setFixedWidth(labelWidth);
-    grid->addWidget(label, place.row, place.column, Qt::AlignVCenter);
+    column.addWidget(label, line, 0, Qt::AlignVCenter);
 
     auto* const field = new EntryField(this);
     m_fields[index] = field;
     field->setObjectName(arrayName(description.name, m_row));
     field->setFixedWidth(fieldWidth);
-    if (description.kind != FieldKind::FreeText)
-        field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     label->setBuddy(field);
-    grid->addWidget(field, place.row, place.column + 1, Qt::AlignVCenter);
-    if (std::ranges::find(groupEnds, description.name) != groupEnds.end())
-        grid->setRowMinimumHeight(place.row + 1, groupGap);
+    column.addWidget(field, line, 1, Qt::AlignVCenter);
+    if (endsGroup(description))
+        column.setRowMinimumHeight(line + 1, groupGap);
 
     connect(field, &QLineEdit::textChanged, this, [this, index] { handleEvent([&] { store(index); }); });
     connect(field, &EntryField::focusGained, this, [this] { m_rowEntered(m_row); });
-    if (description.kind != FieldKind::FreeText)
+    if (description.kind != FieldKind::FreeText) {
+        field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         field->setLeaveCheck([this, index] { return validate(index); });
+    }
 }
 
 EmployeeRow EmployeePanel::texts() const

@@ -11,6 +11,8 @@
 #include <functional>
 #include <string>
 
+class QGridLayout;
+
 namespace wagemill {
 
 /// The label and the 17 fields of one employee row. Every change of a field goes to the settings store at once.
@@ -32,7 +34,7 @@ public:
     void assign(std::size_t index, const std::string& text);
 
 private:
-    void addField(std::size_t index);
+    void addField(std::size_t index, QGridLayout& column);
     void store(std::size_t index);
     /// Checks and tidies the figure before the focus leaves. False when it is no number and the user has been told.
     bool validate(std::size_t index);
