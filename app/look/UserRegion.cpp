@@ -124,9 +124,15 @@ RegionalFormats regionalFormatsOf(const QLocale& locale)
     return formats;
 }
 
+QLocale userLocale()
+{
+    const QLocale system = QLocale::system();
+    return system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system;
+}
+
 RegionalFormats userRegionalFormats()
 {
-    return regionalFormatsOf(QLocale::system());
+    return regionalFormatsOf(userLocale());
 }
 
 } // namespace wagemill

@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Reads every #include line of the program and holds it against the picture in docs/architecture.md: a folder includes
+only what stands below it (a generated .inc apart), and the rooms that are plain C++ include no window library."""
+import os
+import re
+import sys
+
+# folder: (folders whose headers it may include besides its own, whether it may use Qt)
+ALLOWED = {
+    "app/base": ([], False),
+    "settings": ([], False),
+    "entry/data": ([], False),
+    "workbook/spreadsheet": ([], False),
+    "workbook/engine": (["app/base"], False),
+    "workbook/engine/xls": (["app/base", "workbook/engine"], False),
+    "workbook/embedded": (["app/base", "workbook/engine", "workbook/engine/xls", "workbook/spreadsheet"], True),
+    "workbook/sessions": (["app/base", "workbook/embedded", "workbook/spreadsheet"], False),
+    "workbook": (["app/base", "entry/data", "workbook/sessions", "workbook/spreadsheet"], False),
+    "resources": (["app/base", "workbook/engine", "workbook/engine/xls"], False),
+    "resources/pictures": ([], True),
+    "help": (["app/base"], False),
+    "app/look": (["app/base", "settings"], True),
+    "preview": (["app/base", "app/look"], True),
+    "entry": (["app/base", "app/look", "entry/data", "help", "preview", "settings", "workbook"], True),
+    "app": (["app/base", "app/look", "entry", "resources", "workbook/sessions"], True),
+}
+# Files of a room with windows that are plain C++ all the same.
+PLAIN = {"preview/ViewGeometry.h", "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
+
+
+def offences(root):
+    for folder, (below, qt) in ALLOWED.items():
+        for name in sorted(os.listdir(os.path.join(root, folder))):
+            path = f"{folder}/{name}"
+            if not name.endswith((".h", ".cpp")):
+                continue
+            for line in open(os.path.join(root, path), encoding="utf-8"):
+                own = re.match(r'#include "([^"]+)"', line)
+                if own and not own[1].endswith(".inc") and os.path.dirname(own[1]) not in [folder, *below]:
+                    yield f"{path} includes {own[1]}, which does not stand below it"
+                if re.match(r"#include <Q", line) and (not qt or path in PLAIN):
+                    yield f"{path} is plain C++, yet it includes {line.strip()}"
+
+
+def rooms_without_a_rule(root):
+    for parent, folders, files in os.walk(root):
+        folders[:] = [name for name in folders if name not in ("build", "out", "tests", "bench") and name[0] != "."]
+        folder = os.path.relpath(parent, root)
+        if any(name.endswith((".h", ".cpp")) for name in files) and folder not in ALLOWED:
+            yield f"the folder {folder} has no line in the table of this test"
+
+
+found = [*offences(sys.argv[1]), *rooms_without_a_rule(sys.argv[1])]
+print("\n".join(found) or "every include follows the picture")
+sys.exit(bool(found))
