@@ -155,9 +155,6 @@ QImage paintedStrip(const SheetPicture& picture, double scale, int width, int to
     QImage image(width, height, QImage::Format_RGB32);
     if (image.isNull())
         throwTooLarge(width, height);
-    const int dotsPerMetre = static_cast<int>(std::lround(screenDotsPerInch * inchesPerMetre));
-    image.setDotsPerMeterX(dotsPerMetre); // fonts are sized by it; the painter's scale does the rest
-    image.setDotsPerMeterY(dotsPerMetre);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.translate(0, -top);

@@ -1,6 +1,5 @@
 #include "workbook/embedded/TextPainter.h"
 
-#include <QFontMetricsF>
 #include <QTextLine>
 #include <QTextOption>
 
@@ -17,18 +16,8 @@ using engine::TextAlign;
 
 constexpr double verticalPadding = 1;
 
-/// A device of 96 dots per inch: point sizes become the same pixels on every screen.
-const QImage& metricsDevice()
-{
-    static const QImage device = [] {
-        constexpr int dotsPerMetre = 3780;
-        QImage image(1, 1, QImage::Format_RGB32);
-        image.setDotsPerMeterX(dotsPerMetre);
-        image.setDotsPerMeterY(dotsPerMetre);
-        return image;
-    }();
-    return device;
-}
+/// Texts are laid out in twips: a font's size is a whole number there, as fonts have it, and 13.33 pixels is none.
+constexpr double twipsPerPixel = 15;
 
 double widthOf(const QString& text, const QFont& font)
 {
@@ -53,10 +42,9 @@ QString fittingNumber(const PictureText& text, const QFont& font, double width)
 /// The font made smaller until the text fits.
 QFont shrunkFont(const QString& text, QFont font, double width)
 {
-    constexpr double smallest = 1;
     const double natural = widthOf(text, font);
     if (natural > width)
-        font.setPointSizeF(std::max(smallest, font.pointSizeF() * width / natural));
+        font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * width / natural)));
     return font;
 }
 
@@ -104,17 +92,16 @@ QRectF innerCell(const PictureText& text)
 
 QFont drawnFont(const engine::Font& font)
 {
-    constexpr double twipsPerPoint = 20;
     constexpr int bold = 600;
     QFont drawn(QString::fromStdString(font.name));
-    drawn.setPointSizeF(std::max(1.0, font.heightTwips / twipsPerPoint));
+    drawn.setPixelSize(std::max(1, int{font.heightTwips}));
     drawn.setBold(font.weight >= bold);
     drawn.setItalic(font.italic);
     drawn.setStrikeOut(font.strikeout);
     drawn.setUnderline(font.underline != 0);
     drawn.setHintingPreference(QFont::PreferNoHinting); // hinted widths change with the scale
     drawn.setStyleStrategy(static_cast<QFont::StyleStrategy>(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
-    return QFont(drawn, &metricsDevice());
+    return drawn;
 }
 
 TextBlock textBlock(const QString& text, const QFont& font, double width, bool wrap)
@@ -122,36 +109,40 @@ TextBlock textBlock(const QString& text, const QFont& font, double width, bool w
     constexpr double unlimited = 1e6;
     QString lines = text;
     lines.replace(QLatin1Char('\n'), QChar::LineSeparator);
-    TextBlock block{std::make_unique<QTextLayout>(lines, font, &metricsDevice()), 0, 0};
+    TextBlock block{std::make_unique<QTextLayout>(lines, font), 0, 0};
     QTextOption option;
     option.setWrapMode(wrap ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::ManualWrap);
-    option.setUseDesignMetrics(true);
     block.layout->setTextOption(option);
     block.layout->beginLayout();
+    double heightTwips = 0;
     for (QTextLine line = block.layout->createLine(); line.isValid(); line = block.layout->createLine()) {
-        line.setLineWidth(wrap ? width : unlimited);
-        line.setPosition(QPointF(0, block.height));
-        block.height += line.height();
-        block.width = std::max(block.width, line.naturalTextWidth());
+        line.setLineWidth(wrap ? width * twipsPerPixel : unlimited);
+        line.setPosition(QPointF(0, heightTwips));
+        heightTwips += line.height();
+        block.width = std::max(block.width, line.naturalTextWidth() / twipsPerPixel);
     }
     block.layout->endLayout();
+    block.height = heightTwips / twipsPerPixel;
     return block;
 }
 
 void TextPainter::draw(const PictureText& text)
 {
     const QRectF inner = innerCell(text);
-    const QString shown = fittingNumber(text, drawnFont(text.font), inner.width());
-    const QFont font = text.shrink ? shrunkFont(shown, drawnFont(text.font), inner.width()) : drawnFont(text.font);
+    const QFont natural = drawnFont(text.font);
+    const QString shown = fittingNumber(text, natural, inner.width());
+    const QFont font = text.shrink ? shrunkFont(shown, natural, inner.width()) : natural;
     const TextBlock block = textBlock(shown, font, inner.width(), text.wrap);
     const double top = topOf(text, block.height);
 
     m_painter.save();
     m_painter.setClipRect(QRectF(text.room.left, text.room.top, text.room.width, text.room.height));
     m_painter.setPen(QColor(text.color.red, text.color.green, text.color.blue));
+    m_painter.scale(1 / twipsPerPixel, 1 / twipsPerPixel);
     for (int index = 0; index < block.layout->lineCount(); ++index) {
         const QTextLine line = block.layout->lineAt(index);
-        line.draw(&m_painter, QPointF(leftOf(text, inner, line.naturalTextWidth()), top));
+        const double left = leftOf(text, inner, line.naturalTextWidth() / twipsPerPixel);
+        line.draw(&m_painter, QPointF(left, top) * twipsPerPixel);
     }
     m_painter.restore();
 }

@@ -3,7 +3,6 @@
 #include "workbook/engine/SheetPicture.h"
 
 #include <QFont>
-#include <QImage>
 #include <QPainter>
 #include <QRectF>
 #include <QString>
@@ -13,20 +12,20 @@
 
 namespace wagemill {
 
-/// A text broken into lines, in pixels at 96 dots per inch.
+/// A text broken into lines.
 struct TextBlock {
-    std::unique_ptr<QTextLayout> layout;
-    double width = 0; ///< of the widest line
+    std::unique_ptr<QTextLayout> layout; ///< in twips
+    double width = 0;                    ///< of the widest line, in pixels at 96 dots per inch
     double height = 0;
 };
 
-/// The font as it is drawn and measured at 96 dots per inch: metrics that do not depend on the scale.
+/// The font as it is laid out: its pixel size is its height in twips, its widths do not depend on the scale.
 QFont drawnFont(const engine::Font& font);
 
-/// The text in lines of at most `width` where `wrap` is set, else in one line for each line of the text.
+/// The text in lines of at most `width` pixels where `wrap` is set, else in one line for each line of the text.
 TextBlock textBlock(const QString& text, const QFont& font, double width, bool wrap);
 
-/// Draws the texts of a picture with a painter whose device has 96 dots per inch.
+/// Draws the texts of a picture with a painter whose unit is the pixel at 96 dots per inch.
 class TextPainter {
 public:
     explicit TextPainter(QPainter& painter) : m_painter(painter) {}

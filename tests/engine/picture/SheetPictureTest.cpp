@@ -1,0 +1,325 @@
+#include "workbook/engine/SheetPicture.h"
+#include "workbook/engine/PictureGrid.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace wagemill::engine {
+
+void PrintTo(const PictureRect& rect, std::ostream* out)
+{
+    *out << '{' << rect.left << ", " << rect.top << ", " << rect.width << ", " << rect.height << '}';
+}
+
+void PrintTo(const PictureLine& line, std::ostream* out)
+{
+    *out << '(' << line.x1 << ", " << line.y1 << ") to (" << line.x2 << ", " << line.y2 << ") style "
+         << static_cast<int>(line.style) << " red " << int{line.color.red};
+}
+
+namespace {
+
+constexpr std::uint16_t width70 = 2560; // 10 digits: 70 pixels
+constexpr ColorIndex red = 10;          // of the standard palette
+constexpr Rgb redRgb = {255, 0, 0};
+constexpr Rgb gridGrey = {212, 212, 212};
+
+/// A sheet with columns of 70 and rows of 20 pixels and no grid lines.
+class SheetPictureTest : public testing::Test {
+protected:
+    SheetPictureTest()
+    {
+        m_sheet.showGridLines = false;
+        m_sheet.defaultRowHeightTwips = 300;
+        m_sheet.columns.push_back({0, 9, width70, defaultCellFormat, false, true, 0, false});
+    }
+
+    static CellAddress address(const std::string& text)
+    {
+        const CellRect area = parseAddress(text).value();
+        return {area.firstRow, area.firstColumn};
+    }
+    void put(const std::string& cell, CellValue value) { m_sheet.at(address(cell)).value = std::move(value); }
+    template <class Change>
+    void look(const std::string& cells, Change change)
+    {
+        const CellRect area = parseAddress(cells).value();
+        for (int row = area.firstRow; row <= area.lastRow; ++row)
+            for (int column = area.firstColumn; column <= area.lastColumn; ++column) {
+                Cell& cell = m_sheet.at({row, column});
+                CellFormat format = m_book.styles.format(cell.format);
+                change(format);
+                cell.format = m_book.styles.formatFor(format);
+            }
+    }
+    void numberFormat(const std::string& cells, const std::string& code)
+    {
+        look(cells, [&](CellFormat& format) { format.numberFormat = m_book.styles.numberFormatFor(code); });
+    }
+    SheetPicture picture(const std::string& range = "A1:E5") const
+    {
+        return sheetPicture(m_book, m_sheet, parseAddress(range).value(), RegionalFormats{});
+    }
+    /// The text of the picture that begins so.
+    static PictureText textOf(const SheetPicture& picture, const std::string& beginning)
+    {
+        const auto found = std::ranges::find_if(
+            picture.texts, [&](const PictureText& text) { return text.text.starts_with(beginning); });
+        if (found != picture.texts.end())
+            return *found;
+        ADD_FAILURE() << "no text begins with " << beginning;
+        return {};
+    }
+
+    Book m_book;
+    Sheet& m_sheet = m_book.addSheet("Stubs");
+};
+
+TEST(PixelsOfTheScreen, FollowFromStoredWidthsAndHeights)
+{
+    // Widths as the spreadsheet application stores them, and the pixels that it shows for them with Arial 10.
+    const struct {
+        int width256;
+        int pixels;
+    } widths[] = {{0, 0}, {2340, 64}, {2304, 63}, {2560, 70}, {4681, 128}, {256, 7}, {36, 1}};
+    for (const auto& [width256, pixels] : widths)
+        EXPECT_EQ(columnPixels(width256), pixels) << width256;
+    const struct {
+        int twips;
+        int pixels;
+    } heights[] = {{0, 0}, {255, 17}, {300, 20}, {247, 16}, {248, 17}, {8190, 546}};
+    for (const auto& [twips, pixels] : heights)
+        EXPECT_EQ(rowPixels(twips), pixels) << twips;
+}
+
+TEST_F(SheetPictureTest, HasTheSizeOfTheRangeAndOnePixelForTheLastLines)
+{
+    EXPECT_EQ(picture("B2:D4").width, 3 * 70 + 1);
+    EXPECT_EQ(picture("B2:D4").height, 3 * 20 + 1);
+
+    m_sheet.row(2).hidden = true;
+    m_sheet.columns = {{0, 1, width70, defaultCellFormat, false, true, 0, false},
+                       {2, 2, width70, defaultCellFormat, true, true, 0, false},
+                       {3, 9, width70, defaultCellFormat, false, true, 0, false}};
+    EXPECT_EQ(picture("B2:D4").width, 2 * 70 + 1) << "hidden columns take no room";
+    EXPECT_EQ(picture("B2:D4").height, 2 * 20 + 1) << "hidden rows take no room";
+
+    put("C2", "hidden by its column");
+    put("B3", "hidden by its row");
+    EXPECT_TRUE(picture("B2:D4").texts.empty());
+}
+
+TEST_F(SheetPictureTest, RefusesARangeThatNoScreenCanShow)
+{
+    EXPECT_THROW(picture("A1:IV65536"), EngineError);
+}
+
+TEST_F(SheetPictureTest, FillsJoinNeighboursOfOneColour)
+{
+    const auto solid = [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; };
+    look("B2:C2", solid);
+    look("E2", solid);
+    look("B3", [](CellFormat& format) { format.fill = {2, red, windowBackgroundColor}; });
+    const std::vector<PictureFill> expected = {{{70, 20, 140, 20}, redRgb},
+                                               {{280, 20, 70, 20}, redRgb},
+                                               {{70, 40, 70, 20}, {255, 128, 128}}}; // a hatch is seen as its mixture
+    EXPECT_EQ(picture().fills, expected);
+}
+
+TEST_F(SheetPictureTest, AMergedAreaIsOneCell)
+{
+    m_sheet.merged.push_back(parseAddress("B2:D3").value());
+    put("B2", "ACME");
+    put("C3", "covered");
+    look("B2", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
+    look("B2:D3", [](CellFormat& format) { format.left = {BorderStyle::Thin, red}; });
+    const SheetPicture shown = picture();
+    ASSERT_EQ(shown.texts.size(), 1U);
+    EXPECT_EQ(shown.texts[0].cell, (PictureRect{70, 20, 210, 40}));
+    EXPECT_EQ(shown.texts[0].room, shown.texts[0].cell);
+    EXPECT_EQ(shown.fills.size(), 2U) << "the first cell's ground lies under all of it, row by row";
+    EXPECT_EQ(shown.lines, (std::vector<PictureLine>{{70, 20, 70, 60, BorderStyle::Thin, redRgb}}));
+}
+
+TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessTold)
+{
+    const struct {
+        CellValue value;
+        HorizontalAlignment alignment;
+        TextAlign expected;
+    } cases[] = {
+        {12.5, HorizontalAlignment::General, TextAlign::Right},
+        {"Ned", HorizontalAlignment::General, TextAlign::Left},
+        {true, HorizontalAlignment::General, TextAlign::Center},
+        {ErrorCode::NotAvailable, HorizontalAlignment::General, TextAlign::Center},
+        {12.5, HorizontalAlignment::Left, TextAlign::Left},
+        {"Ned", HorizontalAlignment::Right, TextAlign::Right},
+        {"Ned", HorizontalAlignment::Center, TextAlign::Center},
+        {ErrorCode::NotAvailable, HorizontalAlignment::Right, TextAlign::Right},
+    };
+    for (const auto& [value, alignment, expected] : cases) {
+        put("B2", value);
+        look("B2", [&](CellFormat& format) { format.horizontal = alignment; });
+        const SheetPicture shown = picture();
+        ASSERT_EQ(shown.texts.size(), 1U);
+        EXPECT_EQ(shown.texts[0].align, expected) << shown.texts[0].text << " as " << static_cast<int>(alignment);
+    }
+}
+
+TEST_F(SheetPictureTest, TextRunsOverEmptyCellsUntilAFilledOne)
+{
+    const struct {
+        const char* rule;
+        const char* cell;
+        HorizontalAlignment alignment;
+        std::vector<const char*> filled;
+        double left;
+        double right;
+    } cases[] = {
+        {"to the range's end", "B2", HorizontalAlignment::General, {}, 70, 350},
+        {"to the next filled cell", "B2", HorizontalAlignment::General, {"D2"}, 70, 210},
+        {"not at all beside one", "B2", HorizontalAlignment::General, {"C2"}, 70, 140},
+        {"right-aligned to the left", "D2", HorizontalAlignment::Right, {"E2"}, 0, 280},
+        {"right-aligned up to one", "D2", HorizontalAlignment::Right, {"B2"}, 140, 280},
+        {"centred both ways, each up to its own", "C2", HorizontalAlignment::Center, {"A2"}, 70, 350},
+        {"only in its own row", "B2", HorizontalAlignment::General, {"C3"}, 70, 350},
+    };
+    for (const auto& each : cases) {
+        m_sheet.row(1).cells.clear();
+        m_sheet.row(2).cells.clear();
+        put(each.cell, "A long company name");
+        look(each.cell, [&](CellFormat& format) { format.horizontal = each.alignment; });
+        for (const char* const cell : each.filled)
+            put(cell, 1.0);
+        const PictureText text = textOf(picture(), "A long");
+        EXPECT_EQ(text.room.left, each.left) << each.rule;
+        EXPECT_EQ(text.room.left + text.room.width, each.right) << each.rule;
+    }
+}
+
+TEST_F(SheetPictureTest, WhatDoesNotRunOver)
+{
+    put("B1", 123456789.0);
+    put("B2", "wrapped text");
+    put("B3", ErrorCode::Value);
+    put("B4", "shrunk text");
+    look("B2", [](CellFormat& format) { format.wrap = true; });
+    look("B4", [](CellFormat& format) { format.shrinkToFit = true; });
+    const SheetPicture shown = picture();
+    ASSERT_EQ(shown.texts.size(), 4U);
+    for (const PictureText& text : shown.texts)
+        EXPECT_EQ(text.room, text.cell) << text.text;
+    EXPECT_TRUE(textOf(shown, "wrapped").wrap);
+    EXPECT_TRUE(textOf(shown, "shrunk").shrink);
+
+    m_sheet.merged.push_back(parseAddress("D5:E5").value());
+    put("C5", "stops at a merged area");
+    EXPECT_EQ(textOf(picture(), "stops").room.width, 70);
+}
+
+TEST_F(SheetPictureTest, NumbersShowShorterFormsOrHashes)
+{
+    put("B1", 1234.56789);
+    put("B2", 1234.5);
+    numberFormat("B2", "\"$\"#,##0.00");
+    put("B3", -5.0);
+    numberFormat("B3", "m/d/yy");
+    put("B4", 0.0);
+    numberFormat("B4", ";;");
+    put("B5", -3.0);
+    numberFormat("B5", "0.00;[Red]0.00");
+    const SheetPicture shown = picture();
+    ASSERT_EQ(shown.texts.size(), 4U) << "what the format hides is not drawn";
+    const PictureText general = textOf(shown, "1234.56789");
+    EXPECT_TRUE(general.hashesWhenTooWide);
+    ASSERT_FALSE(general.shorterForms.empty());
+    EXPECT_EQ(general.shorterForms.front(), "1234.5679");
+    EXPECT_TRUE(std::ranges::is_sorted(general.shorterForms, std::greater{}, &std::string::size));
+    EXPECT_TRUE(textOf(shown, "$1,234.50").shorterForms.empty());
+    EXPECT_TRUE(std::ranges::any_of(shown.texts, &PictureText::alwaysHashes)) << "a negative date";
+    EXPECT_EQ(textOf(shown, "3.00").color, redRgb);
+}
+
+TEST_F(SheetPictureTest, LineBreaksShowOnlyWhereLinesBreak)
+{
+    put("B1", "Other\nDeduction");
+    put("B2", "Insurance\nDeduction");
+    look("B2", [](CellFormat& format) { format.wrap = true; });
+    EXPECT_EQ(textOf(picture(), "Other").text, "OtherDeduction");
+    EXPECT_EQ(textOf(picture(), "Insurance").text, "Insurance\nDeduction");
+}
+
+TEST_F(SheetPictureTest, TheStrongerBorderOfASharedEdgeIsDrawnOnce)
+{
+    // B2's right and C2's left border are the same edge.
+    const struct {
+        BorderStyle ofLeftCell;
+        BorderStyle ofRightCell;
+        BorderStyle drawn;
+    } cases[] = {
+        {BorderStyle::Thin, BorderStyle::None, BorderStyle::Thin},
+        {BorderStyle::None, BorderStyle::Thin, BorderStyle::Thin},
+        {BorderStyle::Thin, BorderStyle::Medium, BorderStyle::Medium},
+        {BorderStyle::Thick, BorderStyle::Medium, BorderStyle::Thick},
+        {BorderStyle::Hair, BorderStyle::Thin, BorderStyle::Thin},
+        {BorderStyle::Double, BorderStyle::Medium, BorderStyle::Double},
+        {BorderStyle::Dashed, BorderStyle::Dotted, BorderStyle::Dashed},
+    };
+    for (const auto& [ofLeftCell, ofRightCell, drawn] : cases) {
+        look("B2", [&](CellFormat& format) { format.right = {ofLeftCell, red}; });
+        look("C2", [&](CellFormat& format) { format.left = {ofRightCell, red}; });
+        EXPECT_EQ(picture().lines, (std::vector<PictureLine>{{140, 20, 140, 40, drawn, redRgb}}))
+            << static_cast<int>(ofLeftCell) << " beside " << static_cast<int>(ofRightCell);
+    }
+}
+
+TEST_F(SheetPictureTest, PiecesOfALineAreJoinedWhereTheyLookTheSame)
+{
+    look("A2:C2", [](CellFormat& format) { format.bottom = {BorderStyle::Thin, red}; });
+    look("D2", [](CellFormat& format) { format.bottom = {BorderStyle::Thick, red}; });
+    look("E4", [](CellFormat& format) {
+        format.diagonal = {BorderStyle::Thin, red};
+        format.diagonalDirections = 2;
+    });
+    const std::vector<PictureLine> expected = {{0, 40, 210, 40, BorderStyle::Thin, redRgb},
+                                               {210, 40, 280, 40, BorderStyle::Thick, redRgb},
+                                               {280, 80, 350, 60, BorderStyle::Thin, redRgb}};
+    EXPECT_EQ(picture().lines, expected);
+}
+
+TEST_F(SheetPictureTest, GridLinesOnlyOnPlainGroundWhereTheSheetShowsThem)
+{
+    EXPECT_TRUE(picture("A1:B1").lines.empty());
+
+    m_sheet.showGridLines = true;
+    const auto hasUpright = [&](double x) {
+        const SheetPicture shown = picture("A1:C1");
+        return std::ranges::any_of(shown.lines, [&](const PictureLine& line) {
+            return line.x1 == x && line.x2 == x && line.color == gridGrey;
+        });
+    };
+    for (const double x : {0.0, 70.0, 140.0, 210.0})
+        EXPECT_TRUE(hasUpright(x)) << x;
+    put("A1", "runs over B1");
+    EXPECT_FALSE(hasUpright(70)) << "a text runs over this edge";
+    look("C1", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
+    EXPECT_FALSE(hasUpright(210)) << "a filled cell has no grid lines";
+    look("B1", [](CellFormat& format) { format.right = {BorderStyle::Thin, red}; });
+    EXPECT_FALSE(hasUpright(140)) << "a border stands instead";
+}
+
+TEST_F(SheetPictureTest, RowsAndColumnsLendTheirFormatToCellsThatHaveNone)
+{
+    CellFormat filled;
+    filled.fill = {1, red, windowBackgroundColor};
+    m_sheet.row(1).format = m_book.styles.formatFor(filled);
+    EXPECT_EQ(picture("A1:C3").fills, (std::vector<PictureFill>{{{0, 20, 210, 20}, redRgb}}));
+}
+
+} // namespace
+} // namespace wagemill::engine
