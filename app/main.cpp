@@ -1,5 +1,6 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
+#include "app/base/RandomNumber.h"
 #include "app/look/QtMessages.h"
 #include "app/look/UserRegion.h"
 #include "entry/Form1.h"
@@ -32,7 +33,7 @@ wagemill::Form1Setup productionSetup()
     build.formats = userRegionalFormats();
     build.spreadsheet = spreadsheetPlatform(build.formats, pictureScale);
     build.templateResource = [] { return customResource(payrollTemplateResource); };
-    build.randomDigit = drawFileNameDigit;
+    build.randomNumber = randomWholeNumber;
     return {std::move(build), today, 1};
 }
 

@@ -5,10 +5,6 @@
 #include "app/base/NumberText.h"
 #include "workbook/Excel1.h"
 
-#include <bit>
-#include <chrono>
-#include <random>
-
 namespace wagemill {
 
 namespace {
@@ -157,7 +153,7 @@ void PayrollBuild::chooseWorkbookPath()
     do {
         std::string name = "/kvarno";
         for (int digit = 0; digit < fileNameDigits; ++digit)
-            name += std::to_string(m_services.randomDigit());
+            name += std::to_string(m_services.randomNumber(1, 9));
         m_path = inTemporaryFolder(name + ".xls");
     } while (fileExists(m_path));
 }
@@ -205,19 +201,6 @@ void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const 
 std::int16_t stubRowOf(std::int16_t row)
 {
     return toInt16(row * stubHeight + firstStubRow);
-}
-
-int drawFileNameDigit()
-{
-    using Seconds = std::chrono::duration<double>;
-    // The clock alone would draw eight equal digits within one of its ticks; the generator's own state goes on.
-    static std::mt19937 generator;
-    const auto timer = std::bit_cast<std::uint64_t>(
-        std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count());
-    std::seed_seq seed{static_cast<std::uint32_t>(timer), static_cast<std::uint32_t>(timer >> 32U),
-                       static_cast<std::uint32_t>(generator()), static_cast<std::uint32_t>(std::random_device{}())};
-    generator.seed(seed);
-    return static_cast<int>(std::uniform_real_distribution<double>(0, 1)(generator) * 9) + 1;
 }
 
 } // namespace wagemill

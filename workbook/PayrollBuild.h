@@ -4,6 +4,7 @@
 #include "workbook/sessions/Session.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <span>
@@ -37,8 +38,8 @@ struct BuildServices {
     RegionalFormats formats;
     /// The template that the program carries. Throws when it cannot be read.
     std::function<std::span<const std::byte>()> templateResource;
-    /// A digit from 1 to 9, by chance.
-    std::function<int()> randomDigit;
+    /// A number by chance, from the first argument on; the second says how many there are to draw from.
+    std::function<std::int32_t(std::int32_t low, std::int32_t span)> randomNumber;
 };
 
 /// Fills the template with the payroll figures, saves it under a fresh name in the temporary folder, takes its picture
@@ -47,8 +48,5 @@ void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const 
 
 /// First row, from 1, of an employee's block on the sheet of stubs. Throws std::overflow_error beyond 16 bits.
 std::int16_t stubRowOf(std::int16_t row);
-
-/// A digit from 1 to 9, drawn by a generator seeded from the clock before each draw.
-int drawFileNameDigit();
 
 } // namespace wagemill

@@ -73,7 +73,7 @@ protected:
         BuildServices services;
         services.spreadsheet = spreadsheet.platform();
         services.templateResource = []() -> std::span<const std::byte> { return {}; };
-        services.randomDigit = [] { return 7; };
+        services.randomNumber = [](std::int32_t, std::int32_t) { return 7; };
         form = std::make_unique<Form1>(Form1Setup{services, [this] { return today; }, rows});
         form->show();
         form->activateWindow();

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -52,7 +51,7 @@ protected:
     {
         services.spreadsheet = spreadsheet.platform();
         services.templateResource = [this]() -> std::span<const std::byte> { return templateBytes; };
-        services.randomDigit = [this] { return digits.at(nextDigit++ % digits.size()); };
+        services.randomNumber = [this](std::int32_t, std::int32_t) { return digits.at(nextDigit++ % digits.size()); };
     }
 
     void build(std::vector<EmployeeRow> rows)
@@ -208,14 +207,6 @@ TEST(StubRow, GrowsByTwelveUntilSixteenBitsAreFull)
     EXPECT_EQ(stubRowOf(2), 26);
     EXPECT_EQ(stubRowOf(2730), 32762);
     EXPECT_THROW(stubRowOf(2731), std::overflow_error);
-}
-
-TEST(FileNameDigit, IsNeverZeroAndVaries)
-{
-    std::set<int> drawn;
-    for (int draw = 0; draw < 2000; ++draw)
-        drawn.insert(drawFileNameDigit());
-    EXPECT_EQ(drawn, (std::set<int>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
 }
 
 class SnapshotTest : public PayrollBuildTest {

@@ -1,5 +1,6 @@
 #include "app/base/Files.h"
 #include "app/base/ErrorTrap.h"
+#include "app/base/RandomNumber.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -7,8 +8,8 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <sys/stat.h>
+#include <memory>
+#include <set>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -103,6 +104,14 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolder)
     const fs::path made = inTemporaryFolder("");
     EXPECT_EQ(made.parent_path(), system.path());
     EXPECT_EQ(fs::status(made).permissions() & fs::perms::all, fs::perms::owner_all);
+}
+
+TEST(RandomWholeNumber, DrawsEveryNumberOfItsSpanAndNoOther)
+{
+    std::set<int> drawn;
+    for (int draw = 0; draw < 2000; ++draw)
+        drawn.insert(randomWholeNumber(1, 9));
+    EXPECT_EQ(drawn, (std::set<int>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
 }
 
 TEST(ErrorTrap, ReportsAStepAndGoesOnWithTheNext)
