@@ -10,6 +10,7 @@
 #include "preview/ViewGeometry.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -404,13 +405,13 @@ void Form2::closeEvent(QCloseEvent* event)
     Form_Unload();
 }
 
-/// The wheel over the picture turns the scroll bars. Not by sendEvent: a bar at its end would hand the event back here.
+/// The wheel over the picture turns the scroll bars.
 void Form2::wheelEvent(QWheelEvent* event)
 {
     const QPoint turn = event->angleDelta();
     QScrollBar* scrollBar = std::abs(turn.x()) > std::abs(turn.y()) ? HScroll1 : VScroll1;
     if (scrollBar->isEnabled())
-        scrollBar->event(event);
+        QCoreApplication::sendEvent(scrollBar, event);
 }
 
 } // namespace wagemill

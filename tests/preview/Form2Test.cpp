@@ -1,0 +1,409 @@
+#include "preview/Form2.h"
+
+#include "app/base/Files.h"
+#include "preview/SaveFileDialog.h"
+#include "tests/support/RecordedMessages.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QGroupBox>
+#include <QLayout>
+#include <QPixmap>
+#include <QScrollBar>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <fstream>
+#include <sstream>
+
+namespace wagemill {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Answers with prepared names; cancels when there is none.
+class FakeSaveDialog : public SaveFileDialog {
+public:
+    FakeSaveDialog(std::deque<fs::path>& names, SaveFileRequest& asked) : m_names(names), m_asked(asked) {}
+
+    fs::path showSave(const SaveFileRequest& request, QWidget& /*owner*/) override
+    {
+        m_asked = request;
+        if (m_names.empty())
+            return {};
+        const fs::path name = m_names.front();
+        m_names.pop_front();
+        return name;
+    }
+
+private:
+    std::deque<fs::path>& m_names;
+    SaveFileRequest& m_asked;
+};
+
+std::string contentOf(const fs::path& file)
+{
+    std::ostringstream content;
+    content << std::ifstream(file, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+QPixmap plainPicture(QSize size, const QColor& color)
+{
+    QPixmap picture(size);
+    picture.fill(color);
+    return picture;
+}
+
+class Form2Test : public testing::Test {
+protected:
+    Form2Test()
+    {
+        setProgramFolder(folder.path());
+        setWindowEventPump([] { QCoreApplication::processEvents(); });
+        setProgramEnd([this] { ++programEnds; });
+        std::ofstream(workbook()) << "figures";
+        form.setExcelFile(workbook());
+        form.layout()->activate();
+    }
+    ~Form2Test() override
+    {
+        setProgramEnd({});
+        setWindowEventPump({});
+    }
+
+    fs::path workbook() const { return folder / "kvarno01234567.xls"; }
+
+    template <typename Control>
+    Control& control(const char* name)
+    {
+        auto* found = form.findChild<Control*>(QString::fromLatin1(name));
+        if (found == nullptr)
+            throw std::runtime_error(std::string("no control ") + name);
+        return *found;
+    }
+    QWidget& picture() { return control<QWidget>("Picture1"); }
+    QWidget& viewport() { return control<QWidget>("Picture2"); }
+    QScrollBar& horizontal() { return control<QScrollBar>("HScroll1"); }
+    QScrollBar& vertical() { return control<QScrollBar>("VScroll1"); }
+
+    /// Opens the window with a picture that overhangs the viewport by so much.
+    void open(QSize overhang) { openWith(plainPicture(viewport().size() + overhang, Qt::red)); }
+    void openWith(const QPixmap& shown)
+    {
+        form.setPicture(shown);
+        form.show();
+        form.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    }
+    void click(const char* button, int times = 1)
+    {
+        for (int count = 0; count < times; ++count)
+            QTest::mouseClick(&control<QAbstractButton>(button), Qt::LeftButton);
+    }
+
+    /// The mouse as the window system reports it, at a point of the viewport.
+    QPoint inWindow(QPoint inViewport) { return viewport().mapTo(&form, inViewport); }
+    void press(QPoint at) { QTest::mousePress(form.windowHandle(), Qt::LeftButton, {}, inWindow(at)); }
+    void moveTo(QPoint at) { QTest::mouseMove(form.windowHandle(), inWindow(at)); }
+    void release(QPoint at) { QTest::mouseRelease(form.windowHandle(), Qt::LeftButton, {}, inWindow(at)); }
+
+    void turnWheel(int notches)
+    {
+        const QPointF middle = viewport().rect().center();
+        QWheelEvent turn(middle, viewport().mapToGlobal(middle), {}, QPoint(0, 120 * notches), Qt::NoButton, {},
+                         Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&form, &turn); // where it comes to when nothing under the mouse takes it
+    }
+
+    test::TemporaryFolder folder;
+    test::RecordedMessages messages;
+    std::deque<fs::path> names;
+    SaveFileRequest asked;
+    int programEnds = 0;
+    int waysBack = 0;
+    Form2 form{[this] { ++waysBack; }, std::make_unique<FakeSaveDialog>(names, asked)};
+};
+
+} // namespace
+
+TEST_F(Form2Test, ShowsCaptionsAndKeepsEveryControlInside)
+{
+    open({10, 10});
+    EXPECT_EQ(form.windowTitle(), "Wagemill");
+    EXPECT_EQ(control<QGroupBox>("Frame1").title(), "Zoom:");
+    const std::pair<const char*, const char*> captions[] = {{"PushButton1", "Zoom In"},
+                                                            {"PushButton2", "Zoom Out"},
+                                                            {"PushButton6", "Save Results To Excel File"},
+                                                            {"PushButton8", "< Back"}};
+    for (const auto& [name, caption] : captions) {
+        auto& button = control<QAbstractButton>(name);
+        EXPECT_EQ(button.text(), caption);
+        EXPECT_TRUE(form.rect().contains(QRect(button.mapTo(&form, QPoint()), button.size()))) << name;
+        EXPECT_GE(button.width(), button.minimumSizeHint().width()) << name;
+    }
+    EXPECT_FALSE(control<QWidget>("Zoom_Ori").isVisible());
+    EXPECT_TRUE(form.screen()->availableGeometry().size().expandedTo(form.size()) == form.screen()->availableSize());
+}
+
+TEST_F(Form2Test, SetsRangesWhenFirstActive)
+{
+    open({60, 1245});
+    EXPECT_EQ(horizontal().maximum(), 60);
+    EXPECT_EQ(vertical().maximum(), 124);
+    EXPECT_TRUE(horizontal().isEnabled() && vertical().isEnabled());
+    horizontal().setValue(7);
+    vertical().setValue(5);
+    EXPECT_EQ(picture().pos(), QPoint(-7, -50));
+}
+
+TEST_F(Form2Test, DisablesTheBarsOfAPictureThatFits)
+{
+    open({0, -20});
+    EXPECT_FALSE(horizontal().isEnabled());
+    EXPECT_FALSE(vertical().isEnabled());
+}
+
+TEST_F(Form2Test, ThePictureFollowsTheThumbOnlyWhenItIsLetGo)
+{
+    open({0, 1000});
+    vertical().setSliderDown(true);
+    vertical().setSliderPosition(50);
+    EXPECT_EQ(picture().y(), 0);
+    vertical().setSliderDown(false);
+    EXPECT_EQ(picture().y(), -500);
+}
+
+TEST_F(Form2Test, ZoomsInQuartersFromTheOriginAndKeepsTheRanges)
+{
+    open({100, 100});
+    const QSize natural = picture().size();
+    vertical().setValue(50);
+    click("PushButton1");
+    EXPECT_EQ(picture().geometry(), QRect(0, 0, natural.width() * 5 / 4, natural.height() * 5 / 4));
+    EXPECT_EQ(vertical().value(), 0);
+    EXPECT_EQ(vertical().maximum(), 100);
+    click("PushButton2", 7); // 1, 0.75, 0.5, 0.25, and no further
+    EXPECT_EQ(picture().size(), natural / 4 - QSize(natural.width() % 4 > 1, natural.height() % 4 > 1));
+    EXPECT_FALSE(horizontal().isEnabled());
+    EXPECT_EQ(horizontal().maximum(), 100);
+    click("PushButton1", 20);
+    EXPECT_EQ(picture().size(), QSize(natural.width() * 15 / 4, natural.height() * 15 / 4));
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(Form2Test, ABarEnabledByZoomingAlone_MovesNothing)
+{
+    open({-10, -10});
+    click("PushButton1");
+    ASSERT_TRUE(vertical().isEnabled());
+    vertical().setValue(50);
+    EXPECT_EQ(picture().pos(), QPoint(0, 0));
+}
+
+TEST_F(Form2Test, TooLargeAZoomFallsBackToOneAndDrawsNothing)
+{
+    openWith(plainPicture({4000, 20}, Qt::red));
+    click("PushButton1", 9);
+    EXPECT_EQ(picture().width(), 13000);
+    click("PushButton1"); // 14000
+    EXPECT_EQ(picture().width(), 13000);
+    click("PushButton1");
+    EXPECT_EQ(picture().width(), 5000);
+}
+
+TEST_F(Form2Test, ASharpPictureHasItsSizeInUnits)
+{
+    QPixmap sharp = plainPicture({801, 400}, Qt::red);
+    sharp.setDevicePixelRatio(2);
+    openWith(sharp);
+    EXPECT_EQ(picture().size(), QSize(qRound(400.5), 200));
+}
+
+TEST_F(Form2Test, DraggingMovesThePictureInsideTheViewportAndReleasingSnapsToTheBars)
+{
+    open({1000, 1000});
+    press({300, 300});
+    moveTo({286, 268});
+    EXPECT_EQ(picture().pos(), QPoint(-14, -32));
+    EXPECT_EQ(vertical().value(), 0);
+    moveTo({-2000, 2000}); // beyond the window: the picture keeps receiving the moves
+    EXPECT_EQ(picture().pos(), QPoint(-1000, 0));
+    moveTo({44, 268});
+    EXPECT_EQ(picture().pos(), QPoint(-256, -32));
+    release({44, 268});
+    EXPECT_EQ(horizontal().value(), 26); // 25.6 percent
+    EXPECT_EQ(picture().pos(), QPoint(-260, -30));
+    moveTo({10, 10});
+    EXPECT_EQ(picture().pos(), QPoint(-260, -30));
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(Form2Test, ASmallPictureFlipsBetweenItsEndsWhileDragged)
+{
+    open({-100, -100});
+    press({50, 50});
+    moveTo({49, 49});
+    EXPECT_EQ(picture().pos(), QPoint(100, 100));
+    moveTo({200, 200});
+    EXPECT_EQ(picture().pos(), QPoint(0, 0));
+    moveTo({199, 199});
+    release({199, 199});
+    EXPECT_TRUE(messages.shown.empty());
+    click("PushButton2"); // whatever a drag left behind
+    EXPECT_EQ(picture().pos(), QPoint(0, 0));
+}
+
+TEST_F(Form2Test, ReleasingAPictureExactlyAsWideAsTheViewIsReported)
+{
+    open({0, 50});
+    press({10, 10});
+    moveTo({10, 0});
+    release({10, 0});
+    ASSERT_EQ(messages.shown.size(), 1U);
+    EXPECT_EQ(messages.shown[0].title, "Application Error");
+    EXPECT_NE(messages.shown[0].text.find("\r\nin Wagemill2021/08/31.Form2.Picture1_MouseUp at line 20\r\r"),
+              std::string::npos)
+        << messages.shown[0].text;
+    EXPECT_EQ(vertical().value(), 10); // the steps after it still ran
+}
+
+TEST_F(Form2Test, TheWheelTurnsTheScrollBarsToTheirEndsAndNoFurther)
+{
+    open({0, 60});
+    turnWheel(-1);
+    EXPECT_LT(picture().y(), 0);
+    for (int turn = 0; turn < 50; ++turn)
+        turnWheel(-3);
+    EXPECT_EQ(picture().y(), -60);
+}
+
+TEST_F(Form2Test, ALaterPictureReplacesTheOneThatZoomingDrawsFrom)
+{
+    open({100, 100});
+    click("PushButton1");
+    vertical().setValue(20);
+    form.setPicture(plainPicture({400, 200}, Qt::blue));
+    EXPECT_EQ(picture().geometry(), QRect(0, 0, 500, 250)) << "at the zoom of now";
+    EXPECT_EQ(picture().grab().toImage().pixelColor(499, 249), QColor(Qt::blue));
+    click("PushButton1");
+    EXPECT_EQ(picture().size(), QSize(600, 300));
+    EXPECT_EQ(picture().grab().toImage().pixelColor(300, 150), QColor(Qt::blue));
+    EXPECT_EQ(vertical().maximum(), 100);
+}
+
+TEST_F(Form2Test, TheKeyboardReachesAndPressesEverything)
+{
+    open({200, 200});
+    const int naturalWidth = picture().width();
+    control<QWidget>("PushButton1").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(picture().width(), naturalWidth * 5 / 4);
+    for (const char* next : {"PushButton2", "PushButton6", "PushButton8", "HScroll1", "VScroll1", "PushButton1"}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget()->objectName(), next);
+    }
+    control<QWidget>("PushButton2").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(picture().width(), naturalWidth);
+}
+
+TEST_F(Form2Test, SavesUnderANewName)
+{
+    open({10, 10});
+    names = {folder / "first", folder / "second.xls"};
+    click("PushButton6", 2);
+    EXPECT_EQ(asked.title, "Save File");
+    EXPECT_EQ(asked.filter, "Excel Files (*.xls)|*.xls|");
+    EXPECT_EQ(asked.fileName, "");
+    EXPECT_EQ(contentOf(folder / "first"), "figures") << "no extension is added";
+    EXPECT_EQ(contentOf(folder / "second.xls"), "figures");
+    EXPECT_EQ(contentOf(workbook()), "figures");
+    EXPECT_EQ(messages.texts(), (std::vector<std::string>{"Done.", "Done."}));
+}
+
+TEST_F(Form2Test, CancellingSavesNothingAndIsDone)
+{
+    open({10, 10});
+    click("PushButton6");
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"Done."});
+}
+
+TEST_F(Form2Test, AsksBeforeItOverwrites)
+{
+    open({10, 10});
+    const fs::path taken = folder / "taken.xls";
+    std::ofstream(taken) << "older and longer figures";
+    const std::string question = "Are you sure you wish to overwrite " + taken.string() + " ?";
+
+    names = {taken, taken};
+    messages.answers = {MessageAnswer::No, MessageAnswer::Yes};
+    click("PushButton6");
+    EXPECT_EQ(contentOf(taken), "older and longer figures");
+    click("PushButton6");
+    EXPECT_EQ(contentOf(taken), "figures");
+    EXPECT_EQ(messages.texts(), (std::vector<std::string>{question, "Done.", question, "Done."}));
+    EXPECT_EQ(messages.shown[0].title, "");
+    EXPECT_EQ(messages.shown[0].buttons, MessageButtons::YesNo);
+}
+
+TEST_F(Form2Test, SavingOntoTheTemporaryWorkbookItselfKeepsIt)
+{
+    open({10, 10});
+    names = {workbook()};
+    click("PushButton6");
+    EXPECT_EQ(contentOf(workbook()), "figures");
+    EXPECT_EQ(messages.shown.size(), 2U); // the question and "Done."
+}
+
+TEST_F(Form2Test, AFailedCopyIsReportedAndStillDone)
+{
+    open({10, 10});
+    fs::remove(workbook());
+    names = {folder / "copy.xls"};
+    click("PushButton6");
+    ASSERT_EQ(messages.shown.size(), 2U);
+    EXPECT_NE(messages.shown[0].text.find("\r\nin Wagemill2021/08/31.Form2.PushButton6_Click at line 47\r\r"),
+              std::string::npos)
+        << messages.shown[0].text;
+    EXPECT_EQ(messages.shown[1].text, "Done.");
+    EXPECT_FALSE(fs::exists(folder / "copy.xls"));
+}
+
+TEST_F(Form2Test, BackDeletesTheWorkbookAndReturnsWithTheWindowsStateKept)
+{
+    open({1000, 1000});
+    click("PushButton1");
+    const QSize zoomed = picture().size();
+    click("PushButton8");
+    EXPECT_FALSE(fs::exists(workbook()));
+    EXPECT_EQ(waysBack, 1);
+    EXPECT_FALSE(form.isVisible());
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    EXPECT_EQ(picture().size(), zoomed);
+    EXPECT_EQ(programEnds, 0);
+}
+
+TEST_F(Form2Test, ClosingDeletesTheWorkbookAndEndsTheProgram)
+{
+    open({10, 10});
+    form.close();
+    EXPECT_FALSE(fs::exists(workbook()));
+    EXPECT_EQ(programEnds, 1);
+    EXPECT_EQ(waysBack, 0);
+}
+
+TEST(NameFilters, ReadPairsOfDescriptionAndPattern)
+{
+    EXPECT_EQ(nameFilters("Excel Files (*.xls)|*.xls|"), QStringList{"Excel Files (*.xls)"});
+    EXPECT_EQ(nameFilters("Sheets|*.xls;*.xlt|All|*"), (QStringList{"Sheets (*.xls *.xlt)", "All (*)"}));
+    EXPECT_EQ(nameFilters(""), QStringList{});
+}
+
+} // namespace wagemill
