@@ -152,9 +152,7 @@ std::optional<int> takeMonthName(std::string_view& text, const RegionalFormats& 
 bool takeField(std::string_view& text, const PatternPart& part, const RegionalFormats& formats, CalendarDate& date)
 {
     const bool named = part.field == 'M' && part.length >= 3;
-    const auto number = part.field == 'y' ? takeYear(text)
-                        : named           ? takeMonthName(text, formats)
-                                          : takeNumber(text, 2);
+    const auto number = part.field == 'y' ? takeYear(text) : named ? takeMonthName(text, formats) : takeNumber(text, 2);
     if (!number)
         return false;
     (part.field == 'y' ? date.year : part.field == 'M' ? date.month : date.day) = *number;

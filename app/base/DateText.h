@@ -31,8 +31,8 @@ std::optional<CalendarDate> readShortDate(std::string_view text, const RegionalF
 
 /// The full year of one typed with two digits: 30 to 99 are of the last century, 0 to 29 of this one.
 int yearOfTwoDigits(int year);
-/// The month, 1 to 12, of a name or short name in the user's language; a dot behind it and, for the letters A to Z, case
-/// do not count. `name` is in plain characters (see plainCharacters).
+/// The month, 1 to 12, of a name or short name in the user's language; a dot behind it and, for the letters A to Z,
+/// case do not count. `name` is in plain characters (see plainCharacters).
 std::optional<int> monthOfName(std::string_view name, const RegionalFormats& formats);
 /// Whether the user writes the day before the month.
 bool isDayFirst(const RegionalFormats& formats);

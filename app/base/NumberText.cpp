@@ -133,8 +133,8 @@ std::optional<std::string> readInteger(Reader& reader, const PlainFormats& plain
         digits += group;
     }
     hasGroups = groups.size() > 1;
-    if (hasGroups && (digits.front() == '0' || !(isGrouping(groups, formats.firstGroup, formats.furtherGroups) ||
-                                                 isGrouping(groups, 3, 3))))
+    if (hasGroups && (digits.front() == '0' ||
+                      !(isGrouping(groups, formats.firstGroup, formats.furtherGroups) || isGrouping(groups, 3, 3))))
         return std::nullopt;
     return digits;
 }
@@ -218,7 +218,8 @@ void replaceAll(std::string& text, std::string_view from, std::string_view to)
     text = replaced.append(text, start);
 }
 
-template <typename Integer> Integer toInteger(double number, const char* range)
+template <typename Integer>
+Integer toInteger(double number, const char* range)
 {
     const double whole = std::nearbyint(number); // the default rounding: halves to even
     if (!(whole >= std::numeric_limits<Integer>::min() && whole <= std::numeric_limits<Integer>::max()))
@@ -269,8 +270,8 @@ std::optional<double> toDouble(const DecimalNumber& number)
         return 0.0;
     if (number.pointPosition > std::numeric_limits<double>::max_exponent10 + 1)
         return std::nullopt;
-    const std::string text = (number.negative ? "-0." : "0.") + number.digits + "e" +
-                             std::to_string(number.pointPosition);
+    const std::string text =
+        (number.negative ? "-0." : "0.") + number.digits + "e" + std::to_string(number.pointPosition);
     double value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range)

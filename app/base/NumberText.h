@@ -50,7 +50,7 @@ DecimalNumber rounded(const DecimalNumber& number, int decimals);
 
 /// The digits of a number rounded to `decimals` places, without sign: "12" and "50".
 struct FixedDigits {
-    std::string integer; ///< without leading zeros; empty below one
+    std::string integer;  ///< without leading zeros; empty below one
     std::string fraction; ///< `decimals` digits
 };
 FixedDigits fixedDigits(const DecimalNumber& number, int decimals);

@@ -12,37 +12,39 @@ namespace {
 struct Alternatives {
     char32_t first;
     char32_t last;
-    char32_t plain; ///< 0: dropped
+    char32_t plain;
 };
 
+/// Stands for characters that are dropped; no text holds it.
+constexpr char32_t dropped = 0xFFFFFFFF;
+
 constexpr auto alternatives = std::to_array<Alternatives>({
-    {0x0009, 0x000D, U' '},  // tabulator and line ends
-    {0x00A0, 0x00A0, U' '},  // no-break blank
-    {0x00AD, 0x00AD, 0},     // soft hyphen
-    {0x00B4, 0x00B4, U'\''}, // acute accent
-    {0x02BC, 0x02BC, U'\''}, // modifier apostrophe
-    {0x060C, 0x060C, U','},  // Arabic comma
-    {0x061C, 0x061C, 0},     // Arabic letter mark
-    {0x066A, 0x066A, U'%'},  // Arabic percent sign
-    {0x066B, 0x066B, U'.'},  // Arabic decimal separator
-    {0x066C, 0x066C, U','},  // Arabic thousands separator
-    {0x2000, 0x200A, U' '},  // typographic blanks
-    {0x200B, 0x200F, 0},     // zero-width blanks, joiners and direction marks
-    {0x2010, 0x2015, U'-'},  // hyphens and dashes
-    {0x2018, 0x2019, U'\''}, // quotation marks used as apostrophes
-    {0x202A, 0x202E, 0},     // direction embeddings
-    {0x202F, 0x202F, U' '},  // narrow no-break blank
-    {0x205F, 0x205F, U' '},  // mathematical blank
-    {0x2066, 0x2069, 0},     // direction isolates
-    {0x2212, 0x2212, U'-'},  // minus sign
-    {0x2E41, 0x2E41, U','},  // reversed comma
-    {0x3000, 0x3000, U' '},  // ideographic blank
-    {0xFE63, 0xFE63, U'-'},  // small hyphen
-    {0xFEFF, 0xFEFF, 0},     // byte order mark
-    {0xFFE5, 0xFFE5, 0x00A5} // full-width yen sign
+    {0x0009, 0x000D, U' '},    // tabulator and line ends
+    {0x00A0, 0x00A0, U' '},    // no-break blank
+    {0x00AD, 0x00AD, dropped}, // soft hyphen
+    {0x00B4, 0x00B4, U'\''},   // acute accent
+    {0x02BC, 0x02BC, U'\''},   // modifier apostrophe
+    {0x060C, 0x060C, U','},    // Arabic comma
+    {0x061C, 0x061C, dropped}, // Arabic letter mark
+    {0x066A, 0x066A, U'%'},    // Arabic percent sign
+    {0x066B, 0x066B, U'.'},    // Arabic decimal separator
+    {0x066C, 0x066C, U','},    // Arabic thousands separator
+    {0x2000, 0x200A, U' '},    // typographic blanks
+    {0x200B, 0x200F, dropped}, // zero-width blanks, joiners and direction marks
+    {0x2010, 0x2015, U'-'},    // hyphens and dashes
+    {0x2018, 0x2019, U'\''},   // quotation marks used as apostrophes
+    {0x202A, 0x202E, dropped}, // direction embeddings
+    {0x202F, 0x202F, U' '},    // narrow no-break blank
+    {0x205F, 0x205F, U' '},    // mathematical blank
+    {0x2066, 0x2069, dropped}, // direction isolates
+    {0x2212, 0x2212, U'-'},    // minus sign
+    {0x2E41, 0x2E41, U','},    // reversed comma
+    {0x3000, 0x3000, U' '},    // ideographic blank
+    {0xFE63, 0xFE63, U'-'},    // small hyphen
+    {0xFEFF, 0xFEFF, dropped}, // byte order mark
+    {0xFFE5, 0xFFE5, 0x00A5}   // full-width yen sign
 });
 
-/// 0: the character is dropped.
 char32_t plainCharacter(char32_t character, char32_t zeroDigit)
 {
     if (character >= zeroDigit && character <= zeroDigit + 9)
@@ -64,7 +66,7 @@ std::string plainCharacters(std::string_view text, const RegionalFormats& format
     std::u32string plain;
     for (const char32_t typed : toUtf32(text)) {
         const char32_t character = plainCharacter(typed, formats.zeroDigit);
-        if (character != 0 && !(character == U' ' && plain.empty()))
+        if (character != dropped && !(character == U' ' && plain.empty()))
             plain += character;
     }
     while (!plain.empty() && plain.back() == U' ')

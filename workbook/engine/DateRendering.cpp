@@ -22,14 +22,15 @@ constexpr std::size_t mostSecondDigits = 3;
 /// A point in time in the parts that a code names.
 struct Moment {
     CalendarDate date;
-    int weekday = 0;            ///< 0 Sunday
-    std::int64_t seconds = 0;   ///< since serial day 0
+    int weekday = 0;             ///< 0 Sunday
+    std::int64_t seconds = 0;    ///< since serial day 0
     std::int64_t subSeconds = 0; ///< in units of the last digit shown
 
     int hour() const { return static_cast<int>(seconds % secondsPerDay / 3600); }
 };
 
-/// As the application counts weekdays: serial day 1 of 1900 passes for a Sunday, so that they are wrong before March 1900.
+/// As the application counts weekdays: serial day 1 of 1900 passes for a Sunday, so that they are wrong before March
+/// 1900.
 int weekdayOf(int serialDay, bool dates1904)
 {
     constexpr int serialDayOf1904 = 1462;

@@ -161,7 +161,8 @@ private:
         return end - start;
     }
 
-    /// "\x" shows x, "_x" the width of x, which is a blank here, "*x" fills the cell with x, which is the cell's business.
+    /// "\x" shows x, "_x" the width of x, which is a blank here, "*x" fills the cell with x, which is the cell's
+    /// business.
     bool readEscape(char escape)
     {
         const std::size_t start = m_position + 1;
@@ -324,8 +325,8 @@ void finishDate(Tokens& tokens)
     bool inFraction = false;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         FormatToken& token = tokens[i];
-        const bool behindSeconds = !finished.empty() && (finished.back().kind == Kind::Second ||
-                                                         finished.back().kind == Kind::ElapsedSeconds);
+        const bool behindSeconds =
+            !finished.empty() && (finished.back().kind == Kind::Second || finished.back().kind == Kind::ElapsedSeconds);
         const bool zeroFollows = i + 1 < tokens.size() && tokens[i + 1].text == "0";
         if (token.kind == Kind::Point && behindSeconds && zeroFollows) {
             finished.push_back({Kind::SecondFraction, ".", 0});
@@ -342,18 +343,25 @@ void finishDate(Tokens& tokens)
     tokens = std::move(finished);
 }
 
-/// What a comma at `index` means: it groups between two digits, scales behind the last one, and is text elsewhere.
-void resolveComma(FormatSection& section, std::size_t index, bool behindDigit, bool beforePoint)
+/// What the commas from `begin` to `end` mean: they group between two digits, scale behind the last one, and are text
+/// elsewhere.
+void resolveCommas(FormatSection& section, std::size_t begin, std::size_t end, bool behindDigit, bool beforePoint)
 {
-    const auto next = std::find_if(section.tokens.begin() + static_cast<std::ptrdiff_t>(index), section.tokens.end(),
-                                   [](const FormatToken& token) { return token.kind != Kind::Comma; });
-    const bool digitFollows = next != section.tokens.end() && next->kind == Kind::Digit;
-    if (!behindDigit)
-        section.tokens[index].kind = Kind::Literal;
-    else if (digitFollows && beforePoint)
-        section.grouped = true;
-    else if (!digitFollows)
-        section.scalePower -= 3;
+    const bool digitFollows = end < section.tokens.size() && section.tokens[end].kind == Kind::Digit;
+    if (behindDigit && digitFollows)
+        section.grouped = section.grouped || beforePoint;
+    else if (behindDigit)
+        section.scalePower -= 3 * static_cast<int>(end - begin);
+    else
+        for (std::size_t i = begin; i < end; ++i)
+            section.tokens[i].kind = Kind::Literal;
+}
+
+std::size_t endOfCommas(const Tokens& tokens, std::size_t begin)
+{
+    while (begin < tokens.size() && tokens[begin].kind == Kind::Comma)
+        ++begin;
+    return begin;
 }
 
 void finishNumber(FormatSection& section)
@@ -361,11 +369,13 @@ void finishNumber(FormatSection& section)
     bool behindDigit = false;
     bool beforePoint = true;
     for (std::size_t i = 0; i < section.tokens.size(); ++i) {
-        FormatToken& token = section.tokens[i];
-        if (token.kind == Kind::Comma) {
-            resolveComma(section, i, behindDigit, beforePoint);
+        if (const std::size_t end = endOfCommas(section.tokens, i); end > i) {
+            resolveCommas(section, i, end, behindDigit, beforePoint);
+            i = end - 1;
+            behindDigit = false;
             continue;
         }
+        FormatToken& token = section.tokens[i];
         behindDigit = token.kind == Kind::Digit;
         if (token.kind == Kind::Percent)
             section.scalePower += 2;

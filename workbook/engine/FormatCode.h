@@ -14,15 +14,15 @@ namespace wagemill::engine {
 struct FormatToken {
     enum class Kind {
         Literal,
-        Digit,      ///< text is the placeholder: "0", "#" or "?"
-        Point,      ///< decimal separator
-        Comma,      ///< only while the code is read: a group separator or a scale by 1000 in the end
+        Digit, ///< text is the placeholder: "0", "#" or "?"
+        Point, ///< decimal separator
+        Comma, ///< only while the code is read: a group separator or a scale by 1000 in the end
         Percent,
-        Exponent,   ///< text is the sign rule, "+" or "-"
-        Slash,      ///< of a fraction
+        Exponent, ///< text is the sign rule, "+" or "-"
+        Slash,    ///< of a fraction
         General,
-        Text,       ///< "@"
-        ShortDate,  ///< the user's
+        Text,      ///< "@"
+        ShortDate, ///< the user's
         Year,
         Month,
         Day,
@@ -33,7 +33,7 @@ struct FormatToken {
         ElapsedHours,
         ElapsedMinutes,
         ElapsedSeconds,
-        HalfDay,       ///< "AM/PM" or, with a count of 1, "A/P"
+        HalfDay, ///< "AM/PM" or, with a count of 1, "A/P"
         TimeSeparator,
     };
 

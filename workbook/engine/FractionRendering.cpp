@@ -51,7 +51,7 @@ struct Layout {
     int whole = 0;             ///< placeholders of the whole number
     std::size_t numerator = 0; ///< index of its first placeholder
     std::size_t slash = 0;
-    std::size_t end = 0;  ///< behind the denominator
+    std::size_t end = 0; ///< behind the denominator
     int denominator = 0; ///< fixed by the code; 0 when it is searched for
 };
 

@@ -52,8 +52,8 @@ std::string scientificText(const DecimalNumber& number, int characters, const Re
     return fixedText(mantissa, decimals(exponentText(exponent)), formats) + exponentText(exponent);
 }
 
-/// The digits of General without sign: in full where they fit, with fewer decimals where the number is neither too large
-/// nor too small for that, else with an exponent.
+/// The digits of General without sign: in full where they fit, with fewer decimals where the number is neither too
+/// large nor too small for that, else with an exponent.
 std::string generalDigits(const DecimalNumber& number, int characters, const RegionalFormats& formats)
 {
     if (number.digits.empty())
@@ -153,8 +153,8 @@ std::size_t NumberFormatter::sectionFor(double number) const
     const std::size_t count = numberSections();
     for (std::size_t i = 0; i + 1 < count; ++i) {
         const auto& condition = m_sections[i].condition;
-        const bool holds = condition  ? condition->holds(number)
-                           : i > 0    ? number < 0
+        const bool holds = condition   ? condition->holds(number)
+                           : i > 0     ? number < 0
                            : count > 2 ? number > 0
                                        : number >= 0;
         if (holds)
@@ -197,8 +197,8 @@ ShownText NumberFormatter::showNumber(double number, const RegionalFormats& form
         shown.text = generalText(number, formats);
         return shown;
     }
-    const RenderedNumber rendered = showsGeneral(section) ? renderGeneral(number, section, formats)
-                                                          : renderNumber(number, section, formats);
+    const RenderedNumber rendered =
+        showsGeneral(section) ? renderGeneral(number, section, formats) : renderNumber(number, section, formats);
     const bool sign = number < 0 && !rendered.isZero && !hidesSign(index);
     shown.text = (sign ? formats.negativeSign : "") + rendered.text;
     return shown;

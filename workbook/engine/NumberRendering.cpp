@@ -29,17 +29,15 @@ int countDigits(Tokens::const_iterator begin, Tokens::const_iterator end)
 struct Layout {
     explicit Layout(const Tokens& tokens)
     {
-        const auto exponentToken = std::find_if(tokens.begin(), tokens.end(), [](const FormatToken& token) {
-            return token.kind == Kind::Exponent;
-        });
+        const auto exponentToken = std::find_if(tokens.begin(), tokens.end(),
+                                                [](const FormatToken& token) { return token.kind == Kind::Exponent; });
         const auto point = std::find_if(tokens.begin(), exponentToken,
                                         [](const FormatToken& token) { return token.kind == Kind::Point; });
         integer = countDigits(tokens.begin(), point);
         fraction = countDigits(point, exponentToken);
         exponent = countDigits(exponentToken, tokens.end());
-        forced = static_cast<int>(std::count_if(tokens.begin(), point, [](const FormatToken& token) {
-            return isDigitToken(token) && token.text == "0";
-        }));
+        forced = static_cast<int>(std::count_if(
+            tokens.begin(), point, [](const FormatToken& token) { return isDigitToken(token) && token.text == "0"; }));
     }
 
     int integer = 0;
@@ -53,10 +51,13 @@ class NumberWriter {
 public:
     NumberWriter(const FormatSection& section, const Layout& layout, FixedDigits fixed, int exponent,
                  const RegionalFormats& formats)
-        : m_section(section), m_formats(formats), m_fraction(std::move(fixed.fraction)),
+        : m_section(section),
+          m_formats(formats),
+          m_fraction(std::move(fixed.fraction)),
           m_total(std::max(fixed.integer.size(), static_cast<std::size_t>(layout.forced))),
           m_integer(std::move(fixed.integer), std::max(layout.integer, 1)),
-          m_exponent(std::to_string(std::abs(exponent)), layout.exponent), m_negativeExponent(exponent < 0),
+          m_exponent(std::to_string(std::abs(exponent)), layout.exponent),
+          m_negativeExponent(exponent < 0),
           m_hasInteger(layout.integer > 0)
     {
         m_shownFraction = std::min(m_fraction.find_last_not_of('0') + 1, m_fraction.size());
@@ -139,8 +140,8 @@ RenderedNumber renderDecimal(const DecimalNumber& number, const FormatSection& s
     return {NumberWriter(section, layout, std::move(fixed), 0, formats).write(), zero};
 }
 
-/// The exponent that leaves as many digits before the point as the code has places; with "#" among them it is a multiple
-/// of their number, as engineers write.
+/// The exponent that leaves as many digits before the point as the code has places; with "#" among them it is a
+/// multiple of their number, as engineers write.
 int exponentOf(const DecimalNumber& number, const Layout& layout)
 {
     const int exponent = number.pointPosition - 1;

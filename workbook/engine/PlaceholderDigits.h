@@ -13,8 +13,8 @@ inline std::string padding(const FormatToken& placeholder)
     return placeholder.text == "0" ? "0" : placeholder.text == "?" ? " " : "";
 }
 
-/// The digits of a whole number, handed out to their placeholders from left to right; the first one takes all that have no
-/// placeholder of their own.
+/// The digits of a whole number, handed out to their placeholders from left to right; the first one takes all that have
+/// no placeholder of their own.
 class PlaceholderDigits {
 public:
     PlaceholderDigits(std::string digits, int placeholders) : m_digits(std::move(digits)), m_left(placeholders) {}
@@ -22,7 +22,8 @@ public:
     std::size_t size() const { return m_digits.size(); }
 
     /// The text of the next placeholder. `separate` is told the digits that follow each digit shown.
-    template <typename Separate> std::string next(const FormatToken& placeholder, Separate&& separate)
+    template <typename Separate>
+    std::string next(const FormatToken& placeholder, Separate&& separate)
     {
         const auto position = static_cast<std::size_t>(--m_left); // digits that belong to later placeholders
         if (m_digits.size() <= position) {

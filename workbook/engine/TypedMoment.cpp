@@ -173,8 +173,8 @@ std::optional<TypedMoment> readTime(std::string_view text, const RegionalFormats
 {
     const HalfDay half = takeHalfDay(text, formats);
     const auto [parts, fraction] = splitClock(text, formats);
-    const bool fitting = parts.size() <= 3 && (parts.size() >= 2 || half != HalfDay::None) &&
-                         (fraction.empty() || parts.size() == 3);
+    const bool fitting =
+        parts.size() <= 3 && (parts.size() >= 2 || half != HalfDay::None) && (fraction.empty() || parts.size() == 3);
     if (!fitting || fraction.size() > 9 || fraction.find_first_not_of(digits) != std::string_view::npos)
         return std::nullopt;
     const auto hours = wholeNumber(parts[0], 4);

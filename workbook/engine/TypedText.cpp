@@ -78,13 +78,14 @@ std::string upperCase(std::string_view text)
 
 std::optional<TypedValue> readWord(std::string_view plain)
 {
-    constexpr std::array errors = {ErrorCode::Null, ErrorCode::DivisionByZero, ErrorCode::Value,
-                                   ErrorCode::Reference, ErrorCode::Name, ErrorCode::Number, ErrorCode::NotAvailable};
+    constexpr std::array errors = {ErrorCode::Null,        ErrorCode::DivisionByZero, ErrorCode::Value,
+                                   ErrorCode::Reference,   ErrorCode::Name,           ErrorCode::Number,
+                                   ErrorCode::NotAvailable};
     const std::string upper = upperCase(plain);
     if (upper == "TRUE" || upper == "FALSE")
         return TypedValue{upper == "TRUE", "", false};
-    const auto error = std::find_if(errors.begin(), errors.end(),
-                                    [&upper](ErrorCode code) { return upper == errorText(code); });
+    const auto error =
+        std::find_if(errors.begin(), errors.end(), [&upper](ErrorCode code) { return upper == errorText(code); });
     return error == errors.end() ? std::nullopt : std::optional(TypedValue{*error, "", false});
 }
 

@@ -1,0 +1,88 @@
+#include "app/base/DateText.h"
+
+#include "tests/base/text/Regions.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+const RegionalFormats unitedStates;
+
+RegionalFormats withPattern(const char* pattern)
+{
+    RegionalFormats formats;
+    formats.shortDatePattern = pattern;
+    return formats;
+}
+
+} // namespace
+
+TEST(DateText, CountsDays)
+{
+    EXPECT_EQ(daysSinceEpoch({1970, 1, 1}), 0);
+    EXPECT_EQ(daysSinceEpoch({2000, 2, 29}), 11016);
+    EXPECT_EQ(dateFromDaysSinceEpoch(-1), (CalendarDate{1969, 12, 31}));
+    EXPECT_TRUE(isValidDate({2024, 2, 29}));
+    for (const CalendarDate date : {CalendarDate{1900, 2, 29}, CalendarDate{2023, 2, 29}, CalendarDate{2023, 13, 1},
+                                    CalendarDate{2023, 0, 1}, CalendarDate{2023, 4, 31}, CalendarDate{0, 1, 1}})
+        EXPECT_FALSE(isValidDate(date)) << date.year << '-' << date.month << '-' << date.day;
+}
+
+TEST(DateText, WritesThePatternWithFullYear)
+{
+    struct {
+        const char* pattern;
+        const char* text;
+    } const cases[] = {
+        {"M/d/yyyy", "3/5/2026"},
+        {"dd.MM.yyyy.", "05.03.2026."},
+        {"d.MM.yyyy 'г'.", "5.03.2026 г."},
+        {"yyyy. M. d.", "2026. 3. 5."},
+        {"ddd, d MMM yyyy", "Thu, 5 Mar 2026"},
+        {"d 'o''clock' MMMM yy", "5 o'clock March 2026"},
+    };
+    for (const auto& [pattern, text] : cases) {
+        EXPECT_EQ(shortDateText({2026, 3, 5}, withPattern(pattern)), text);
+        EXPECT_EQ(readShortDate(text, withPattern(pattern)), (CalendarDate{2026, 3, 5})) << text;
+    }
+    EXPECT_EQ(shortDateText({2026, 3, 31}, indianFormats()), "३१/३/२०२६");
+}
+
+TEST(DateText, ReadsTheUsersOrderWithOtherSeparators)
+{
+    const CalendarDate day{2026, 3, 31};
+    for (const char* text : {"3/31/2026", "03/31/26", "3-31-2026", "3.31.2026", "3 31 2026", " 3 / 31 / 2026 ",
+                             "2026-03-31", "2026/3/31", "３/31/2026"})
+        EXPECT_EQ(readShortDate(text, unitedStates), day) << text;
+    for (const char* text : {"31.3.2026", "31/3/26", "31-03-2026"})
+        EXPECT_EQ(readShortDate(text, germanFormats()), day) << text;
+    EXPECT_EQ(readShortDate("٣١/٣/٢٠٢٦", arabicFormats()), day);
+    EXPECT_EQ(readShortDate("1/1/30", unitedStates), (CalendarDate{1930, 1, 1}));
+    EXPECT_EQ(readShortDate("1/1/29", unitedStates), (CalendarDate{2029, 1, 1}));
+}
+
+TEST(DateText, RefusesWhatIsNoDay)
+{
+    for (const char* text : {"", "3/31", "31/3/2026", "2/29/2023", "3/31/2026x", "3//31/2026", "3/31/202", "3/31/6",
+                             "3/31-2026", "3312026", "0/1/2026", "3/31/0000", "2026-31-03", "three/31/2026"})
+        EXPECT_EQ(readShortDate(text, unitedStates), std::nullopt) << text;
+    EXPECT_EQ(readShortDate(std::string(100000, '/'), unitedStates), std::nullopt);
+}
+
+TEST(DateText, KnowsMonthNames)
+{
+    EXPECT_EQ(monthOfName("mar", unitedStates), 3);
+    EXPECT_EQ(monthOfName("MARCH", unitedStates), 3);
+    EXPECT_EQ(monthOfName("Sep.", unitedStates), 9);
+    EXPECT_EQ(monthOfName("März", germanFormats()), 3);
+    EXPECT_EQ(monthOfName("", unitedStates), std::nullopt);
+    EXPECT_EQ(monthOfName("Ma", unitedStates), std::nullopt);
+    EXPECT_TRUE(isDayFirst(germanFormats()));
+    EXPECT_FALSE(isDayFirst(unitedStates));
+    EXPECT_FALSE(isDayFirst(withPattern("yyyy-MM-dd")));
+}
