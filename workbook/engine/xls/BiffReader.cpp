@@ -1,0 +1,168 @@
+#include "workbook/engine/xls/BiffReader.h"
+
+#include "workbook/engine/xls/ByteCursor.h"
+#include "workbook/engine/xls/CompoundFile.h"
+#include "workbook/engine/xls/DamagedFile.h"
+#include "workbook/engine/xls/GlobalsReader.h"
+#include "workbook/engine/xls/PropertySet.h"
+#include "workbook/engine/xls/SheetReader.h"
+#include "workbook/engine/xls/Unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+constexpr std::size_t longestSheetName = 31;
+constexpr std::size_t mostSheets = 4096;
+constexpr std::size_t looksLikeTextWithin = 512;
+
+struct FileSignature {
+    std::string_view bytes;
+    const char* kind;
+};
+/// What people take for a workbook of our format.
+constexpr auto otherFiles = std::to_array<FileSignature>({
+    {"PK\x03\x04", "a workbook of the newer kind (.xlsx, .ods) or another zip archive"},
+    {"<?xml", "an XML file"},
+    {"<html", "a web page"},
+    {"<HTML", "a web page"},
+    {"<!DOCTYPE", "a web page"},
+    {"<!doctype", "a web page"},
+    {"<table", "a web page"},
+    {"{\\rtf", "a rich text document"},
+    {"%PDF", "a PDF document"},
+    {"\x09\x08", "a workbook saved by a version before Excel 97"},
+    {"\x09\x04", "a workbook saved by a version before Excel 97"},
+    {"\x09\x02", "a workbook saved by a version before Excel 97"},
+});
+
+bool isTextByte(char byte)
+{
+    return static_cast<unsigned char>(byte) >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+std::string kindOfFile(std::span<const std::byte> bytes)
+{
+    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (text.empty())
+        return "empty";
+    for (const auto& [signature, kind] : otherFiles)
+        if (text.starts_with(signature))
+            return kind;
+    text = text.substr(0, looksLikeTextWithin);
+    return std::ranges::all_of(text, isTextByte) ? "plain text" : "of an unknown kind";
+}
+
+bool isCompoundFile(std::span<const std::byte> bytes)
+{
+    return bytes.size() >= sizeof compoundFileSignature && ByteReader(bytes).u64() == compoundFileSignature;
+}
+
+/// Takes a stream of the root storage out of the list.
+std::optional<std::vector<std::byte>> takeStream(std::vector<CarriedStream>& streams, std::string_view name)
+{
+    const auto found = std::ranges::find_if(streams, [&](const CarriedStream& stream) {
+        return !stream.isStorage && stream.path.size() == 1 && stream.path.front() == name;
+    });
+    if (found == streams.end())
+        return std::nullopt;
+    std::vector<std::byte> data = std::move(found->data);
+    streams.erase(found);
+    return data;
+}
+
+/// The name made one that a sheet may have and that no sheet before has.
+std::string allowedSheetName(const std::string& name, const Book& book)
+{
+    std::u16string units = toUtf16(name);
+    units.resize(std::min(units.size(), longestSheetName));
+    std::ranges::replace_if(
+        units,
+        [](char16_t unit) {
+            return unit < 0x20 || std::u16string_view(u"\\/?*[]:").find(unit) != std::u16string_view::npos;
+        },
+        u'_');
+    if (!units.empty() && units.front() == u'\'')
+        units.front() = u'_';
+    if (!units.empty() && units.back() == u'\'')
+        units.back() = u'_';
+    std::string allowed = toUtf8(units);
+    for (std::size_t number = book.sheets.size() + 1; allowed.empty() || book.sheetIndex(allowed); ++number)
+        allowed = "Sheet" + std::to_string(number);
+    return allowed;
+}
+
+void readSheets(std::span<const std::byte> stream, ReadContext& context)
+{
+    Book& book = context.book;
+    if (context.boundSheets.empty())
+        throw DamagedFile("it has no sheets");
+    if (context.boundSheets.size() > mostSheets)
+        throw DamagedFile("it has more than 4096 sheets");
+    std::set<std::size_t> offsets;
+    for (const BoundSheet& bound : context.boundSheets) {
+        if (!offsets.insert(bound.offset).second)
+            throw DamagedFile("two of its sheets are the same");
+        if (bound.offset >= stream.size())
+            throw DamagedFile("the sheet \"" + bound.name + "\" lies outside the workbook; the file may be cut off");
+        Sheet& sheet = book.addSheet(allowedSheetName(bound.name, book));
+        sheet.hidden = bound.hidden;
+        readSheet(stream, bound.offset, context, sheet);
+    }
+}
+
+/// The active sheet is one that can be seen.
+void settleActiveSheet(Book& book)
+{
+    const auto visible = std::ranges::find(book.sheets, false, &Sheet::hidden);
+    if (visible == book.sheets.end())
+        book.sheets.front()->hidden = false;
+    if (book.activeSheet >= book.sheets.size() || book.sheets[book.activeSheet]->hidden)
+        book.activeSheet = visible == book.sheets.end() ? 0 : static_cast<std::size_t>(visible - book.sheets.begin());
+}
+
+Book readBook(std::span<const std::byte> bytes)
+{
+    Book book;
+    book.carriedStreams = readCompoundFile(bytes);
+    const auto workbook = takeStream(book.carriedStreams, "Workbook");
+    const bool hasOlderWorkbook = takeStream(book.carriedStreams, "Book").has_value();
+    if (!workbook)
+        throw EngineError(hasOlderWorkbook
+                              ? "it was saved by a version before Excel 97; save it anew as \"Excel 97-2003 workbook\""
+                              : "it holds no workbook; it may be a document of another program");
+    if (const auto summary = takeStream(book.carriedStreams, summaryStreamName))
+        readSummary(*summary, book.properties);
+    takeStream(book.carriedStreams, documentSummaryStreamName);
+
+    ReadContext context{book, {}, {}, {}, {}};
+    readGlobals(*workbook, context);
+    readSheets(*workbook, context);
+    settleActiveSheet(book);
+    return book;
+}
+
+} // namespace
+
+Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
+{
+    const std::string name = "\"" + std::string(file) + "\"";
+    if (!isCompoundFile(bytes))
+        throw EngineError("The file " + name + " is no Excel 97-2003 workbook (.xls): it is " + kindOfFile(bytes) +
+                          ".");
+    try {
+        return readBook(bytes);
+    } catch (const DamagedFile& damage) {
+        throw EngineError("The workbook " + name + " is damaged: " + damage.what() + ".");
+    } catch (const EngineError& refusal) {
+        throw EngineError("The workbook " + name + " cannot be read: " + refusal.what() + ".");
+    }
+}
+
+} // namespace wagemill::engine::xls

@@ -1,0 +1,57 @@
+#include "workbook/engine/xls/BiffWriter.h"
+
+#include "workbook/engine/xls/CompoundFile.h"
+#include "workbook/engine/xls/CompoundSectors.h"
+#include "workbook/engine/xls/GlobalsWriter.h"
+#include "workbook/engine/xls/PropertySet.h"
+#include "workbook/engine/xls/SharedStrings.h"
+#include "workbook/engine/xls/SheetWriter.h"
+
+#include <algorithm>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+std::size_t visibleActiveSheet(const Book& book)
+{
+    if (book.activeSheet < book.sheets.size() && !book.sheets[book.activeSheet]->hidden)
+        return book.activeSheet;
+    const auto visible = std::ranges::find(book.sheets, false, &Sheet::hidden);
+    if (visible == book.sheets.end())
+        throw EngineError("A workbook needs at least one sheet that is not hidden.");
+    return static_cast<std::size_t>(visible - book.sheets.begin());
+}
+
+std::vector<std::byte> workbookStream(const Book& book, FileKind kind)
+{
+    const std::size_t activeSheet = visibleActiveSheet(book);
+    SharedStringTable strings;
+    std::vector<std::vector<std::uint32_t>> sheetStrings;
+    for (const auto& sheet : book.sheets)
+        sheetStrings.push_back(collectStrings(*sheet, strings));
+
+    RecordWriter target;
+    const std::vector<std::size_t> offsets = writeGlobals(book, kind, activeSheet, strings, target);
+    for (std::size_t index = 0; index < book.sheets.size(); ++index) {
+        target.putU32(offsets[index], static_cast<std::uint32_t>(target.offset()));
+        writeSheet(book, *book.sheets[index], index == activeSheet, sheetStrings[index], target);
+    }
+    std::vector<std::byte> stream = target.take();
+    stream.resize(std::max(stream.size(), miniStreamCutoff)); // a workbook never lies in the mini stream
+    return stream;
+}
+
+} // namespace
+
+std::vector<std::byte> writeWorkbook(const Book& book, FileKind kind)
+{
+    std::vector<CarriedStream> streams;
+    streams.push_back({{"Workbook"}, false, workbookStream(book, kind)});
+    streams.push_back({{summaryStreamName}, false, writeSummary(book.properties)});
+    streams.push_back({{documentSummaryStreamName}, false, writeDocumentSummary()});
+    streams.insert(streams.end(), book.carriedStreams.begin(), book.carriedStreams.end());
+    return writeCompoundFile(streams);
+}
+
+} // namespace wagemill::engine::xls

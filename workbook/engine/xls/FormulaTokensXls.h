@@ -1,0 +1,37 @@
+#pragma once
+
+#include "workbook/engine/CellAddress.h"
+#include "workbook/engine/Formula.h"
+#include "workbook/engine/xls/ByteCursor.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace wagemill::engine::xls {
+
+/// Most bytes of a formula's tokens.
+inline constexpr std::size_t largestFormula = 1800;
+
+/// What the tokens of a formula are read against.
+struct FormulaContext {
+    CellAddress origin;                 ///< the cell from which offsets (PtgRefN, PtgAreaN) count
+    std::size_t names = 0x10000;        ///< how many there are: a token with a larger number is #NAME?
+    std::size_t externSheets = 0x10000; ///< a reference with a larger number is #REF!
+};
+
+/// Reads tokens ([MS-XLS] 2.5.198) and the data behind them (rgce, rgcb). A formula with a token that we do not know
+/// becomes one OpaqueToken that holds it all; a sub-expression mark (PtgMem...) one of its own.
+/// Throws DamagedFile when the tokens end early or are no expression.
+Formula readFormula(std::span<const std::byte> tokens, std::span<const std::byte> behind,
+                    const FormulaContext& context);
+
+/// Writes both parts, a mark before functions that change with every calculation included.
+/// Throws std::length_error when the tokens take more than 1800 bytes or a text more than 255 characters.
+void writeFormula(const Formula& formula, ByteWriter& tokens, ByteWriter& behind);
+
+/// The cell whose array formula or data table the formula is a part of (PtgExp, PtgTbl), nothing for any other formula.
+std::optional<CellAddress> sharedBase(const Formula& formula);
+
+} // namespace wagemill::engine::xls

@@ -1,0 +1,172 @@
+#include "workbook/engine/xls/RecordStream.h"
+
+#include "workbook/engine/xls/BiffRecords.h"
+#include "workbook/engine/xls/DamagedFile.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+constexpr std::size_t recordHead = 4;
+
+/// Substreams and custom views nested in a sheet; every record within keeps the place of the one that began them.
+class Nesting {
+public:
+    bool isInside() const { return m_depth > 0; }
+    void follow(std::uint16_t id)
+    {
+        if (id == record::bof || id == record::customViewBegin)
+            ++m_depth;
+        else if ((id == record::eof || id == record::customViewEnd) && m_depth > 0)
+            --m_depth;
+    }
+
+private:
+    int m_depth = 0;
+};
+
+} // namespace
+
+std::vector<std::byte> Record::joined() const
+{
+    std::vector<std::byte> all(data.begin(), data.end());
+    for (const auto& piece : continued)
+        all.insert(all.end(), piece.begin(), piece.end());
+    return all;
+}
+
+CarriedRecord Record::carried() const
+{
+    CarriedRecord copy{id, {data.begin(), data.end()}, {}};
+    for (const auto& piece : continued)
+        copy.continued.emplace_back(piece.begin(), piece.end());
+    return copy;
+}
+
+RecordReader::RecordReader(std::span<const std::byte> stream, std::size_t offset) : m_reader(stream)
+{
+    m_reader.seek(offset);
+}
+
+std::span<const std::byte> RecordReader::piece()
+{
+    const std::size_t size = m_reader.u16();
+    if (size > m_reader.remaining())
+        throw DamagedFile("a record runs past the end of the workbook; the file may be cut off");
+    return m_reader.bytes(size);
+}
+
+bool RecordReader::next(Record& record)
+{
+    if (m_reader.remaining() < recordHead)
+        return false;
+    record.offset = m_reader.position();
+    record.id = m_reader.u16();
+    record.data = piece();
+    record.continued.clear();
+    while (m_reader.remaining() >= recordHead) {
+        const std::size_t position = m_reader.position();
+        if (m_reader.u16() != record::continuation) {
+            m_reader.seek(position);
+            break;
+        }
+        record.continued.push_back(piece());
+    }
+    return true;
+}
+
+ByteWriter& RecordWriter::begin(std::uint16_t id)
+{
+    m_stream.u16(id);
+    m_stream.u16(0);
+    m_dataStart = m_stream.size();
+    return m_stream;
+}
+
+void RecordWriter::finish()
+{
+    const std::size_t size = m_stream.size() - m_dataStart;
+    if (size > largestRecord)
+        throw std::length_error("A record of the workbook would be longer than 8224 bytes.");
+    m_stream.putU16(m_dataStart - 2, static_cast<std::uint16_t>(size));
+}
+
+void RecordWriter::write(std::uint16_t id, std::span<const std::byte> data)
+{
+    const auto head = data.first(std::min(data.size(), largestRecord));
+    begin(id).bytes(head);
+    finish();
+    if (head.size() < data.size())
+        write(record::continuation, data.subspan(head.size()));
+}
+
+void RecordWriter::writeU16(std::uint16_t id, std::uint16_t value)
+{
+    begin(id).u16(value);
+    finish();
+}
+
+void RecordWriter::write(const CarriedRecord& record)
+{
+    write(record.id, record.data);
+    for (const auto& piece : record.continued)
+        write(record::continuation, piece);
+}
+
+CarriedRecords::CarriedRecords(const std::vector<CarriedRecord>& records, RankOf rankOf) : m_rankOf(rankOf)
+{
+    m_placed.reserve(records.size());
+    Nesting nesting;
+    int rank = 0;
+    for (const CarriedRecord& record : records) {
+        const bool ownPlace = !nesting.isInside() && record.id != record::bof;
+        if (ownPlace)
+            rank = rankOf(record.id).value_or(rank);
+        nesting.follow(record.id);
+        m_placed.push_back({rank, &record});
+    }
+    std::ranges::stable_sort(m_placed, {}, &Placed::rank);
+}
+
+const CarriedRecord* CarriedRecords::find(std::uint16_t id) const
+{
+    const auto found = std::ranges::find(m_placed, id, [](const Placed& placed) { return placed.record->id; });
+    return found == m_placed.end() ? nullptr : found->record;
+}
+
+void CarriedRecords::writeBefore(std::uint16_t id, RecordWriter& target)
+{
+    writeUpTo(m_rankOf(id).value_or(0), target);
+}
+
+bool CarriedRecords::writeAt(std::uint16_t id, RecordWriter& target)
+{
+    writeBefore(id, target);
+    const std::size_t before = m_written;
+    writeUpTo(m_rankOf(id).value_or(0) + 1, target);
+    const auto written = std::span(m_placed).subspan(before, m_written - before);
+    return !isLeftOut({id, {}, {}}) &&
+           std::ranges::any_of(written, [&](const Placed& placed) { return placed.record->id == id; });
+}
+
+void CarriedRecords::leaveOut(std::uint16_t id)
+{
+    m_leftOut.push_back(id);
+}
+
+bool CarriedRecords::isLeftOut(const CarriedRecord& record) const
+{
+    return std::ranges::find(m_leftOut, record.id) != m_leftOut.end();
+}
+
+void CarriedRecords::writeUpTo(int rank, RecordWriter& target)
+{
+    for (; m_written < m_placed.size() && m_placed[m_written].rank < rank; ++m_written)
+        if (!isLeftOut(*m_placed[m_written].record))
+            target.write(*m_placed[m_written].record);
+}
+
+} // namespace wagemill::engine::xls

@@ -1,0 +1,551 @@
+#include "workbook/engine/xls/SheetReader.h"
+
+#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/MergedCells.h"
+#include "workbook/engine/xls/RecordStrings.h"
+#include "workbook/engine/xls/RkNumber.h"
+#include "workbook/engine/xls/StyleRecords.h"
+#include "workbook/engine/xls/XlsErrors.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+constexpr std::uint8_t wholeWindowPane = 3;
+constexpr std::uint16_t gridLinesFlag = 0x0002;
+constexpr std::uint16_t hiddenRowFlag = 0x20;
+constexpr std::uint16_t widestColumn = 255 * 256;
+constexpr std::size_t windowSize = 18;
+
+/// A formula that several cells share ([MS-XLS] 2.4.260 ShrFmla).
+struct SharedFormula {
+    CellRect area;
+    std::span<const std::byte> tokens;
+    std::span<const std::byte> behind;
+};
+
+/// The 8 bytes of a formula's result ([MS-XLS] 2.5.133 FormulaValue). A text follows in a record of its own.
+struct FormulaResult {
+    CellValue value;
+    bool textFollows = false;
+};
+
+FormulaResult readFormulaResult(std::span<const std::byte> bytes)
+{
+    ByteReader reader(bytes);
+    const std::uint8_t kind = reader.u8();
+    reader.skip(1);
+    const std::uint8_t code = reader.u8();
+    reader.skip(3);
+    if (reader.u16() != 0xFFFF)
+        return {numberValue(ByteReader(bytes).real())};
+    switch (kind) {
+    case 0:
+        return {std::string(), true};
+    case 1:
+        return {code != 0};
+    case 2:
+        return {errorOfCode(code)};
+    default:
+        return {std::string()};
+    }
+}
+
+class SheetReader {
+public:
+    SheetReader(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet)
+        : m_records(stream, offset), m_context(context), m_sheet(sheet)
+    {
+    }
+
+    void read()
+    {
+        Record record;
+        switch (readBeginning(record)) {
+        case SubstreamType::Worksheet:
+            readWorksheet(record);
+            break;
+        case SubstreamType::Macro:
+            m_context.notice("The macro sheet \"" + m_sheet.name +
+                             "\" was emptied: macros of its kind are not supported.");
+            break;
+        default:
+            carryAll(record);
+        }
+    }
+
+private:
+    using Handler = void (SheetReader::*)(const Record&);
+    static const std::vector<std::pair<std::uint16_t, Handler>>& handlers()
+    {
+        static const auto table = [] {
+            std::vector<std::pair<std::uint16_t, Handler>> handlersById = {
+                {record::formula, &SheetReader::readFormulaCell},
+                {record::number, &SheetReader::readNumber},
+                {record::rk, &SheetReader::readRk},
+                {record::multipleRk, &SheetReader::readMultipleRk},
+                {record::sharedLabel, &SheetReader::readSharedLabel},
+                {record::label, &SheetReader::readLabel},
+                {record::richString, &SheetReader::readRichString},
+                {record::logicalOrError, &SheetReader::readLogicalOrError},
+                {record::blank, &SheetReader::readBlank},
+                {record::multipleBlank, &SheetReader::readMultipleBlank},
+                {record::formulaText, &SheetReader::readFormulaText},
+                {record::sharedFormula, &SheetReader::readSharedFormula},
+                {record::array, &SheetReader::readArray},
+                {record::dataTable, &SheetReader::readArray},
+                {record::row, &SheetReader::readRow},
+                {record::columnInfo, &SheetReader::readColumns},
+                {record::mergedCells, &SheetReader::readMergedCells},
+                {record::window2, &SheetReader::readWindow},
+                {record::pane, &SheetReader::readPane},
+                {record::selection, &SheetReader::readSelection},
+                {record::defaultColumnWidth, &SheetReader::readDefaultColumnWidth},
+                {record::defaultRowHeight, &SheetReader::readDefaultRowHeight},
+                {record::dimensions, &SheetReader::skip}, // these four follow from the cells
+                {record::index, &SheetReader::skip},
+                {record::cellOffsets, &SheetReader::skip},
+                {record::gutters, &SheetReader::skip},
+                {record::uncalculated, &SheetReader::skip},
+            };
+            std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
+            return handlersById;
+        }();
+        return table;
+    }
+
+    SubstreamType readBeginning(Record& record)
+    {
+        if (!m_records.next(record) || record.id != record::bof)
+            throw DamagedFile("the sheet \"" + m_sheet.name + "\" is not where the file says");
+        ByteReader reader = record.reader();
+        if (reader.u16() != biff8Version)
+            throw DamagedFile("the sheet \"" + m_sheet.name + "\" is of another format than the workbook");
+        return static_cast<SubstreamType>(reader.u16());
+    }
+
+    /// The next record; false at the end mark of the substream that the caller is in.
+    bool nextInSheet(Record& record)
+    {
+        if (!m_records.next(record))
+            throw DamagedFile("the sheet \"" + m_sheet.name + "\" has no end; the file may be cut off");
+        if (record.id == record::bof || record.id == record::customViewBegin)
+            ++m_depth;
+        if (record.id != record::eof && record.id != record::customViewEnd)
+            return true;
+        if (m_depth == 0)
+            return record.id != record::eof;
+        --m_depth;
+        m_leaving = true;
+        return true;
+    }
+
+    void carryAll(Record& record)
+    {
+        do
+            m_sheet.carried.push_back(record.carried());
+        while (nextInSheet(record));
+        m_sheet.carried.push_back(record.carried());
+    }
+
+    void readWorksheet(Record& record)
+    {
+        while (nextInSheet(record)) {
+            const bool nested = m_depth > 0 || std::exchange(m_leaving, false);
+            const auto found =
+                std::ranges::lower_bound(handlers(), record.id, {}, &std::pair<std::uint16_t, Handler>::first);
+            if (nested || found == handlers().end() || found->first != record.id)
+                m_sheet.carried.push_back(record.carried());
+            else
+                (this->*found->second)(record);
+        }
+        resolveParts();
+        orderColumns();
+        m_sheet.merged = withoutOverlaps(std::move(m_sheet.merged));
+    }
+
+    void skip(const Record& /*record*/) {}
+
+    Row& row(int index)
+    {
+        const std::size_t rows = m_sheet.rows().size();
+        if (static_cast<std::size_t>(index) >= rows)
+            m_context.limits.addRows(static_cast<std::size_t>(index) + 1 - rows);
+        return m_sheet.row(index);
+    }
+
+    /// Puts a cell in; a second one at the same place replaces the first.
+    Cell& put(int rowIndex, int column, std::uint16_t fileFormat, CellValue value)
+    {
+        if (column >= maxColumns)
+            throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" lies outside the sheet");
+        std::vector<Cell>& cells = row(rowIndex).cells;
+        auto place = cells.end();
+        if (!cells.empty() && cells.back().column >= column)
+            place = std::ranges::lower_bound(cells, column, {}, &Cell::column);
+        if (place == cells.end() || place->column != column)
+            place = cells.emplace(place);
+        *place = Cell{};
+        place->column = column;
+        place->format = m_context.cellFormat(fileFormat);
+        place->value = std::move(value);
+        return *place;
+    }
+
+    /// Where a cell record begins: its row, column and format.
+    struct CellHead {
+        int row;
+        int column;
+        std::uint16_t format;
+    };
+    static CellHead readHead(ByteReader& reader)
+    {
+        const int row = reader.u16();
+        const int column = reader.u16();
+        return {row, column, reader.u16()};
+    }
+
+    Cell& put(const CellHead& head, CellValue value)
+    {
+        return put(head.row, head.column, head.format, std::move(value));
+    }
+
+    void readNumber(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        put(head, numberValue(reader.real()));
+    }
+
+    void readRk(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        put(head, numberValue(numberOfRk(reader.u32())));
+    }
+
+    void readMultipleRk(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const int rowIndex = reader.u16();
+        for (int column = reader.u16(); reader.remaining() >= 8; ++column) {
+            const std::uint16_t format = reader.u16();
+            put(rowIndex, column, format, numberValue(numberOfRk(reader.u32())));
+        }
+    }
+
+    void readSharedLabel(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        const std::uint32_t index = reader.u32();
+        if (index >= m_context.strings.size())
+            throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" names a text that does not exist");
+        const SharedString& string = m_context.strings[index];
+        m_context.limits.addText(string.text.size());
+        put(head, string.text).runs = string.runs;
+    }
+
+    void readLabel(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        put(head, readString(reader));
+    }
+
+    void readRichString(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        std::string text = readString(reader);
+        std::vector<TextRun> runs;
+        for (std::size_t count = reader.u16(); count > 0; --count) {
+            const std::uint16_t first = reader.u16();
+            runs.push_back({first, fontOfFileIndex(reader.u16())});
+        }
+        Cell& cell = put(head, std::move(text));
+        if (!runs.empty())
+            cell.runs = std::make_shared<const std::vector<TextRun>>(std::move(runs));
+    }
+
+    void readLogicalOrError(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const CellHead head = readHead(reader);
+        const std::uint8_t code = reader.u8();
+        if (reader.u8() == 0)
+            put(head, code != 0);
+        else
+            put(head, errorOfCode(code));
+    }
+
+    void readBlank(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        put(readHead(reader), Empty{});
+    }
+
+    void readMultipleBlank(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const int rowIndex = reader.u16();
+        for (int column = reader.u16(); reader.remaining() >= 4; ++column)
+            put(rowIndex, column, reader.u16(), Empty{});
+    }
+
+    void readFormulaCell(const Record& record)
+    {
+        const std::vector<std::byte> joined = record.continued.empty() ? std::vector<std::byte>() : record.joined();
+        ByteReader reader = joined.empty() ? record.reader() : ByteReader(joined);
+        const CellHead head = readHead(reader);
+        FormulaResult result = readFormulaResult(reader.bytes(8));
+        reader.skip(6);
+        const std::size_t size = reader.u16();
+        const CellAddress address{head.row, head.column};
+        Cell& cell = put(head, std::move(result.value));
+        m_formulaCell = address;
+        m_textFollows = result.textFollows;
+        const auto tokens = reader.bytes(size);
+        setFormula(cell, tokens, reader.rest(), address);
+        if (const auto base = cell.formula ? sharedBase(*cell.formula) : std::nullopt)
+            m_parts.push_back({address, *base});
+    }
+
+    /// A formula that cannot be read leaves its last value behind.
+    void setFormula(Cell& cell, std::span<const std::byte> tokens, std::span<const std::byte> behind,
+                    CellAddress origin)
+    {
+        const Book& book = m_context.book;
+        try {
+            cell.formula = std::make_shared<const Formula>(
+                readFormula(tokens, behind, {origin, book.names.size(), book.externSheets.size()}));
+        } catch (const DamagedFile&) {
+            dropFormula(cell, origin);
+        }
+    }
+
+    void dropFormula(Cell& cell, CellAddress address)
+    {
+        cell.formula.reset();
+        m_context.notice("The formula in " + addressText(address) + " of the sheet \"" + m_sheet.name +
+                         "\" could not be read; its last value was kept.");
+    }
+
+    void readFormulaText(const Record& record)
+    {
+        Cell* const cell = m_textFollows ? m_sheet.find(m_formulaCell) : nullptr;
+        if (cell == nullptr)
+            return;
+        m_textFollows = false;
+        std::string text = readLongString(record);
+        cell->value = std::move(text);
+    }
+
+    void readSharedFormula(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        SharedFormula formula;
+        formula.area = readArea(reader);
+        reader.skip(2);
+        const std::size_t size = reader.u16();
+        formula.tokens = reader.bytes(size);
+        formula.behind = reader.rest();
+        m_sharedFormulas[m_formulaCell] = formula;
+    }
+
+    static CellRect readArea(ByteReader& reader)
+    {
+        CellRect area;
+        area.firstRow = reader.u16();
+        area.lastRow = reader.u16();
+        area.firstColumn = reader.u8();
+        area.lastColumn = reader.u8();
+        return area;
+    }
+
+    void readArray(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        readArea(reader);
+        if (Cell* const cell = m_sheet.find(m_formulaCell))
+            cell->array = std::make_shared<const CarriedRecord>(record.carried());
+    }
+
+    /// Gives every cell of a shared formula one of its own. Cells of array formulas and data tables keep pointing at
+    /// theirs.
+    void resolveParts()
+    {
+        for (const auto& [address, base] : m_parts) {
+            Cell* const cell = m_sheet.find(address);
+            if (cell == nullptr || !cell->formula || sharedBase(*cell->formula) != base)
+                continue; // another cell took its place
+            const auto shared = m_sharedFormulas.find(base);
+            if (shared != m_sharedFormulas.end() && shared->second.area.contains(address))
+                expand(*cell, shared->second, address);
+            else if (!isPartOfArray(base, address))
+                dropFormula(*cell, address);
+        }
+    }
+
+    void expand(Cell& cell, const SharedFormula& shared, CellAddress address)
+    {
+        setFormula(cell, shared.tokens, shared.behind, address);
+        if (cell.formula && (sharedBase(*cell.formula) || !m_context.limits.addTokens(cell.formula->tokens.size())))
+            dropFormula(cell, address);
+    }
+
+    bool isPartOfArray(CellAddress base, CellAddress address) const
+    {
+        const Cell* const first = std::as_const(m_sheet).find(base);
+        if (first == nullptr || !first->array)
+            return false;
+        ByteReader reader(first->array->data);
+        return readArea(reader).contains(address);
+    }
+
+    void readRow(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const int index = reader.u16();
+        reader.skip(4);
+        const std::uint16_t height = reader.u16();
+        reader.skip(4);
+        const std::uint16_t flags = reader.u16();
+        const std::uint16_t format = reader.u16();
+        Row& read = row(index);
+        read.outlineLevel = flags & 7;
+        read.collapsed = (flags & 0x10) != 0;
+        read.hidden = (flags & hiddenRowFlag) != 0;
+        read.heightSetByHand = (flags & 0x40) != 0;
+        const bool isDefault = (height & 0x8000U) != 0 || height == m_sheet.defaultRowHeightTwips || height == 0;
+        if (!isDefault || read.heightSetByHand)
+            read.heightTwips = std::clamp<std::uint16_t>(height & 0x7FFF, 2, 8192);
+        if ((flags & 0x80) != 0)
+            read.format = m_context.cellFormat(format & 0xFFF);
+    }
+
+    void readColumns(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        ColumnRun run;
+        run.first = reader.u16();
+        run.last = std::min<int>(reader.u16(), maxColumns - 1);
+        run.width = std::min(reader.u16(), widestColumn);
+        run.format = m_context.cellFormat(reader.u16());
+        const std::uint16_t flags = reader.u16();
+        run.hidden = (flags & 1) != 0;
+        run.ownWidth = (flags & 2) != 0;
+        run.outlineLevel = flags >> 8U & 7U;
+        run.collapsed = (flags & 0x1000) != 0;
+        if (run.first <= run.last)
+            m_sheet.columns.push_back(run);
+    }
+
+    void orderColumns()
+    {
+        std::ranges::stable_sort(m_sheet.columns, {}, &ColumnRun::first);
+        int next = 0;
+        for (ColumnRun& run : m_sheet.columns) {
+            run.first = std::max(run.first, next);
+            next = std::max(next, run.last + 1);
+        }
+        std::erase_if(m_sheet.columns, [](const ColumnRun& run) { return run.first > run.last; });
+    }
+
+    void readMergedCells(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        for (std::size_t count = reader.u16(); count > 0 && reader.remaining() >= 8; --count) {
+            CellRect area;
+            area.firstRow = reader.u16();
+            area.lastRow = reader.u16();
+            area.firstColumn = reader.u16();
+            area.lastColumn = reader.u16();
+            m_sheet.merged.push_back(area);
+        }
+    }
+
+    void readWindow(const Record& record)
+    {
+        if (std::exchange(m_hasWindow, true) || record.data.size() < windowSize)
+            return;
+        m_sheet.showGridLines = (record.reader().u16() & gridLinesFlag) != 0;
+        m_sheet.carried.push_back(record.carried());
+    }
+
+    void readPane(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        reader.seek(8);
+        m_activePane = reader.u8();
+        m_isSplit = true;
+        m_sheet.carried.push_back(record.carried());
+    }
+
+    void readSelection(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        const std::uint8_t pane = reader.u8();
+        SheetSelection selection;
+        selection.active.row = reader.u16();
+        selection.active.column = std::min<int>(reader.u16(), maxColumns - 1);
+        const std::size_t activeArea = reader.u16();
+        const std::size_t areas = reader.u16();
+        const CellAddress active = selection.active;
+        selection.area = {active.row, active.column, active.row, active.column};
+        if (activeArea < areas) {
+            reader.skip(activeArea * 6);
+            const CellRect area = readArea(reader);
+            if (area.contains(active))
+                selection.area = area;
+        }
+        if (pane == m_activePane)
+            m_sheet.selection = selection;
+        else if (m_isSplit)
+            m_sheet.carried.push_back(record.carried());
+    }
+
+    void readDefaultColumnWidth(const Record& record)
+    {
+        m_sheet.defaultColumnWidth = std::min<std::uint16_t>(record.reader().u16(), 255);
+    }
+
+    void readDefaultRowHeight(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        reader.skip(2);
+        m_sheet.defaultRowHeightTwips = std::clamp<std::uint16_t>(reader.u16(), 2, 8179);
+        m_sheet.carried.push_back(record.carried());
+    }
+
+    struct Part {
+        CellAddress cell;
+        CellAddress base;
+    };
+
+    RecordReader m_records;
+    ReadContext& m_context;
+    Sheet& m_sheet;
+    int m_depth = 0;        ///< of charts and custom views nested in the sheet
+    bool m_leaving = false; ///< the record is the end mark of a nested one
+    CellAddress m_formulaCell;
+    bool m_textFollows = false;
+    std::map<CellAddress, SharedFormula> m_sharedFormulas;
+    std::vector<Part> m_parts;
+    bool m_hasWindow = false;
+    bool m_isSplit = false;
+    std::uint8_t m_activePane = wholeWindowPane;
+};
+
+} // namespace
+
+void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet)
+{
+    SheetReader(stream, offset, context, sheet).read();
+}
+
+} // namespace wagemill::engine::xls

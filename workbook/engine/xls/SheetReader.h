@@ -1,0 +1,15 @@
+#pragma once
+
+#include "workbook/engine/Sheet.h"
+#include "workbook/engine/xls/GlobalsReader.h"
+
+#include <cstddef>
+#include <span>
+
+namespace wagemill::engine::xls {
+
+/// Reads the substream that begins at `offset` of the workbook stream. A chart sheet is carried as a whole: its first
+/// carried record is its BOF. Throws DamagedFile.
+void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet);
+
+} // namespace wagemill::engine::xls

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "workbook/engine/xls/RecordStream.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace wagemill::engine::xls {
+
+/// One place in the prescribed order of records: either `write` makes them, or the carried one stands there, or, where
+/// none was carried, one with the bytes of `fallback`.
+template <typename Writer>
+struct WriteStep {
+    std::uint16_t id;
+    void (Writer::*write)();
+    std::string_view fallback = {};
+};
+
+/// Carried records of a wrong size give way to the fallback.
+void leaveOutWrongSizes(const std::vector<CarriedRecord>& records, CarriedRecords& carried);
+
+template <typename Writer>
+void writeSteps(Writer& writer, std::span<const WriteStep<Writer>> steps, CarriedRecords& carried, RecordWriter& target)
+{
+    for (const auto& [id, write, fallback] : steps) {
+        carried.writeBefore(id, target);
+        if (write != nullptr)
+            (writer.*write)();
+        else if (!carried.writeAt(id, target))
+            target.write(id, std::as_bytes(std::span(fallback)));
+    }
+}
+
+} // namespace wagemill::engine::xls
