@@ -3,6 +3,7 @@
 #include "app/look/CursorFile.h"
 
 #include <QEvent>
+#include <QSinglePointEvent>
 #include <QWidget>
 
 namespace wagemill {
@@ -24,8 +25,18 @@ void WindowPointer::watch(PointerMode mode, std::initializer_list<QWidget*> cont
 bool WindowPointer::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::MouseMove || event->type() == QEvent::Enter)
-        hover(m_modeOver.value(watched, m_mode));
+        hoverAt(static_cast<QWidget&>(*watched), static_cast<QSinglePointEvent*>(event)->position().toPoint());
     return QObject::eventFilter(watched, event);
+}
+
+/// What counts is the innermost control at the point: a control that does not take a mouse event passes it to the frame
+/// or window below, which would bring its own mode.
+void WindowPointer::hoverAt(QWidget& watched, QPoint point)
+{
+    const QWidget* control = watched.childAt(point);
+    while (control != nullptr && control != &watched && !m_modeOver.contains(control))
+        control = control->parentWidget();
+    hover(m_modeOver.value(control != nullptr ? control : &watched));
 }
 
 void WindowPointer::hover(PointerMode mode)

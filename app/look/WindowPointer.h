@@ -42,6 +42,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void hoverAt(QWidget& watched, QPoint point);
     void hover(PointerMode mode);
     void showModeCursor();
     void hideOwnCursors();
@@ -50,7 +51,7 @@ private:
     QWidget& m_window;
     PointerMode m_mode = PointerMode::Arrow;
     QCursor m_hand;
-    QHash<QObject*, PointerMode> m_modeOver;
+    QHash<const QWidget*, PointerMode> m_modeOver;
     std::vector<std::pair<QPointer<QWidget>, QCursor>> m_ownCursors; ///< set aside while the window is busy
 };
 

@@ -18,7 +18,7 @@
 namespace {
 
 constexpr int cursorSide = 32;
-constexpr QPoint fingertip(12, 2);
+constexpr QPoint fingertip(12, 1);
 constexpr std::array iconSides = {16, 24, 32, 48, 64, 128, 256, 512};
 constexpr std::array windowsIconSides = {16, 24, 32, 48, 64, 256};
 constexpr QSize splashSize(480, 270);

@@ -1,0 +1,200 @@
+#include "app/look/Look.h"
+
+#include "app/base/Files.h"
+#include "app/look/PushButton.h"
+#include "app/look/StyleSheetSkin.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QFrame>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace wagemill {
+
+namespace {
+
+/// Writes down what is asked of it.
+class RecordingSkin : public SkinningControl {
+public:
+    explicit RecordingSkin(std::int32_t options) : m_options(options) {}
+
+    void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) override
+    {
+        calls.push_back("2 " + skinFile.filename().string() + " \"" + std::string(variant) + "\"");
+    }
+    std::int32_t options() const override { return m_options; }
+    void setOptions(std::int32_t options) override { calls.push_back("1 = " + std::to_string(options)); }
+    void setFlag(int dispatchIdentifier, bool value) override
+    {
+        calls.push_back(std::to_string(dispatchIdentifier) + (value ? " = true" : " = false"));
+    }
+    void applyWindow(std::uintptr_t windowHandle) override { calls.push_back("3 " + std::to_string(windowHandle)); }
+
+    std::vector<std::string> calls;
+
+private:
+    std::int32_t m_options;
+};
+
+/// A window with one control of each kind that backgrounds are about.
+struct Window {
+    QWidget window;
+    QLabel label{&window};
+    QRadioButton option{&window};
+    QCheckBox check{&window};
+    QGroupBox frame{&window};
+    QFrame pictureBox{&window};
+    QLineEdit textField{&window};
+    PushButton button{QStringLiteral("Press"), &window};
+};
+
+bool isNeutral(const QWidget& widget)
+{
+    return widget.backgroundRole() == QPalette::Button && widget.autoFillBackground();
+}
+
+class LookTest : public testing::Test {
+protected:
+    LookTest() { setProgramFolder(folder.path()); }
+
+    void putSkin(const std::string& content)
+    {
+        std::filesystem::create_directory(folder / "x");
+        std::ofstream(folder / "x/o.cjs", std::ios::binary) << content;
+    }
+
+    test::TemporaryFolder folder;
+    Window on;
+};
+
+} // namespace
+
+TEST_F(LookTest, WithoutASkinFileNothingHappens)
+{
+    RecordingSkin skin(0);
+    applyMainWindowSkin(on.window, skin);
+    EXPECT_TRUE(skin.calls.empty());
+    EXPECT_FALSE(isNeutral(on.window));
+}
+
+TEST_F(LookTest, AsksTheSkinningControlInItsOrder)
+{
+    putSkin("");
+    RecordingSkin skin(6);
+    applyMainWindowSkin(on.window, skin);
+    EXPECT_EQ(skin.calls, (std::vector<std::string>{"2 o.cjs \"\"", "1 = 7", "5 = true", "10 = true",
+                                                    "3 " + std::to_string(on.window.winId())}));
+}
+
+TEST_F(LookTest, TheMainWindowsPictureBoxesAreNeutralAndThePreviewsAreNot)
+{
+    putSkin("");
+    applyMainWindowSkin(on.window);
+    for (const QWidget* widget :
+         std::initializer_list<const QWidget*>{&on.window, &on.label, &on.option, &on.check, &on.frame, &on.pictureBox})
+        EXPECT_TRUE(isNeutral(*widget)) << widget->metaObject()->className();
+    EXPECT_NE(on.textField.backgroundRole(), QPalette::Button);
+
+    Window preview;
+    applyPlainBackground(preview.window);
+    EXPECT_TRUE(isNeutral(preview.window) && isNeutral(preview.label) && isNeutral(preview.frame));
+    EXPECT_FALSE(isNeutral(preview.pictureBox));
+}
+
+TEST_F(LookTest, TheBackgroundFollowsThePalette)
+{
+    applyPlainBackground(on.window);
+    QPalette dark;
+    dark.setColor(QPalette::Button, QColor(0x20, 0x21, 0x22));
+    on.window.setPalette(dark);
+    on.window.resize(100, 100);
+    EXPECT_EQ(on.window.grab().toImage().pixelColor(99, 99), QColor(0x20, 0x21, 0x22));
+}
+
+TEST_F(LookTest, ASkinIsAStyleSheet)
+{
+    putSkin("QLineEdit { min-height: 77px; }");
+    applyMainWindowSkin(on.window);
+    EXPECT_GE(on.textField.minimumSizeHint().height(), 77);
+}
+
+TEST_F(LookTest, AnUnusableSkinLeavesTheWindowUsable)
+{
+    for (const std::string& content :
+         {std::string("QLabel { } } \xC3\x28"), std::string("a\0b", 3), std::string(2 * 1024 * 1024, ' ')}) {
+        putSkin(content);
+        try {
+            applyMainWindowSkin(on.window);
+            ADD_FAILURE() << content.size() << " bytes were taken";
+        } catch (const std::runtime_error& error) {
+            EXPECT_NE(std::string(error.what()).find((folder / "x/o.cjs").string()), std::string::npos);
+        }
+        EXPECT_TRUE(isNeutral(on.window));
+    }
+    putSkin("}{ ;;; @@ no style sheet at all");
+    applyMainWindowSkin(on.window);
+    EXPECT_FALSE(on.window.grab().isNull());
+}
+
+TEST_F(LookTest, TheShippedSkinNamesPaletteColoursOnlyAndNoHover)
+{
+    std::ifstream file(WAGEMILL_SOURCE_DIR "/resources/x/o.cjs");
+    const std::string skin{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_NE(skin.find("palette("), std::string::npos);
+    for (const char* fixed : {"#", "rgb", ":hover"})
+        EXPECT_EQ(skin.find(fixed), std::string::npos) << fixed;
+}
+
+TEST_F(LookTest, EnterPressesAPushButton)
+{
+    int presses = 0;
+    QObject::connect(&on.button, &QPushButton::clicked, [&presses] { ++presses; });
+    QTest::keyClick(&on.button, Qt::Key_Return);
+    QTest::keyClick(&on.button, Qt::Key_Enter);
+    QTest::keyClick(&on.button, Qt::Key_Space);
+    EXPECT_EQ(presses, 3);
+}
+
+TEST(Title, LosesItsLastWordAndMoreWhileItIsTooLong)
+{
+    const std::string ten = "abcdefghij";
+    struct {
+        std::string title;
+        std::string expected;
+    } const cases[] = {
+        {std::string(productPhrase), "Wagemill Payroll Workbook"},
+        {"one two three four", "one two three"},
+        {ten + " " + ten + " " + ten + " abcdefg", ten + " " + ten + " " + ten},                       // 40 characters
+        {ten + " " + ten + " " + ten + " " + ten + " " + ten + " abcde", ten + " " + ten + " " + ten}, // 60
+        {ten + ten + ten + ten + " word", ten + ten + ten + ten}, // exactly 40 stay
+        {"\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4"
+         "\u00E4\u00E4\u00E4\u00E4 b c",
+         "\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4\u00E4"
+         "\u00E4\u00E4\u00E4\u00E4 b"}, // characters, not bytes
+        {"word ", "word"},
+    };
+    for (const auto& [title, expected] : cases)
+        EXPECT_EQ(shortenedTitle(title), expected) << title;
+}
+
+TEST(Title, WithoutABlankToCutAtStaysAsItWas)
+{
+    makeApplicationTitle("Two words");
+    for (const std::string& title : {std::string("Wagemill"), std::string(), std::string(50, 'a') + " b"})
+        EXPECT_THROW(makeApplicationTitle(title), std::invalid_argument) << title;
+    EXPECT_EQ(applicationTitle(), "Two");
+}
+
+} // namespace wagemill

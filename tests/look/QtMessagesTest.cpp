@@ -1,0 +1,92 @@
+#include "app/look/QtMessages.h"
+
+#include "app/look/Look.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace wagemill {
+
+namespace {
+
+/// Shows the message and, once its box is open, lets `user` act on it.
+MessageAnswer show(const Message& message, const std::function<void(QMessageBox&)>& user)
+{
+    bool wasOpen = false;
+    QTimer::singleShot(0, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        wasOpen = true;
+        user(*box);
+        if (box->isVisible())
+            box->close();
+    });
+    const MessageAnswer answer = QtMessages().show(message);
+    EXPECT_TRUE(wasOpen);
+    return answer;
+}
+
+void press(QMessageBox& box, const char* button)
+{
+    QTest::mouseClick(box.findChild<QPushButton*>(QString::fromLatin1(button)), Qt::LeftButton);
+}
+
+} // namespace
+
+TEST(QtMessages, ShowsPlainSelectableLines)
+{
+    const Message message{.text = "<b>Cannot</b>\r\nin Form1.Form_Load at line 10\r\rPlease & thanks",
+                          .title = "Application Error",
+                          .icon = MessageIcon::Warning};
+    const auto answer = show(message, [](QMessageBox& box) {
+        EXPECT_EQ(box.objectName(), "MessageBox");
+        EXPECT_EQ(box.windowTitle(), "Application Error");
+        EXPECT_EQ(box.icon(), QMessageBox::Warning);
+        EXPECT_TRUE(box.isModal());
+        auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        ASSERT_NE(label, nullptr);
+        EXPECT_EQ(label->text(), "<b>Cannot</b>\nin Form1.Form_Load at line 10\n\nPlease & thanks");
+        EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
+        EXPECT_EQ(box.buttons().size(), 1);
+        press(box, "OK");
+    });
+    EXPECT_EQ(answer, MessageAnswer::Ok);
+}
+
+TEST(QtMessages, BearsTheApplicationTitleWhereNoneIsNamed)
+{
+    makeApplicationTitle(productPhrase);
+    show({.text = "Done.", .title = {}}, [](QMessageBox& box) {
+        EXPECT_EQ(box.windowTitle(), "Wagemill Payroll Workbook");
+        EXPECT_EQ(box.icon(), QMessageBox::NoIcon);
+    });
+}
+
+TEST(QtMessages, EveryWayOutOfAQuestionIsAnAnswer)
+{
+    const Message question{.text = "Overwrite?", .title = {}, .buttons = MessageButtons::YesNo};
+    struct {
+        const char* way;
+        std::function<void(QMessageBox&)> user;
+        MessageAnswer expected;
+    } const cases[] = {
+        {"Yes", [](QMessageBox& box) { press(box, "Yes"); }, MessageAnswer::Yes},
+        {"No", [](QMessageBox& box) { press(box, "No"); }, MessageAnswer::No},
+        {"Enter", [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }, MessageAnswer::Yes},
+        {"Escape", [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }, MessageAnswer::No},
+        {"the close box", [](QMessageBox& box) { box.close(); }, MessageAnswer::No},
+    };
+    for (const auto& [way, user, expected] : cases)
+        EXPECT_EQ(show(question, user), expected) << way;
+}
+
+} // namespace wagemill
