@@ -159,11 +159,6 @@ bool takeField(std::string_view& text, const PatternPart& part, const RegionalFo
     return true;
 }
 
-std::string plainPattern(std::string_view literal, const RegionalFormats& formats)
-{
-    return plainCharacters(literal, formats);
-}
-
 /// What may stand between two fields: the pattern's own text or, throughout one date, another separator.
 class Separation {
 public:
@@ -205,7 +200,7 @@ std::optional<CalendarDate> readInOrder(std::string_view text, const Fields& par
     int fields = 0;
     for (const PatternPart& part : parts) {
         if (part.field == '\0') {
-            literal = plainPattern(part.literal, formats);
+            literal = plainCharacters(part.literal, formats);
             continue;
         }
         if (fields == 0)

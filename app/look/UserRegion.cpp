@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <string>
 
 namespace wagemill {
 
@@ -30,12 +31,17 @@ QString withoutOuterBlanks(QString text)
     return text;
 }
 
-/// What stands around the figure 1 in a text.
-Affixes affixesAround(const QString& text, const QLocale& locale)
+/// What stands around the digits of a text, whichever script's they are: money may be written in another than numbers.
+Affixes affixesAround(const QString& text)
 {
-    const QString one = locale.toString(1);
-    const auto position = text.indexOf(one);
-    return {visibleText(text.left(position)), visibleText(text.mid(position + one.size()))};
+    const auto isDigit = [](char32_t character) { return QChar::isDigit(character); };
+    const std::u32string characters = text.toStdU32String();
+    const auto first = std::find_if(characters.begin(), characters.end(), isDigit);
+    const auto last = std::find_if(characters.rbegin(), characters.rend(), isDigit).base();
+    if (first == characters.end())
+        return {};
+    return {visibleText(QString::fromStdU32String({characters.begin(), first})),
+            visibleText(QString::fromStdU32String({last, characters.end()}))};
 }
 
 void setGrouping(RegionalFormats& formats, const QLocale& locale)
@@ -56,8 +62,8 @@ void setGrouping(RegionalFormats& formats, const QLocale& locale)
 
 void setCurrency(RegionalFormats& formats, const QLocale& locale)
 {
-    formats.currency = affixesAround(locale.toCurrencyString(1.0, QString(), 0), locale);
-    formats.negativeCurrency = affixesAround(locale.toCurrencyString(-1.0, QString(), 0), locale);
+    formats.currency = affixesAround(locale.toCurrencyString(1.0, QString(), 0));
+    formats.negativeCurrency = affixesAround(locale.toCurrencyString(-1.0, QString(), 0));
     const QString affixes = QString::fromStdString(formats.currency.prefix + formats.currency.suffix);
     formats.currencySymbol = withoutOuterBlanks(affixes).toStdString();
 }
