@@ -1,0 +1,65 @@
+#pragma once
+
+#include "workbook/engine/CellEntry.h"
+#include "workbook/engine/FormulaParser.h"
+#include "workbook/engine/Recalculation.h"
+
+#include <string>
+#include <string_view>
+
+namespace wagemill::engine {
+
+/// A workbook with two sheets to type into, "Pay" in front of "Rates 1".
+class Calculator {
+public:
+    Calculator()
+    {
+        book.addSheet("Pay");
+        book.addSheet("Rates 1");
+        settings.now = 46112.75; // 31 March 2026, 6 p.m.
+    }
+
+    Calculator& type(std::string_view address, std::string_view text, std::size_t sheet = 0)
+    {
+        const auto cell = parseAddress(address);
+        enterText(book, sheet, {cell->firstRow, cell->firstColumn}, text, settings.formats, {2026, 3, 31});
+        return *this;
+    }
+
+    const CellValue& at(std::string_view address, std::size_t sheet = 0) const
+    {
+        const auto cell = parseAddress(address);
+        return book.sheets[sheet]->value({cell->firstRow, cell->firstColumn});
+    }
+
+    void compute() { recalculate(book, settings); }
+
+    /// The value of a formula typed into Z9, where no other cell is.
+    CellValue value(std::string_view formula)
+    {
+        type("Z9", formula).compute();
+        return at("Z9");
+    }
+
+    Book book;
+    CalculationSettings settings;
+};
+
+/// Numbers to 14 digits, everything else exactly.
+inline bool isAbout(const CellValue& actual, const CellValue& expected)
+{
+    const auto* const number = std::get_if<double>(&actual);
+    const auto* const other = std::get_if<double>(&expected);
+    if (number == nullptr || other == nullptr)
+        return actual == expected;
+    const double distance = *number < *other ? *other - *number : *number - *other;
+    const double size = *other < 0 ? -*other : *other;
+    return distance <= 1e-14 * (size < 1 ? 1 : size);
+}
+
+inline CellValue text(std::string_view content)
+{
+    return std::string(content);
+}
+
+} // namespace wagemill::engine

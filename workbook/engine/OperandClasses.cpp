@@ -1,0 +1,94 @@
+#include "workbook/engine/OperandClasses.h"
+
+#include "workbook/engine/FunctionTable.h"
+
+#include <algorithm>
+
+namespace wagemill::engine {
+
+namespace {
+
+/// Walks the tokens from the last to the first: each token finds on top of the stack what it is wanted as, and leaves
+/// there what it wants its own operands to be.
+class ClassAssignment {
+public:
+    void operator()(ReferenceToken& token) { token.operandClass = taken(); }
+    void operator()(NameToken& token) { token.operandClass = taken(); }
+    void operator()(FunctionToken& token);
+    void operator()(const OperatorToken& token);
+    void operator()(const AttributeToken& token)
+    {
+        if (token.kind == AttributeToken::Kind::Sum) {
+            taken();
+            want(OperandClass::Reference);
+        }
+    }
+    void operator()(const auto& /*constant*/) { taken(); }
+
+private:
+    void want(OperandClass operandClass) { m_wanted.push_back(operandClass); }
+    OperandClass taken()
+    {
+        const OperandClass wanted = m_wanted.back();
+        m_wanted.pop_back();
+        return wanted;
+    }
+
+    std::vector<OperandClass> m_wanted = {OperandClass::Value};
+};
+
+void ClassAssignment::operator()(const OperatorToken& token)
+{
+    const OperandClass wanted = taken();
+    const OperandClass operand = wanted == OperandClass::Array ? OperandClass::Array : OperandClass::Value;
+    switch (token.op) {
+    case Operator::Brackets:
+        want(wanted);
+        break;
+    case Operator::Range:
+    case Operator::Union:
+    case Operator::Intersection:
+        want(OperandClass::Reference);
+        want(OperandClass::Reference);
+        break;
+    case Operator::Negate:
+    case Operator::UnaryPlus:
+    case Operator::Percent:
+        want(operand);
+        break;
+    default:
+        want(operand);
+        want(operand);
+    }
+}
+
+void ClassAssignment::operator()(FunctionToken& token)
+{
+    const OperandClass wanted = taken();
+    const FunctionInfo* const info = findFunction(token.function);
+    const char result = info == nullptr ? 'V' : info->resultClass;
+    const bool answersReference = result == 'R' && wanted == OperandClass::Reference;
+    token.operandClass = answersReference                ? OperandClass::Reference
+                         : wanted == OperandClass::Array ? OperandClass::Array
+                                                         : OperandClass::Value;
+    const bool eachElement = wanted == OperandClass::Array && result != 'R';
+    const std::string_view classes = info == nullptr || info->parameterClasses.empty() ? "R" : info->parameterClasses;
+    for (std::size_t i = 0; i < token.arguments; ++i) {
+        const char parameter = classes[std::min(i, classes.size() - 1)];
+        if (parameter == 'R')
+            want(OperandClass::Reference);
+        else
+            want(parameter == 'A' || eachElement ? OperandClass::Array : OperandClass::Value);
+    }
+}
+
+} // namespace
+
+void assignOperandClasses(std::vector<Token>& tokens)
+{
+    ClassAssignment assignment;
+    for (auto token = tokens.rbegin(); token != tokens.rend(); ++token)
+        std::visit(assignment, *token);
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "workbook/engine/Formula.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wagemill::engine {
+
+/// The sheet, or the first and last of several, that stands before a reference: "Sheet1!", "'Pay ''05'!", "Q1:Q4!".
+struct WrittenSheets {
+    std::string first;
+    std::optional<std::string> last;
+    std::size_t length = 0; ///< bytes read, the exclamation mark included
+};
+
+/// A cell or area as it is written, "$B$4:N28", "A:C", "2:12". Whole rows and columns are areas that reach across the
+/// sheet; the direction in which they do is absolute.
+struct WrittenReference {
+    ReferencePart first;
+    std::optional<ReferencePart> last;
+    std::size_t length = 0; ///< bytes read
+};
+
+/// Letters, digits and signs that a name or a reference may hold.
+bool isNameByte(char byte);
+
+/// Both read from the beginning of `text`; nothing when it does not begin with one inside the sheet's bounds.
+std::optional<WrittenSheets> readSheets(std::string_view text);
+std::optional<WrittenReference> readReference(std::string_view text);
+
+} // namespace wagemill::engine
