@@ -94,20 +94,28 @@ Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDial
 
 void Form2::layOutControls()
 {
-    Picture2->setBackgroundRole(QPalette::Mid);
+    // The viewport has no border: a picture dragged to its far edge then stands where the scroll bar's end puts it.
+    Picture2->setBackgroundRole(QPalette::Midlight);
     Picture2->setAutoFillBackground(true);
     Picture1->setCursor(Qt::OpenHandCursor);
     Zoom_Ori->hide();
+    applyDesignFont(*this);
 
     auto* zoomButtons = new QHBoxLayout(Frame1);
     zoomButtons->addWidget(PushButton1);
     zoomButtons->addWidget(PushButton2);
 
+    auto* leave = new QHBoxLayout;
+    const int belowZoomButtons = zoomButtons->contentsMargins().bottom() + Frame1->contentsMargins().bottom();
+    leave->setContentsMargins(0, 0, 0, belowZoomButtons); // on one line with them
+    leave->addWidget(PushButton6);
+    leave->addWidget(PushButton8);
+
     auto* tools = new QHBoxLayout;
     tools->addWidget(Frame1);
     tools->addStretch();
-    tools->addWidget(PushButton6, 0, Qt::AlignBottom);
-    tools->addWidget(PushButton8, 0, Qt::AlignBottom);
+    tools->addLayout(leave);
+    tools->setAlignment(leave, Qt::AlignBottom);
 
     auto* sheet = new QGridLayout;
     sheet->setSpacing(0);
@@ -121,7 +129,8 @@ void Form2::layOutControls()
     rows->addLayout(tools);
     rows->addLayout(sheet, 1);
 
-    applyDesignFont(*this);
+    for (PushButton* button : {PushButton1, PushButton2, PushButton6, PushButton8})
+        button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
     const QSize wanted = (QSizeF(screen()->availableSize()) * partOfScreen).toSize().boundedTo(largestWindow);
     setFixedSize(wanted.expandedTo(rows->minimumSize()));
 }

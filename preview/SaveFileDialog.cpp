@@ -1,5 +1,6 @@
 #include "preview/SaveFileDialog.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -18,15 +19,26 @@ QStringList nameFilters(const std::string& filter)
     return filters;
 }
 
+namespace {
+
+/// A folder that is missing would become the name that the dialog starts with.
+QString startFolder()
+{
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
+} // namespace
+
 std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& request, QWidget& owner)
 {
-    QFileDialog dialog(&owner, QString::fromStdString(request.title),
-                       QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    QFileDialog dialog(&owner, QString::fromStdString(request.title), startFolder());
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setNameFilters(nameFilters(request.filter));
-    dialog.selectFile(QString::fromStdString(request.fileName));
+    if (!request.fileName.empty())
+        dialog.selectFile(QString::fromStdString(request.fileName));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     return QFileInfo(dialog.selectedFiles().constFirst()).filesystemFilePath();

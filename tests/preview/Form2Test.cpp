@@ -399,11 +399,4 @@ TEST_F(Form2Test, ClosingDeletesTheWorkbookAndEndsTheProgram)
     EXPECT_EQ(waysBack, 0);
 }
 
-TEST(NameFilters, ReadPairsOfDescriptionAndPattern)
-{
-    EXPECT_EQ(nameFilters("Excel Files (*.xls)|*.xls|"), QStringList{"Excel Files (*.xls)"});
-    EXPECT_EQ(nameFilters("Sheets|*.xls;*.xlt|All|*"), (QStringList{"Sheets (*.xls *.xlt)", "All (*)"}));
-    EXPECT_EQ(nameFilters(""), QStringList{});
-}
-
 } // namespace wagemill
