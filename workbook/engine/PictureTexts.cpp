@@ -39,6 +39,13 @@ TextAlign alignmentOf(const CellFormat& format, const CellValue& value, const Sh
     return TextAlign::Left;
 }
 
+/// An indent counts only where the alignment was chosen.
+bool isIndented(const CellFormat& format)
+{
+    return format.horizontal == HorizontalAlignment::Left || format.horizontal == HorizontalAlignment::Right ||
+           format.horizontal == HorizontalAlignment::Distributed;
+}
+
 bool breaksLines(const CellFormat& format)
 {
     return format.wrap || format.horizontal == HorizontalAlignment::Justify ||
@@ -129,7 +136,7 @@ void TextPlacer::place(CellAddress address, const Cell& cell)
     text.vertical = format.vertical;
     text.wrap = breaksLines(format) && !shown.isNumber;
     text.shrink = format.shrinkToFit && !text.wrap;
-    text.indent = format.indent;
+    text.indent = isIndented(format) ? format.indent : 0;
     text.hashesWhenTooWide = shown.isNumber && !text.shrink;
     text.alwaysHashes = shown.isNegativeDate;
     if (const double* const number = std::get_if<double>(&cell.value); number != nullptr && shown.isGeneral)

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "workbook/engine/Book.h"
+
+#include <filesystem>
+
+namespace wagemill {
+
+/// The workbook that a folder of text files describes, its formulas computed: "workbook.txt" and the sheets that it
+/// names. Throws DescriptionError with file and line, std::runtime_error for a file that cannot be read.
+engine::Book describedWorkbook(const std::filesystem::path& folder);
+
+} // namespace wagemill
