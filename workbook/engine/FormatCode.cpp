@@ -368,6 +368,7 @@ void finishNumber(FormatSection& section)
 {
     bool behindDigit = false;
     bool beforePoint = true;
+    bool inExponent = false;
     for (std::size_t i = 0; i < section.tokens.size(); ++i) {
         if (const std::size_t end = endOfCommas(section.tokens, i); end > i) {
             resolveCommas(section, i, end, behindDigit, beforePoint);
@@ -379,9 +380,11 @@ void finishNumber(FormatSection& section)
         behindDigit = token.kind == Kind::Digit;
         if (token.kind == Kind::Percent)
             section.scalePower += 2;
-        if (token.kind == Kind::Point && !beforePoint)
-            token.kind = Kind::Literal;
-        beforePoint = beforePoint && token.kind != Kind::Point;
+        const bool divides = token.kind == Kind::Point || token.kind == Kind::Exponent;
+        if (divides && (inExponent || (token.kind == Kind::Point && !beforePoint)))
+            token.kind = Kind::Literal; // a second one
+        beforePoint = beforePoint && !divides;
+        inExponent = inExponent || token.kind == Kind::Exponent;
     }
     std::erase_if(section.tokens, [](const FormatToken& token) { return token.kind == Kind::Comma; });
 }

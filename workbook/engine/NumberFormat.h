@@ -46,9 +46,10 @@ private:
 };
 
 /// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant
-/// digits and rounded half away from zero. "m/d/yy" is the user's short date with a year of four digits. Separators,
-/// digits, month names are those of `formats`. An unreadable code shows the value as General does. dates1904  serial
-/// day 0 is 1 January 1904
+/// digits and rounded half away from zero; what rounds to zero has no minus sign of its own. "m/d/yy" is the user's
+/// short date with a year of four digits. Separators, digits and month names are those of `formats`. An unreadable code
+/// shows the value as General does.
+/// dates1904  serial day 0 is 1 January 1904
 ShownText showValue(const CellValue& value, std::string_view code, const RegionalFormats& formats,
                     bool dates1904 = false);
 

@@ -228,6 +228,10 @@ TEST(NumberFormat, UnreadableAndHostileCodesShowGeneral)
                                     std::string("*"), std::string("nonsense"), std::string("0;0;0;0;0"),
                                     std::string(5000, ';'), std::string(100000, '"'), std::string(5000, '0')})
         EXPECT_EQ(showValue(1.5, code, unitedStates).text, "1.5") << code.substr(0, 20);
+    for (const char* code :
+         {"0E+0.00", "0.0.0E+0E+0", "E+0.##", ".", "/", "0/0/0", "?/", "0/0E+0", "h.0.0s.0", "@0.0/?"})
+        for (const double number : {-1e300, 0.0, 12.34})
+            EXPECT_LT(showValue(number, code, unitedStates).text.size(), 400U) << code;
     for (const char character :
          {'0', '#', '?', '.', ',', '%', '/', '@', '[', 'm', 's', 'y', 'd', 'h', ':', '\\', '_'}) {
         std::string code(4000, character);
