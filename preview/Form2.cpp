@@ -55,9 +55,9 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, int pictureExtent, int viewpo
 {
     const ScrollRange range = scrollRange(static_cast<float>(pictureExtent - viewportExtent));
     scrollBar.setEnabled(range.unit != 0);
+    scrollBar.setPageStep(std::max(1, viewportExtent / std::max<int>(1, range.unit)));
     if (range.unit != 0) {
         scrollBar.setMaximum(range.maximum);
-        scrollBar.setPageStep(std::max(1, viewportExtent / range.unit));
         scrollBar.setValue(0);
     }
     return range.unit;
