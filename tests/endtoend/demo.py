@@ -23,7 +23,7 @@ def run_demo(program, output):
     for path in paths.values():
         if os.path.exists(path):
             os.remove(path)
-    with Desktop() as desktop:
+    with Desktop(failure_picture=os.path.join(output, "failure.png")) as desktop:
         guide = Guide(desktop, program)
         guide.load_sample_data()
         desktop.screenshot(paths["entry.png"], desktop.window(ENTRY))

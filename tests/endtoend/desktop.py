@@ -13,11 +13,13 @@ class StepFailed(Exception):
 class Desktop:
     """Xvfb, openbox and a session bus of their own, with a fresh home folder. Use as a context manager.
 
-    locale  of the programs started in it; C.UTF-8 reads as United States English
+    locale           of the programs started in it; C.UTF-8 reads as United States English
+    failure_picture  where a picture of the screen is left when a step fails
     """
 
-    def __init__(self, size="1280x960", locale="C.UTF-8"):
+    def __init__(self, size="1280x960", locale="C.UTF-8", failure_picture=None):
         self.size = size
+        self.failure_picture = failure_picture
         self.home = tempfile.mkdtemp(prefix="wagemill-home-")
         self.environment = {key: value for key, value in os.environ.items()
                             if not key.startswith(("LC_", "XDG_", "QT_")) and key not in ("TEMP", "WAYLAND_DISPLAY")}
@@ -35,7 +37,9 @@ class Desktop:
             raise
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, failure=None, *_):
+        if failure and self.failure_picture:
+            self.screenshot(self.failure_picture)
         for process in reversed(self.processes):
             process.terminate()
             try:
