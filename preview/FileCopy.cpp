@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t blockSize = 64 * 1024;
+constexpr std::size_t blockSize = 1 << 16; // bytes
 
 /// A fresh name beside `target`: in one folder, renaming replaces in one step.
 fs::path neighbourOf(const fs::path& target)

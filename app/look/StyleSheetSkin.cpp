@@ -10,7 +10,7 @@ namespace wagemill {
 
 namespace {
 
-constexpr qint64 largestSkin = 1024 * 1024;
+constexpr qint64 largestSkin = 1 << 20; // bytes
 
 [[noreturn]] void refuseSkin(const std::filesystem::path& file, const std::string& reason)
 {

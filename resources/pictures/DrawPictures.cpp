@@ -105,7 +105,7 @@ void writeCursor(const QString& path, const QImage& image, QPoint hotSpot)
 
     file.doubleWord(40);
     file.doubleWord(side);
-    file.doubleWord(2 * side); // the mask's rows count
+    file.doubleWord(qsizetype{2} * side); // the mask's rows count
     file.word(1);
     file.word(32);
     for (const int value : {0, pixelBytes + maskBytes, 0, 0, 0, 0})
