@@ -1,6 +1,7 @@
 #include "workbook/engine/FormulaParser.h"
 
 #include "app/base/Utf8.h"
+#include "workbook/engine/AddInNames.h"
 #include "workbook/engine/FormulaFunctions.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/OperandClasses.h"
@@ -23,7 +24,6 @@ constexpr std::uint16_t ifFunction = 1;
 constexpr std::uint16_t sumFunction = 4;
 constexpr std::uint16_t chooseFunction = 100;
 constexpr std::uint16_t addInFunction = 255; ///< calls the name that is its first argument
-constexpr std::int16_t wholeBook = -2;
 constexpr int maxArguments = 30;
 
 struct BinaryOperator {
@@ -118,7 +118,6 @@ private:
     Answer addInCall(const FunctionBinding& function);
     template <class ArgumentRead>
     int arguments(ArgumentRead argumentRead);
-    NameToken addInName(const FunctionBinding& function);
 
     double number();
     std::string text();
@@ -135,7 +134,6 @@ private:
     bool m_commaIsDecimal;
     std::size_t m_at = 0;
     int m_nesting = 0;
-    bool m_isVolatile = false;
     std::vector<Token> m_tokens;
 };
 
@@ -175,15 +173,6 @@ bool Parser::accept(char sign)
     return true;
 }
 
-void markVolatile(std::vector<Token>& tokens)
-{
-    tokens.insert(tokens.begin(), AttributeToken{AttributeToken::Kind::Volatile, 0, 0, {}});
-    for (Token& token : tokens)
-        if (auto* const attribute = std::get_if<AttributeToken>(&token))
-            for (std::size_t& target : attribute->targets)
-                ++target;
-}
-
 Formula Parser::parse()
 {
     if (characterCount(m_text) > maxFormulaCharacters)
@@ -194,8 +183,6 @@ Formula Parser::parse()
     if (m_at < m_text.size())
         fail(ahead() == ')' ? "there is a closing bracket too many" : "an operator is missing");
     assignOperandClasses(m_tokens);
-    if (m_isVolatile)
-        markVolatile(m_tokens);
     return Formula{std::move(m_tokens)};
 }
 
@@ -474,29 +461,9 @@ int Parser::arguments(ArgumentRead argumentRead)
     }
 }
 
-/// The add-in's name for the function, entered in the workbook's lists when it is not there yet.
-NameToken Parser::addInName(const FunctionBinding& function)
-{
-    const std::string stored = storedName(function);
-    auto& books = m_book.supportingBooks;
-    m_book.externSheetFor(m_sheet); // our own book comes first in the list
-    auto addIn = std::ranges::find(books, SupportingBook::Kind::AddIn, &SupportingBook::kind);
-    if (addIn == books.end())
-        addIn = books.insert(addIn, SupportingBook{SupportingBook::Kind::AddIn, {}, {}, {}});
-    auto& names = addIn->externNames;
-    if (std::ranges::find(names, stored) == names.end())
-        names.push_back(stored);
-    const ExternSheet entry{static_cast<std::uint16_t>(addIn - books.begin()), wholeBook, wholeBook};
-    if (std::ranges::find(m_book.externSheets, entry) == m_book.externSheets.end())
-        m_book.externSheets.push_back(entry);
-    const auto sheet = std::ranges::find(m_book.externSheets, entry) - m_book.externSheets.begin();
-    const auto index = std::ranges::find(names, stored) - names.begin() + 1;
-    return {OperandClass::Reference, static_cast<std::uint16_t>(sheet), static_cast<std::uint16_t>(index)};
-}
-
 Answer Parser::addInCall(const FunctionBinding& function)
 {
-    emit(addInName(function));
+    emit(addInName(m_book, storedName(function)));
     const int count = arguments([](int) {});
     emit(FunctionToken{OperandClass::Value, addInFunction, static_cast<std::uint8_t>(count + 1), true});
     return Answer::Value;
@@ -515,7 +482,6 @@ Answer Parser::call(std::string_view name, std::size_t at)
     const int count = arguments([&](int position) { jumps.argumentRead(position); });
     if (count < info->minArguments || count > info->maxArguments)
         fail(std::string(info->name) + " does not take " + std::to_string(count) + " arguments", at);
-    m_isVolatile = m_isVolatile || info->isVolatile;
     if (info->id == sumFunction && count == 1)
         emit(AttributeToken{AttributeToken::Kind::Sum, 0, 0, {}});
     else

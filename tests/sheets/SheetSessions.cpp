@@ -1,0 +1,255 @@
+// Runs every session in this folder; README.md says what their lines mean.
+
+#include "workbook/engine/CellEntry.h"
+#include "workbook/engine/FormulaParser.h"
+#include "workbook/engine/NumberFormat.h"
+#include "workbook/engine/Recalculation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace wagemill::engine {
+namespace {
+
+constexpr Today sessionDay{2026, 3, 31};
+constexpr double sessionMoment = 46112.75;
+
+std::vector<std::filesystem::path> sessionFiles()
+{
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(WAGEMILL_SOURCE_DIR "/tests/sheets"))
+        if (entry.path().extension() == ".txt" && entry.path().stem() != "CMakeLists")
+            files.push_back(entry.path());
+    std::ranges::sort(files);
+    return files;
+}
+
+/// Takes the first word off `line`, and the one blank behind it.
+std::string takeWord(std::string_view& line)
+{
+    const std::size_t end = std::min(line.find(' '), line.size());
+    std::string word(line.substr(0, end));
+    line.remove_prefix(std::min(end + 1, line.size()));
+    return word;
+}
+
+std::string withLineBreaks(std::string text)
+{
+    for (std::size_t at = text.find("\\n"); at != std::string::npos; at = text.find("\\n", at))
+        text.replace(at, 2, "\n");
+    return text;
+}
+
+std::string written(const CellValue& value)
+{
+    if (const auto* const number = std::get_if<double>(&value)) {
+        std::ostringstream text;
+        text.precision(17);
+        text << *number;
+        return text.str();
+    }
+    if (const auto* const text = std::get_if<std::string>(&value))
+        return '"' + *text + '"';
+    if (const auto* const logical = std::get_if<bool>(&value))
+        return *logical ? "TRUE" : "FALSE";
+    if (const auto* const error = std::get_if<ErrorCode>(&value))
+        return errorText(*error);
+    return "empty";
+}
+
+bool isAbout(double actual, const std::string& expected)
+{
+    char* end = nullptr;
+    const double number = std::strtod(expected.c_str(), &end);
+    return !expected.empty() && *end == '\0' && std::fabs(actual - number) <= 1e-14 * std::max(std::fabs(number), 1.0);
+}
+
+RegionalFormats germany()
+{
+    RegionalFormats formats;
+    formats.decimalSeparator = ",";
+    formats.groupSeparator = ".";
+    formats.currencySymbol = "\u20AC";
+    formats.currency = {"", " \u20AC"};
+    formats.negativeCurrency = {"-", " \u20AC"};
+    formats.shortDatePattern = "dd.MM.yyyy";
+    return formats;
+}
+
+class Session {
+public:
+    void run(const std::string& line);
+
+private:
+    using Action = void (Session::*)(std::string_view);
+
+    Sheet& sheet() { return *m_book.sheets.at(m_sheet); }
+    CellAddress takeAddress(std::string_view& rest) const;
+    const Cell& takeCell(std::string_view& rest);
+    void compute() { recalculate(m_book, {m_formats, sessionMoment}); }
+
+    void goToSheet(std::string_view name);
+    void put(std::string_view rest);
+    void style(std::string_view rest);
+    void copy(std::string_view rest);
+    void region(std::string_view name);
+    void expectValue(std::string_view rest);
+    void expectShown(std::string_view rest);
+    void expectFormat(std::string_view rest);
+    void expectFormula(std::string_view rest);
+    void expectRefused(std::string_view rest);
+    void expectUsed(std::string_view rest);
+
+    static const std::map<std::string, Action> actions;
+    Book m_book;
+    std::size_t m_sheet = 0;
+    RegionalFormats m_formats;
+};
+
+const std::map<std::string, Session::Action> Session::actions = {
+    {"sheet", &Session::goToSheet},       {"put", &Session::put},
+    {"style", &Session::style},           {"copy", &Session::copy},
+    {"region", &Session::region},         {"value", &Session::expectValue},
+    {"shown", &Session::expectShown},     {"format", &Session::expectFormat},
+    {"formula", &Session::expectFormula}, {"refused", &Session::expectRefused},
+    {"used", &Session::expectUsed},
+};
+
+void Session::run(const std::string& line)
+{
+    std::string_view rest = line;
+    const std::string word = takeWord(rest);
+    if (word.empty() || word.starts_with('#'))
+        return;
+    const auto action = actions.find(word);
+    ASSERT_NE(action, actions.end()) << "no session line begins with \"" << word << '"';
+    (this->*action->second)(rest);
+}
+
+CellAddress Session::takeAddress(std::string_view& rest) const
+{
+    const std::string word = takeWord(rest);
+    const auto area = parseAddress(word);
+    if (!area)
+        throw std::runtime_error("\"" + word + "\" is no cell");
+    return {area->firstRow, area->firstColumn};
+}
+
+const Cell& Session::takeCell(std::string_view& rest)
+{
+    static const Cell none;
+    compute();
+    const Cell* const cell = sheet().find(takeAddress(rest));
+    return cell == nullptr ? none : *cell;
+}
+
+void Session::goToSheet(std::string_view name)
+{
+    if (!m_book.sheetIndex(name))
+        m_book.addSheet(name);
+    m_sheet = *m_book.sheetIndex(name);
+}
+
+void Session::put(std::string_view rest)
+{
+    const CellAddress address = takeAddress(rest);
+    enterText(m_book, m_sheet, address, withLineBreaks(std::string(rest)), m_formats, sessionDay);
+}
+
+void Session::style(std::string_view rest)
+{
+    Cell& cell = sheet().at(takeAddress(rest));
+    CellFormat format = m_book.styles.format(cell.format);
+    format.numberFormat = m_book.styles.numberFormatFor(rest);
+    cell.format = m_book.styles.formatFor(format);
+}
+
+void Session::copy(std::string_view rest)
+{
+    const auto rows = parseAddress(takeWord(rest));
+    ASSERT_TRUE(rows && takeWord(rest) == "to");
+    sheet().copyRows(rows->firstRow, rows->lastRow, std::stoi(std::string(rest)) - 1);
+}
+
+void Session::region(std::string_view name)
+{
+    ASSERT_EQ(name, "germany");
+    m_formats = germany();
+}
+
+void Session::expectValue(std::string_view rest)
+{
+    const CellValue& value = takeCell(rest).value;
+    const std::string expected = withLineBreaks(std::string(rest));
+    if (const auto* const number = std::get_if<double>(&value))
+        EXPECT_TRUE(isAbout(*number, expected)) << "the value is " << written(value);
+    else
+        EXPECT_EQ(written(value), expected);
+}
+
+void Session::expectShown(std::string_view rest)
+{
+    const Cell& cell = takeCell(rest);
+    const auto code = m_book.styles.numberFormatCode(m_book.styles.format(cell.format).numberFormat);
+    EXPECT_EQ('"' + showValue(cell.value, code, m_formats, m_book.dates1904).text + '"',
+              withLineBreaks(std::string(rest)));
+}
+
+void Session::expectFormat(std::string_view rest)
+{
+    const Cell& cell = takeCell(rest);
+    EXPECT_EQ(m_book.styles.numberFormatCode(m_book.styles.format(cell.format).numberFormat), rest);
+}
+
+void Session::expectFormula(std::string_view rest)
+{
+    const Cell& cell = takeCell(rest);
+    ASSERT_TRUE(cell.formula) << "the cell holds no formula";
+    EXPECT_EQ(formulaText(*cell.formula, m_book), rest);
+}
+
+void Session::expectRefused(std::string_view rest)
+{
+    const CellAddress address = takeAddress(rest);
+    const CellValue before = sheet().value(address);
+    EXPECT_THROW(enterText(m_book, m_sheet, address, rest, m_formats, sessionDay), EngineError);
+    EXPECT_EQ(written(sheet().value(address)), written(before));
+}
+
+void Session::expectUsed(std::string_view rest)
+{
+    const auto range = sheet().usedRange();
+    EXPECT_EQ(range ? addressText({range->firstRow, range->firstColumn}) + ":" +
+                          addressText({range->lastRow, range->lastColumn})
+                    : "nothing",
+              rest);
+}
+
+class SheetSession : public testing::TestWithParam<std::filesystem::path> {};
+
+TEST_P(SheetSession, HoldsAndShowsWhatItMust)
+{
+    std::ifstream file(GetParam());
+    ASSERT_TRUE(file) << GetParam();
+    Session session;
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        SCOPED_TRACE(GetParam().filename().string() + ":" + std::to_string(++number) + ": " + line);
+        ASSERT_NO_THROW(session.run(line));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SheetSession, testing::ValuesIn(sessionFiles()), [](const auto& parameter) {
+    std::string name = parameter.param.stem().string();
+    std::ranges::replace(name, '-', '_');
+    return name;
+});
+
+} // namespace
+} // namespace wagemill::engine
