@@ -67,10 +67,10 @@ RegionalFormats dateAndNumberForm(const RegionalFormats& formats)
 /// Counts faults and keeps the first ten to be read.
 class Faults {
 public:
-    void expect(bool right, const std::string& what)
+    void expect(bool right, const std::string& region, const std::string& text)
     {
         if (!right && ++m_count <= 10)
-            m_first += "\n  " + what;
+            m_first.append("\n  ").append(region).append(": ").append(text);
     }
     ~Faults() { EXPECT_EQ(m_count, 0) << m_first; }
     Faults() = default;
@@ -95,9 +95,9 @@ TEST(UserRegion, EveryFigureWrittenIsReadBack)
             const DecimalNumber number = readNumber(figure, {})->number;
             for (const std::string& text : {currencyText(number, formats), numberText(number, formats)}) {
                 const auto reading = readNumber(text, formats);
-                faults.expect(reading && reading->number == number, name + " form: " + text);
-                faults.expect(readTypedText(text, formats, today).value == CellValue(*toDouble(number)),
-                              name + " cell: " + text);
+                faults.expect(reading && reading->number == number, name + " form", text);
+                faults.expect(readTypedText(text, formats, today).value == CellValue(*toDouble(number)), name + " cell",
+                              text);
             }
         }
 }
@@ -109,7 +109,7 @@ TEST(UserRegion, EveryDayWrittenIsReadBack)
         for (int day = firstDay; day <= lastDay; ++day) {
             const CalendarDate date = dateFromDaysSinceEpoch(day);
             const std::string text = shortDateText(date, formats);
-            faults.expect(readShortDate(text, formats) == date, name + ": " + text);
+            faults.expect(readShortDate(text, formats) == date, name, text);
         }
 }
 
@@ -122,7 +122,7 @@ TEST(UserRegion, EveryDayIsADateToACell)
         for (int day = firstDay; day <= lastDay; day += step) {
             const std::string text = shortDateText(dateFromDaysSinceEpoch(day), formats);
             const CellValue expected = static_cast<double>(day + serialDayOfEpoch);
-            faults.expect(readTypedText(text, formats, today).value == expected, name + ": " + text);
+            faults.expect(readTypedText(text, formats, today).value == expected, name, text);
         }
 }
 
