@@ -152,7 +152,7 @@ Book readBook(std::span<const std::byte> bytes)
 
 Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
 {
-    const std::string name = "\"" + std::string(file) + "\"";
+    const std::string name = std::string(1, '"').append(file) + '"';
     if (!isCompoundFile(bytes))
         throw EngineError("The file " + name + " is no Excel 97-2003 workbook (.xls): it is " + kindOfFile(bytes) +
                           ".");

@@ -27,6 +27,7 @@ enum class SubstreamType : std::uint16_t {
 namespace record {
 inline constexpr std::uint16_t formula = 0x0006;
 inline constexpr std::uint16_t eof = 0x000A;
+inline constexpr std::uint16_t iteration = 0x0011;
 inline constexpr std::uint16_t externSheet = 0x0017;
 inline constexpr std::uint16_t definedName = 0x0018;
 inline constexpr std::uint16_t selection = 0x001D;

@@ -6,11 +6,14 @@
 #include "workbook/engine/xls/XlsErrors.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace wagemill::engine::xls {
 
 namespace {
+
+constexpr std::size_t usualTokenSize = 4;
 
 /// A token that we carry rather than read: the formula becomes opaque.
 struct UnknownToken {};
@@ -45,11 +48,12 @@ public:
 
     Formula read()
     {
+        m_formula.tokens.reserve(m_tokens.remaining() / usualTokenSize + 1);
         while (!m_tokens.atEnd()) {
-            m_starts.push_back(m_tokens.position());
+            m_starts[m_formula.tokens.size()] = static_cast<std::uint16_t>(m_tokens.position());
             readToken();
         }
-        m_starts.push_back(m_tokens.position());
+        m_starts[m_formula.tokens.size()] = static_cast<std::uint16_t>(m_tokens.position());
         if (m_depth != 1)
             throw DamagedFile("a formula is no expression");
         resolveJumps();
@@ -74,11 +78,8 @@ private:
 
     void readPlainToken(std::uint8_t id)
     {
-        if (id >= ptg::firstOperator && id <= ptg::lastOperator) {
-            pop(id < ptg::firstUnaryOperator ? 2 : 1);
-            push(OperatorToken{static_cast<Operator>(id)});
-            return;
-        }
+        if (id >= ptg::firstOperator && id <= ptg::lastOperator)
+            return readOperator(static_cast<Operator>(id));
         switch (id) {
         case ptg::missingArgument:
             return push(MissingArgumentToken{});
@@ -97,6 +98,22 @@ private:
         default:
             throw UnknownToken{};
         }
+    }
+
+    void readOperator(Operator op)
+    {
+        if (op == Operator::Intersection || op == Operator::Union || op == Operator::Range)
+            wantReferences(2);
+        pop(static_cast<std::uint8_t>(op) < ptg::firstUnaryOperator ? 2 : 1);
+        push(OperatorToken{op});
+    }
+
+    /// Some programs write the operands of range operators as values, which they never are.
+    void wantReferences(std::size_t operands)
+    {
+        for (std::size_t index = m_depth - std::min(operands, m_depth); index < m_depth; ++index)
+            if (auto* const reference = std::get_if<ReferenceToken>(&m_formula.tokens[m_operands[index]]))
+                reference->operandClass = OperandClass::Reference;
     }
 
     void readClassifiedToken(std::uint8_t id)
@@ -191,12 +208,13 @@ private:
 
     void resolveJumps()
     {
+        const std::span starts(m_starts.data(), m_formula.tokens.size() + 1);
         for (const std::size_t jump : m_jumps)
             for (std::size_t& target : std::get<AttributeToken>(m_formula.tokens[jump]).targets) {
-                const auto found = std::ranges::lower_bound(m_starts, target);
-                if (found == m_starts.end() || *found != target)
+                const auto found = std::ranges::lower_bound(starts, target);
+                if (found == starts.end() || *found != target)
                     throw DamagedFile("a formula jumps into the middle of a token");
-                target = static_cast<std::size_t>(found - m_starts.begin());
+                target = static_cast<std::size_t>(found - starts.begin());
             }
     }
 
@@ -341,8 +359,8 @@ private:
 
     void push(Token token)
     {
+        m_operands[m_depth++] = static_cast<std::uint16_t>(m_formula.tokens.size());
         add(std::move(token));
-        ++m_depth;
     }
 
     void pop(std::size_t operands)
@@ -357,8 +375,9 @@ private:
     FormulaContext m_context;
     Formula m_formula;
     OperandClass m_class = OperandClass::Value;
-    std::size_t m_depth = 0; ///< operands on the stack
-    std::vector<std::size_t> m_starts;
+    std::array<std::uint16_t, largestFormula> m_operands; ///< the stack: the last token of each operand
+    std::size_t m_depth = 0;
+    std::array<std::uint16_t, largestFormula + 1> m_starts; ///< of each token, and the end
     std::vector<std::size_t> m_jumps;
     bool m_hasMemoryTokens = false;
 };
@@ -394,17 +413,22 @@ Formula readFormula(std::span<const std::byte> tokens, std::span<const std::byte
     }
 }
 
-std::optional<CellAddress> sharedBase(const Formula& formula)
+std::optional<CellAddress> sharedBase(std::span<const std::byte> tokens)
 {
-    const auto* token = formula.tokens.size() == 1 ? std::get_if<OpaqueToken>(&formula.tokens.front()) : nullptr;
-    if (token == nullptr || token->bytes.size() != 5)
+    if (tokens.size() != 5)
         return std::nullopt;
-    ByteReader reader(token->bytes);
+    ByteReader reader(tokens);
     const std::uint8_t id = reader.u8();
     if (id != ptg::partOfShared && id != ptg::partOfTable)
         return std::nullopt;
     const int row = reader.u16();
     return CellAddress{row, reader.u16()};
+}
+
+std::optional<CellAddress> sharedBase(const Formula& formula)
+{
+    const auto* token = formula.tokens.size() == 1 ? std::get_if<OpaqueToken>(&formula.tokens.front()) : nullptr;
+    return token == nullptr ? std::nullopt : sharedBase(std::span<const std::byte>(token->bytes));
 }
 
 } // namespace wagemill::engine::xls

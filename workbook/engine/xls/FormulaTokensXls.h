@@ -31,7 +31,9 @@ Formula readFormula(std::span<const std::byte> tokens, std::span<const std::byte
 /// Throws std::length_error when the tokens take more than 1800 bytes or a text more than 255 characters.
 void writeFormula(const Formula& formula, ByteWriter& tokens, ByteWriter& behind);
 
-/// The cell whose array formula or data table the formula is a part of (PtgExp, PtgTbl), nothing for any other formula.
+/// The cell whose shared formula, array formula or data table the tokens only point at (PtgExp, PtgTbl); nothing for
+/// any other formula.
+std::optional<CellAddress> sharedBase(std::span<const std::byte> tokens);
 std::optional<CellAddress> sharedBase(const Formula& formula);
 
 } // namespace wagemill::engine::xls

@@ -20,6 +20,7 @@ constexpr std::uint16_t gridLinesFlag = 0x0002;
 constexpr std::uint16_t hiddenRowFlag = 0x20;
 constexpr std::uint16_t widestColumn = 255 * 256;
 constexpr std::size_t windowSize = 18;
+constexpr std::size_t usualRowLength = 4;
 
 /// A formula that several cells share ([MS-XLS] 2.4.260 ShrFmla).
 struct SharedFormula {
@@ -106,11 +107,12 @@ private:
                 {record::selection, &SheetReader::readSelection},
                 {record::defaultColumnWidth, &SheetReader::readDefaultColumnWidth},
                 {record::defaultRowHeight, &SheetReader::readDefaultRowHeight},
-                {record::dimensions, &SheetReader::skip}, // these four follow from the cells
+                {record::dimensions, &SheetReader::skip}, // these follow from the cells
                 {record::index, &SheetReader::skip},
                 {record::cellOffsets, &SheetReader::skip},
                 {record::gutters, &SheetReader::skip},
                 {record::uncalculated, &SheetReader::skip},
+                {record::iteration, &SheetReader::readIteration},
             };
             std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
             return handlersById;
@@ -184,6 +186,8 @@ private:
         if (column >= maxColumns)
             throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" lies outside the sheet");
         std::vector<Cell>& cells = row(rowIndex).cells;
+        if (cells.empty())
+            cells.reserve(usualRowLength);
         auto place = cells.end();
         if (!cells.empty() && cells.back().column >= column)
             place = std::ranges::lower_bound(cells, column, {}, &Cell::column);
@@ -310,9 +314,12 @@ private:
         m_formulaCell = address;
         m_textFollows = result.textFollows;
         const auto tokens = reader.bytes(size);
-        setFormula(cell, tokens, reader.rest(), address);
-        if (const auto base = cell.formula ? sharedBase(*cell.formula) : std::nullopt)
-            m_parts.push_back({address, *base});
+        if (const auto base = sharedBase(tokens)) {
+            m_parts.push_back({address, *base, {tokens.begin(), tokens.end()}});
+            cell.formula = m_unresolved;
+        } else {
+            setFormula(cell, tokens, reader.rest(), address);
+        }
     }
 
     /// A formula that cannot be read leaves its last value behind.
@@ -379,22 +386,24 @@ private:
     /// theirs.
     void resolveParts()
     {
-        for (const auto& [address, base] : m_parts) {
-            Cell* const cell = m_sheet.find(address);
-            if (cell == nullptr || !cell->formula || sharedBase(*cell->formula) != base)
+        for (const Part& part : m_parts) {
+            Cell* const cell = m_sheet.find(part.cell);
+            if (cell == nullptr || cell->formula != m_unresolved)
                 continue; // another cell took its place
-            const auto shared = m_sharedFormulas.find(base);
-            if (shared != m_sharedFormulas.end() && shared->second.area.contains(address))
-                expand(*cell, shared->second, address);
-            else if (!isPartOfArray(base, address))
-                dropFormula(*cell, address);
+            const auto shared = m_sharedFormulas.find(part.base);
+            if (shared != m_sharedFormulas.end() && shared->second.area.contains(part.cell))
+                expand(*cell, shared->second, part.cell);
+            else if (isPartOfArray(part.base, part.cell))
+                setFormula(*cell, part.tokens, {}, part.cell);
+            else
+                dropFormula(*cell, part.cell);
         }
     }
 
     void expand(Cell& cell, const SharedFormula& shared, CellAddress address)
     {
         setFormula(cell, shared.tokens, shared.behind, address);
-        if (cell.formula && (sharedBase(*cell.formula) || !m_context.limits.addTokens(cell.formula->tokens.size())))
+        if (cell.formula && (sharedBase(shared.tokens) || !m_context.limits.addTokens(cell.formula->tokens.size())))
             dropFormula(cell, address);
     }
 
@@ -509,6 +518,12 @@ private:
             m_sheet.carried.push_back(record.carried());
     }
 
+    void readIteration(const Record& record)
+    {
+        if (record.reader().u16() != 0)
+            m_context.notice("Repeated calculation of circular references was switched off; it is not supported.");
+    }
+
     void readDefaultColumnWidth(const Record& record)
     {
         m_sheet.defaultColumnWidth = std::min<std::uint16_t>(record.reader().u16(), 255);
@@ -525,6 +540,7 @@ private:
     struct Part {
         CellAddress cell;
         CellAddress base;
+        std::vector<std::byte> tokens;
     };
 
     RecordReader m_records;
@@ -535,7 +551,8 @@ private:
     CellAddress m_formulaCell;
     bool m_textFollows = false;
     std::map<CellAddress, SharedFormula> m_sharedFormulas;
-    std::vector<Part> m_parts;
+    std::vector<Part> m_parts; ///< cells that only point at a shared formula, with m_unresolved for the time being
+    std::shared_ptr<const Formula> m_unresolved = std::make_shared<const Formula>();
     bool m_hasWindow = false;
     bool m_isSplit = false;
     std::uint8_t m_activePane = wholeWindowPane;

@@ -24,6 +24,8 @@ constexpr std::size_t rowRecordSize = 20;
 constexpr std::size_t mostMergedInRecord = 1026;
 constexpr std::uint8_t wholeWindowPane = 3;
 constexpr std::size_t window2Size = 18;
+constexpr std::size_t pageBreakZoomOffset = 10;
+constexpr std::size_t zoomOffset = 12;
 constexpr std::size_t paneActiveOffset = 8;
 constexpr std::uint16_t gridLinesFlag = 0x0002;
 constexpr std::uint16_t frozenFlags = 0x0108;
@@ -455,10 +457,17 @@ private:
             flags &= ~static_cast<unsigned>(frozenFlags);
         flags |= (m_isActive ? activeFlags : 0U) | (m_sheet.showGridLines ? gridLinesFlag : 0U);
         ByteWriter& data = m_target.begin(record::window2);
+        const std::size_t start = data.size();
         data.u16(static_cast<std::uint16_t>(flags));
         data.bytes(bytes.subspan(2));
+        for (const std::size_t zoom : {start + pageBreakZoomOffset, start + zoomOffset})
+            if (!isZoom(ByteReader(data.view().subspan(zoom)).u16()))
+                data.putU16(zoom, 0);
         m_target.finish();
     }
+
+    /// Percent; 0 is the usual size.
+    static bool isZoom(std::uint16_t percent) { return percent >= 10 && percent <= 400; }
 
     void writeSelection()
     {
