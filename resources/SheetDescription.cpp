@@ -141,7 +141,7 @@ void SheetReader::width(const DescriptionLine& line)
     const std::string first = line.words[0].substr(0, colon);
     const std::string last = colon == std::string::npos ? first : line.words[0].substr(colon + 1);
     const auto columns = engine::parseAddress(first + "1:" + last + "1");
-    if (!columns)
+    if (!columns || columns->lastRow != 0) // more than letters before the row number
         line.fail("\"" + line.words[0] + "\" names no columns");
     const int pixels = line.wholeNumber(1);
     if (pixels < 1 || pixels > mostPixels)

@@ -10,7 +10,6 @@ namespace wagemill {
 
 namespace {
 
-using engine::PictureRect;
 using engine::PictureText;
 using engine::TextAlign;
 
@@ -28,15 +27,15 @@ double widthOf(const QString& text, const QFont& font)
 QString fittingNumber(const PictureText& text, const QFont& font, double width)
 {
     if (!text.alwaysHashes) {
-        const QString full = QString::fromStdString(text.text);
+        QString full = QString::fromStdString(text.text);
         if (!text.hashesWhenTooWide || widthOf(full, font) <= width)
             return full;
         for (const std::string& shorter : text.shorterForms)
-            if (const QString form = QString::fromStdString(shorter); widthOf(form, font) <= width)
+            if (QString form = QString::fromStdString(shorter); widthOf(form, font) <= width)
                 return form;
     }
     const double hash = widthOf(QStringLiteral("#"), font);
-    return QString(std::max(1, static_cast<int>(width / hash)), QLatin1Char('#'));
+    return {std::max(1, static_cast<int>(width / hash)), QLatin1Char('#')};
 }
 
 /// The font made smaller until the text fits.

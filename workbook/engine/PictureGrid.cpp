@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace wagemill::engine {
@@ -18,7 +19,7 @@ constexpr std::array<double, 19> patternShares = {0,   1,    0.5,  0.75, 0.25, 0
 Rgb mixed(Rgb pattern, Rgb background, double share)
 {
     const auto channel = [share](std::uint8_t front, std::uint8_t back) {
-        return static_cast<std::uint8_t>(share * front + (1 - share) * back + 0.5);
+        return static_cast<std::uint8_t>(std::lround(share * front + (1 - share) * back));
     };
     return {channel(pattern.red, background.red), channel(pattern.green, background.green),
             channel(pattern.blue, background.blue)};
