@@ -29,7 +29,7 @@ namespace wagemill {
 namespace {
 
 constexpr std::string_view handCursorName = "/HAND-M.CUR";
-constexpr double partOfScreen = 0.85;
+constexpr QSizeF partOfScreen(0.92, 0.85); // 1024 units across are enough for a pay stub at natural size
 constexpr QSize largestWindow(1600, 1200);
 
 template <typename Control>
@@ -131,7 +131,9 @@ void Form2::layOutControls()
 
     for (PushButton* button : {PushButton1, PushButton2, PushButton6, PushButton8})
         button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
-    const QSize wanted = (QSizeF(screen()->availableSize()) * partOfScreen).toSize().boundedTo(largestWindow);
+    const QSizeF available = screen()->availableSize();
+    const QSizeF part(available.width() * partOfScreen.width(), available.height() * partOfScreen.height());
+    const QSize wanted = part.toSize().boundedTo(largestWindow);
     setFixedSize(wanted.expandedTo(rows->minimumSize()));
 }
 
