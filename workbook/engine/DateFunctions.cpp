@@ -22,7 +22,7 @@ Moment momentOf(const FunctionCall& call, std::size_t index)
 {
     const double serial = call.number(index);
     if (serial < 0 || serial >= lastSerialDay(call.dates1904()) + 1)
-        throw ErrorCode::Number;
+        throw FormulaFailure{ErrorCode::Number};
     const double day = std::floor(serial);
     const auto second = static_cast<int>(std::lround((serial - day) * secondsPerDay));
     return {static_cast<int>(day), second % secondsPerDay};
@@ -46,7 +46,7 @@ int calendarArgument(const FunctionCall& call, std::size_t index)
     constexpr double most = 4e6;
     const double number = std::trunc(call.number(index));
     if (std::fabs(number) > most)
-        throw ErrorCode::Number;
+        throw FormulaFailure{ErrorCode::Number};
     return static_cast<int>(number);
 }
 
@@ -72,6 +72,14 @@ Operand time(const FunctionCall& call)
     return numberAnswer(std::fmod(seconds, secondsPerDay) / secondsPerDay);
 }
 
+/// What a clock shows of one unit: `seconds` long, so many to the next larger one.
+template <int seconds, int unitsInNext>
+Operand clockPart(const FunctionCall& call)
+{
+    const int part = momentOf(call, 0).second / seconds % unitsInNext;
+    return numberAnswer(part);
+}
+
 /// type  1: Sunday is 1, 2: Monday is 1, 3: Monday is 0
 Operand weekday(const FunctionCall& call)
 {
@@ -93,7 +101,7 @@ double numberInArgument(const FunctionCall& call)
 {
     const auto number = numberInText(call.text(0), call.rules());
     if (!number)
-        throw ErrorCode::Value;
+        throw FormulaFailure{ErrorCode::Value};
     return *number;
 }
 
@@ -144,9 +152,9 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"YEAR", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).year); }},
     {"MONTH", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).month); }},
     {"DAY", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).day); }},
-    {"HOUR", [](const FunctionCall& call) { return numberAnswer(momentOf(call, 0).second / 3600); }},
-    {"MINUTE", [](const FunctionCall& call) { return numberAnswer(momentOf(call, 0).second / 60 % 60); }},
-    {"SECOND", [](const FunctionCall& call) { return numberAnswer(momentOf(call, 0).second % 60); }},
+    {"HOUR", clockPart<3600, 24>},
+    {"MINUTE", clockPart<60, 60>},
+    {"SECOND", clockPart<1, 60>},
     {"WEEKDAY", weekday},
     {"DATEVALUE", [](const FunctionCall& call) { return numberAnswer(std::floor(numberInArgument(call))); }},
     {"TIMEVALUE",

@@ -231,7 +231,7 @@ std::string_view FormulaEvaluator::TokenRun::calledName(const NameToken& token) 
         return book.supportingBooks[supporting].externNames[index];
     }
     if (index >= book.names.size())
-        throw ErrorCode::Name;
+        throw FormulaFailure{ErrorCode::Name};
     const DefinedName& name = book.names[index];
     return name.formula.tokens.empty() || name.name.starts_with("_xlfn.") ? std::string_view(name.name) : "";
 }
@@ -376,8 +376,8 @@ Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::s
     }
     try {
         return function.body(FunctionCall(m_evaluator, arguments));
-    } catch (const ErrorCode error) {
-        return errorOperand(error);
+    } catch (const FormulaFailure& failure) {
+        return errorOperand(failure.error);
     }
 }
 
@@ -498,8 +498,8 @@ Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet,
     try {
         CellValue value = single(run(formula.tokens));
         return isEmpty(value) ? CellValue(0.0) : std::move(value); // a formula that answers an empty cell is 0
-    } catch (const ErrorCode error) {
-        return CellValue(error);
+    } catch (const FormulaFailure& failure) {
+        return CellValue(failure.error);
     } catch (const PendingArea& pending) {
         return pending;
     } catch (const CannotEvaluate& cannot) {

@@ -12,6 +12,11 @@
 
 namespace wagemill::engine {
 
+/// Thrown while a function or token is evaluated: the error is its value. Never leaves the evaluator.
+struct FormulaFailure {
+    ErrorCode error = ErrorCode::Value;
+};
+
 /// The formula needs cells that are not computed yet; it is to be evaluated again afterwards.
 struct PendingArea {
     Area area;
@@ -50,7 +55,8 @@ private:
     class TokenRun;
     friend class TokenRun;
 
-    /// Evaluates tokens and answers the one operand that they leave. Throws ErrorCode, PendingArea or CannotEvaluate.
+    /// Evaluates tokens and answers the one operand that they leave. Throws FormulaFailure, PendingArea or
+    /// CannotEvaluate.
     Operand run(const std::vector<Token>& tokens);
 
     const Book& m_book;

@@ -21,7 +21,7 @@ template <class Value>
 Value valueOrThrow(const std::variant<Value, ErrorCode>& result)
 {
     if (const auto* const error = std::get_if<ErrorCode>(&result))
-        throw *error; // caught where the function was called, never leaves the evaluator
+        throw FormulaFailure{*error}; // caught where the function was called, never leaves the evaluator
     return std::get<Value>(result);
 }
 
@@ -71,7 +71,7 @@ int FunctionCall::integer(std::size_t index) const
 {
     const double whole = std::floor(number(index));
     if (whole < std::numeric_limits<int>::min() || whole > std::numeric_limits<int>::max())
-        throw ErrorCode::Value;
+        throw FormulaFailure{ErrorCode::Value};
     return static_cast<int>(whole);
 }
 

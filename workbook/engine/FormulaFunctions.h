@@ -10,7 +10,7 @@
 namespace wagemill::engine {
 
 /// The arguments of one call, and what reading them needs. A parameter of class V is one value by the time the function
-/// sees it, and no error unless the function takes errors. Reading a value that does not fit throws its ErrorCode.
+/// sees it, and no error unless the function takes errors. Reading a value that does not fit throws FormulaFailure.
 class FunctionCall {
 public:
     FunctionCall(FormulaEvaluator& evaluator, std::span<const Operand> arguments)

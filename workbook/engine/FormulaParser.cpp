@@ -216,8 +216,7 @@ Answer Parser::signedOperand()
     Answer answer = intersection();
     if (!signs.empty())
         answer = Answer::Value;
-    for (auto sign = signs.rbegin(); sign != signs.rend(); ++sign)
-        emit(OperatorToken{*sign});
+    std::for_each(signs.rbegin(), signs.rend(), [this](Operator sign) { emit(OperatorToken{sign}); });
     while (accept('%')) {
         emit(OperatorToken{Operator::Percent});
         answer = Answer::Value;

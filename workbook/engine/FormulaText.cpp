@@ -170,8 +170,7 @@ void Writer::operator()(const OperatorToken& token)
 void Writer::operator()(const FunctionToken& token)
 {
     std::vector<std::string> arguments(token.arguments);
-    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-        *argument = taken();
+    std::generate(arguments.rbegin(), arguments.rend(), [this] { return taken(); });
     const FunctionInfo* const info = findFunction(token.function);
     std::string name(info == nullptr ? unreadable : info->name);
     if (token.function == addInFunction && !arguments.empty()) {

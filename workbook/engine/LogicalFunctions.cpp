@@ -35,7 +35,7 @@ void forEachLogical(const FunctionCall& call, Visit visit)
 {
     const auto visitPlace = [&](const CellValue& value) {
         if (const auto* const error = std::get_if<ErrorCode>(&value))
-            throw *error;
+            throw FormulaFailure{*error};
         if (const auto* const logical = std::get_if<bool>(&value))
             visit(*logical);
         else if (const auto* const number = std::get_if<double>(&value))

@@ -162,12 +162,12 @@ void forEachMatch(const FunctionCall& call, Visit visit)
     const Criterion criterion(call.value(1), call.rules());
     const ValueGrid tested(call.book(), call.operand(0));
     if (tested.area() == nullptr)
-        throw ErrorCode::Value;
+        throw FormulaFailure{ErrorCode::Value};
     Area added = *tested.area();
     if (call.has(2)) {
         const auto areas = areasOf(call.operand(2));
         if (areas.size() != 1)
-            throw ErrorCode::Value;
+            throw FormulaFailure{ErrorCode::Value};
         // only its first cell counts: it is as large as the range that is tested
         added.sheet = areas.front().sheet;
         added.cells.firstRow = areas.front().cells.firstRow;
@@ -191,7 +191,7 @@ Operand sumIf(const FunctionCall& call)
     double total = 0;
     forEachMatch(call, [&](const CellValue& value) {
         if (const auto* const error = std::get_if<ErrorCode>(&value))
-            throw *error;
+            throw FormulaFailure{*error};
         if (const auto* const number = std::get_if<double>(&value))
             total += *number;
     });

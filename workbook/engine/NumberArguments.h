@@ -36,7 +36,7 @@ void forEachNumber(const FunctionCall& call, std::size_t first, Visit visit)
             if (const auto* const number = std::get_if<double>(&value))
                 visit(*number);
             else if (const auto* const error = std::get_if<ErrorCode>(&value))
-                throw *error;
+                throw FormulaFailure{*error};
         });
     }
 }

@@ -87,8 +87,7 @@ void ClassAssignment::operator()(FunctionToken& token)
 void assignOperandClasses(std::vector<Token>& tokens)
 {
     ClassAssignment assignment;
-    for (auto token = tokens.rbegin(); token != tokens.rend(); ++token)
-        std::visit(assignment, *token);
+    std::for_each(tokens.rbegin(), tokens.rend(), [&](Token& token) { std::visit(assignment, token); });
 }
 
 } // namespace wagemill::engine

@@ -164,7 +164,7 @@ Operand ranked(const FunctionCall& call)
     Numbers numbers;
     forEachPlace(call.book(), call.operand(0), [&](const CellValue& value) {
         if (const auto* const error = std::get_if<ErrorCode>(&value))
-            throw *error;
+            throw FormulaFailure{*error};
         if (const auto* const number = std::get_if<double>(&value))
             numbers.push_back(*number);
     });

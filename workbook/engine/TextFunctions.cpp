@@ -33,7 +33,7 @@ std::size_t countArgument(const FunctionCall& call, std::size_t index, int fallb
 {
     const int count = call.integer(index, fallback);
     if (count < least)
-        throw ErrorCode::Value;
+        throw FormulaFailure{ErrorCode::Value};
     return static_cast<std::size_t>(count);
 }
 
@@ -210,7 +210,7 @@ Operand valueOf(const FunctionCall& call)
 DecimalNumber roundedArgument(const FunctionCall& call, int decimals)
 {
     if (decimals > mostDecimals)
-        throw ErrorCode::Value;
+        throw FormulaFailure{ErrorCode::Value};
     return toDecimal(roundedNumber(call.number(0), decimals, Rounding::HalfAwayFromZero));
 }
 
