@@ -13,11 +13,11 @@ constexpr double largestInteger = 536870911; // 2^29 - 1
 
 std::optional<std::uint32_t> withoutScale(double number)
 {
+    if (std::abs(number) <= largestInteger && number == std::trunc(number))
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(number)) << 2U | integerFlag;
     const auto pattern = std::bit_cast<std::uint64_t>(number);
     if ((pattern & 0x3FFFFFFFFU) == 0)
         return static_cast<std::uint32_t>(pattern >> 32U);
-    if (std::abs(number) <= largestInteger && number == std::trunc(number))
-        return static_cast<std::uint32_t>(static_cast<std::int32_t>(number)) << 2U | integerFlag;
     return std::nullopt;
 }
 

@@ -1,0 +1,252 @@
+#include "tests/engine/xls/TestBooks.h"
+#include "tests/engine/xls/TestBytes.h"
+#include "workbook/engine/xls/CompoundFile.h"
+#include "workbook/engine/xls/RecordStream.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+struct RawRecord {
+    std::uint16_t id;
+    const char* hex;
+};
+
+constexpr RawRecord globalsBof = {0x0809, "00060500A91FCD07C900010006040000"};
+constexpr RawRecord sheetBof = {0x0809, "00061000A91FCD07C900010006040000"};
+constexpr RawRecord endMark = {0x000A, ""};
+
+Bytes recordBytes(const std::vector<RawRecord>& records)
+{
+    RecordWriter writer;
+    for (const auto& [id, hex] : records)
+        writer.write(id, fromHex(hex));
+    return writer.take();
+}
+
+Bytes workbookFile(Bytes stream, const char* name = "Workbook")
+{
+    stream.resize(std::max<std::size_t>(stream.size(), 4096));
+    const CarriedStream carried{{name}, false, std::move(stream)};
+    return writeCompoundFile(std::span(&carried, 1));
+}
+
+/// A workbook of one sheet "S" with these records, and these in its globals.
+Bytes workbookOf(const std::vector<RawRecord>& sheetRecords, const std::vector<RawRecord>& globalRecords = {})
+{
+    RecordWriter writer;
+    writer.write(globalsBof.id, fromHex(globalsBof.hex));
+    for (const auto& [id, hex] : globalRecords)
+        writer.write(id, fromHex(hex));
+    const std::size_t place = writer.offset() + 4;
+    writer.write(0x0085, fromHex("00000000 00 00 01 00 53"));
+    writer.write(endMark.id, {});
+    writer.putU32(place, static_cast<std::uint32_t>(writer.offset()));
+    writer.write(sheetBof.id, fromHex(sheetBof.hex));
+    for (const auto& [id, hex] : sheetRecords)
+        writer.write(id, fromHex(hex));
+    writer.write(endMark.id, {});
+    return workbookFile(writer.take());
+}
+
+std::string refusalOf(const Bytes& file)
+{
+    try {
+        readWorkbook(file, "my file.xls");
+        return "";
+    } catch (const EngineError& error) {
+        return error.what();
+    }
+}
+
+Bytes textBytes(std::string_view text)
+{
+    const auto bytes = std::as_bytes(std::span(text));
+    return {bytes.begin(), bytes.end()};
+}
+
+/// Reads, and writes again what could be read; the only failure allowed is a refusal in words.
+void readAndWrite(const Bytes& file)
+{
+    try {
+        const Book book = readWorkbook(file, "fuzz.xls");
+        writeWorkbook(book, FileKind::Workbook);
+    } catch (const EngineError& error) {
+        EXPECT_NE(std::string(error.what()), "");
+    }
+}
+
+} // namespace
+
+TEST(DamagedWorkbook, SaysWhatTheFileIsInstead)
+{
+    struct {
+        Bytes file;
+        const char* part;
+    } const cases[] = {
+        {{}, "it is empty"},
+        {textBytes("PK\x03\x04rest of an archive"), ".xlsx"},
+        {textBytes("<html><table>"), "web page"},
+        {textBytes("<?xml version=\"1.0\"?>"), "XML"},
+        {textBytes("name,wage\r\nAnn,15\r\n"), "plain text"},
+        {fromHex("0908 0800 0005 1000"), "before Excel 97"},
+        {fromHex("DEADBEEF 00 01"), "unknown kind"},
+        {workbookFile({}, "Book"), "before Excel 97"},
+        {workbookFile({}, "WordDocument"), "no workbook"},
+        {workbookFile(recordBytes({{0x0809, "00050500A91FCD07C900010006040000"}})), "before Excel 97"},
+        {workbookFile(recordBytes({globalsBof, {0x002F, "0100"}, endMark})), "encrypted"},
+        {workbookFile(recordBytes({globalsBof, endMark})), "no sheets"},
+        {workbookFile(recordBytes({endMark})), "does not begin"},
+        {workbookFile(recordBytes({globalsBof, {0x0085, "00000100 00 00 01 00 53"}, endMark})), "outside the workbook"},
+        {workbookFile(recordBytes({globalsBof, {0x0085, "04000000 00 00 01 00 53"}, endMark})), "not where"},
+    };
+    for (const auto& [file, part] : cases) {
+        const std::string refusal = refusalOf(file);
+        EXPECT_NE(refusal.find("\"my file.xls\""), std::string::npos) << refusal;
+        EXPECT_NE(refusal.find(part), std::string::npos) << refusal << " should say " << part;
+    }
+}
+
+TEST(DamagedWorkbook, ReadsOnWithoutItsRefinements)
+{
+    struct {
+        const char* text;
+        std::vector<RawRecord> records;
+        CellValue expected;
+    } const cases[] = {
+        {"a format that does not exist", {{0x0203, "0000 0000 FF0F 0000000000001440"}}, 5.0},
+        {"not a number", {{0x0203, "0000 0000 0F00 000000000000F87F"}}, ErrorCode::Number},
+        {"an unknown error code", {{0x0205, "0000 0000 0F00 63 01"}}, ErrorCode::NotAvailable},
+        {"a text in the record itself", {{0x0204, "0000 0000 0F00 0200 00 6869"}}, std::string("hi")},
+        {"a text with runs of its own", {{0x00D6, "0000 0000 0F00 0200 00 6869 0100 0000 0600"}}, std::string("hi")},
+        {"a formula that is no expression", {{0x0006, "0000 0000 0F00 0000000000001440 0000 00000000 0100 03"}}, 5.0},
+        {"a part of a shared formula that is missing",
+         {{0x0006, "0000 0000 0F00 0000000000001440 0800 00000000 0500 01 0900 0900"}},
+         5.0},
+        {"a shared formula that points at itself",
+         {{0x0006, "0000 0000 0F00 0000000000001440 0800 00000000 0500 01 0000 0000"},
+          {0x04BC, "0000 0000 00 00 00 01 0500 01 0000 0000"}},
+         5.0},
+        {"a text result without its text",
+         {{0x0006, "0000 0000 0F00 000000000000FFFF 0000 00000000 0300 1E 0100"}},
+         std::string()},
+        {"a text without its formula", {{0x0207, "0200 00 6869"}, {0x0203, "0000 0000 0F00 0000000000001440"}}, 5.0},
+        {"two cells in one place",
+         {{0x0203, "0000 0000 0F00 0000000000001040"}, {0x0203, "0000 0000 0F00 0000000000001440"}},
+         5.0},
+        {"cells in reverse order",
+         {{0x0203, "0000 0100 0F00 0000000000001040"}, {0x0203, "0000 0000 0F00 0000000000001440"}},
+         5.0},
+    };
+    for (const auto& [text, records, expected] : cases) {
+        const Bytes file = workbookOf(records);
+        ASSERT_EQ(refusalOf(file), "") << text;
+        const Book book = readWorkbook(file, "test.xls");
+        EXPECT_EQ(book.sheets[0]->value({0, 0}), expected) << text;
+        EXPECT_EQ(writtenAndRead(book).sheets[0]->value({0, 0}), expected) << text;
+    }
+}
+
+TEST(DamagedWorkbook, RefusesCellsThatCannotBe)
+{
+    for (const RawRecord& record : {
+             RawRecord{0x0203, "0000 0000 0F00 00"},               // half a number
+             RawRecord{0x0203, "0000 0001 0F00 0000000000001440"}, // column 256
+             RawRecord{0x00FD, "0000 0000 0F00 07000000"},         // a text that does not exist
+             RawRecord{0x00BD, "0000 FF00 0F00 00000000 0F00 00000000 0001"},
+             RawRecord{0x0006, "0000 0000 0F00 0000000000001440 0000 00000000 FFFF 1E"},
+         })
+        EXPECT_NE(refusalOf(workbookOf({record})), "") << record.hex;
+}
+
+TEST(DamagedWorkbook, ExpandsSharedFormulas)
+{
+    // =A1+1 in B1, shared down to B3
+    const Book book =
+        readWorkbook(workbookOf({{0x0006, "0000 0100 0F00 0000000000001440 0800 00000000 0500 01 0000 0100"},
+                                 {0x04BC, "0000 0200 01 01 00 03 0900 4C 0000 FFC0 1E 0100 03"},
+                                 {0x0006, "0100 0100 0F00 0000000000001440 0800 00000000 0500 01 0000 0100"},
+                                 {0x0006, "0200 0100 0F00 0000000000001440 0800 00000000 0500 01 0000 0100"}}),
+                     "test.xls");
+    for (const int row : {0, 1, 2}) {
+        ASSERT_TRUE(book.sheets[0]->find({row, 1})->formula);
+        EXPECT_EQ(*book.sheets[0]->find({row, 1})->formula,
+                  (Formula{{cellToken(row, 0), NumberToken{1}, OperatorToken{Operator::Add}}}));
+    }
+}
+
+TEST(DamagedWorkbook, MakesFormatsRegularThatAreNot)
+{
+    // three formats of cells and none of styles, the second bold; an undefined number format
+    const std::vector<RawRecord> globals = {
+        {0x0031, "C8000000FF7F9001000000000000 05 00 417269616C"},
+        {0x0031, "C8000100FF7FBC02000000000000 05 00 417269616C"},
+        {0x00E0, "0000 0000 0100 20 00 00 00 00000000 00000000 C020"},
+        {0x00E0, "0100 0A00 0100 20 00 00 00 00000000 00000000 C020"},
+        {0x00E0, "0400 2C01 0100 20 00 00 00 00000000 00000000 C020"},
+    };
+    const Book book = writtenAndRead(readWorkbook(
+        workbookOf({{0x0201, "0000 0000 0100"}, {0x0201, "0000 0100 0200"}, {0x0201, "0000 0200 0900"}}, globals),
+        "test.xls"));
+    const auto format = [&](int column) { return book.styles.format(book.sheets[0]->find({0, column})->format); };
+    EXPECT_EQ(book.styles.fontOf(format(0)).weight, 700);
+    EXPECT_EQ(format(0).numberFormat, 10);
+    EXPECT_EQ(format(1).numberFormat, 0);
+    EXPECT_EQ(format(1).font, 0);
+    EXPECT_EQ(book.sheets[0]->find({0, 2})->format, defaultCellFormat);
+    EXPECT_TRUE(book.styles.formats[0].isStyle);
+}
+
+TEST(DamagedWorkbook, ClaimsTakeNeitherMemoryNorTime)
+{
+    // Each text, formula or row named again and again from a few bytes would be many gigabytes.
+    RecordWriter writer;
+    writer.write(globalsBof.id, fromHex(globalsBof.hex));
+    constexpr int sheets = 200;
+    std::vector<std::size_t> places;
+    for (int sheet = 0; sheet < sheets; ++sheet) {
+        places.push_back(writer.offset() + 4);
+        writer.write(0x0085, fromHex("00000000 00 00 01 00 53"));
+    }
+    writer.write(endMark.id, {});
+    for (const std::size_t place : places) {
+        writer.putU32(place, static_cast<std::uint32_t>(writer.offset()));
+        writer.write(sheetBof.id, fromHex(sheetBof.hex));
+        writer.write(0x0201, fromHex("FFFF 0000 0F00"));
+        writer.write(endMark.id, {});
+    }
+    EXPECT_NE(refusalOf(workbookFile(writer.take())).find("too many rows"), std::string::npos);
+}
+
+TEST(DamagedWorkbook, EveryPrefixIsReadOrRefused)
+{
+    const Bytes whole = writeWorkbook(smallBook(), FileKind::Workbook);
+    for (std::size_t size = 0; size < whole.size(); size += size < 600 ? 1 : 37)
+        readAndWrite({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
+}
+
+TEST(DamagedWorkbook, EveryPrefixOfTheStreamIsReadOrRefused)
+{
+    const Bytes whole = writeWorkbook(smallBook(), FileKind::Workbook);
+    const Bytes stream = readCompoundFile(whole).front().data;
+    for (std::size_t size = 0; size < stream.size(); size += 3)
+        readAndWrite(workbookFile({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)}));
+}
+
+TEST(DamagedWorkbook, FlippedBitsAreReadOrRefused)
+{
+    const Bytes whole = writeWorkbook(smallBook(), FileKind::Workbook);
+    std::mt19937 chance(20261121); // always the same flips
+    for (int round = 0; round < 3000; ++round) {
+        Bytes changed = whole;
+        for (unsigned flips = 1 + chance() % 4; flips > 0; --flips)
+            changed[chance() % changed.size()] ^= static_cast<std::byte>(1U << chance() % 8);
+        readAndWrite(changed);
+    }
+}
+
+} // namespace wagemill::engine::xls

@@ -1,0 +1,308 @@
+#include "tests/engine/xls/TestBooks.h"
+#include "tests/engine/xls/TestBytes.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+/// A formula with every kind of result.
+Cell formulaCell(CellValue value)
+{
+    Cell cell;
+    cell.formula = sumOfTwoCells();
+    cell.value = std::move(value);
+    return cell;
+}
+
+/// The array formula {=A1} in the given area: its first cell holds the ARRAY record, all point at the first.
+void putArray(Sheet& sheet, const CellRect& area)
+{
+    const auto hex = [](int value) { return toHex(Bytes{static_cast<std::byte>(value), std::byte{0}}); };
+    const auto pointer = formulaOf({OpaqueToken{fromHex("01" + hex(area.firstRow) + hex(area.firstColumn)), {}}});
+    for (int row = area.firstRow; row <= area.lastRow; ++row) {
+        Cell& cell = sheet.at({row, area.firstColumn});
+        cell.formula = pointer;
+        cell.value = 7.0;
+    }
+    Bytes data = fromHex(hex(area.firstRow) + hex(area.lastRow) + "0000 0000 00000000 0500 64 0000 00C0");
+    data[4] = static_cast<std::byte>(area.firstColumn);
+    data[5] = static_cast<std::byte>(area.lastColumn);
+    sheet.at({area.firstRow, area.firstColumn}).array =
+        std::make_shared<const CarriedRecord>(CarriedRecord{0x0221, data, {}});
+}
+
+} // namespace
+
+TEST(WorkbookRoundTrip, KeepsEveryKindOfValue)
+{
+    const CellValue values[] = {
+        Empty{},
+        0.0,
+        1.0,
+        -1.0,
+        0.28,
+        596.7149999999999,
+        1e-300,
+        -1e300,
+        536870912.0,
+        38018.5,
+        true,
+        false,
+        ErrorCode::Null,
+        ErrorCode::DivisionByZero,
+        ErrorCode::Value,
+        ErrorCode::Reference,
+        ErrorCode::Name,
+        ErrorCode::Number,
+        ErrorCode::NotAvailable,
+        std::string(),
+        std::string("text"),
+        std::string("two\nlines "),
+        std::string("\xC3\xA9"),
+        std::string("\xE6\x97\xA5\xF0\x9F\x98\x80"),
+        std::string(32767, 'x'),
+    };
+    Book book;
+    Sheet& sheet = book.addSheet("Values");
+    int row = 0;
+    for (const CellValue& value : values) {
+        for (const int column : {0, 1, 3, 254, 255}) // neighbours, one alone, the last two
+            sheet.at({row, column}).value = value;
+        Cell& cell = sheet.at({row++, 2});
+        cell.formula = sumOfTwoCells();
+        cell.value = value;
+    }
+    const Book read = writtenAndRead(book);
+    row = 0;
+    for (const CellValue& value : values) {
+        for (const int column : {0, 1, 3, 254, 255})
+            EXPECT_EQ(read.sheets[0]->value({row, column}), value) << "row " << row;
+        const Cell* const cell = read.sheets[0]->find({row, 2});
+        ASSERT_NE(cell, nullptr);
+        ASSERT_TRUE(cell->formula);
+        EXPECT_EQ(*cell->formula, *sumOfTwoCells());
+        EXPECT_EQ(cell->value, isEmpty(value) ? CellValue(0.0) : value) << "result in row " << row;
+        ++row;
+    }
+    EXPECT_EQ(read.sheets[0]->usedRange(), sheet.usedRange());
+}
+
+TEST(WorkbookRoundTrip, NumbersThatAreNoneBecomeErrors)
+{
+    Book book;
+    Sheet& sheet = book.addSheet("Values");
+    sheet.at({0, 0}).value = std::numeric_limits<double>::infinity();
+    sheet.at({1, 0}) = formulaCell(std::numeric_limits<double>::quiet_NaN());
+    const Book read = writtenAndRead(book);
+    EXPECT_EQ(read.sheets[0]->value({0, 0}), CellValue(ErrorCode::Number));
+    EXPECT_EQ(read.sheets[0]->value({1, 0}), CellValue(ErrorCode::Number));
+}
+
+TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
+{
+    Book book = smallBook();
+    book.sheets[0]->hidden = true;
+    Sheet& sheet = *book.sheets[1];
+    sheet.showGridLines = false;
+    sheet.defaultColumnWidth = 12;
+    sheet.defaultRowHeightTwips = 300;
+    sheet.row(8).hidden = true;
+    sheet.row(9).outlineLevel = 2;
+    sheet.row(10).collapsed = true;
+    CellFormat wrapped;
+    wrapped.wrap = true;
+    sheet.row(11).format = book.styles.formatFor(wrapped);
+    sheet.columns.push_back({4, 4, 0, defaultCellFormat, true, true, 1, true});
+    sheet.columns.push_back({200, 255, 65280, *sheet.row(11).format, false, false, 0, false});
+    const Book read = writtenAndRead(book);
+
+    ASSERT_EQ(read.sheets.size(), 2U);
+    const Sheet& readSheet = *read.sheets[1];
+    EXPECT_TRUE(read.sheets[0]->hidden);
+    EXPECT_EQ(read.activeSheet, 1U);
+    EXPECT_EQ(readSheet.name, sheet.name);
+    EXPECT_EQ(readSheet.merged, sheet.merged);
+    EXPECT_EQ(readSheet.columns, sheet.columns);
+    EXPECT_EQ(readSheet.selection, sheet.selection);
+    EXPECT_EQ(readSheet.showGridLines, false);
+    EXPECT_EQ(readSheet.defaultColumnWidth, 12);
+    EXPECT_EQ(readSheet.defaultRowHeightTwips, 300);
+    EXPECT_EQ(readSheet.rows()[7].heightTwips, 600);
+    EXPECT_TRUE(readSheet.rows()[7].heightSetByHand);
+    EXPECT_TRUE(readSheet.rows()[8].hidden);
+    EXPECT_EQ(readSheet.rows()[9].outlineLevel, 2);
+    EXPECT_TRUE(readSheet.rows()[10].collapsed);
+    EXPECT_EQ(readSheet.rows()[11].format, sheet.rows()[11].format);
+    EXPECT_TRUE(readSheet.rows()[6].isPlain());
+    EXPECT_EQ(read.externSheets, book.externSheets);
+    EXPECT_EQ(*readSheet.find({1, 2})->formula, *sheet.find({1, 2})->formula);
+    EXPECT_EQ(read.properties.title, "Payroll");
+}
+
+TEST(WorkbookRoundTrip, KeepsFontsFormatsAndColors)
+{
+    Book book;
+    StyleTable& styles = book.styles;
+    std::vector<CellFormat> formats;
+    for (std::uint16_t index = 0; index < 6; ++index) { // past the number that the file leaves out
+        Font font;
+        font.name = "Font " + std::to_string(index);
+        font.heightTwips = static_cast<std::uint16_t>(160 + index * 20);
+        font.weight = index % 2 == 0 ? 700 : 400;
+        font.italic = index == 1;
+        font.strikeout = index == 2;
+        font.underline = index == 3 ? 0x22 : 0;
+        font.superSubscript = index == 4 ? 2 : 0;
+        font.color = static_cast<ColorIndex>(8 + index);
+        CellFormat format;
+        format.font = styles.fontFor(font);
+        format.numberFormat = styles.numberFormatFor(index % 2 == 0 ? "\"$\"#,##0.00" : ";;");
+        format.horizontal = static_cast<HorizontalAlignment>(index);
+        format.vertical = static_cast<VerticalAlignment>(index % 5);
+        format.wrap = index == 2;
+        format.shrinkToFit = index == 3;
+        format.rotation = index == 4 ? 90 : index == 5 ? 255 : 0;
+        format.indent = static_cast<std::uint8_t>(index * 3);
+        format.readingOrder = static_cast<std::uint8_t>(index % 3);
+        format.locked = index != 1;
+        format.hidden = index == 1;
+        format.quotePrefix = index == 5;
+        format.usedAttributes = static_cast<std::uint8_t>(4U << index % 6);
+        format.left = {BorderStyle::Thin, 8};
+        format.right = {static_cast<BorderStyle>(index + 1), 9};
+        format.top = {BorderStyle::SlantDashDot, 63};
+        format.bottom = {BorderStyle::Double, 10};
+        format.diagonal = {BorderStyle::Hair, 11};
+        format.diagonalDirections = static_cast<std::uint8_t>(index % 4);
+        format.fill = {static_cast<std::uint8_t>(index * 3), 12, 13};
+        formats.push_back(format);
+    }
+    styles.palette[5] = {1, 2, 3};
+    styles.ownPalette = true;
+    Sheet& sheet = book.addSheet("Formats");
+    for (std::size_t index = 0; index < formats.size(); ++index)
+        sheet.at({0, static_cast<int>(index) * 2}).format = styles.formatFor(formats[index]);
+    const auto runs = std::make_shared<const std::vector<TextRun>>(std::vector<TextRun>{{0, 3}, {2, 4}, {3, 5}});
+    sheet.at({1, 0}).value = std::string("rich");
+    sheet.at({1, 0}).runs = runs;
+
+    const Book read = writtenAndRead(book);
+    EXPECT_EQ(read.styles.fonts, styles.fonts);
+    EXPECT_EQ(read.styles.formats, styles.formats);
+    EXPECT_EQ(read.styles.numberFormats, styles.numberFormats);
+    EXPECT_EQ(read.styles.palette, styles.palette);
+    EXPECT_TRUE(read.styles.ownPalette);
+    for (std::size_t index = 0; index < formats.size(); ++index)
+        EXPECT_EQ(read.styles.format(read.sheets[0]->find({0, static_cast<int>(index) * 2})->format), formats[index]);
+    ASSERT_TRUE(read.sheets[0]->find({1, 0})->runs);
+    EXPECT_EQ(*read.sheets[0]->find({1, 0})->runs, *runs);
+}
+
+TEST(WorkbookRoundTrip, SaysTemplateOnlyOfTemplates)
+{
+    EXPECT_TRUE(writtenAndRead(smallBook(), FileKind::Template).isTemplate);
+    const Book fromTemplate = writtenAndRead(smallBook(), FileKind::Template);
+    EXPECT_FALSE(writtenAndRead(fromTemplate).isTemplate);
+}
+
+TEST(WorkbookRoundTrip, CarriesWhatItDoesNotUnderstand)
+{
+    Book book = smallBook();
+    Sheet& sheet = *book.sheets[0];
+    sheet.carried = {
+        {0x0014, fromHex("0100 00 41"), {}},                       // HEADER
+        {0x00EC, fromHex("0102"), {fromHex("03"), {}}},            // MSODRAWING, continued
+        {0x005D, fromHex("04"), {}},                               // OBJ
+        {0x0809, fromHex("00062000A91FCD07C900010006040000"), {}}, // an embedded chart
+        {0x1002, fromHex("05"), {}},
+        {0x000A, {}, {}},
+        {0x00EC, fromHex("06"), {}},
+        {0x01B8, fromHex("07"), {}}, // HLINK
+    };
+    book.carriedStreams = {{{"macros"}, true, {}}, {{"macros", "code"}, false, fromHex("0102")}};
+    book.names.push_back({"rate", std::nullopt, {{areaToken({0, 0, 1, 1}, false)}}, {}});
+    book.supportingBooks.push_back({SupportingBook::Kind::AddIn, {}, {}, {}});
+    const Book read = writtenAndRead(book);
+
+    std::vector<CarriedRecord> carried;
+    for (const CarriedRecord& record : read.sheets[0]->carried)
+        for (const CarriedRecord& original : sheet.carried)
+            if (record == original) {
+                carried.push_back(record);
+                break;
+            }
+    EXPECT_EQ(carried, sheet.carried) << "and in their order";
+    ASSERT_EQ(read.carriedStreams.size(), 2U);
+    EXPECT_EQ(read.carriedStreams[1].path, (std::vector<std::string>{"macros", "code"}));
+    EXPECT_EQ(read.carriedStreams[1].data, fromHex("0102"));
+    ASSERT_EQ(read.names.size(), 1U);
+    EXPECT_EQ(read.names[0].name, "rate");
+    EXPECT_EQ(read.names[0].formula, book.names[0].formula);
+    ASSERT_EQ(read.supportingBooks.size(), 2U);
+    EXPECT_EQ(read.supportingBooks[1].kind, SupportingBook::Kind::AddIn);
+    EXPECT_EQ(writeWorkbook(writtenAndRead(read), FileKind::Workbook), writeWorkbook(read, FileKind::Workbook))
+        << "a file that was read and written stays as it is";
+}
+
+TEST(WorkbookRoundTrip, KeepsArrayFormulasInTheirPlaceOnly)
+{
+    Book book;
+    Sheet& sheet = book.addSheet("Arrays");
+    putArray(sheet, {2, 1, 4, 1});
+    sheet.copyRows(2, 4, 20);
+    const Book read = writtenAndRead(book);
+    const Sheet& readSheet = *read.sheets[0];
+    ASSERT_TRUE(readSheet.find({2, 1})->array);
+    for (const int row : {2, 3, 4})
+        EXPECT_EQ(*readSheet.find({row, 1})->formula, *sheet.find({row, 1})->formula);
+    for (const int row : {20, 21, 22}) {
+        EXPECT_FALSE(readSheet.find({row, 1})->formula) << "a copy keeps the value alone";
+        EXPECT_EQ(readSheet.value({row, 1}), CellValue(7.0));
+    }
+}
+
+TEST(WorkbookRoundTrip, ActiveSheetIsOneThatCanBeSeen)
+{
+    Book book = smallBook();
+    book.sheets[1]->hidden = true; // the active one
+    EXPECT_EQ(writtenAndRead(book).activeSheet, 0U);
+    book.activeSheet = 99;
+    EXPECT_EQ(writtenAndRead(book).activeSheet, 0U);
+    book.sheets[0]->hidden = true;
+    EXPECT_THROW(writeWorkbook(book, FileKind::Workbook), EngineError);
+    EXPECT_THROW(writeWorkbook(Book(), FileKind::Workbook), EngineError);
+}
+
+TEST(WorkbookRoundTrip, WhatDoesNotFitNamesItsCell)
+{
+    struct {
+        const char* text;
+        Cell cell;
+    } cases[] = {
+        {"text", {}},
+        {"text result", formulaCell(std::string(32768, 'x'))},
+        {"formula", {}},
+    };
+    cases[0].cell.value = std::string(32768, 'x');
+    cases[2].cell.formula = formulaOf({TextToken{std::string(256, 'x')}});
+    for (const auto& [text, cell] : cases) {
+        Book book;
+        Sheet& sheet = book.addSheet("Big");
+        Cell& target = sheet.at({4, 3});
+        target = cell;
+        target.column = 3;
+        try {
+            writeWorkbook(book, FileKind::Workbook);
+            ADD_FAILURE() << text;
+        } catch (const EngineError& error) {
+            EXPECT_NE(std::string(error.what()).find("D5 of the sheet \"Big\""), std::string::npos) << error.what();
+        }
+    }
+}
+
+} // namespace wagemill::engine::xls
