@@ -256,7 +256,7 @@ void SheetReader::gridLines(const DescriptionLine& line)
 {
     line.needWords(1, 1);
     if (line.words[0] != "on" && line.words[0] != "off")
-        line.fail("grid lines are \"on\" or \"off\"");
+        line.fail(R"(grid lines are "on" or "off")");
     m_sheet.showGridLines = line.words[0] == "on";
 }
 

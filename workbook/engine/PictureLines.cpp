@@ -71,8 +71,8 @@ Edge LineFinder::borderOrGridLine(CellOrNone first, CellOrNone second, const Bor
     const Border& stronger = strengthOf(ofSecond.style) > strengthOf(ofFirst.style) ? ofSecond : ofFirst;
     if (strengthOf(stronger.style) > 0)
         return {stronger.style, m_grid.book().styles.rgb(stronger.color, black)};
-    const bool isOnFill = (first && m_grid.fillAt(*first)) || (second && m_grid.fillAt(*second));
-    if (!m_grid.sheet().showGridLines || isOnFill)
+    const auto isFilled = [this](CellOrNone cell) { return cell && m_grid.fillAt(*cell); };
+    if (!m_grid.sheet().showGridLines || isFilled(first) || isFilled(second))
         return {};
     return {BorderStyle::Thin, gridLineColor};
 }
