@@ -96,7 +96,7 @@ TEST(SheetDescription, SaysWhereAndWhatIsWrong)
         {"page-breaks 49 48 2000", "do not lie within a sheet"},
         {"repeat-rows 3 2", "no rows of a sheet"},
         {"freeze-rows 0", "no rows of a sheet"},
-        {"grid-lines maybe", "\"on\" or \"off\""},
+        {"grid-lines maybe", R"("on" or "off")"},
     };
     for (const auto& [line, message] : cases)
         try {

@@ -194,8 +194,8 @@ TEST(BitmapFile, IsDrawnInStripsWithoutSeams)
     SheetPicture picture;
     picture.width = 40;
     picture.height = 70000;
-    for (double top = 4090; top < 70000; top += 4096 + 2)
-        picture.texts.push_back(textIn({0, top, 40, 20}, "Net"));
+    for (int top = 4090; top < 70000; top += 4096 + 2)
+        picture.texts.push_back(textIn({0, static_cast<double>(top), 40, 20}, "Net"));
     const std::vector<std::byte> bytes = bitmapFileOf(picture, 1);
     const QImage loaded =
         QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size()), "BMP")

@@ -162,12 +162,13 @@ TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessTold)
         {"Ned", HorizontalAlignment::Center, TextAlign::Center},
         {ErrorCode::NotAvailable, HorizontalAlignment::Right, TextAlign::Right},
     };
-    for (const auto& [value, alignment, expected] : cases) {
-        put("B2", value);
-        look("B2", [&](CellFormat& format) { format.horizontal = alignment; });
+    for (const auto& each : cases) {
+        put("B2", each.value);
+        look("B2", [&](CellFormat& format) { format.horizontal = each.alignment; });
         const SheetPicture shown = picture();
         ASSERT_EQ(shown.texts.size(), 1U);
-        EXPECT_EQ(shown.texts[0].align, expected) << shown.texts[0].text << " as " << static_cast<int>(alignment);
+        EXPECT_EQ(shown.texts[0].align, each.expected)
+            << shown.texts[0].text << " as " << static_cast<int>(each.alignment);
     }
 }
 
@@ -270,11 +271,11 @@ TEST_F(SheetPictureTest, TheStrongerBorderOfASharedEdgeIsDrawnOnce)
         {BorderStyle::Double, BorderStyle::Medium, BorderStyle::Double},
         {BorderStyle::Dashed, BorderStyle::Dotted, BorderStyle::Dashed},
     };
-    for (const auto& [ofLeftCell, ofRightCell, drawn] : cases) {
-        look("B2", [&](CellFormat& format) { format.right = {ofLeftCell, red}; });
-        look("C2", [&](CellFormat& format) { format.left = {ofRightCell, red}; });
-        EXPECT_EQ(picture().lines, (std::vector<PictureLine>{{140, 20, 140, 40, drawn, redRgb}}))
-            << static_cast<int>(ofLeftCell) << " beside " << static_cast<int>(ofRightCell);
+    for (const auto& each : cases) {
+        look("B2", [&](CellFormat& format) { format.right = {each.ofLeftCell, red}; });
+        look("C2", [&](CellFormat& format) { format.left = {each.ofRightCell, red}; });
+        EXPECT_EQ(picture().lines, (std::vector<PictureLine>{{140, 20, 140, 40, each.drawn, redRgb}}))
+            << static_cast<int>(each.ofLeftCell) << " beside " << static_cast<int>(each.ofRightCell);
     }
 }
 
