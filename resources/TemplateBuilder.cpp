@@ -9,33 +9,32 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
 using wagemill::engine::xls::FileKind;
 
-std::ofstream opened(const std::filesystem::path& file)
+/// Throws std::runtime_error that names the file.
+void writeText(const std::filesystem::path& file, std::string_view text)
 {
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-    stream.exceptions(std::ios::badbit | std::ios::failbit);
-    return stream;
-}
-
-void writeFile(std::span<const std::byte> bytes, const std::filesystem::path& file)
-{
-    std::ofstream stream = opened(file);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), // a stream takes bytes as characters
-                 static_cast<std::streamsize>(bytes.size()));
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.close();
+    if (!stream)
+        throw std::runtime_error("cannot write the file \"" + file.string() + "\"");
 }
 
 /// The bytes as numbers, to be included between the braces of an array.
-void writeNumbers(std::span<const std::byte> bytes, const std::filesystem::path& file)
+std::string numbersOf(std::span<const std::byte> bytes)
 {
     constexpr std::size_t numbersPerLine = 32;
-    std::ofstream stream = opened(file);
+    std::string numbers;
     for (std::size_t index = 0; index < bytes.size(); ++index)
-        stream << std::to_integer<int>(bytes[index]) << (index % numbersPerLine == numbersPerLine - 1 ? ",\n" : ",");
+        numbers += std::to_string(std::to_integer<int>(bytes[index])) +
+                   (index % numbersPerLine == numbersPerLine - 1 ? ",\n" : ",");
+    return numbers;
 }
 
 } // namespace
@@ -47,8 +46,8 @@ try {
         throw std::runtime_error("needs the folder of the description and the two files to write");
     const wagemill::engine::Book book = wagemill::describedWorkbook(arguments[1]);
     const std::vector<std::byte> bytes = writeWorkbook(book, FileKind::Template);
-    writeFile(bytes, arguments[2]);
-    writeNumbers(bytes, arguments[3]);
+    writeText(arguments[2], {reinterpret_cast<const char*>(bytes.data()), bytes.size()}); // a stream takes characters
+    writeText(arguments[3], numbersOf(bytes));
     return EXIT_SUCCESS;
 } catch (const std::exception& error) {
     std::cerr << "template_builder: " << error.what() << '\n';

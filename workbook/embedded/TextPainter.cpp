@@ -111,6 +111,7 @@ TextBlock textBlock(const QString& text, const QFont& font, double width, bool w
     TextBlock block{std::make_unique<QTextLayout>(lines, font), 0, 0};
     QTextOption option;
     option.setWrapMode(wrap ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::ManualWrap);
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute); // we place lines ourselves, those that run leftwards too
     block.layout->setTextOption(option);
     block.layout->beginLayout();
     double heightTwips = 0;

@@ -113,6 +113,20 @@ TEST(PicturePainter, TextStandsInsideItsCellByItsAlignment)
         }
 }
 
+TEST(PicturePainter, TextOfEveryScriptStandsInItsCell)
+{
+    // Hebrew, Arabic, Chinese and Greek names; those that run leftwards keep the cell's alignment.
+    for (const char* const name : {"\u05D9\u05D5\u05E1\u05D9", "\u0645\u062D\u0645\u062F", "\u738B\u4F1F",
+                                   "\u0391\u03BB\u03AD\u03BE\u03B7\u03C2"})
+        for (const bool wrap : {false, true}) {
+            PictureText text = textIn({100, 30, 200, 40}, name);
+            text.wrap = wrap;
+            EXPECT_LT(inkOf(text).left(), 120) << name;
+            text.align = TextAlign::Right;
+            EXPECT_GT(inkOf(text).right(), 280) << name;
+        }
+}
+
 TEST(PicturePainter, LayoutDoesNotDependOnTheScale)
 {
     PictureText text = textIn({10, 10, 120, 80}, "Federal Income Tax (Percentage based on Federal Allowance)");
