@@ -32,8 +32,9 @@ constexpr std::string_view handCursorName = "/HAND-M.CUR";
 constexpr QSizeF partOfScreen(0.92, 0.85); // 1024 units across are enough for a pay stub at natural size
 constexpr QSize largestWindow(1600, 1200);
 
+/// accessibleName  what a screen reader says of a control that has no caption of its own
 template <typename Control>
-Control* named(Control* control, const char* name, const char* accessibleName)
+Control* named(Control* control, const char* name, const char* accessibleName = "")
 {
     control->setObjectName(QString::fromLatin1(name));
     control->setAccessibleName(QString::fromLatin1(accessibleName));
@@ -71,15 +72,14 @@ std::string displayedPath(const std::filesystem::path& path)
 } // namespace
 
 Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDialog> commonDialog)
-    : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1", "Zoom in")),
-      PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2", "Zoom out")),
-      PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), this), "PushButton6",
-                        "Save results to Excel file")),
-      PushButton8(named(new PushButton(QStringLiteral("< Back"), this), "PushButton8", "Back to the entry window")),
-      Frame1(named(new QGroupBox(QStringLiteral("Zoom:"), this), "Frame1", "Zoom")),
+    : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1")),
+      PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2")),
+      PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), this), "PushButton6")),
+      PushButton8(named(new PushButton(QStringLiteral("< Back"), this), "PushButton8")),
+      Frame1(named(new QGroupBox(QStringLiteral("Zoom:"), this), "Frame1")),
       Picture2(named(new QWidget(this), "Picture2", "View of the payroll sheet")),
       Picture1(named(new PictureBox(Picture2), "Picture1", "Picture of the payroll sheet")),
-      Zoom_Ori(named(new PictureBox(this), "Zoom_Ori", "")),
+      Zoom_Ori(named(new PictureBox(this), "Zoom_Ori")),
       HScroll1(makeScrollBar(Qt::Horizontal, "HScroll1", "Scroll left and right", this)),
       VScroll1(makeScrollBar(Qt::Vertical, "VScroll1", "Scroll up and down", this)),
       CommonDialog1(std::move(commonDialog)),

@@ -227,6 +227,21 @@ Integer toInteger(double number, const char* range)
     return static_cast<Integer>(whole);
 }
 
+/// Reads what std::to_chars wrote of a number's size, "1.25e+02".
+DecimalNumber readScientific(double number, const char* begin, const char* end)
+{
+    if (!std::isfinite(number))
+        return {};
+    std::string digits(begin, end);
+    const std::size_t mark = digits.find('e');
+    int exponent = 0;
+    const bool signedPlus = digits[mark + 1] == '+';
+    std::from_chars(digits.data() + mark + (signedPlus ? 2 : 1), digits.data() + digits.size(), exponent);
+    digits.erase(mark);
+    std::erase(digits, '.');
+    return decimalNumber(number < 0, std::move(digits), std::int64_t{exponent} + 1);
+}
+
 } // namespace
 
 std::optional<NumberReading> readNumber(std::string_view text, const RegionalFormats& formats, bool allowPercent)
@@ -281,18 +296,20 @@ std::optional<double> toDouble(const DecimalNumber& number)
 
 DecimalNumber toDecimal(double number)
 {
-    if (!std::isfinite(number))
-        return {};
     std::array<char, 32> buffer{};
-    const auto end = std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific).ptr;
-    std::string digits(buffer.begin(), end);
-    const std::size_t mark = digits.find('e');
-    int exponent = 0;
-    const bool signedPlus = digits[mark + 1] == '+';
-    std::from_chars(digits.data() + mark + (signedPlus ? 2 : 1), digits.data() + digits.size(), exponent);
-    digits.erase(mark);
-    std::erase(digits, '.');
-    return decimalNumber(number < 0, std::move(digits), std::int64_t{exponent} + 1);
+    return readScientific(
+        number, buffer.begin(),
+        std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific).ptr);
+}
+
+DecimalNumber toShownDecimal(double number)
+{
+    constexpr int digitsBehindTheFirst = 14;
+    std::array<char, 32> buffer{};
+    return readScientific(number, buffer.begin(),
+                          std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific,
+                                        digitsBehindTheFirst)
+                              .ptr);
 }
 
 DecimalNumber rounded(const DecimalNumber& number, int decimals)

@@ -45,6 +45,9 @@ bool isNumericText(std::string_view text, const RegionalFormats& formats);
 std::optional<double> toDouble(const DecimalNumber& number);
 /// The number's shortest decimal digits that read back as the same double; NaN and infinity have none and are zero.
 DecimalNumber toDecimal(double number);
+/// The number's first 15 significant digits, which are all that a spreadsheet shows and rounds by: 596.7149999999999 is
+/// 596.715.
+DecimalNumber toShownDecimal(double number);
 /// Rounded to `decimals` digits behind the point, halves away from zero, by decimal digits: 1.005 becomes 1.01.
 DecimalNumber rounded(const DecimalNumber& number, int decimals);
 

@@ -11,7 +11,6 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr int significantDigits = 15;
 constexpr int longestInteger = 20; ///< digits before the point; longer numbers are written with an exponent
 constexpr int mostLeadingZeros = 8;
 
@@ -47,8 +46,7 @@ std::string exponentText(const DecimalNumber& number, const RegionalFormats& for
 
 std::string numberAsText(double value, const RegionalFormats& formats)
 {
-    DecimalNumber number = toDecimal(value);
-    number = rounded(number, significantDigits - number.pointPosition);
+    const DecimalNumber number = toShownDecimal(value);
     if (number.digits.empty())
         return "0";
     const bool isPlain = number.pointPosition <= longestInteger && number.pointPosition >= -mostLeadingZeros;

@@ -9,7 +9,6 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr int significantDigits = 15;
 constexpr int mostDecimals = 400; ///< no double has digits farther from the point
 
 DecimalNumber truncated(DecimalNumber number, int decimals)
@@ -25,8 +24,7 @@ DecimalNumber truncated(DecimalNumber number, int decimals)
 double roundedNumber(double number, int decimals, Rounding rounding)
 {
     const int places = std::clamp(decimals, -mostDecimals, mostDecimals);
-    DecimalNumber decimal = toDecimal(number);
-    decimal = rounded(decimal, significantDigits - decimal.pointPosition);
+    const DecimalNumber decimal = toShownDecimal(number);
     DecimalNumber result =
         rounding == Rounding::HalfAwayFromZero ? rounded(decimal, places) : truncated(decimal, places);
     const bool isCut = result.digits.size() < decimal.digits.size();

@@ -219,7 +219,7 @@ ShownText showValue(const CellValue& value, std::string_view code, const Regiona
 
 std::string generalText(double number, const RegionalFormats& formats, int characters)
 {
-    const std::string digits = generalDigits(shownDigits(std::abs(number)), characters, formats);
+    const std::string digits = generalDigits(toShownDecimal(std::abs(number)), characters, formats);
     return (number < 0 ? formats.negativeSign : "") + toLocalDigits(digits, formats);
 }
 

@@ -13,8 +13,6 @@ namespace {
 using Kind = FormatToken::Kind;
 using Tokens = std::vector<FormatToken>;
 
-constexpr int significantDigits = 15;
-
 bool isDigitToken(const FormatToken& token)
 {
     return token.kind == Kind::Digit;
@@ -173,17 +171,11 @@ RenderedNumber renderScientific(const DecimalNumber& number, const FormatSection
 
 } // namespace
 
-DecimalNumber shownDigits(double number)
-{
-    const DecimalNumber decimal = toDecimal(number);
-    return rounded(decimal, significantDigits - decimal.pointPosition);
-}
-
 RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats)
 {
     if (section.kind == FormatSection::Kind::Fraction)
         return renderFraction(number, section, formats);
-    DecimalNumber decimal = shownDigits(number);
+    DecimalNumber decimal = toShownDecimal(number);
     decimal.negative = false;
     if (!decimal.digits.empty())
         decimal.pointPosition += section.scalePower;

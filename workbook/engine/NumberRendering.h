@@ -13,9 +13,6 @@ struct RenderedNumber {
     bool isZero = false; ///< no digit other than zero is shown
 };
 
-/// The decimal digits of a number that are ever shown: its first 15 significant ones, the last rounded half up.
-DecimalNumber shownDigits(double number);
-
 /// Renders the magnitude of `number` by a section of the kinds Number, Scientific and Fraction.
 RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats);
 

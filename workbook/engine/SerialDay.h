@@ -6,8 +6,8 @@
 
 namespace wagemill::engine {
 
-/// A serial day as a calendar shows it. Day 0 of the 1900 system is 0 January 1900, day 60 29 February 1900, which never
-/// was; both are kept, as every workbook counts on them.
+/// A serial day as a calendar shows it. Day 0 of the 1900 system is 0 January 1900, day 60 29 February 1900, which
+/// never was; both are kept, as every workbook counts on them.
 CalendarDate dateOfSerialDay(int serialDay, bool dates1904);
 
 /// The serial day of a date whose month and day may lie outside the calendar, "month 13" or "day 0": they run on.
