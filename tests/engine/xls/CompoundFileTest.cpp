@@ -12,6 +12,9 @@ namespace wagemill::engine::xls {
 
 namespace {
 
+constexpr std::size_t sectorSize = 512;
+constexpr std::size_t largeSectorSize = 4096;
+constexpr std::size_t entrySize = 128;
 constexpr std::uint32_t endOfChainMark = 0xFFFFFFFE;
 constexpr std::uint32_t freeMark = 0xFFFFFFFF;
 
@@ -46,21 +49,18 @@ public:
         reader.seek(position);
         return reader.u32();
     }
-    void link(std::uint32_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(76)) + sector * 4, next); }
-    void miniLink(std::uint32_t sector, std::uint32_t next)
-    {
-        putU32(bytes, sectorPlace(header(60)) + sector * 4, next);
-    }
+    void link(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(76)) + sector * 4, next); }
+    void miniLink(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(60)) + sector * 4, next); }
     /// Place of a field in the directory; entries stand in the order in which they were written, the root before them.
     std::size_t entryPlace(std::size_t entry, std::size_t field) const
     {
-        return sectorPlace(header(48) + static_cast<std::uint32_t>(entry / 4)) + entry % 4 * 128 + field;
+        return sectorPlace(header(48) + static_cast<std::uint32_t>(entry / 4)) + entry % 4 * entrySize + field;
     }
     void entry(std::size_t index, std::size_t field, std::uint32_t value)
     {
         putU32(bytes, entryPlace(index, field), value);
     }
-    static std::size_t sectorPlace(std::uint32_t sector) { return (std::size_t{sector} + 1) * 512; }
+    static std::size_t sectorPlace(std::uint32_t sector) { return (std::size_t{sector} + 1) * sectorSize; }
 
     Bytes bytes;
 };
@@ -108,7 +108,7 @@ TEST(CompoundFile, ListsTheTableItselfWhenTheHeaderIsFull)
 TEST(CompoundFile, ReadsSectorsOf4096Bytes)
 {
     // header, workbook (2 sectors), directory, FAT
-    Bytes file(4096 * 5);
+    Bytes file(largeSectorSize * 5);
     const Container small;
     std::copy_n(small.bytes.begin(), 512, file.begin());
     putU16(file, 26, 4);
@@ -118,7 +118,7 @@ TEST(CompoundFile, ReadsSectorsOf4096Bytes)
     putU32(file, 60, endOfChainMark);
     putU32(file, 64, 0);
     putU32(file, 76, 3);
-    const std::size_t directory = 4096 * 3;
+    const std::size_t directory = largeSectorSize * 3;
     std::copy_n(small.bytes.begin() + static_cast<std::ptrdiff_t>(small.entryPlace(0, 0)), 256,
                 file.begin() + directory);
     putU32(file, directory + 76, 1);               // the root's child: the first entry
@@ -129,7 +129,7 @@ TEST(CompoundFile, ReadsSectorsOf4096Bytes)
     putU32(file, directory + 128 + 116, 0);
     const std::uint32_t links[] = {1, endOfChainMark, endOfChainMark, 0xFFFFFFFD};
     for (std::size_t index = 0; index < 4; ++index)
-        putU32(file, 4096 * 4 + index * 4, links[index]);
+        putU32(file, largeSectorSize * 4 + index * 4, links[index]);
     file[4096] = std::byte{42};
     const auto read = readCompoundFile(file);
     ASSERT_EQ(read.size(), 1U);

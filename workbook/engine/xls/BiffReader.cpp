@@ -64,11 +64,16 @@ bool isCompoundFile(std::span<const std::byte> bytes)
     return bytes.size() >= sizeof compoundFileSignature && ByteReader(bytes).u64() == compoundFileSignature;
 }
 
-/// Takes a stream of the root storage out of the list.
+bool isSameName(std::string_view one, std::string_view other)
+{
+    return std::ranges::equal(toUtf16(one), toUtf16(other), {}, upperCase, upperCase);
+}
+
+/// Takes a stream of the root storage out of the list; capitals or not is all one.
 std::optional<std::vector<std::byte>> takeStream(std::vector<CarriedStream>& streams, std::string_view name)
 {
     const auto found = std::ranges::find_if(streams, [&](const CarriedStream& stream) {
-        return !stream.isStorage && stream.path.size() == 1 && stream.path.front() == name;
+        return !stream.isStorage && stream.path.size() == 1 && isSameName(stream.path.front(), name);
     });
     if (found == streams.end())
         return std::nullopt;

@@ -72,8 +72,8 @@ public:
         std::map<std::vector<std::string>, std::uint32_t> storages{{{}, 0}};
         for (const CarriedStream& entry : entries)
             append(entry, storages);
-        for (std::size_t index = 0; index < m_nodes.size(); ++index)
-            linkChildren(m_nodes[index]);
+        for (DirectoryNode& node : m_nodes)
+            linkChildren(node);
     }
 
     std::vector<DirectoryNode>& nodes() { return m_nodes; }
@@ -107,7 +107,7 @@ private:
         if (twin != children.end())
             throw EngineError("Two parts of the workbook are named \"" + toUtf8(m_nodes[*twin].name) + "\".");
         const bool lastLevelFull = std::has_single_bit(children.size() + 1);
-        const std::size_t levels = static_cast<std::size_t>(std::bit_width(children.size()));
+        const auto levels = static_cast<std::size_t>(std::bit_width(children.size()));
         storage.child = subtree(children, lastLevelFull ? levels + 1 : levels);
     }
 

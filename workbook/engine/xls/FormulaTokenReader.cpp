@@ -2,6 +2,7 @@
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/OrderedCorners.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/XlsErrors.h"
 
@@ -322,19 +323,7 @@ private:
                 orderCorners(token.first, *token.last);
             }
         }
-        push(std::move(token));
-    }
-
-    static void orderCorners(ReferencePart& first, ReferencePart& last)
-    {
-        if (first.row > last.row) {
-            std::swap(first.row, last.row);
-            std::swap(first.rowRelative, last.rowRelative);
-        }
-        if (first.column > last.column) {
-            std::swap(first.column, last.column);
-            std::swap(first.columnRelative, last.columnRelative);
-        }
+        push(token);
     }
 
     /// A mark before a sub-expression whose tokens follow; it leaves nothing behind itself.

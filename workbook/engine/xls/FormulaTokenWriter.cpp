@@ -1,11 +1,11 @@
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/OrderedCorners.h"
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>
 #include <stdexcept>
-#include <utility>
 
 namespace wagemill::engine::xls {
 
@@ -204,14 +204,7 @@ private:
     /// A copied area may have its corners the wrong way round; the file wants the first one first.
     void writeArea(ReferencePart first, ReferencePart last)
     {
-        if (first.row > last.row) {
-            std::swap(first.row, last.row);
-            std::swap(first.rowRelative, last.rowRelative);
-        }
-        if (first.column > last.column) {
-            std::swap(first.column, last.column);
-            std::swap(first.columnRelative, last.columnRelative);
-        }
+        orderCorners(first, last);
         m_tokens.u16(static_cast<std::uint16_t>(first.row));
         m_tokens.u16(static_cast<std::uint16_t>(last.row));
         m_tokens.u16(columnField(first));

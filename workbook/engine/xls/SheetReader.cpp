@@ -378,8 +378,26 @@ private:
     {
         ByteReader reader = record.reader();
         readArea(reader);
+        CarriedRecord carried = record.carried();
+        if (record.id == record::array)
+            wantArray(carried.data);
         if (Cell* const cell = m_sheet.find(m_formulaCell))
-            cell->array = std::make_shared<const CarriedRecord>(record.carried());
+            cell->array = std::make_shared<const CarriedRecord>(std::move(carried));
+    }
+
+    /// Some programs write an array formula that is a mere reference as a value, which is only its first cell.
+    static void wantArray(std::vector<std::byte>& data)
+    {
+        constexpr std::size_t tokensStart = 14;
+        constexpr std::byte valueBit{0x40};
+        constexpr std::byte arrayBit{0x20};
+        ByteReader reader(data);
+        reader.seek(tokensStart - 2);
+        const auto tokens = reader.bytes(reader.u16());
+        const Formula formula = readFormula(tokens, reader.rest(), {});
+        if (formula.tokens.size() == 1 && std::holds_alternative<ReferenceToken>(formula.tokens.front()) &&
+            (data[tokensStart] & valueBit) != std::byte{0})
+            data[tokensStart] |= arrayBit;
     }
 
     /// Gives every cell of a shared formula one of its own. Cells of array formulas and data tables keep pointing at
