@@ -37,6 +37,14 @@ wagemill::Form1Setup productionSetup()
     return {std::move(build), today, 1};
 }
 
+QIcon programIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 32, 48, 128})
+        icon.addFile(QStringLiteral(":/icon/wagemill-%1.png").arg(size), {size, size});
+    return icon;
+}
+
 void prepareProgram()
 {
     using namespace wagemill;
@@ -45,6 +53,7 @@ void prepareProgram()
     setProgramFolder(QCoreApplication::applicationDirPath().toStdString());
     setWindowEventPump([] { QCoreApplication::processEvents(); });
     QLocale::setDefault(userLocale());
+    QApplication::setWindowIcon(programIcon());
     QApplication::setQuitOnLastWindowClosed(false); // the windows end the program themselves
 }
 

@@ -41,6 +41,9 @@ public:
     explicit Form1(Form1Setup setup);
     ~Form1() override;
 
+    /// The mouse pointer becomes the arrow, unless the window is busy.
+    void resetPointer() { m_pointer->resetPointer(); }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 

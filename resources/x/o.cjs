@@ -15,6 +15,17 @@ QPushButton:focus {
     padding: 4px 13px;
 }
 
+/* The button that does the work is the one the eye finds. */
+QPushButton#PushButton22 {
+    border: 2px solid palette(highlight);
+    padding: 6px 20px;
+    font-weight: bold;
+}
+
+QPushButton#PushButton22:focus {
+    background-color: palette(light);
+}
+
 QPushButton:pressed {
     background-color: palette(mid);
 }

@@ -96,7 +96,10 @@ int main(int argc, char* argv[])
     services.spreadsheet = {
         [&] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard, [] { return 1.0; }); },
         &clipboard};
-    services.templateResource = [] { return customResource(payrollTemplateResource); };
+    const std::vector<std::byte> givenTemplate = argc > 2 ? readBytesFromFile(argv[2]) : std::vector<std::byte>();
+    services.templateResource = [&]() -> std::span<const std::byte> {
+        return givenTemplate.empty() ? customResource(payrollTemplateResource) : givenTemplate;
+    };
     services.randomNumber = [](std::int32_t, std::int32_t) { return 1; };
     for (const test::BuildCase& build : test::buildCases()) {
         NoWindows windows;

@@ -1,6 +1,7 @@
 #include "workbook/embedded/EmbeddedApplication.h"
 
 #include "app/base/Files.h"
+#include "app/base/Messages.h"
 #include "workbook/engine/CellEntry.h"
 #include "workbook/engine/Recalculation.h"
 #include "workbook/engine/SheetPicture.h"
@@ -12,6 +13,7 @@
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <ratio>
 #include <utility>
 #include <vector>
 
@@ -40,6 +42,22 @@ engine::Today today()
 {
     const std::tm local = localTime();
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+}
+
+/// The present moment as the file format counts it: 100 ns since 1601.
+std::uint64_t fileTimeNow()
+{
+    constexpr std::uint64_t unixEpoch = 116'444'736'000'000'000;
+    using Ticks = std::chrono::duration<std::uint64_t, std::ratio<1, 10'000'000>>;
+    return unixEpoch + std::chrono::duration_cast<Ticks>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+/// A workbook made from a template is created when it is saved for the first time.
+void stampProperties(engine::Book& book)
+{
+    book.properties.saved = fileTimeNow();
+    if (std::exchange(book.isTemplate, false))
+        book.properties.created = book.properties.saved;
 }
 
 double serialNow()
@@ -121,6 +139,17 @@ CellRect requireAddress(std::string_view address)
     return *range;
 }
 
+/// What a workbook of another program loses here, or keeps without being computed, is said when it is opened.
+void tellNotices(const engine::Book& book, std::string_view path)
+{
+    if (book.notices.empty())
+        return;
+    std::string text = "The workbook \"" + std::string(path) + "\" was opened, but:";
+    for (const std::string& notice : book.notices)
+        text += "\n- " + notice;
+    showMessage({text, "", MessageIcon::Information, MessageButtons::Ok});
+}
+
 bool isWholeRows(const CellRect& range)
 {
     return range.firstColumn == 0 && range.lastColumn == engine::maxColumns - 1;
@@ -150,6 +179,8 @@ std::shared_ptr<EmbeddedApplication::OpenBook> EmbeddedApplication::Session::ope
         opened->book = engine::xls::readWorkbook(bytes, path);
         books.push_back(opened);
         activeBook = opened;
+        if (displayAlerts)
+            tellNotices(opened->book, path);
         return opened;
     });
 }
@@ -358,6 +389,7 @@ public:
                                    "\": there is already a file of that name.");
         asApplication([&] {
             m_session->recalculate(*m_book);
+            stampProperties(m_book->book);
             writeBytesToFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook),
                              std::filesystem::path(path));
         });

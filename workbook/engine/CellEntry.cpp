@@ -10,7 +10,7 @@ namespace wagemill::engine {
 namespace {
 
 constexpr std::size_t mostCharacters = 32767;
-constexpr std::uint16_t generalFormat = 0;
+constexpr std::string_view generalFormat = "General";
 
 /// Length in UTF-16 units, which is what the file format counts.
 std::size_t utf16Length(std::string_view utf8)
@@ -42,7 +42,8 @@ void enterValue(Book& book, std::size_t sheet, CellAddress address, TypedValue t
         return;
     Cell& cell = target.at(address);
     CellFormat format = book.styles.format(cell.format);
-    if (format.numberFormat == generalFormat && !typed.numberFormat.empty())
+    // By its code: other programs write General under identifiers of their own.
+    if (book.styles.numberFormatCode(format.numberFormat) == generalFormat && !typed.numberFormat.empty())
         format.numberFormat = book.styles.numberFormatFor(typed.numberFormat);
     format.quotePrefix = typed.quotePrefix;
     if (format != book.styles.format(cell.format))
