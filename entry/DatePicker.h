@@ -12,7 +12,11 @@ public:
     using QDateEdit::QDateEdit;
 
 protected:
-    bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
+    bool focusNextPrevChild(bool next) override
+    {
+        return QWidget::focusNextPrevChild(
+            next); // NOLINT(bugprone-parent-virtual-call): the parent's stops at each part
+    }
 };
 
 } // namespace wagemill

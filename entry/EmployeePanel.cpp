@@ -51,9 +51,9 @@ QString qtText(std::string_view text)
 
 } // namespace
 
-EmployeePanel::EmployeePanel(std::int16_t row, const RegionalFormats& formats,
-                             std::function<void(std::int16_t)> rowEntered, QWidget* parent)
-    : QFrame(parent), m_row(row), m_formats(formats), m_rowEntered(std::move(rowEntered))
+EmployeePanel::EmployeePanel(std::int16_t row, RegionalFormats formats, std::function<void(std::int16_t)> rowEntered,
+                             QWidget* parent)
+    : QFrame(parent), m_row(row), m_formats(std::move(formats)), m_rowEntered(std::move(rowEntered))
 {
     setObjectName(arrayName("picMainContainer", row));
     auto* const serialNumber = new QLabel(QString("Serial Number : %1").arg(row + 1), this);

@@ -20,7 +20,7 @@ class EmployeePanel : public QFrame {
 public:
     /// row         index of the employee, from 0
     /// rowEntered  called with that index when one of the fields gains the focus
-    EmployeePanel(std::int16_t row, const RegionalFormats& formats, std::function<void(std::int16_t)> rowEntered,
+    EmployeePanel(std::int16_t row, RegionalFormats formats, std::function<void(std::int16_t)> rowEntered,
                   QWidget* parent);
 
     std::int16_t row() const { return m_row; }

@@ -4,7 +4,6 @@
 #include <QFocusEvent>
 #include <QMouseEvent>
 #include <QSignalBlocker>
-#include <QTimer>
 #include <QWindow>
 
 namespace wagemill {
@@ -60,7 +59,8 @@ void EntryField::focusOutEvent(QFocusEvent* event)
     QLineEdit::focusOutEvent(event);
     // Tab and mouse have asked before the focus moved; what is left are shortcuts, which move it unasked.
     if (event->reason() == Qt::ShortcutFocusReason && !mayLeave())
-        QTimer::singleShot(0, this, [this] { setFocus(Qt::OtherFocusReason); });
+        QMetaObject::invokeMethod(
+            this, [this] { setFocus(Qt::OtherFocusReason); }, Qt::QueuedConnection);
 }
 
 void EntryField::mousePressEvent(QMouseEvent* event)

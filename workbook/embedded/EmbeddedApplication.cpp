@@ -19,7 +19,6 @@
 
 namespace wagemill {
 
-using engine::CellAddress;
 using engine::CellRect;
 
 namespace {

@@ -138,7 +138,7 @@ void Sheet::copyRows(int first, int last, int target)
     if (distance == 0)
         return;
     std::vector<Row> copies;
-    copies.reserve(static_cast<std::size_t>(last - first + 1));
+    copies.reserve(static_cast<std::size_t>(last - first) + 1);
     for (int index = first; index <= last; ++index)
         copies.push_back(findRow(index) != nullptr ? shiftedRow(*findRow(index), distance) : Row{});
     for (int index = 0; index < static_cast<int>(copies.size()); ++index)
