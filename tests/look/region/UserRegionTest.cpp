@@ -115,7 +115,11 @@ TEST(UserRegion, EveryDayWrittenIsReadBack)
 
 TEST(UserRegion, EveryDayIsADateToACell)
 {
-    constexpr int step = 29; // meets each day of each month
+#ifdef NDEBUG
+    constexpr int step = 1;
+#else
+    constexpr int step = 29; // a slow build samples; it still meets each day of each month
+#endif
     constexpr int serialDayOfEpoch = 25569;
     Faults faults;
     for (const auto& [name, formats] : distinctRegions(dateAndNumberForm))
