@@ -4,19 +4,23 @@
 
 namespace wagemill {
 
-/// A date field that is one stop of the tab key; its parts are reached by the arrow keys.
+/// A date field that is one stop of the tab key; its parts are reached by the arrow keys and by typing what stands
+/// between them. The mouse wheel turns it only while it has the focus.
 class DatePicker : public QDateEdit {
     Q_OBJECT
 
 public:
-    using QDateEdit::QDateEdit;
+    explicit DatePicker(QDate date, QWidget* parent = nullptr);
 
 protected:
-    bool focusNextPrevChild(bool next) override
-    {
-        return QWidget::focusNextPrevChild(
-            next); // NOLINT(bugprone-parent-virtual-call): the parent's stops at each part
-    }
+    bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    void goToNextPart();
+
+    bool m_partWasCompleted = false; ///< the last key filled its part, which moved on by itself
 };
 
 } // namespace wagemill

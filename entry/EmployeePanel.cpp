@@ -11,6 +11,7 @@
 #include <QLabel>
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace wagemill {
@@ -119,7 +120,12 @@ void EmployeePanel::refill(std::size_t index)
     const RowField& description = rowFields[index];
     const std::string stored =
         GetSetting(settingsApplication, settingsSection, rowFieldKey(description, m_row), description.fallback);
-    assign(index, description.kind == FieldKind::Currency ? currencyTextOf(stored, m_formats) : stored);
+    const bool isMoney = description.kind == FieldKind::Currency;
+    if (isMoney && !isNumericText(stored, m_formats))
+        throw std::runtime_error("The stored \"" + std::string(description.caption) + "\" cannot be shown: \"" +
+                                 stored + "\" is not a number.");
+    m_fields[index]->refillText(QString::fromStdString(isMoney ? currencyTextOf(stored, m_formats) : stored));
+    store(index);
 }
 
 void EmployeePanel::assign(std::size_t index, const std::string& text)

@@ -3,7 +3,9 @@
 #include <QApplication>
 #include <QFocusEvent>
 #include <QMouseEvent>
+#include <QRegularExpression>
 #include <QSignalBlocker>
+#include <QValidator>
 #include <QWindow>
 
 namespace wagemill {
@@ -29,10 +31,32 @@ QWidget* focusTargetOfPress(QWidget* pressed)
     return nullptr;
 }
 
+/// A line break would be shown as a blank and yet be stored and break the line in the sheet.
+class OneLine : public QValidator {
+public:
+    using QValidator::QValidator;
+
+    State validate(QString& text, int& /*caret*/) const override
+    {
+        static const QRegularExpression breaksAtEnd(QStringLiteral("\\R+$"));
+        static const QRegularExpression lineBreak(QStringLiteral("\\R"));
+        text.remove(breaksAtEnd);
+        text.replace(lineBreak, QStringLiteral(" "));
+        return Acceptable;
+    }
+};
+
 } // namespace
 
 EntryField::EntryField(QWidget* parent) : QLineEdit(parent)
 {
+    setValidator(new OneLine(this));
+}
+
+void EntryField::refillText(const QString& text)
+{
+    const QSignalBlocker blocker(this);
+    setText(text);
 }
 
 void EntryField::replaceText(const QString& text)

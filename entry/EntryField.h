@@ -6,7 +6,8 @@
 namespace wagemill {
 
 /// A text field of the entry window. It selects its whole text when it gains the focus from inside the program, and
-/// asks before it lets the focus go elsewhere in the window; switching to another program asks nothing.
+/// asks before it lets the focus go elsewhere in the window; switching to another program asks nothing. Line breaks, as
+/// in a pasted address, become blanks; those at the end go.
 class EntryField : public QLineEdit {
     Q_OBJECT
 
@@ -17,6 +18,8 @@ public:
     void setLeaveCheck(std::function<bool()> check) { m_leaveCheck = std::move(check); }
     bool mayLeave() const { return !m_leaveCheck || m_leaveCheck(); }
 
+    /// Fills the field without a signal, as it was left in an earlier run: there is nothing to undo.
+    void refillText(const QString& text);
     /// Replaces the text without a signal, so that undo brings the earlier one back.
     void replaceText(const QString& text);
 

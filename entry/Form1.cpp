@@ -200,7 +200,9 @@ void Form1::refill(ErrorTrap& trap)
 
 void Form1::refillCompanyName()
 {
-    assignCompanyName(GetSetting(settingsApplication, settingsSection, companyNameKey, ""));
+    const std::string stored = GetSetting(settingsApplication, settingsSection, companyNameKey, "");
+    txtCompanyName->refillText(QString::fromStdString(stored));
+    txtCompanyName_Change();
 }
 
 void Form1::refillPeriodEnding()

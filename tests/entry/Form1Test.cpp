@@ -10,6 +10,7 @@
 #include "tests/workbook/FakeSpreadsheet.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDateEdit>
 #include <QFrame>
 #include <QGroupBox>
@@ -17,6 +18,7 @@
 #include <QPixmap>
 #include <QScrollBar>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -142,6 +144,7 @@ TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
     EXPECT_EQ(store.values, expected);
     EXPECT_EQ(text("txtHourlyWage(0)"), "$0.00");
     EXPECT_EQ(text("txtStateTax(0)"), "0");
+    EXPECT_FALSE(field("txtHourlyWage(0)")->isUndoAvailable()); // undo does not empty what an earlier run left
     EXPECT_TRUE(messages.shown.empty());
     EXPECT_EQ(spreadsheet.calls, std::vector<std::string>{"new"}); // the presence check, released without a call
 }
@@ -171,7 +174,8 @@ TEST_F(Form1Test, RefillsFromTheStoreAndReportsWhatCannotBeShown)
     for (const Message& message : messages.shown)
         EXPECT_NE(message.text.find("\r\nin Wagemill2021/08/31.Form1.Form_Load at line "), std::string::npos);
     EXPECT_NE(messages.shown[0].text.find("someday"), std::string::npos);
-    EXPECT_NE(messages.shown[1].text.find("abc"), std::string::npos);
+    EXPECT_EQ(messages.shown[1].text.substr(0, messages.shown[1].text.find('\r')),
+              "The stored \"Hourly Wage:\" cannot be shown: \"abc\" is not a number.");
 }
 
 TEST_F(Form1Test, StoresEveryKeystroke)
@@ -187,6 +191,48 @@ TEST_F(Form1Test, StoresEveryKeystroke)
     EXPECT_EQ(store.values["txtCompanyName"], "Mill");
     control<QDateEdit>("dtPeriodEnding")->setDate({2031, 5, 3});
     EXPECT_EQ(store.values["dtPeriodEnding"], "5/3/2031");
+}
+
+TEST_F(Form1Test, ReadsADateTypedWithOrWithoutItsSeparators)
+{
+    open();
+    struct {
+        const char* typed;
+        const char* expected;
+    } const cases[] = {
+        {"2/28/2025", "2/28/2025"}, // the month is complete with its first digit and moves on by itself
+        {"12311999", "12/31/1999"}, {"11-4-2020", "11/4/2020"}, {"1.5.1850", "1/5/1850"}, {"10 1 2026", "10/1/2026"},
+    };
+    auto* const date = control<QDateEdit>("dtPeriodEnding");
+    for (const auto& [typed, expected] : cases) {
+        field("txtCompanyName")->setFocus();
+        pressTab();
+        QTest::keyClicks(date, typed);
+        EXPECT_EQ(focused(), "dtPeriodEnding");
+        EXPECT_EQ(store.values["dtPeriodEnding"], expected) << "typed " << typed;
+    }
+}
+
+TEST_F(Form1Test, KeepsAWheelOverTheDateFromChangingItOrTakingTheFocus)
+{
+    open();
+    type("txtMedicareTax(0)", "abc");
+    auto* const date = control<QDateEdit>("dtPeriodEnding");
+    const QPointF point = date->mapTo(form.get(), date->rect().center());
+    QWheelEvent turn(point, form->mapToGlobal(point), {}, {0, 120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(form->windowHandle(), &turn);
+    EXPECT_EQ(focused(), "txtMedicareTax(0)");
+    EXPECT_EQ(date->date(), QDate(2026, 3, 15));
+}
+
+TEST_F(Form1Test, TakesPastedLineBreaksAsBlanks)
+{
+    open();
+    QApplication::clipboard()->setText("12 Mill Lane\r\nQuellory\n\n");
+    type("txtCompanyName", "");
+    QTest::keyClick(field("txtCompanyName"), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(text("txtCompanyName"), "12 Mill Lane Quellory");
+    EXPECT_EQ(store.values["txtCompanyName"], "12 Mill Lane Quellory");
 }
 
 TEST_F(Form1Test, TidiesAFigureThatIsLeft)
