@@ -31,7 +31,7 @@ class Desktop:
         try:
             self._start_display()
             self._start_bus()
-            self._start("openbox")
+            self._start_window_manager()
         except BaseException:
             self.__exit__()
             raise
@@ -120,6 +120,13 @@ class Desktop:
         self._start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=unix:path=" + address)
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + address
         self.wait_for(lambda: os.path.exists(address), "the session bus to start")
+
+    def _start_window_manager(self):
+        """Windows shown before it manages them are moved, or lose the keyboard, in the middle of a step."""
+        self._start("openbox")
+        asked = ("xdotool", "get_num_desktops")
+        self.wait_for(lambda: subprocess.run(asked, env=self.environment, capture_output=True).returncode == 0,
+                      "the window manager to start")
 
     def _folder(self, name, mode):
         path = os.path.join(self.home, name)
