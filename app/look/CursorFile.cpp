@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace wagemill {
 
@@ -205,8 +206,9 @@ CursorPicture readCursor(Bytes file)
 
 QCursor loadCursorFile(const std::filesystem::path& file)
 {
+    const std::vector<std::byte> bytes = readBytesFromFile(file); // a failure here names the file by itself
     try {
-        const CursorPicture cursor = readCursor(readBytesFromFile(file));
+        const CursorPicture cursor = readCursor(bytes);
         return QCursor(QPixmap::fromImage(cursor.image), cursor.hotSpot.x(), cursor.hotSpot.y());
     } catch (const std::exception& error) {
         throw std::runtime_error("Cannot use the cursor file \"" + file.string() + "\": " + error.what() + ".");

@@ -102,4 +102,15 @@ TEST_F(WindowPointerTest, ABrokenCursorFileIsNamedAndLeavesTheArrow)
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
 }
 
+TEST_F(WindowPointerTest, ACursorFileThatCannotBeReadIsNamedOnce)
+{
+    const test::TemporaryFolder folder;
+    try {
+        pointer.loadHandCursor(folder.path());
+        FAIL() << "was loaded";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(std::string(error.what()), "Cannot read \"" + folder.path().string() + "\": it is no plain file.");
+    }
+}
+
 } // namespace wagemill
