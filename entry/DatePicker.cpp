@@ -22,6 +22,11 @@ DatePicker::DatePicker(QDate date, QWidget* parent) : QDateEdit(date, parent)
     setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
 }
 
+bool DatePicker::focusNextPrevChild(bool next)
+{
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call): the parent's stops at each part
+}
+
 void DatePicker::keyPressEvent(QKeyEvent* event)
 {
     if (isSeparator(event->text())) {
