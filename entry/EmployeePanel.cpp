@@ -102,7 +102,7 @@ void EmployeePanel::addField(std::size_t index, QGridLayout& column)
     connect(field, &QLineEdit::textChanged, this, [this, index] { handleEvent([&] { store(index); }); });
     connect(field, &EntryField::focusGained, this, [this] { m_rowEntered(m_row); });
     if (description.kind != FieldKind::FreeText) {
-        field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        field->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter); // figures in Arabic too
         field->setLeaveCheck([this, index] { return validate(index); });
     }
 }
