@@ -1,5 +1,7 @@
 #include "entry/DatePicker.h"
 
+#include "app/base/DateText.h"
+
 #include <QKeyEvent>
 #include <QWheelEvent>
 
@@ -17,7 +19,8 @@ bool isSeparator(const QString& typed)
 
 } // namespace
 
-DatePicker::DatePicker(QDate date, QWidget* parent) : QDateEdit(date, parent)
+DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
+    : QDateEdit(date, parent), m_formats(std::move(formats))
 {
     setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
 }
@@ -29,14 +32,33 @@ bool DatePicker::focusNextPrevChild(bool next)
 
 void DatePicker::keyPressEvent(QKeyEvent* event)
 {
+    const bool isDigit = event->text().size() == 1 && event->text()[0].isDigit();
     if (isSeparator(event->text())) {
+        m_typed += event->text();
         if (!std::exchange(m_partWasCompleted, false))
             goToNextPart();
         return;
     }
     const int part = currentSectionIndex();
     QDateEdit::keyPressEvent(event);
-    m_partWasCompleted = currentSectionIndex() > part && event->text().size() == 1 && event->text()[0].isDigit();
+    m_partWasCompleted = currentSectionIndex() > part && isDigit;
+    m_typed = isDigit ? m_typed + event->text() : QString();
+    takeWholeDate();
+}
+
+void DatePicker::takeWholeDate()
+{
+    const auto typed = readShortDate(m_typed.toStdString(), m_formats);
+    if (!typed || !m_typed.endsWith(QString::number(typed->year))) // "1/5/20" may go on
+        return;
+    m_typed.clear();
+    setDate({typed->year, typed->month, typed->day});
+}
+
+void DatePicker::focusInEvent(QFocusEvent* event)
+{
+    QDateEdit::focusInEvent(event);
+    m_typed.clear();
 }
 
 void DatePicker::goToNextPart()

@@ -73,6 +73,7 @@ Form1::~Form1() = default;
 void Form1::layOut()
 {
     auto* const column = new QVBoxLayout(this);
+    column->setSizeConstraint(QLayout::SetFixedSize); // the panel's size is fixed, so more room would only be empty
     column->setContentsMargins(14, 12, 14, 12);
     column->setSpacing(10);
     column->addWidget(headerFrame());
@@ -86,7 +87,7 @@ QGroupBox* Form1::headerFrame()
     Frame1 = named(new QGroupBox(QStringLiteral("Header Details"), this), "Frame1");
     txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
     txtCompanyName->setMinimumWidth(companyNameWidth);
-    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), Frame1), "dtPeriodEnding");
+    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), m_setup.build.formats, Frame1), "dtPeriodEnding");
     dtPeriodEnding->setCalendarPopup(true);
     dtPeriodEnding->setDisplayFormat(QString::fromStdString(m_setup.build.formats.shortDatePattern));
     auto* const companyLabel = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");

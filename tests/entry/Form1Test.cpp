@@ -73,6 +73,7 @@ protected:
     {
         setProgramEnd([this] { ++ended; });
         BuildServices services;
+        services.formats = formats;
         services.spreadsheet = spreadsheet.platform();
         services.templateResource = []() -> std::span<const std::byte> { return {}; };
         services.randomNumber = [](std::int32_t, std::int32_t) { return 7; };
@@ -113,6 +114,7 @@ protected:
     MemoryStore::State store;
     RecordedMessages messages;
     FakeSpreadsheet spreadsheet;
+    RegionalFormats formats;
     CalendarDate today{2026, 3, 15};
     int ended = 0;
     std::unique_ptr<Form1> form;
@@ -201,7 +203,8 @@ TEST_F(Form1Test, ReadsADateTypedWithOrWithoutItsSeparators)
         const char* expected;
     } const cases[] = {
         {"2/28/2025", "2/28/2025"}, // the month is complete with its first digit and moves on by itself
-        {"12311999", "12/31/1999"}, {"11-4-2020", "11/4/2020"}, {"1.5.1850", "1/5/1850"}, {"10 1 2026", "10/1/2026"},
+        {"12311999", "12/31/1999"}, {"11-4-2020", "11/4/2020"}, {"1.5.1850", "1/5/1850"},
+        {"10 1 2026", "10/1/2026"}, {"2/29/2024", "2/29/2024"}, // no day of the year shown before
     };
     auto* const date = control<QDateEdit>("dtPeriodEnding");
     for (const auto& [typed, expected] : cases) {
@@ -211,6 +214,17 @@ TEST_F(Form1Test, ReadsADateTypedWithOrWithoutItsSeparators)
         EXPECT_EQ(focused(), "dtPeriodEnding");
         EXPECT_EQ(store.values["dtPeriodEnding"], expected) << "typed " << typed;
     }
+}
+
+TEST_F(Form1Test, TakesTheThirtyFirstWhileAShorterMonthIsShown)
+{
+    formats.shortDatePattern = "dd.MM.yyyy";
+    today = {2026, 2, 15};
+    open();
+    field("txtCompanyName")->setFocus();
+    pressTab();
+    QTest::keyClicks(control<QDateEdit>("dtPeriodEnding"), "31.10.2026");
+    EXPECT_EQ(store.values["dtPeriodEnding"], "31.10.2026");
 }
 
 TEST_F(Form1Test, KeepsAWheelOverTheDateFromChangingItOrTakingTheFocus)
