@@ -18,6 +18,14 @@ constexpr std::uint16_t addInFunction = 255;
 using AreaList = std::shared_ptr<const std::vector<Area>>;
 using ArrayPointer = std::shared_ptr<const ValueArray>;
 
+/// Whether the function answers one of its arguments as it is.
+bool choosesArgument(std::uint16_t function)
+{
+    constexpr std::uint16_t ifFunction = 1;
+    constexpr std::uint16_t chooseFunction = 100;
+    return function == ifFunction || function == chooseFunction;
+}
+
 bool isArray(const Operand& operand)
 {
     return std::holds_alternative<ArrayPointer>(operand);
@@ -124,7 +132,7 @@ private:
 
     const FunctionBinding* bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
     Operand call(const FunctionBinding& function, std::span<Operand> arguments);
-    Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments);
+    Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument);
 
     void goTo(std::size_t target);
     void goBehindFunction(std::size_t target);
@@ -161,9 +169,10 @@ Operand FormulaEvaluator::TokenRun::popped()
 
 void FormulaEvaluator::TokenRun::pushAs(OperandClass operandClass, Operand operand)
 {
-    if (operandClass == OperandClass::Value && !areasOf(operand).empty())
+    const bool isValue = operandClass == OperandClass::Value && !m_evaluator.m_wantsArrays;
+    if (isValue && !areasOf(operand).empty())
         return push(m_evaluator.single(operand));
-    if (operandClass == OperandClass::Array && std::holds_alternative<Area>(operand)) {
+    if (!isValue && operandClass != OperandClass::Reference && std::holds_alternative<Area>(operand)) {
         const ValueGrid grid(m_evaluator.m_book, operand);
         return push(arrayOf(m_evaluator, {grid.rows(), grid.columns()},
                             [&](int row, int column) { return grid.at(row, column); }));
@@ -351,8 +360,9 @@ void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
     const FunctionBinding* const function = bindingOf(token, arguments);
     if (function == nullptr)
         throw CannotEvaluate{};
-    Operand answer = token.operandClass == OperandClass::Array ? callForEachElement(*function, arguments)
-                                                               : call(*function, arguments);
+    const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
+    Operand answer = forEachElement ? callForEachElement(*function, arguments, choosesArgument(token.function))
+                                    : call(*function, arguments);
     stack.resize(stack.size() - token.arguments);
     pushAs(token.operandClass, std::move(answer));
 }
@@ -382,11 +392,15 @@ Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::s
 }
 
 /// Where an array is wanted, a function of values answers one for each element of its arguments.
-Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& function, std::span<Operand> arguments)
+/// choosesArgument  it answers one of its arguments as it is, or of each its elements when it chooses for each element
+Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& function, std::span<Operand> arguments,
+                                                       bool choosesArgument)
 {
     const std::vector<Operand> given(arguments.begin(), arguments.end());
+    const bool spreadsAll = choosesArgument && !given.empty() && isArray(given.front());
     const auto isSpread = [&](std::size_t i) {
-        return parameterClass(function, i) == 'V' && (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
+        return (spreadsAll || parameterClass(function, i) == 'V') &&
+               (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
     };
     Extent extent;
     std::vector<ValueGrid> grids;
@@ -488,15 +502,17 @@ FormulaEvaluator::FormulaEvaluator(const Book& book, const CalculationSettings& 
 {
 }
 
-Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
+template <class Compute>
+Evaluation FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell, Compute compute)
 {
     m_sheet = sheet;
     m_cell = cell;
     m_nameDepth = 0;
+    m_wantsArrays = false;
     m_valuesLeft = maxValuesPerFormula;
     m_stack.clear();
     try {
-        CellValue value = single(run(formula.tokens));
+        CellValue value = compute();
         return isEmpty(value) ? CellValue(0.0) : std::move(value); // a formula that answers an empty cell is 0
     } catch (const FormulaFailure& failure) {
         return CellValue(failure.error);
@@ -505,6 +521,26 @@ Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet,
     } catch (const CannotEvaluate& cannot) {
         return cannot;
     }
+}
+
+Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
+{
+    return evaluated(sheet, cell, [&] { return single(run(formula.tokens)); });
+}
+
+Evaluation FormulaEvaluator::evaluateElement(const Formula& formula, std::size_t sheet, CellAddress cell,
+                                             const CellRect& area)
+{
+    return evaluated(sheet, {area.firstRow, area.firstColumn}, [&] {
+        if (m_arrayFormula != &formula) {
+            m_wantsArrays = true;
+            m_arrayAnswer = run(formula.tokens);
+            m_arrayFormula = &formula;
+        }
+        if (std::holds_alternative<CalledName>(m_arrayAnswer))
+            throw CannotEvaluate{};
+        return element(ValueGrid(m_book, m_arrayAnswer), cell.row - area.firstRow, cell.column - area.firstColumn);
+    });
 }
 
 Operand FormulaEvaluator::run(const std::vector<Token>& tokens)

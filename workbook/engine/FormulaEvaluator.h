@@ -36,6 +36,9 @@ public:
     FormulaEvaluator(const Book& book, const CalculationSettings& settings, std::function<bool(const Area&)> isPending);
 
     Evaluation evaluate(const Formula& formula, std::size_t sheet, CellAddress cell);
+    /// The element of an array formula's answer that belongs into the cell, one of `area`.
+    /// The book's values that it refers to must stay as they are until all its cells are computed.
+    Evaluation evaluateElement(const Formula& formula, std::size_t sheet, CellAddress cell, const CellRect& area);
 
     // What functions see of the evaluation:
     const Book& book() const { return m_book; }
@@ -55,6 +58,9 @@ private:
     class TokenRun;
     friend class TokenRun;
 
+    /// What compute() answers, as the value of the cell.
+    template <class Compute>
+    Evaluation evaluated(std::size_t sheet, CellAddress cell, Compute compute);
     /// Evaluates tokens and answers the one operand that they leave. Throws FormulaFailure, PendingArea or
     /// CannotEvaluate.
     Operand run(const std::vector<Token>& tokens);
@@ -66,7 +72,10 @@ private:
     std::size_t m_sheet = 0;
     CellAddress m_cell;
     int m_nameDepth = 0;
+    bool m_wantsArrays = false; ///< the formula is that of an array: it never reads one cell of several
     std::size_t m_valuesLeft = 0;
+    const Formula* m_arrayFormula = nullptr; ///< the last one, computed once for all its cells
+    Operand m_arrayAnswer;
     std::vector<Operand> m_stack; ///< kept from formula to formula, so that evaluation seldom allocates
 };
 

@@ -12,6 +12,9 @@ namespace {
 /// there what it wants its own operands to be.
 class ClassAssignment {
 public:
+    /// formula  Array for an array formula, else Value
+    explicit ClassAssignment(OperandClass formula) : m_value(formula) {}
+
     void operator()(ReferenceToken& token) { token.operandClass = taken(); }
     void operator()(NameToken& token) { token.operandClass = taken(); }
     void operator()(FunctionToken& token);
@@ -34,13 +37,14 @@ private:
         return wanted;
     }
 
-    std::vector<OperandClass> m_wanted = {OperandClass::Value};
+    OperandClass m_value; ///< of what is wanted as a value: in an array formula that is an array
+    std::vector<OperandClass> m_wanted = {m_value};
 };
 
 void ClassAssignment::operator()(const OperatorToken& token)
 {
     const OperandClass wanted = taken();
-    const OperandClass operand = wanted == OperandClass::Array ? OperandClass::Array : OperandClass::Value;
+    const OperandClass operand = wanted == OperandClass::Array ? OperandClass::Array : m_value;
     switch (token.op) {
     case Operator::Brackets:
         want(wanted);
@@ -78,16 +82,37 @@ void ClassAssignment::operator()(FunctionToken& token)
         if (parameter == 'R')
             want(OperandClass::Reference);
         else
-            want(parameter == 'A' || eachElement ? OperandClass::Array : OperandClass::Value);
+            want(parameter == 'A' || eachElement ? OperandClass::Array : m_value);
     }
+}
+
+bool isJump(const Token& token)
+{
+    using Kind = AttributeToken::Kind;
+    const auto* const attribute = std::get_if<AttributeToken>(&token);
+    return attribute != nullptr &&
+           (attribute->kind == Kind::If || attribute->kind == Kind::Choose || attribute->kind == Kind::Goto);
+}
+
+void assign(OperandClass formula, std::vector<Token>& tokens)
+{
+    ClassAssignment assignment(formula);
+    std::for_each(tokens.rbegin(), tokens.rend(), [&](Token& token) { std::visit(assignment, token); });
 }
 
 } // namespace
 
 void assignOperandClasses(std::vector<Token>& tokens)
 {
-    ClassAssignment assignment;
-    std::for_each(tokens.rbegin(), tokens.rend(), [&](Token& token) { std::visit(assignment, token); });
+    assign(OperandClass::Value, tokens);
+}
+
+std::vector<Token> asArrayFormula(std::vector<Token> tokens)
+{
+    std::erase_if(tokens, isJump);
+    if (std::ranges::none_of(tokens, [](const Token& token) { return std::holds_alternative<OpaqueToken>(token); }))
+        assign(OperandClass::Array, tokens);
+    return tokens;
 }
 
 } // namespace wagemill::engine

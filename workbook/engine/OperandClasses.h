@@ -11,4 +11,8 @@ namespace wagemill::engine {
 /// tokens  complete and balanced, as the parser leaves them
 void assignOperandClasses(std::vector<Token>& tokens);
 
+/// The tokens of an array formula, in which every value is wanted as an array, whatever classes the program that wrote
+/// them gave. IF and CHOOSE judge each element, so they compute all their arguments and leap over none.
+std::vector<Token> asArrayFormula(std::vector<Token> tokens);
+
 } // namespace wagemill::engine

@@ -234,8 +234,11 @@ void Calculation::leaveOrEvaluate()
 bool Calculation::evaluate(Visit& visit)
 {
     const FormulaCell& formula = m_formulas[visit.formula];
-    Evaluation evaluation =
-        m_evaluator.evaluate(*formula.cell->formula, formula.sheet, {formula.row, formula.cell->column});
+    const Cell& cell = *formula.cell;
+    const CellAddress address{formula.row, cell.column};
+    Evaluation evaluation = cell.array
+                                ? m_evaluator.evaluateElement(*cell.formula, formula.sheet, address, cell.array->cells)
+                                : m_evaluator.evaluate(*cell.formula, formula.sheet, address);
     if (const auto* const pending = std::get_if<PendingArea>(&evaluation)) {
         visit.computedArea = *pending;
         visit.computedFrom = 0;

@@ -21,13 +21,27 @@ const ColumnRun* columnRun(const std::vector<ColumnRun>& columns, int column)
     return run == columns.end() ? nullptr : &*run;
 }
 
-Row shiftedRow(const Row& source, int rows)
+/// The area moved along, when all of it is among the rows that are copied; a copy of a part keeps the value alone, as
+/// does one of a data table.
+std::shared_ptr<const ArrayArea> shiftedArray(const ArrayArea& array, int first, int last, int rows)
+{
+    if (array.isTable() || array.cells.firstRow < first || array.cells.lastRow > last)
+        return nullptr;
+    ArrayArea shifted = array;
+    shifted.cells.firstRow += rows;
+    shifted.cells.lastRow += rows;
+    return std::make_shared<const ArrayArea>(std::move(shifted));
+}
+
+/// A row as it is pasted so many rows further down, copied together with the rows from `first` to `last`.
+Row shiftedRow(const Row& source, int first, int last, int rows)
 {
     Row copy = source;
     for (Cell& cell : copy.cells) {
-        if (cell.formula && rows != 0)
+        if (cell.formula)
             cell.formula = std::make_shared<const Formula>(shiftedFormula(*cell.formula, rows, 0));
-        cell.array.reset(); // an array formula belongs to its own place; a copy of it keeps the value
+        if (cell.array && !(cell.array = shiftedArray(*cell.array, first, last, rows)))
+            cell.formula.reset();
     }
     return copy;
 }
@@ -140,7 +154,7 @@ void Sheet::copyRows(int first, int last, int target)
     std::vector<Row> copies;
     copies.reserve(static_cast<std::size_t>(last - first) + 1);
     for (int index = first; index <= last; ++index)
-        copies.push_back(findRow(index) != nullptr ? shiftedRow(*findRow(index), distance) : Row{});
+        copies.push_back(findRow(index) != nullptr ? shiftedRow(*findRow(index), first, last, distance) : Row{});
     for (int index = 0; index < static_cast<int>(copies.size()); ++index)
         row(target + index) = std::move(copies[static_cast<std::size_t>(index)]);
 

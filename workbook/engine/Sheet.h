@@ -31,13 +31,22 @@ struct TextRun {
     bool operator==(const TextRun&) const = default;
 };
 
+/// The cells that one array formula or data table fills. Each of them holds this, and the formula as a whole.
+struct ArrayArea {
+    CellRect cells;
+    std::uint16_t flags = 0;  ///< of the file
+    CarriedRecord table = {}; ///< of a data table, which is not computed: as in the file
+
+    bool isTable() const { return table.id != 0; }
+};
+
 struct Cell {
     int column = 0;
     std::uint16_t format = defaultCellFormat; ///< index into StyleTable::formats
     CellValue value;                          ///< the content, or the last result of the formula
     std::shared_ptr<const Formula> formula;   ///< none: a constant; shared between equal cells, never changed in place
     std::shared_ptr<const std::vector<TextRun>> runs; ///< only of a text constant
-    std::shared_ptr<const CarriedRecord> array;       ///< the ARRAY record behind the formula, where one stood
+    std::shared_ptr<const ArrayArea> array;           ///< where the formula is that of an array; see there
 };
 
 struct Row {

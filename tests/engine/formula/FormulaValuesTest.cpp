@@ -1,4 +1,5 @@
 #include "tests/engine/formula/Calculator.h"
+#include "workbook/engine/OperandClasses.h"
 
 #include <gtest/gtest.h>
 
@@ -182,6 +183,45 @@ TEST(Arrays, AreComputedPlaceByPlaceWhereAFunctionWantsThem)
         {"=MAX({-1,-2;-3,#DIV/0!})", ErrorCode::DivisionByZero},
     };
     expectValues(calculator, cases);
+}
+
+TEST(Arrays, FillTheCellsOfAnArrayFormula)
+{
+    Calculator calculator;
+    calculator.type("A1", "x").type("A2", "y").type("B1", "1").type("B2", "2").type("B3", "=B2*2");
+    const CellValue notThere = ErrorCode::NotAvailable;
+    struct {
+        std::string_view formula;
+        CellValue inD1, inD2, inD3, inE1; ///< of D1:E3
+    } const cases[] = {
+        {"=B1:B3*10", 10.0, 20.0, 40.0, 10.0}, // one column serves for all
+        {"=B1:B2", 1.0, 2.0, notThere, 1.0},
+        {"={5,6}", 5.0, 5.0, 5.0, 6.0},
+        {"=A3", 0.0, 0.0, 0.0, 0.0},
+        {"=SUM(B1:B3)", 7.0, 7.0, 7.0, 7.0},
+        {"=SUM(IF(B1:B3>1,B1:B3))", 6.0, 6.0, 6.0, 6.0},
+        {"=IF(B1:B3>1,B1:B3,\"none\")", text("none"), 2.0, 4.0, text("none")},
+        {"=IF(TRUE,B1:B3,0)", 1.0, 2.0, 4.0, 1.0},
+        {"=CHOOSE(B1:B2,\"one\",\"two\")", text("one"), text("two"), notThere, text("one")},
+        {"=SUM(LEN(A1:A3&\"!\"))", 5.0, 5.0, 5.0, 5.0},
+        {"=ROW()", 1.0, 1.0, 1.0, 1.0}, // of its first cell
+    };
+    Book& book = calculator.book;
+    for (const auto& [formula, inD1, inD2, inD3, inE1] : cases) {
+        const Formula parsed = parseFormula(formula, book, 0, calculator.settings.formats);
+        const auto shared = std::make_shared<const Formula>(Formula{asArrayFormula(parsed.tokens)});
+        const auto area = std::make_shared<const ArrayArea>(ArrayArea{{0, 3, 2, 4}});
+        for (int row = 0; row < 3; ++row)
+            for (const int column : {3, 4}) {
+                book.sheets[0]->at({row, column}).formula = shared;
+                book.sheets[0]->at({row, column}).array = area;
+            }
+        calculator.compute();
+        EXPECT_EQ(calculator.at("D1"), inD1) << formula;
+        EXPECT_EQ(calculator.at("D2"), inD2) << formula;
+        EXPECT_EQ(calculator.at("D3"), inD3) << formula;
+        EXPECT_EQ(calculator.at("E1"), inE1) << formula;
+    }
 }
 
 } // namespace

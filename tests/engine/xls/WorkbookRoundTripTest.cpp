@@ -19,21 +19,17 @@ Cell formulaCell(CellValue value)
     return cell;
 }
 
-/// The array formula {=A1} in the given area: its first cell holds the ARRAY record, all point at the first.
+/// The array formula {=A1} in the given area.
 void putArray(Sheet& sheet, const CellRect& area)
 {
-    const auto hex = [](int value) { return toHex(Bytes{static_cast<std::byte>(value), std::byte{0}}); };
-    const auto pointer = formulaOf({OpaqueToken{fromHex("01" + hex(area.firstRow) + hex(area.firstColumn)), {}}});
+    const auto array = std::make_shared<const ArrayArea>(ArrayArea{area});
+    const auto formula = formulaOf({cellToken(0, 0, OperandClass::Array)});
     for (int row = area.firstRow; row <= area.lastRow; ++row) {
         Cell& cell = sheet.at({row, area.firstColumn});
-        cell.formula = pointer;
+        cell.formula = formula;
+        cell.array = array;
         cell.value = 7.0;
     }
-    Bytes data = fromHex(hex(area.firstRow) + hex(area.lastRow) + "0000 0000 00000000 0500 64 0000 00C0");
-    data[4] = static_cast<std::byte>(area.firstColumn);
-    data[5] = static_cast<std::byte>(area.lastColumn);
-    sheet.at({area.firstRow, area.firstColumn}).array =
-        std::make_shared<const CarriedRecord>(CarriedRecord{0x0221, data, {}});
 }
 
 } // namespace
@@ -249,19 +245,26 @@ TEST(WorkbookRoundTrip, CarriesWhatItDoesNotUnderstand)
         << "a file that was read and written stays as it is";
 }
 
-TEST(WorkbookRoundTrip, KeepsArrayFormulasInTheirPlaceOnly)
+TEST(WorkbookRoundTrip, KeepsArrayFormulasThatAreWhole)
 {
     Book book;
     Sheet& sheet = book.addSheet("Arrays");
     putArray(sheet, {2, 1, 4, 1});
-    sheet.copyRows(2, 4, 20);
+    sheet.copyRows(2, 4, 20); // all of it
+    sheet.copyRows(3, 4, 30); // a part
+    putArray(sheet, {40, 1, 41, 1});
+    sheet.at({40, 1}).formula.reset(); // which takes the first cell, and with it the formula, away
     const Book read = writtenAndRead(book);
     const Sheet& readSheet = *read.sheets[0];
-    ASSERT_TRUE(readSheet.find({2, 1})->array);
-    for (const int row : {2, 3, 4})
-        EXPECT_EQ(*readSheet.find({row, 1})->formula, *sheet.find({row, 1})->formula);
-    for (const int row : {20, 21, 22}) {
-        EXPECT_FALSE(readSheet.find({row, 1})->formula) << "a copy keeps the value alone";
+    for (const int first : {2, 20})
+        for (const int row : {first, first + 1, first + 2}) {
+            const Cell& cell = *readSheet.find({row, 1});
+            ASSERT_TRUE(cell.array && cell.formula) << "row " << row;
+            EXPECT_EQ(cell.array->cells, (CellRect{first, 1, first + 2, 1}));
+            EXPECT_EQ(cell.formula->tokens.front(), Token(cellToken(first - 2, 0, OperandClass::Array)));
+        }
+    for (const int row : {30, 31, 41}) {
+        EXPECT_FALSE(readSheet.find({row, 1})->formula) << "row " << row << " keeps the value alone";
         EXPECT_EQ(readSheet.value({row, 1}), CellValue(7.0));
     }
 }

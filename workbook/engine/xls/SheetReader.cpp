@@ -1,5 +1,6 @@
 #include "workbook/engine/xls/SheetReader.h"
 
+#include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/RecordStrings.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 #include <utility>
 
 namespace wagemill::engine::xls {
@@ -98,7 +100,7 @@ private:
                 {record::formulaText, &SheetReader::readFormulaText},
                 {record::sharedFormula, &SheetReader::readSharedFormula},
                 {record::array, &SheetReader::readArray},
-                {record::dataTable, &SheetReader::readArray},
+                {record::dataTable, &SheetReader::readDataTable},
                 {record::row, &SheetReader::readRow},
                 {record::columnInfo, &SheetReader::readColumns},
                 {record::mergedCells, &SheetReader::readMergedCells},
@@ -315,7 +317,7 @@ private:
         m_textFollows = result.textFollows;
         const auto tokens = reader.bytes(size);
         if (const auto base = sharedBase(tokens)) {
-            m_parts.push_back({address, *base, {tokens.begin(), tokens.end()}});
+            m_parts.push_back({address, *base});
             cell.formula = m_unresolved;
         } else {
             setFormula(cell, tokens, reader.rest(), address);
@@ -376,32 +378,39 @@ private:
 
     void readArray(const Record& record)
     {
-        ByteReader reader = record.reader();
-        readArea(reader);
-        CarriedRecord carried = record.carried();
-        if (record.id == record::array)
-            wantArray(carried.data);
-        if (Cell* const cell = m_sheet.find(m_formulaCell))
-            cell->array = std::make_shared<const CarriedRecord>(std::move(carried));
-    }
-
-    /// Some programs write an array formula that is a mere reference as a value, which is only its first cell.
-    static void wantArray(std::vector<std::byte>& data)
-    {
-        constexpr std::size_t tokensStart = 14;
-        constexpr std::byte valueBit{0x40};
-        constexpr std::byte arrayBit{0x20};
-        ByteReader reader(data);
-        reader.seek(tokensStart - 2);
+        const std::vector<std::byte> joined = record.joined();
+        ByteReader reader(joined);
+        ArrayArea array;
+        array.cells = readArea(reader);
+        array.flags = reader.u16();
+        reader.skip(4);
         const auto tokens = reader.bytes(reader.u16());
-        const Formula formula = readFormula(tokens, reader.rest(), {});
-        if (formula.tokens.size() == 1 && std::holds_alternative<ReferenceToken>(formula.tokens.front()) &&
-            (data[tokensStart] & valueBit) != std::byte{0})
-            data[tokensStart] |= arrayBit;
+        const Book& book = m_context.book;
+        try {
+            Formula formula =
+                readFormula(tokens, reader.rest(), {m_formulaCell, book.names.size(), book.externSheets.size()});
+            putArray(std::move(array), asArrayFormula(std::move(formula.tokens)));
+        } catch (const DamagedFile&) {
+            return; // its cells drop a formula that is missing
+        }
     }
 
-    /// Gives every cell of a shared formula one of its own. Cells of array formulas and data tables keep pointing at
-    /// theirs.
+    void readDataTable(const Record& record)
+    {
+        ByteReader reader = record.reader();
+        ArrayArea array;
+        array.cells = readArea(reader);
+        array.table = record.carried();
+        putArray(std::move(array), {OpaqueToken{}}); // is not computed
+    }
+
+    void putArray(ArrayArea area, std::vector<Token> tokens)
+    {
+        m_arrays[m_formulaCell] = {std::make_shared<const ArrayArea>(std::move(area)),
+                                   std::make_shared<const Formula>(Formula{std::move(tokens)})};
+    }
+
+    /// Gives every cell of a shared formula one of its own, and those of array formulas and data tables theirs.
     void resolveParts()
     {
         for (const Part& part : m_parts) {
@@ -411,8 +420,9 @@ private:
             const auto shared = m_sharedFormulas.find(part.base);
             if (shared != m_sharedFormulas.end() && shared->second.area.contains(part.cell))
                 expand(*cell, shared->second, part.cell);
-            else if (isPartOfArray(part.base, part.cell))
-                setFormula(*cell, part.tokens, {}, part.cell);
+            else if (const auto array = m_arrays.find(part.base);
+                     array != m_arrays.end() && array->second.area->cells.contains(part.cell))
+                std::tie(cell->array, cell->formula) = std::tie(array->second.area, array->second.formula);
             else
                 dropFormula(*cell, part.cell);
         }
@@ -423,15 +433,6 @@ private:
         setFormula(cell, shared.tokens, shared.behind, address);
         if (cell.formula && (sharedBase(shared.tokens) || !m_context.limits.addTokens(cell.formula->tokens.size())))
             dropFormula(cell, address);
-    }
-
-    bool isPartOfArray(CellAddress base, CellAddress address) const
-    {
-        const Cell* const first = std::as_const(m_sheet).find(base);
-        if (first == nullptr || !first->array)
-            return false;
-        ByteReader reader(first->array->data);
-        return readArea(reader).contains(address);
     }
 
     void readRow(const Record& record)
@@ -555,10 +556,14 @@ private:
         m_sheet.carried.push_back(record.carried());
     }
 
+    struct ArrayFormula {
+        std::shared_ptr<const ArrayArea> area;
+        std::shared_ptr<const Formula> formula;
+    };
+
     struct Part {
         CellAddress cell;
         CellAddress base;
-        std::vector<std::byte> tokens;
     };
 
     RecordReader m_records;
@@ -569,7 +574,8 @@ private:
     CellAddress m_formulaCell;
     bool m_textFollows = false;
     std::map<CellAddress, SharedFormula> m_sharedFormulas;
-    std::vector<Part> m_parts; ///< cells that only point at a shared formula, with m_unresolved for the time being
+    std::map<CellAddress, ArrayFormula> m_arrays;
+    std::vector<Part> m_parts; ///< cells that only point at another's formula, with m_unresolved for the time being
     std::shared_ptr<const Formula> m_unresolved = std::make_shared<const Formula>();
     bool m_hasWindow = false;
     bool m_isSplit = false;

@@ -1,6 +1,7 @@
 #include "workbook/engine/xls/SheetWriter.h"
 
 #include "workbook/engine/xls/BiffRecords.h"
+#include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/MergedCells.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 #include <stdexcept>
 
 namespace wagemill::engine::xls {
@@ -33,51 +33,25 @@ constexpr std::uint16_t activeFlags = 0x0600;
 constexpr std::uint16_t widestColumn = 255 * 256;
 constexpr auto standardWindow = "\xB6\x00\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
 
-/// Where array formulas and data tables of the sheet lie, by the cell that holds them.
-class ArrayAreas {
-public:
-    explicit ArrayAreas(const Sheet& sheet)
-    {
-        int row = 0;
-        for (const Row& cells : sheet.rows()) {
-            for (const Cell& cell : cells.cells)
-                if (cell.array && cell.formula)
-                    add({row, cell.column}, *cell.array);
-            ++row;
-        }
-    }
+/// The cell that holds the array formula or data table of the area for all its cells.
+CellAddress baseOf(const ArrayArea& array)
+{
+    return {array.cells.firstRow, array.cells.firstColumn};
+}
 
-    /// Whether the cell may point at that base; a copy of a part of an array elsewhere may not.
-    bool holds(CellAddress base, CellAddress cell) const
-    {
-        const auto found = m_areas.find(base);
-        return found != m_areas.end() && found->second.contains(cell);
-    }
-
-private:
-    void add(CellAddress base, const CarriedRecord& record)
-    {
-        ByteReader reader(record.data);
-        if (reader.remaining() < 6)
-            return;
-        CellRect area;
-        area.firstRow = reader.u16();
-        area.lastRow = reader.u16();
-        area.firstColumn = reader.u8();
-        area.lastColumn = reader.u8();
-        m_areas.emplace(base, area);
-    }
-
-    std::map<CellAddress, CellRect> m_areas;
-};
+/// Whether the cell's array formula is still in its first cell; else somebody put something else there.
+bool hasBase(const Sheet& sheet, const ArrayArea& array)
+{
+    const Cell* const base = sheet.find(baseOf(array));
+    return base != nullptr && base->formula && base->array && base->array->cells == array.cells;
+}
 
 /// The formula that is written; none where the cell was a part of an array that is not there.
-const Formula* writtenFormula(const Cell& cell, CellAddress address, const ArrayAreas& arrays)
+const Formula* writtenFormula(const Sheet& sheet, const Cell& cell)
 {
-    if (!cell.formula || cell.formula->tokens.empty())
+    if (!cell.formula || cell.formula->tokens.empty() || (cell.array && !hasBase(sheet, *cell.array)))
         return nullptr;
-    const auto base = sharedBase(*cell.formula);
-    return !base || arrays.holds(*base, address) ? cell.formula.get() : nullptr;
+    return cell.formula.get();
 }
 
 [[noreturn]] void throwUnsavable(const Sheet& sheet, CellAddress address, const std::exception& reason)
@@ -95,8 +69,7 @@ public:
           m_isActive(isActive),
           m_strings(strings),
           m_target(target),
-          m_carried(sheet.carried, worksheetRank),
-          m_arrays(sheet)
+          m_carried(sheet.carried, worksheetRank)
     {
         leaveOutWrongSizes(sheet.carried, m_carried);
         for (const std::uint16_t id : {record::defaultRowHeight, record::window2})
@@ -357,7 +330,7 @@ private:
 
     void writeCell(int row, const Cell& cell)
     {
-        if (const Formula* formula = writtenFormula(cell, {row, cell.column}, m_arrays))
+        if (const Formula* formula = writtenFormula(m_sheet, cell))
             writeFormulaCell(row, cell, *formula);
         else
             std::visit([&](const auto& value) { writeConstant(row, cell, value); }, cell.value);
@@ -406,7 +379,10 @@ private:
         try {
             m_tokens.clear();
             m_behind.clear();
-            writeFormula(formula, m_tokens, m_behind);
+            if (cell.array)
+                writeArrayPointer(*cell.array);
+            else
+                writeFormula(formula, m_tokens, m_behind);
             m_data.clear();
             writeHead(m_data, row, cell);
             std::visit([&](const auto& value) { writeResult(value); }, cell.value);
@@ -416,14 +392,41 @@ private:
             m_data.bytes(m_tokens.view());
             m_data.bytes(m_behind.view());
             m_target.write(record::formula, m_data.view());
-            if (cell.array)
-                m_target.write(*cell.array);
+            if (cell.array && baseOf(*cell.array) == CellAddress{row, cell.column})
+                writeArray(*cell.array, formula);
             const std::string* const text = std::get_if<std::string>(&cell.value);
             if (text != nullptr && !text->empty())
                 writeLongString(m_target, record::formulaText, *text);
         } catch (const std::length_error& error) {
             throwUnsavable(m_sheet, {row, cell.column}, error);
         }
+    }
+
+    /// PtgExp or PtgTbl ([MS-XLS] 2.5.198.58, .92): the formula stands in the record behind the first cell.
+    void writeArrayPointer(const ArrayArea& array)
+    {
+        m_tokens.u8(array.isTable() ? ptg::partOfTable : ptg::partOfShared);
+        m_tokens.u16(static_cast<std::uint16_t>(array.cells.firstRow));
+        m_tokens.u16(static_cast<std::uint16_t>(array.cells.firstColumn));
+    }
+
+    void writeArray(const ArrayArea& array, const Formula& formula)
+    {
+        if (array.isTable())
+            return m_target.write(array.table);
+        m_tokens.clear();
+        writeFormula(formula, m_tokens, m_behind);
+        m_data.clear();
+        m_data.u16(static_cast<std::uint16_t>(array.cells.firstRow));
+        m_data.u16(static_cast<std::uint16_t>(array.cells.lastRow));
+        m_data.u8(static_cast<std::uint8_t>(array.cells.firstColumn));
+        m_data.u8(static_cast<std::uint8_t>(array.cells.lastColumn));
+        m_data.u16(array.flags);
+        m_data.u32(0);
+        m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
+        m_data.bytes(m_tokens.view());
+        m_data.bytes(m_behind.view());
+        m_target.write(record::array, m_data.view());
     }
 
     /// [MS-XLS] 2.5.133 FormulaValue
@@ -515,7 +518,6 @@ private:
     const std::vector<std::uint32_t>& m_strings;
     RecordWriter& m_target;
     CarriedRecords m_carried;
-    ArrayAreas m_arrays;
     std::vector<int> m_rows;       ///< that have a ROW record
     std::size_t m_indexOffset = 0; ///< of the place for the offset of DEFCOLWIDTH, those of the blocks behind it
     std::size_t m_nextString = 0;
@@ -544,14 +546,13 @@ void writeCarriedSheet(const Sheet& sheet, bool isActive, RecordWriter& target)
 
 std::vector<std::uint32_t> collectStrings(const Sheet& sheet, SharedStringTable& strings)
 {
-    const ArrayAreas arrays(sheet);
     std::vector<std::uint32_t> indices;
     int row = 0;
     for (const Row& cells : sheet.rows()) {
         for (const Cell& cell : cells.cells) {
             const CellAddress address{row, cell.column};
             const std::string* const text = std::get_if<std::string>(&cell.value);
-            if (text == nullptr || writtenFormula(cell, address, arrays) != nullptr)
+            if (text == nullptr || writtenFormula(sheet, cell) != nullptr)
                 continue;
             try {
                 indices.push_back(strings.indexFor(*text, cell.runs));
