@@ -22,6 +22,7 @@ bool isSeparator(const QString& typed)
 DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
     : QDateEdit(date, parent), m_formats(std::move(formats))
 {
+    setMinimumDate({1601, 1, 1});    // as the Windows picker
     setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
 }
 
@@ -52,7 +53,8 @@ void DatePicker::takeWholeDate()
     if (!typed || !m_typed.endsWith(QString::number(typed->year))) // "1/5/20" may go on
         return;
     m_typed.clear();
-    setDate({typed->year, typed->month, typed->day});
+    if (const QDate date(typed->year, typed->month, typed->day); date >= minimumDate() && date <= maximumDate())
+        setDate(date); // one out of range would become the nearest in it
 }
 
 void DatePicker::focusInEvent(QFocusEvent* event)

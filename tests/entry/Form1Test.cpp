@@ -203,8 +203,8 @@ TEST_F(Form1Test, ReadsADateTypedWithOrWithoutItsSeparators)
         const char* expected;
     } const cases[] = {
         {"2/28/2025", "2/28/2025"}, // the month is complete with its first digit and moves on by itself
-        {"12311999", "12/31/1999"}, {"11-4-2020", "11/4/2020"}, {"1.5.1850", "1/5/1850"},
-        {"10 1 2026", "10/1/2026"}, {"2/29/2024", "2/29/2024"}, // no day of the year shown before
+        {"12311999", "12/31/1999"}, {"11-4-2020", "11/4/2020"}, {"1.5.1850", "1/5/1850"}, {"10 1 2026", "10/1/2026"},
+        {"3/5/1601", "3/5/1601"},   {"2/29/2024", "2/29/2024"}, // no day of the year shown before
     };
     auto* const date = control<QDateEdit>("dtPeriodEnding");
     for (const auto& [typed, expected] : cases) {
