@@ -18,7 +18,7 @@ testIn() {
     ctest --test-dir "$folder" --output-on-failure --parallel 2 --timeout 300 2>&1 | tee "$folder.tests.log" |
         grep -vE '^QStandardPaths|^ *[0-9]+/[0-9]+ Test +#.* Passed |^ +Start +[0-9]+:' || true
     # A test that skips itself says why; these lines are for the reader, and no failure.
-    grep -hE -A1 '^Skipped:|: Skipped$' "$folder/Testing/Temporary/LastTest.log" | grep -vE '^--$|: Skipped$' |
+    grep -hE -A1 '^Skipped:|: Skipped$' "$folder/Testing/Temporary/LastTest.log" | grep -vE '^--$|: Skipped$|^<end of output>' |
         sed -E 's/^(Skipped: )?/Skipped: /' | sort -u || true
     grep -qE '^100% tests passed' "$folder.tests.log"
 }
