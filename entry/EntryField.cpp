@@ -83,8 +83,7 @@ void EntryField::focusOutEvent(QFocusEvent* event)
     QLineEdit::focusOutEvent(event);
     // Tab and mouse have asked before the focus moved; what is left are shortcuts, which move it unasked.
     if (event->reason() == Qt::ShortcutFocusReason && !mayLeave())
-        QMetaObject::invokeMethod(
-            this, [this] { setFocus(Qt::OtherFocusReason); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "setFocus", Qt::QueuedConnection);
 }
 
 void EntryField::mousePressEvent(QMouseEvent* event)
