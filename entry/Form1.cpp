@@ -303,6 +303,7 @@ void Form1::showArrow()
 
 void Form1::showPicture(const std::filesystem::path& picture)
 {
+    preview().setPicture({}); // a build whose picture fails must not show the figures of an earlier one
     preview().setPicture(loadPicture(picture));
 }
 

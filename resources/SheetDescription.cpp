@@ -2,8 +2,8 @@
 
 #include "resources/FrozenRows.h"
 #include "resources/PrintSetup.h"
-#include "workbook/engine/CellEntry.h"
-#include "workbook/engine/FormulaParser.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/FormulaParser.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,7 +3,7 @@
 #include "resources/CellLook.h"
 #include "resources/DescriptionLines.h"
 #include "resources/SheetDescription.h"
-#include "workbook/engine/Recalculation.h"
+#include "workbook/engine/formula/Recalculation.h"
 
 #include <charconv>
 #include <chrono>

@@ -1,8 +1,8 @@
 #include "app/look/Splash.h"
 
+#include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/look/Look.h"
-#include "app/base/ErrorTrap.h"
 #include "settings/Settings.h"
 
 #include <QCheckBox>

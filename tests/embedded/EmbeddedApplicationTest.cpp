@@ -2,7 +2,7 @@
 #include "app/base/Files.h"
 #include "resources/CustomResource.h"
 #include "tests/support/TemporaryFolder.h"
-#include "workbook/engine/NumberFormat.h"
+#include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <gtest/gtest.h>

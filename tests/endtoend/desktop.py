@@ -65,17 +65,20 @@ class Desktop:
         return bool(self._search(title))
 
     def click(self, x, y, button=1):
-        self._xdotool("mousemove", "--sync", str(x), str(y))
-        time.sleep(0.05)
+        self._move(x, y)
         self._xdotool("click", str(button))
 
     def drag(self, start, end):
-        self._xdotool("mousemove", "--sync", *map(str, start))
+        self._move(*start)
         self._xdotool("mousedown", "1")
         for part in range(1, 11):
-            self._xdotool("mousemove", "--sync", *(str(round(a + (b - a) * part / 10)) for a, b in zip(start, end)))
-            time.sleep(0.02)
+            self._move(*(round(a + (b - a) * part / 10) for a, b in zip(start, end)))
         self._xdotool("mouseup", "1")
+
+    def _move(self, x, y):
+        """Without --sync, which waits for ever when the pointer is there already."""
+        self._xdotool("mousemove", str(x), str(y))
+        time.sleep(0.05)
 
     def key(self, *names):
         self._xdotool("key", "--delay", "20", *names)

@@ -10,10 +10,12 @@
 #include "tests/workbook/FakeSpreadsheet.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
 #include <QDateEdit>
 #include <QFrame>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QPixmap>
 #include <QScrollBar>
@@ -23,6 +25,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <utility>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -472,6 +475,44 @@ TEST_F(Form1Test, PressesItsButtonsByEnterAndSpace)
     EXPECT_EQ(messages.shown.size(), 3U);
 }
 
+/// The bytes of a bitmap file of that size.
+std::vector<std::byte> bitmap(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QByteArray file;
+    QBuffer buffer(&file);
+    image.save(&buffer, "BMP");
+    const auto* const bytes = reinterpret_cast<const std::byte*>(file.constData());
+    return {bytes, bytes + file.size()};
+}
+
+QWidget* previewWindow()
+{
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->objectName() == "Form2")
+            return window;
+    return nullptr;
+}
+
+TEST_F(Form1Test, ShowsNoEarlierFiguresWhenAPictureFails)
+{
+    const TemporaryFolder folder;
+    const ScopedEnvironment temp("TEMP", folder.path().string());
+    open();
+    const auto broken = std::exchange(spreadsheet.pictureBytes, bitmap({300, 200}));
+    click("PushButton22");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(previewWindow()));
+    auto* const picture = previewWindow()->findChild<QWidget*>("Picture1");
+    EXPECT_EQ(picture->size(), QSize(300, 200));
+    EXPECT_TRUE(messages.shown.empty());
+    QTest::mouseClick(previewWindow()->findChild<PushButton*>("PushButton8"), Qt::LeftButton);
+    spreadsheet.pictureBytes = broken;
+    click("PushButton22");
+    EXPECT_EQ(messages.shown.size(), 1U);
+    EXPECT_LE(picture->width(), 2);
+}
+
 TEST_F(Form1Test, TurnsIntoThePreviewAndComesBackAsItWas)
 {
     const TemporaryFolder folder;
@@ -483,10 +524,7 @@ TEST_F(Form1Test, TurnsIntoThePreviewAndComesBackAsItWas)
     ASSERT_EQ(messages.failedSteps().size(), 1U);
     EXPECT_FALSE(form->isVisible());
     EXPECT_TRUE(form->updatesEnabled());
-    QWidget* preview = nullptr;
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->objectName() == "Form2")
-            preview = window;
+    QWidget* const preview = previewWindow();
     ASSERT_NE(preview, nullptr);
     EXPECT_TRUE(preview->isVisible());
     QTest::mouseClick(preview->findChild<PushButton*>("PushButton8"), Qt::LeftButton);

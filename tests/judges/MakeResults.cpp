@@ -7,7 +7,7 @@
 #include "tests/workbook/BuildCases.h"
 #include "workbook/PayrollBuild.h"
 #include "workbook/embedded/EmbeddedApplication.h"
-#include "workbook/engine/NumberFormat.h"
+#include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #include "resources/CustomResource.h"
-#include "workbook/engine/CellEntry.h"
-#include "workbook/engine/FormulaParser.h"
-#include "workbook/engine/Recalculation.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "resources/CustomResource.h"
 #include "workbook/embedded/TextPainter.h"
-#include "workbook/engine/SheetPicture.h"
+#include "workbook/engine/picture/SheetPicture.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <QRegularExpression>

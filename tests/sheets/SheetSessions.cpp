@@ -1,9 +1,9 @@
 // Runs every session in this folder; README.md says what their lines mean.
 
-#include "workbook/engine/CellEntry.h"
-#include "workbook/engine/FormulaParser.h"
-#include "workbook/engine/NumberFormat.h"
-#include "workbook/engine/Recalculation.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Recalculation.h"
+#include "workbook/engine/text/NumberFormat.h"
 
 #include <gtest/gtest.h>
 

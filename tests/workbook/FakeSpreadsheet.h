@@ -22,8 +22,9 @@ struct FakeSpreadsheet {
     void call(const std::string& text);
     SpreadsheetPlatform platform();
 
-    /// Clipboard: fails so many times, then gives a picture of three bytes.
+    /// Clipboard: fails so many times, then gives a picture file of these bytes.
     int emptyFetches = 0;
+    std::vector<std::byte> pictureBytes = {std::byte{'B'}, std::byte{'M'}, std::byte{0}};
     int fetches = 0;
 
 private:

@@ -2,9 +2,9 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "workbook/engine/CellEntry.h"
-#include "workbook/engine/Recalculation.h"
-#include "workbook/engine/SheetPicture.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/Recalculation.h"
+#include "workbook/engine/picture/SheetPicture.h"
 #include "workbook/engine/xls/BiffReader.h"
 #include "workbook/engine/xls/BiffWriter.h"
 

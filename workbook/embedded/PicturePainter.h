@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbook/engine/SheetPicture.h"
+#include "workbook/engine/picture/SheetPicture.h"
 
 #include <cstddef>
 #include <vector>

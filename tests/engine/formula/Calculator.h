@@ -1,8 +1,8 @@
 #pragma once
 
-#include "workbook/engine/CellEntry.h"
-#include "workbook/engine/FormulaParser.h"
-#include "workbook/engine/Recalculation.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Recalculation.h"
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,5 @@
-#include "workbook/engine/SheetPicture.h"
-#include "workbook/engine/PictureGrid.h"
+#include "workbook/engine/picture/SheetPicture.h"
+#include "workbook/engine/picture/PictureGrid.h"
 
 #include <gtest/gtest.h>
 

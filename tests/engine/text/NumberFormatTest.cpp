@@ -1,4 +1,4 @@
-#include "workbook/engine/NumberFormat.h"
+#include "workbook/engine/text/NumberFormat.h"
 
 #include "tests/base/text/Regions.h"
 

@@ -1,8 +1,8 @@
-#include "workbook/engine/TypedText.h"
+#include "workbook/engine/text/TypedText.h"
 
 #include "app/base/NumberText.h"
 #include "tests/base/text/Regions.h"
-#include "workbook/engine/NumberFormat.h"
+#include "workbook/engine/text/NumberFormat.h"
 
 #include <gtest/gtest.h>
 

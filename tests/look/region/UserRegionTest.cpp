@@ -2,7 +2,7 @@
 
 #include "app/base/DateText.h"
 #include "app/base/NumberText.h"
-#include "workbook/engine/TypedText.h"
+#include "workbook/engine/text/TypedText.h"
 
 #include <QLocale>
 #include <gtest/gtest.h>

@@ -1,0 +1,179 @@
+#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/text/SerialDay.h"
+
+#include <array>
+#include <cmath>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr int secondsPerDay = 86400;
+constexpr int daysBetweenSystems = 1462; ///< serial day of 1 January 1904 in the 1900 system
+constexpr int lastYear = 9999;
+
+/// A moment's day, and its second of the day to the nearest one.
+struct Moment {
+    int day = 0;
+    int second = 0;
+};
+
+Moment momentOf(const FunctionCall& call, std::size_t index)
+{
+    const double serial = call.number(index);
+    if (serial < 0 || serial >= lastSerialDay(call.dates1904()) + 1)
+        throw FormulaFailure{ErrorCode::Number};
+    const double day = std::floor(serial);
+    const auto second = static_cast<int>(std::lround((serial - day) * secondsPerDay));
+    return {static_cast<int>(day), second % secondsPerDay};
+}
+
+CalendarDate dateOf(const FunctionCall& call, std::size_t index)
+{
+    return dateOfSerialDay(momentOf(call, index).day, call.dates1904());
+}
+
+Operand serialAnswer(const FunctionCall& call, int year, int month, int day)
+{
+    const int serial = serialDayOf(year, month, day, call.dates1904());
+    return serial < 0 || serial > lastSerialDay(call.dates1904()) ? errorOperand(ErrorCode::Number)
+                                                                  : numberAnswer(serial);
+}
+
+/// Years, months or days as an argument gives them, no more than the calendar of 10,000 years has.
+int calendarArgument(const FunctionCall& call, std::size_t index)
+{
+    constexpr double most = 4e6;
+    const double number = std::trunc(call.number(index));
+    if (std::fabs(number) > most)
+        throw FormulaFailure{ErrorCode::Number};
+    return static_cast<int>(number);
+}
+
+Operand date(const FunctionCall& call)
+{
+    const int first = call.dates1904() ? 1904 : 1900;
+    int year = calendarArgument(call, 0);
+    if (year < first)
+        year += 1900;
+    const int month = calendarArgument(call, 1);
+    const int wholeYears = static_cast<int>(std::floor((month - 1) / 12.0));
+    if (year + wholeYears < 1899 || year + wholeYears > lastYear)
+        return errorOperand(ErrorCode::Number);
+    return serialAnswer(call, year + wholeYears, month - 12 * wholeYears, calendarArgument(call, 2));
+}
+
+Operand time(const FunctionCall& call)
+{
+    const double seconds =
+        std::trunc(call.number(0)) * 3600 + std::trunc(call.number(1)) * 60 + std::trunc(call.number(2));
+    if (seconds < 0)
+        return errorOperand(ErrorCode::Number);
+    return numberAnswer(std::fmod(seconds, secondsPerDay) / secondsPerDay);
+}
+
+/// What a clock shows of one unit: `seconds` long, so many to the next larger one.
+template <int seconds, int unitsInNext>
+Operand clockPart(const FunctionCall& call)
+{
+    const int part = momentOf(call, 0).second / seconds % unitsInNext;
+    return numberAnswer(part);
+}
+
+/// type  1: Sunday is 1, 2: Monday is 1, 3: Monday is 0
+Operand weekday(const FunctionCall& call)
+{
+    const int type = call.integer(1, 1);
+    const int day = momentOf(call, 0).day + (call.dates1904() ? daysBetweenSystems : 0);
+    const int fromSunday = (day + 6) % 7;
+    if (type < 1 || type > 3)
+        return errorOperand(ErrorCode::Number);
+    const int fromMonday = (fromSunday + 6) % 7;
+    return numberAnswer(type == 1 ? fromSunday + 1 : type == 2 ? fromMonday + 1 : fromMonday);
+}
+
+double now(const FunctionCall& call)
+{
+    return call.rules().now - (call.dates1904() ? daysBetweenSystems : 0);
+}
+
+double numberInArgument(const FunctionCall& call)
+{
+    const auto number = numberInText(call.text(0), call.rules());
+    if (!number)
+        throw FormulaFailure{ErrorCode::Value};
+    return *number;
+}
+
+/// The month so many months later, and the day of it that `day` chooses.
+template <class Day>
+Operand monthsLater(const FunctionCall& call, Day day)
+{
+    const CalendarDate start = dateOf(call, 0);
+    const int months = start.year * 12 + start.month - 1 + calendarArgument(call, 1);
+    if (months < 1900 * 12 || months > lastYear * 12 + 11)
+        return errorOperand(ErrorCode::Number);
+    const int lastOfMonth =
+        dateOfSerialDay(serialDayOf(months / 12, months % 12 + 2, 0, call.dates1904()), call.dates1904()).day;
+    return serialAnswer(call, months / 12, months % 12 + 1, day(start.day, lastOfMonth));
+}
+
+Operand sameDayLater(const FunctionCall& call)
+{
+    return monthsLater(call, [](int day, int last) { return std::min(day, last); });
+}
+
+Operand endOfMonth(const FunctionCall& call)
+{
+    return monthsLater(call, [](int, int last) { return last; });
+}
+
+/// Days between two dates in a year of twelve months with 30 days each (the United States rule unless told otherwise).
+Operand days360(const FunctionCall& call)
+{
+    CalendarDate start = dateOf(call, 0);
+    CalendarDate end = dateOf(call, 1);
+    if (call.logical(2, false)) {
+        start.day = std::min(start.day, 30);
+        end.day = std::min(end.day, 30);
+    } else {
+        const bool endsMonth = dateOfSerialDay(momentOf(call, 0).day + 1, call.dates1904()).month != start.month;
+        if (endsMonth)
+            start.day = 30;
+        if (end.day == 31 && start.day == 30)
+            end.day = 30;
+    }
+    return numberAnswer((end.year - start.year) * 360 + (end.month - start.month) * 30 + end.day - start.day);
+}
+
+constexpr auto table = std::to_array<FunctionBinding>({
+    {"DATE", date},
+    {"TIME", time},
+    {"YEAR", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).year); }},
+    {"MONTH", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).month); }},
+    {"DAY", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).day); }},
+    {"HOUR", clockPart<3600, 24>},
+    {"MINUTE", clockPart<60, 60>},
+    {"SECOND", clockPart<1, 60>},
+    {"WEEKDAY", weekday},
+    {"DATEVALUE", [](const FunctionCall& call) { return numberAnswer(std::floor(numberInArgument(call))); }},
+    {"TIMEVALUE",
+     [](const FunctionCall& call) {
+         const double moment = numberInArgument(call);
+         return numberAnswer(moment - std::floor(moment));
+     }},
+    {"TODAY", [](const FunctionCall& call) { return numberAnswer(std::floor(now(call))); }},
+    {"NOW", [](const FunctionCall& call) { return numberAnswer(now(call)); }},
+    {"DAYS360", days360},
+    {"EDATE", sameDayLater, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
+    {"EOMONTH", endOfMonth, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
+});
+
+} // namespace
+
+std::span<const FunctionBinding> dateFunctions()
+{
+    return table;
+}
+
+} // namespace wagemill::engine

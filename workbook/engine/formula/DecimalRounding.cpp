@@ -1,0 +1,38 @@
+#include "workbook/engine/formula/DecimalRounding.h"
+
+#include "app/base/NumberText.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr int mostDecimals = 400; ///< no double has digits farther from the point
+
+DecimalNumber truncated(DecimalNumber number, int decimals)
+{
+    const int kept = std::max(number.pointPosition + decimals, 0);
+    if (static_cast<std::size_t>(kept) < number.digits.size())
+        number.digits.resize(static_cast<std::size_t>(kept));
+    return number;
+}
+
+} // namespace
+
+double roundedNumber(double number, int decimals, Rounding rounding)
+{
+    const int places = std::clamp(decimals, -mostDecimals, mostDecimals);
+    const DecimalNumber decimal = toShownDecimal(number);
+    DecimalNumber result =
+        rounding == Rounding::HalfAwayFromZero ? rounded(decimal, places) : truncated(decimal, places);
+    const bool isCut = result.digits.size() < decimal.digits.size();
+    if (rounding == Rounding::AwayFromZero && isCut)
+        result = result.digits.empty()
+                     ? DecimalNumber{decimal.negative, "1", 1 - places}
+                     : rounded({decimal.negative, result.digits + '9', decimal.pointPosition}, places);
+    return toDouble(result).value_or(std::numeric_limits<double>::infinity());
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,580 @@
+#include "workbook/engine/formula/FormulaEvaluator.h"
+
+#include "workbook/engine/formula/FormulaFunctions.h"
+#include "workbook/engine/formula/Operators.h"
+#include "workbook/engine/formula/TextCase.h"
+
+#include <utility>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr int maxNameDepth = 32; ///< names that stand for formulas with names
+constexpr std::size_t maxValuesPerFormula = std::size_t{1} << 20;
+constexpr std::uint16_t sumFunction = 4;
+constexpr std::uint16_t addInFunction = 255;
+
+using AreaList = std::shared_ptr<const std::vector<Area>>;
+using ArrayPointer = std::shared_ptr<const ValueArray>;
+
+/// Whether the function answers one of its arguments as it is.
+bool choosesArgument(std::uint16_t function)
+{
+    constexpr std::uint16_t ifFunction = 1;
+    constexpr std::uint16_t chooseFunction = 100;
+    return function == ifFunction || function == chooseFunction;
+}
+
+bool isArray(const Operand& operand)
+{
+    return std::holds_alternative<ArrayPointer>(operand);
+}
+
+/// A part of a name's formula is written as for cell A1; it wraps around the sheet's edges.
+ReferencePart partSeenFrom(CellAddress cell, ReferencePart part)
+{
+    if (part.rowRelative)
+        part.row = (part.row + cell.row) % maxRows;
+    if (part.columnRelative)
+        part.column = (part.column + cell.column) % maxColumns;
+    return part;
+}
+
+CellValue intersection(const Book& book, const Area& area, CellAddress cell)
+{
+    const CellRect& cells = area.cells;
+    const bool oneRow = cells.firstRow == cells.lastRow;
+    const bool oneColumn = cells.firstColumn == cells.lastColumn;
+    if (oneRow && oneColumn)
+        return cellValue(book, area.sheet, {cells.firstRow, cells.firstColumn});
+    if (oneColumn && cell.row >= cells.firstRow && cell.row <= cells.lastRow)
+        return cellValue(book, area.sheet, {cell.row, cells.firstColumn});
+    if (oneRow && cell.column >= cells.firstColumn && cell.column <= cells.lastColumn)
+        return cellValue(book, area.sheet, {cells.firstRow, cell.column});
+    return ErrorCode::Value;
+}
+
+/// Rows and columns that results for each element of several operands have.
+struct Extent {
+    int rows = 1;
+    int columns = 1;
+
+    void include(const ValueGrid& grid)
+    {
+        rows = std::max(rows, grid.rows());
+        columns = std::max(columns, grid.columns());
+    }
+    std::size_t size() const { return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns); }
+};
+
+/// The element for a place in a larger extent: one row or column serves for all, what lies beyond is #N/A.
+CellValue element(const ValueGrid& grid, int row, int column)
+{
+    const int ownRow = grid.rows() == 1 ? 0 : row;
+    const int ownColumn = grid.columns() == 1 ? 0 : column;
+    if (ownRow >= grid.rows() || ownColumn >= grid.columns())
+        return ErrorCode::NotAvailable;
+    return grid.at(ownRow, ownColumn);
+}
+
+/// An array with compute(row, column) in each place.
+template <class Compute>
+Operand arrayOf(FormulaEvaluator& evaluator, const Extent& extent, Compute compute)
+{
+    evaluator.reserveValues(extent.size());
+    auto array = std::make_shared<ValueArray>();
+    array->rows = extent.rows;
+    array->columns = extent.columns;
+    array->values.reserve(extent.size());
+    for (int row = 0; row < extent.rows; ++row)
+        for (int column = 0; column < extent.columns; ++column)
+            array->values.push_back(compute(row, column));
+    return ArrayPointer(std::move(array));
+}
+
+} // namespace
+
+/// One pass over a list of tokens, on top of the evaluator's stack.
+class FormulaEvaluator::TokenRun {
+public:
+    TokenRun(FormulaEvaluator& evaluator, const std::vector<Token>& tokens)
+        : m_evaluator(evaluator), m_tokens(tokens), m_base(evaluator.m_stack.size())
+    {
+    }
+
+    Operand result();
+
+    void operator()(const NumberToken& token) { push(numberValue(token.number)); }
+    void operator()(const TextToken& token) { push(CellValue(token.text)); }
+    void operator()(const LogicalToken& token) { push(CellValue(token.value)); }
+    void operator()(const ErrorToken& token) { push(errorOperand(token.error)); }
+    void operator()(const MissingArgumentToken& /*token*/) { push(MissingArgument{}); }
+    void operator()(const ReferenceToken& token);
+    void operator()(const NameToken& token);
+    void operator()(const OperatorToken& token);
+    void operator()(const FunctionToken& token);
+    void operator()(const AttributeToken& token);
+    void operator()(const ArrayToken& token);
+    void operator()(const OpaqueToken& /*token*/) { throw CannotEvaluate{}; }
+
+private:
+    void push(Operand operand) { m_evaluator.m_stack.push_back(std::move(operand)); }
+    void pushAs(OperandClass operandClass, Operand operand);
+    Operand popped();
+    ReferenceToken relocated(const ReferenceToken& token) const;
+    bool isForeign(std::uint16_t externSheet) const;
+    std::string_view calledName(const NameToken& token) const;
+
+    void joinReferences(Operator op);
+    void calculate(Operator op);
+    void calculateSigned(Operator op);
+
+    const FunctionBinding* bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
+    Operand call(const FunctionBinding& function, std::span<Operand> arguments);
+    Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument);
+
+    void goTo(std::size_t target);
+    void goBehindFunction(std::size_t target);
+    std::size_t target(const AttributeToken& token, std::size_t index) const;
+    void chooseBranch(const AttributeToken& token);
+    void chooseChoice(const AttributeToken& token);
+
+    FormulaEvaluator& m_evaluator;
+    const std::vector<Token>& m_tokens;
+    std::size_t m_base;
+    std::size_t m_next = 0;
+};
+
+Operand FormulaEvaluator::TokenRun::result()
+{
+    m_evaluator.reserveValues(m_tokens.size());
+    while (m_next < m_tokens.size())
+        std::visit(*this, m_tokens[m_next++]);
+    Operand operand = popped();
+    if (m_evaluator.m_stack.size() != m_base)
+        throw CannotEvaluate{};
+    return operand;
+}
+
+Operand FormulaEvaluator::TokenRun::popped()
+{
+    auto& stack = m_evaluator.m_stack;
+    if (stack.size() <= m_base)
+        throw CannotEvaluate{}; // the token list of a damaged file
+    Operand operand = std::move(stack.back());
+    stack.pop_back();
+    return operand;
+}
+
+void FormulaEvaluator::TokenRun::pushAs(OperandClass operandClass, Operand operand)
+{
+    const bool isValue = operandClass == OperandClass::Value && !m_evaluator.m_wantsArrays;
+    if (isValue && !areasOf(operand).empty())
+        return push(m_evaluator.single(operand));
+    if (!isValue && operandClass != OperandClass::Reference && std::holds_alternative<Area>(operand)) {
+        const ValueGrid grid(m_evaluator.m_book, operand);
+        return push(arrayOf(m_evaluator, {grid.rows(), grid.columns()},
+                            [&](int row, int column) { return grid.at(row, column); }));
+    }
+    push(std::move(operand));
+}
+
+ReferenceToken FormulaEvaluator::TokenRun::relocated(const ReferenceToken& token) const
+{
+    ReferenceToken moved = token;
+    moved.first = partSeenFrom(m_evaluator.m_cell, token.first);
+    if (token.last)
+        moved.last = partSeenFrom(m_evaluator.m_cell, *token.last);
+    return moved;
+}
+
+bool FormulaEvaluator::TokenRun::isForeign(std::uint16_t externSheet) const
+{
+    const Book& book = m_evaluator.m_book;
+    if (externSheet >= book.externSheets.size())
+        return true;
+    const std::size_t supporting = book.externSheets[externSheet].supportingBook;
+    return supporting >= book.supportingBooks.size() ||
+           book.supportingBooks[supporting].kind != SupportingBook::Kind::Own;
+}
+
+void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
+{
+    if (token.externSheet && isForeign(*token.externSheet))
+        throw CannotEvaluate{};
+    const bool inName = m_evaluator.m_nameDepth > 0;
+    Area first;
+    std::vector<Area> all;
+    std::size_t count = 0;
+    forEachArea(m_evaluator.m_book, m_evaluator.m_sheet, inName ? relocated(token) : token, [&](const Area& area) {
+        if (inName)
+            m_evaluator.ready(area);
+        if (count++ == 0)
+            first = area;
+        else if (count == 2)
+            all = {first, area};
+        else
+            all.push_back(area);
+    });
+    if (count == 0)
+        push(errorOperand(ErrorCode::Reference));
+    else if (count == 1)
+        pushAs(token.operandClass, first);
+    else
+        pushAs(token.operandClass, std::make_shared<const std::vector<Area>>(std::move(all)));
+}
+
+/// The name of an add-in's or later function that the token stands for; empty when it stands for a formula.
+std::string_view FormulaEvaluator::TokenRun::calledName(const NameToken& token) const
+{
+    const Book& book = m_evaluator.m_book;
+    const auto index = static_cast<std::size_t>(token.index) - 1;
+    if (token.externSheet && isForeign(*token.externSheet)) {
+        if (*token.externSheet >= book.externSheets.size())
+            throw CannotEvaluate{};
+        const std::size_t supporting = book.externSheets[*token.externSheet].supportingBook;
+        if (supporting >= book.supportingBooks.size() || index >= book.supportingBooks[supporting].externNames.size() ||
+            book.supportingBooks[supporting].kind != SupportingBook::Kind::AddIn)
+            throw CannotEvaluate{};
+        return book.supportingBooks[supporting].externNames[index];
+    }
+    if (index >= book.names.size())
+        throw FormulaFailure{ErrorCode::Name};
+    const DefinedName& name = book.names[index];
+    return name.formula.tokens.empty() || name.name.starts_with("_xlfn.") ? std::string_view(name.name) : "";
+}
+
+void FormulaEvaluator::TokenRun::operator()(const NameToken& token)
+{
+    if (const std::string_view called = calledName(token); !called.empty())
+        return push(CalledName{called});
+    if (m_evaluator.m_nameDepth >= maxNameDepth)
+        throw CannotEvaluate{};
+    const DefinedName& name = m_evaluator.m_book.names[static_cast<std::size_t>(token.index) - 1];
+    ++m_evaluator.m_nameDepth; // evaluate() starts from 0 again, whatever is thrown
+    Operand operand = m_evaluator.run(name.formula.tokens);
+    --m_evaluator.m_nameDepth;
+    pushAs(token.operandClass, std::move(operand));
+}
+
+void FormulaEvaluator::TokenRun::operator()(const ArrayToken& token)
+{
+    auto array = std::make_shared<ValueArray>();
+    array->rows = token.rows;
+    array->columns = token.columns;
+    array->values = token.values;
+    if (token.rows < 1 || token.columns < 1 ||
+        token.values.size() != static_cast<std::size_t>(token.rows) * static_cast<std::size_t>(token.columns))
+        throw CannotEvaluate{};
+    m_evaluator.reserveValues(token.values.size());
+    push(ArrayPointer(std::move(array)));
+}
+
+void FormulaEvaluator::TokenRun::operator()(const OperatorToken& token)
+{
+    switch (token.op) {
+    case Operator::Brackets:
+        break;
+    case Operator::Range:
+    case Operator::Union:
+    case Operator::Intersection:
+        joinReferences(token.op);
+        break;
+    case Operator::Negate:
+    case Operator::UnaryPlus:
+    case Operator::Percent:
+        calculateSigned(token.op);
+        break;
+    default:
+        calculate(token.op);
+    }
+}
+
+void FormulaEvaluator::TokenRun::joinReferences(Operator op)
+{
+    const Operand right = popped();
+    const Operand left = popped();
+    for (const Operand* operand : {&left, &right})
+        if (areasOf(*operand).empty()) {
+            const CellValue value = m_evaluator.single(*operand);
+            return push(std::holds_alternative<ErrorCode>(value) ? value : CellValue(ErrorCode::Value));
+        }
+    m_evaluator.reserveValues(areasOf(left).size() * areasOf(right).size());
+    const auto joined = joinedAreas(op, areasOf(left), areasOf(right));
+    if (const auto* const error = std::get_if<ErrorCode>(&joined))
+        return push(errorOperand(*error));
+    const auto& areas = std::get<std::vector<Area>>(joined);
+    if (op == Operator::Range)
+        m_evaluator.ready(areas.front()); // it may span cells that neither operand names
+    if (areas.size() == 1)
+        return push(areas.front());
+    push(std::make_shared<const std::vector<Area>>(areas));
+}
+
+void FormulaEvaluator::TokenRun::calculate(Operator op)
+{
+    const Operand right = popped();
+    const Operand left = popped();
+    if (!isArray(left) && !isArray(right))
+        return push(calculated(op, m_evaluator.single(left), m_evaluator.single(right), m_evaluator.m_rules));
+    const ValueGrid leftGrid(m_evaluator.m_book, left);
+    const ValueGrid rightGrid(m_evaluator.m_book, right);
+    Extent extent;
+    extent.include(leftGrid);
+    extent.include(rightGrid);
+    push(arrayOf(m_evaluator, extent, [&](int row, int column) {
+        return calculated(op, element(leftGrid, row, column), element(rightGrid, row, column), m_evaluator.m_rules);
+    }));
+}
+
+void FormulaEvaluator::TokenRun::calculateSigned(Operator op)
+{
+    const Operand operand = popped();
+    if (!isArray(operand))
+        return push(calculated(op, m_evaluator.single(operand), m_evaluator.m_rules));
+    const ValueGrid grid(m_evaluator.m_book, operand);
+    push(arrayOf(m_evaluator, {grid.rows(), grid.columns()},
+                 [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
+}
+
+/// What computes the function; takes the name that function 255 calls off the arguments.
+const FunctionBinding* FormulaEvaluator::TokenRun::bindingOf(const FunctionToken& token,
+                                                             std::span<Operand>& arguments) const
+{
+    if (token.function != addInFunction)
+        return findBinding(token.function);
+    const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
+    if (called == nullptr)
+        return nullptr;
+    arguments = arguments.subspan(1);
+    return findBinding(called->name);
+}
+
+void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
+{
+    auto& stack = m_evaluator.m_stack;
+    if (stack.size() < m_base + token.arguments)
+        throw CannotEvaluate{};
+    auto arguments = std::span(stack).last(token.arguments);
+    const FunctionBinding* const function = bindingOf(token, arguments);
+    if (function == nullptr)
+        throw CannotEvaluate{};
+    const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
+    Operand answer = forEachElement ? callForEachElement(*function, arguments, choosesArgument(token.function))
+                                    : call(*function, arguments);
+    stack.resize(stack.size() - token.arguments);
+    pushAs(token.operandClass, std::move(answer));
+}
+
+char parameterClass(const FunctionBinding& function, std::size_t index)
+{
+    const std::string_view classes = function.parameterClasses;
+    return classes.empty() ? 'V' : classes[std::min(index, classes.size() - 1)];
+}
+
+Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::span<Operand> arguments)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (parameterClass(function, i) != 'V' || std::holds_alternative<MissingArgument>(arguments[i]))
+            continue;
+        if (!std::holds_alternative<CellValue>(arguments[i]))
+            arguments[i] = m_evaluator.single(arguments[i]);
+        if (function.onError == OnError::Propagate &&
+            std::holds_alternative<ErrorCode>(std::get<CellValue>(arguments[i])))
+            return arguments[i];
+    }
+    try {
+        return function.body(FunctionCall(m_evaluator, arguments));
+    } catch (const FormulaFailure& failure) {
+        return errorOperand(failure.error);
+    }
+}
+
+/// Where an array is wanted, a function of values answers one for each element of its arguments.
+/// choosesArgument  it answers one of its arguments as it is, or of each its elements when it chooses for each element
+Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& function, std::span<Operand> arguments,
+                                                       bool choosesArgument)
+{
+    const std::vector<Operand> given(arguments.begin(), arguments.end());
+    const bool spreadsAll = choosesArgument && !given.empty() && isArray(given.front());
+    const auto isSpread = [&](std::size_t i) {
+        return (spreadsAll || parameterClass(function, i) == 'V') &&
+               (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
+    };
+    Extent extent;
+    std::vector<ValueGrid> grids;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+        grids.emplace_back(m_evaluator.m_book, given[i]);
+        if (isSpread(i))
+            extent.include(grids.back());
+    }
+    if (extent.size() == 1)
+        return call(function, arguments);
+    return arrayOf(m_evaluator, extent, [&](int row, int column) {
+        for (std::size_t i = 0; i < given.size(); ++i)
+            arguments[i] = isSpread(i) ? Operand(element(grids[i], row, column)) : given[i];
+        return m_evaluator.single(call(function, arguments));
+    });
+}
+
+void FormulaEvaluator::TokenRun::operator()(const AttributeToken& token)
+{
+    switch (token.kind) {
+    case AttributeToken::Kind::If:
+        return chooseBranch(token);
+    case AttributeToken::Kind::Choose:
+        return chooseChoice(token);
+    case AttributeToken::Kind::Goto:
+        return goTo(target(token, 0));
+    case AttributeToken::Kind::Sum:
+        return (*this)(FunctionToken{OperandClass::Value, sumFunction, 1, true});
+    case AttributeToken::Kind::Volatile:
+    case AttributeToken::Kind::Space:
+    case AttributeToken::Kind::Other:
+        break;
+    }
+}
+
+std::size_t FormulaEvaluator::TokenRun::target(const AttributeToken& token, std::size_t index) const
+{
+    if (index >= token.targets.size())
+        throw CannotEvaluate{};
+    return token.targets[index];
+}
+
+void FormulaEvaluator::TokenRun::goTo(std::size_t target)
+{
+    if (target < m_next || target > m_tokens.size())
+        throw CannotEvaluate{}; // a damaged file must not send us in circles
+    m_next = target;
+}
+
+/// Leaves IF or CHOOSE with its answer on the stack. target: the function, or the token behind it
+void FormulaEvaluator::TokenRun::goBehindFunction(std::size_t target)
+{
+    const bool isFunction = target < m_tokens.size() && std::holds_alternative<FunctionToken>(m_tokens[target]);
+    goTo(isFunction ? target + 1 : target);
+}
+
+void FormulaEvaluator::TokenRun::chooseBranch(const AttributeToken& token)
+{
+    const auto condition = toLogical(m_evaluator.single(popped()), m_evaluator.m_rules);
+    const std::size_t otherwise = target(token, 0);
+    if (const auto* const error = std::get_if<ErrorCode>(&condition)) {
+        if (otherwise < 1 || otherwise > m_tokens.size())
+            throw CannotEvaluate{};
+        const auto* const leave = std::get_if<AttributeToken>(&m_tokens[otherwise - 1]);
+        if (leave == nullptr || leave->kind != AttributeToken::Kind::Goto)
+            throw CannotEvaluate{};
+        push(errorOperand(*error));
+        return goTo(target(*leave, 0));
+    }
+    if (std::get<bool>(condition))
+        return;
+    const bool hasOther = otherwise >= m_tokens.size() || !std::holds_alternative<FunctionToken>(m_tokens[otherwise]);
+    if (hasOther)
+        return goTo(otherwise);
+    push(CellValue(false));
+    goBehindFunction(otherwise);
+}
+
+void FormulaEvaluator::TokenRun::chooseChoice(const AttributeToken& token)
+{
+    const auto number = toNumber(m_evaluator.single(popped()), m_evaluator.m_rules);
+    if (token.targets.empty())
+        throw CannotEvaluate{};
+    const std::size_t choices = token.targets.size() - 1;
+    if (const auto* const index = std::get_if<double>(&number);
+        index != nullptr && *index >= 1 && *index < static_cast<double>(choices) + 1)
+        return goTo(token.targets[static_cast<std::size_t>(*index) - 1]);
+    const auto* const error = std::get_if<ErrorCode>(&number);
+    push(errorOperand(error == nullptr ? ErrorCode::Value : *error));
+    goBehindFunction(token.targets.back());
+}
+
+FormulaEvaluator::FormulaEvaluator(const Book& book, const CalculationSettings& settings,
+                                   std::function<bool(const Area&)> isPending)
+    : m_book(book),
+      m_settings(settings),
+      m_isPending(std::move(isPending)),
+      m_rules{settings.formats, settings.now, book.dates1904}
+{
+}
+
+template <class Compute>
+Evaluation FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell, Compute compute)
+{
+    m_sheet = sheet;
+    m_cell = cell;
+    m_nameDepth = 0;
+    m_wantsArrays = false;
+    m_valuesLeft = maxValuesPerFormula;
+    m_stack.clear();
+    try {
+        CellValue value = compute();
+        return isEmpty(value) ? CellValue(0.0) : std::move(value); // a formula that answers an empty cell is 0
+    } catch (const FormulaFailure& failure) {
+        return CellValue(failure.error);
+    } catch (const PendingArea& pending) {
+        return pending;
+    } catch (const CannotEvaluate& cannot) {
+        return cannot;
+    }
+}
+
+Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
+{
+    return evaluated(sheet, cell, [&] { return single(run(formula.tokens)); });
+}
+
+Evaluation FormulaEvaluator::evaluateElement(const Formula& formula, std::size_t sheet, CellAddress cell,
+                                             const CellRect& area)
+{
+    return evaluated(sheet, {area.firstRow, area.firstColumn}, [&] {
+        if (m_arrayFormula != &formula) {
+            m_wantsArrays = true;
+            m_arrayAnswer = run(formula.tokens);
+            m_arrayFormula = &formula;
+        }
+        if (std::holds_alternative<CalledName>(m_arrayAnswer))
+            throw CannotEvaluate{};
+        return element(ValueGrid(m_book, m_arrayAnswer), cell.row - area.firstRow, cell.column - area.firstColumn);
+    });
+}
+
+Operand FormulaEvaluator::run(const std::vector<Token>& tokens)
+{
+    return TokenRun(*this, tokens).result();
+}
+
+Area FormulaEvaluator::ready(const Area& area) const
+{
+    if (m_isPending(area))
+        throw PendingArea{area};
+    return area;
+}
+
+CellValue FormulaEvaluator::single(const Operand& operand) const
+{
+    if (const auto* const value = std::get_if<CellValue>(&operand))
+        return *value;
+    if (const auto* const area = std::get_if<Area>(&operand))
+        return intersection(m_book, *area, m_cell);
+    if (const auto* const array = std::get_if<ArrayPointer>(&operand))
+        return (*array)->values.front();
+    if (std::holds_alternative<AreaList>(operand))
+        return ErrorCode::Value;
+    if (std::holds_alternative<CalledName>(operand))
+        throw CannotEvaluate{};
+    return Empty{};
+}
+
+void FormulaEvaluator::reserveValues(std::size_t count)
+{
+    if (count > m_valuesLeft)
+        throw CannotEvaluate{};
+    m_valuesLeft -= count;
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,288 @@
+#include "workbook/engine/formula/Criterion.h"
+#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/Operators.h"
+#include "workbook/engine/formula/ReferenceText.h"
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace wagemill::engine {
+
+namespace {
+
+/// A row or a column of values in which a key is sought.
+class Line {
+public:
+    enum class Direction : std::uint8_t { Down, Across };
+
+    Line(const ValueGrid& grid, Direction direction) : m_grid(grid), m_direction(direction) {}
+
+    int size() const { return m_direction == Direction::Down ? m_grid.usedRows() : acrossSize(); }
+    const CellValue& operator[](int index) const
+    {
+        return m_direction == Direction::Down ? m_grid.at(index, 0) : m_grid.at(0, index);
+    }
+
+private:
+    int acrossSize() const { return m_grid.usedRows() > 0 ? m_grid.columns() : 0; }
+
+    const ValueGrid& m_grid;
+    Direction m_direction;
+};
+
+std::optional<int> exactPosition(const Line& line, const CellValue& key)
+{
+    const LookupKey wanted(key);
+    for (int i = 0; i < line.size(); ++i)
+        if (wanted.matches(line[i]))
+            return i;
+    return std::nullopt;
+}
+
+/// The last place whose value is not past the key, in values that ascend (`sign` 1) or descend (-1). Values of another
+/// kind than the key's are passed over.
+std::optional<int> sortedPosition(const Line& line, const CellValue& key, int sign)
+{
+    const CellValue wanted = isEmpty(key) ? CellValue(0.0) : key;
+    int low = 0;
+    int high = line.size(); // everything before low is not past the key, everything from high on is
+    std::optional<int> best;
+    while (low < high) {
+        const int middle = low + (high - low) / 2;
+        int tested = middle;
+        while (tested >= low && line[tested].index() != wanted.index())
+            --tested;
+        if (tested < low) {
+            low = middle + 1;
+        } else if (sign * compareValues(line[tested], wanted) <= 0) {
+            best = tested;
+            low = middle + 1;
+        } else {
+            high = tested;
+        }
+    }
+    return best;
+}
+
+/// The one cell or value in a place of the grid, as a reference where it can be one.
+Operand place(const ValueGrid& grid, int row, int column)
+{
+    if (grid.area() == nullptr)
+        return grid.at(row, column);
+    const CellRect& cells = grid.area()->cells;
+    return Area{grid.area()->sheet,
+                {cells.firstRow + row, cells.firstColumn + column, cells.firstRow + row, cells.firstColumn + column}};
+}
+
+/// VLOOKUP, or HLOOKUP with rows and columns exchanged.
+template <Line::Direction direction>
+Operand tableLookup(const FunctionCall& call)
+{
+    constexpr bool down = direction == Line::Direction::Down;
+    const ValueGrid grid(call.book(), call.operand(1));
+    const int answer = call.integer(2);
+    if (answer < 1)
+        return errorOperand(ErrorCode::Value);
+    if (answer > (down ? grid.columns() : grid.rows()))
+        return errorOperand(ErrorCode::Reference);
+    const CellValue key = call.value(0);
+    const Line line(grid, direction);
+    const bool approximate = call.count() < 4 || (call.has(3) && call.logical(3));
+    const auto found = approximate ? sortedPosition(line, key, 1) : exactPosition(line, key);
+    if (!found)
+        return errorOperand(ErrorCode::NotAvailable);
+    return down ? grid.at(*found, answer - 1) : grid.at(answer - 1, *found);
+}
+
+/// The longer side of the range is searched; the answer is in its last row or column, or in the third argument.
+Operand lookup(const FunctionCall& call)
+{
+    const ValueGrid grid(call.book(), call.operand(1));
+    const auto direction = grid.columns() > grid.rows() ? Line::Direction::Across : Line::Direction::Down;
+    const auto found = sortedPosition(Line(grid, direction), call.value(0), 1);
+    if (!found)
+        return errorOperand(ErrorCode::NotAvailable);
+    const ValueGrid answers(call.book(), call.has(2) ? call.operand(2) : call.operand(1));
+    const bool answersAcross = call.has(2) ? answers.columns() > answers.rows() : direction == Line::Direction::Across;
+    const int row = answersAcross ? answers.rows() - 1 : *found;
+    const int column = answersAcross ? *found : answers.columns() - 1;
+    if (row >= answers.rows() || column >= answers.columns())
+        return errorOperand(ErrorCode::NotAvailable);
+    return answers.at(row, column);
+}
+
+Operand match(const FunctionCall& call)
+{
+    const ValueGrid grid(call.book(), call.operand(1));
+    if (grid.rows() != 1 && grid.columns() != 1)
+        return errorOperand(ErrorCode::NotAvailable);
+    const double type = call.number(2, call.count() > 2 ? 0 : 1);
+    const Line line(grid, grid.rows() == 1 ? Line::Direction::Across : Line::Direction::Down);
+    const CellValue key = call.value(0);
+    const auto found = type == 0 ? exactPosition(line, key) : sortedPosition(line, key, type > 0 ? 1 : -1);
+    return found ? numberAnswer(*found + 1) : errorOperand(ErrorCode::NotAvailable);
+}
+
+/// A whole row or column of the grid, which an index of 0 asks for.
+Operand strip(const ValueGrid& grid, int row, int column)
+{
+    if (grid.area() == nullptr)
+        return errorOperand(ErrorCode::Value);
+    Area area = *grid.area();
+    if (row > 0)
+        area.cells.firstRow = area.cells.lastRow = area.cells.firstRow + row - 1;
+    if (column > 0)
+        area.cells.firstColumn = area.cells.lastColumn = area.cells.firstColumn + column - 1;
+    return area;
+}
+
+Operand index(const FunctionCall& call)
+{
+    const auto areas = areasOf(call.operand(0));
+    const int areaNumber = call.integer(3, 1);
+    if (areaNumber < 1 || areaNumber > std::max(static_cast<int>(areas.size()), 1))
+        return errorOperand(ErrorCode::Reference);
+    const Operand chosen = areas.empty() ? call.operand(0) : Operand(areas[static_cast<std::size_t>(areaNumber) - 1]);
+    const ValueGrid grid(call.book(), chosen);
+    const bool oneIndex = call.count() < 3 && grid.rows() == 1; // in a single row the one index is the column's
+    const int row = oneIndex ? 1 : call.integer(1, 0);
+    const int column = oneIndex ? call.integer(1, 0) : call.integer(2, grid.columns() == 1 ? 1 : 0);
+    if (row < 0 || column < 0)
+        return errorOperand(ErrorCode::Value);
+    if (row > grid.rows() || column > grid.columns())
+        return errorOperand(ErrorCode::Reference);
+    if (row == 0 || column == 0)
+        return strip(grid, row, column);
+    return place(grid, row - 1, column - 1);
+}
+
+/// The choice of a CHOOSE that has no jumps.
+Operand choose(const FunctionCall& call)
+{
+    const int index = call.integer(0);
+    if (index < 1 || static_cast<std::size_t>(index) >= call.count())
+        return errorOperand(ErrorCode::Value);
+    return call.operand(static_cast<std::size_t>(index));
+}
+
+std::optional<CellRect> insideSheet(std::int64_t row, std::int64_t column, std::int64_t rows, std::int64_t columns)
+{
+    if (row < 0 || column < 0 || rows < 1 || columns < 1 || row + rows > maxRows || column + columns > maxColumns)
+        return std::nullopt;
+    return CellRect{static_cast<int>(row), static_cast<int>(column), static_cast<int>(row + rows - 1),
+                    static_cast<int>(column + columns - 1)};
+}
+
+Operand offset(const FunctionCall& call)
+{
+    const auto areas = areasOf(call.operand(0));
+    if (areas.size() != 1)
+        return errorOperand(ErrorCode::Value);
+    const CellRect& base = areas.front().cells;
+    std::int64_t row = std::int64_t{base.firstRow} + call.integer(1);
+    std::int64_t column = std::int64_t{base.firstColumn} + call.integer(2);
+    std::int64_t rows = call.integer(3, base.rows());
+    std::int64_t columns = call.integer(4, base.columns());
+    if (rows < 0) { // a negative height or width extends upwards or to the left
+        row += rows + 1;
+        rows = -rows;
+    }
+    if (columns < 0) {
+        column += columns + 1;
+        columns = -columns;
+    }
+    const auto cells = insideSheet(row, column, rows, columns);
+    if (!cells)
+        return errorOperand(ErrorCode::Reference);
+    return call.evaluator().ready({areas.front().sheet, *cells});
+}
+
+/// The reference that a text or a defined name spells; #REF! when it spells none.
+Operand indirect(const FunctionCall& call)
+{
+    const std::string text = call.text(0);
+    const Book& book = call.book();
+    std::size_t sheet = call.evaluator().sheet();
+    std::string_view rest = text;
+    if (const auto sheets = readSheets(rest)) {
+        const auto named = book.sheetIndex(sheets->first);
+        if (!named || sheets->last)
+            return errorOperand(ErrorCode::Reference);
+        sheet = *named;
+        rest.remove_prefix(sheets->length);
+    }
+    const auto written = readReference(rest);
+    if (!written || written->length != rest.size() || !call.logical(1, true))
+        return errorOperand(ErrorCode::Reference);
+    const ReferencePart& last = written->last ? *written->last : written->first;
+    return call.evaluator().ready({sheet, {written->first.row, written->first.column, last.row, last.column}});
+}
+
+/// type  1: $A$1, 2: A$1, 3: $A1, 4: A1; R1C1 notation when the fourth argument is false
+Operand address(const FunctionCall& call)
+{
+    const int row = call.integer(0);
+    const int column = call.integer(1);
+    const int type = call.integer(2, 1);
+    if (!isInsideSheet({row - 1, column - 1}) || type < 1 || type > 4)
+        return errorOperand(ErrorCode::Value);
+    const bool rowAbsolute = type == 1 || type == 2;
+    const bool columnAbsolute = type == 1 || type == 3;
+    const auto inBrackets = [](int number, bool absolute) {
+        return absolute ? std::to_string(number) : "[" + std::to_string(number) + "]";
+    };
+    std::string text = call.has(4) ? call.text(4) + "!" : "";
+    if (call.logical(3, true))
+        text += (columnAbsolute ? "$" : "") + columnName(column - 1) + (rowAbsolute ? "$" : "") + std::to_string(row);
+    else
+        text += "R" + inBrackets(row, rowAbsolute) + "C" + inBrackets(column, columnAbsolute);
+    return textValue(std::move(text));
+}
+
+/// The row or column, counting from 1, of the reference's first cell, or of the formula's own.
+template <int CellRect::*first, int CellAddress::*own>
+Operand position(const FunctionCall& call)
+{
+    if (!call.has(0))
+        return numberAnswer(call.evaluator().cell().*own + 1);
+    const auto areas = areasOf(call.operand(0));
+    return areas.empty() ? errorOperand(ErrorCode::Value) : numberAnswer(areas.front().cells.*first + 1);
+}
+
+Operand rowCount(const FunctionCall& call)
+{
+    return numberAnswer(ValueGrid(call.book(), call.operand(0)).rows());
+}
+
+Operand columnCount(const FunctionCall& call)
+{
+    return numberAnswer(ValueGrid(call.book(), call.operand(0)).columns());
+}
+
+constexpr auto table = std::to_array<FunctionBinding>({
+    {"VLOOKUP", tableLookup<Line::Direction::Down>},
+    {"HLOOKUP", tableLookup<Line::Direction::Across>},
+    {"LOOKUP", lookup},
+    {"MATCH", match},
+    {"INDEX", index},
+    {"CHOOSE", choose},
+    {"OFFSET", offset},
+    {"INDIRECT", indirect},
+    {"ADDRESS", address},
+    {"ROW", position<&CellRect::firstRow, &CellAddress::row>},
+    {"COLUMN", position<&CellRect::firstColumn, &CellAddress::column>},
+    {"ROWS", rowCount},
+    {"COLUMNS", columnCount},
+    {"AREAS",
+     [](const FunctionCall& call) { return numberAnswer(static_cast<double>(areasOf(call.operand(0)).size())); }},
+});
+
+} // namespace
+
+std::span<const FunctionBinding> lookupFunctions()
+{
+    return table;
+}
+
+} // namespace wagemill::engine

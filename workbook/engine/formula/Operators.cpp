@@ -1,0 +1,159 @@
+#include "workbook/engine/formula/Operators.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace wagemill::engine {
+
+namespace {
+
+bool isComparison(Operator op)
+{
+    return op >= Operator::Less && op <= Operator::NotEqual;
+}
+
+bool holds(Operator op, int order)
+{
+    switch (op) {
+    case Operator::Less:
+        return order < 0;
+    case Operator::LessOrEqual:
+        return order <= 0;
+    case Operator::Equal:
+        return order == 0;
+    case Operator::GreaterOrEqual:
+        return order >= 0;
+    case Operator::Greater:
+        return order > 0;
+    default:
+        return order != 0;
+    }
+}
+
+CellValue arithmetic(Operator op, double left, double right)
+{
+    switch (op) {
+    case Operator::Add:
+        return numberValue(left + right);
+    case Operator::Subtract:
+        return numberValue(left - right);
+    case Operator::Multiply:
+        return numberValue(left * right);
+    case Operator::Divide:
+        return right == 0 ? CellValue(ErrorCode::DivisionByZero) : numberValue(left / right);
+    default:
+        return power(left, right);
+    }
+}
+
+CellValue concatenation(const CellValue& left, const CellValue& right, const CoercionRules& rules)
+{
+    const auto first = std::get<std::string>(toText(left, rules)); // neither is an error any more
+    return textValue(first + std::get<std::string>(toText(right, rules)));
+}
+
+std::size_t utf16Length(std::string_view utf8)
+{
+    std::size_t length = 0;
+    for (const char each : utf8) {
+        const auto byte = static_cast<unsigned char>(each);
+        length += (byte & 0xC0U) == 0x80U ? 0U : byte >= 0xF0U ? 2U : 1U;
+    }
+    return length;
+}
+
+std::optional<CellRect> common(const CellRect& a, const CellRect& b)
+{
+    const CellRect rect{std::max(a.firstRow, b.firstRow), std::max(a.firstColumn, b.firstColumn),
+                        std::min(a.lastRow, b.lastRow), std::min(a.lastColumn, b.lastColumn)};
+    if (rect.rows() < 1 || rect.columns() < 1)
+        return std::nullopt;
+    return rect;
+}
+
+using Joined = std::variant<std::vector<Area>, ErrorCode>;
+
+Joined intersectionOf(std::span<const Area> left, std::span<const Area> right)
+{
+    std::vector<Area> areas;
+    for (const Area& a : left)
+        for (const Area& b : right)
+            if (const auto cells = common(a.cells, b.cells); cells && a.sheet == b.sheet)
+                areas.push_back({a.sheet, *cells});
+    if (areas.empty())
+        return ErrorCode::Null;
+    return areas;
+}
+
+Joined rangeOf(std::span<const Area> left, std::span<const Area> right)
+{
+    Area whole = left.front();
+    for (const auto areas : {left, right})
+        for (const Area& area : areas) {
+            if (area.sheet != whole.sheet)
+                return ErrorCode::Value;
+            whole.cells = {std::min(whole.cells.firstRow, area.cells.firstRow),
+                           std::min(whole.cells.firstColumn, area.cells.firstColumn),
+                           std::max(whole.cells.lastRow, area.cells.lastRow),
+                           std::max(whole.cells.lastColumn, area.cells.lastColumn)};
+        }
+    return std::vector<Area>{whole};
+}
+
+} // namespace
+
+CellValue textValue(std::string text)
+{
+    if (text.size() > maxTextLength && utf16Length(text) > maxTextLength)
+        return ErrorCode::Value;
+    return text;
+}
+
+CellValue power(double base, double exponent)
+{
+    if (base == 0 && exponent <= 0)
+        return exponent == 0 ? ErrorCode::Number : ErrorCode::DivisionByZero;
+    return numberValue(std::pow(base, exponent));
+}
+
+CellValue calculated(Operator op, const CellValue& left, const CellValue& right, const CoercionRules& rules)
+{
+    for (const CellValue* const operand : {&left, &right})
+        if (std::holds_alternative<ErrorCode>(*operand))
+            return *operand;
+    if (isComparison(op))
+        return holds(op, compareValues(left, right));
+    if (op == Operator::Concatenate)
+        return concatenation(left, right, rules);
+    const auto first = toNumber(left, rules);
+    const auto second = toNumber(right, rules);
+    for (const auto* const number : {&first, &second})
+        if (const auto* const error = std::get_if<ErrorCode>(number))
+            return *error;
+    return arithmetic(op, std::get<double>(first), std::get<double>(second));
+}
+
+CellValue calculated(Operator op, const CellValue& operand, const CoercionRules& rules)
+{
+    if (op == Operator::UnaryPlus)
+        return operand; // changes nothing, not even a text
+    const auto number = toNumber(operand, rules);
+    if (const auto* const error = std::get_if<ErrorCode>(&number))
+        return *error;
+    return numberValue(op == Operator::Percent ? std::get<double>(number) / 100 : -std::get<double>(number));
+}
+
+std::variant<std::vector<Area>, ErrorCode> joinedAreas(Operator op, std::span<const Area> left,
+                                                       std::span<const Area> right)
+{
+    if (op == Operator::Range)
+        return rangeOf(left, right);
+    if (op == Operator::Intersection)
+        return intersectionOf(left, right);
+    std::vector<Area> areas(left.begin(), left.end());
+    areas.insert(areas.end(), right.begin(), right.end());
+    return areas;
+}
+
+} // namespace wagemill::engine

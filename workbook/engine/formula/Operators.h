@@ -1,0 +1,32 @@
+#pragma once
+
+#include "workbook/engine/Formula.h"
+#include "workbook/engine/formula/Coercion.h"
+#include "workbook/engine/formula/Operand.h"
+
+#include <span>
+#include <variant>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// Longest text a cell or formula may hold, in UTF-16 units.
+inline constexpr std::size_t maxTextLength = 32767;
+
+/// The text as a value, #VALUE! when it is longer than a cell can hold.
+CellValue textValue(std::string text);
+
+/// The answer of a binary operator on two values: arithmetic, "&" or comparison. An error is the answer, the left one
+/// before the right one.
+CellValue calculated(Operator op, const CellValue& left, const CellValue& right, const CoercionRules& rules);
+/// The same for a sign or the percent sign.
+CellValue calculated(Operator op, const CellValue& operand, const CoercionRules& rules);
+
+/// base to the power of exponent; 0 to the power of 0 is #NUM!.
+CellValue power(double base, double exponent);
+
+/// Range, union or intersection of references, none of them empty: the areas, never none, or the error.
+std::variant<std::vector<Area>, ErrorCode> joinedAreas(Operator op, std::span<const Area> left,
+                                                       std::span<const Area> right);
+
+} // namespace wagemill::engine

@@ -1,0 +1,154 @@
+#include "workbook/engine/formula/ReferenceText.h"
+
+#include "workbook/engine/CellAddress.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace wagemill::engine {
+
+namespace {
+
+bool isLetter(char byte)
+{
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+}
+
+bool isDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+struct Corner {
+    std::optional<int> row;
+    std::optional<int> column;
+    bool rowAbsolute = false;
+    bool columnAbsolute = false;
+    std::size_t length = 0;
+
+    bool hasShapeOf(const Corner& other) const
+    {
+        return row.has_value() == other.row.has_value() && column.has_value() == other.column.has_value();
+    }
+};
+
+void readColumn(std::string_view text, Corner& corner)
+{
+    const std::size_t dollar = text.starts_with('$') ? 1 : 0;
+    std::size_t at = dollar;
+    int column = 0;
+    for (; at < text.size() && isLetter(text[at]) && at - dollar < 3; ++at)
+        column = column * 26 + ((text[at] & 0x5F) - 'A' + 1);
+    if (at == dollar)
+        return;
+    corner.column = column - 1;
+    corner.columnAbsolute = dollar == 1;
+    corner.length = at;
+}
+
+void readRow(std::string_view text, Corner& corner)
+{
+    const std::size_t dollar = text.starts_with('$') ? 1 : 0;
+    std::size_t at = dollar;
+    int row = 0;
+    for (; at < text.size() && isDigit(text[at]) && at - dollar < 6; ++at)
+        row = row * 10 + (text[at] - '0');
+    if (at == dollar)
+        return;
+    corner.row = row - 1;
+    corner.rowAbsolute = dollar == 1;
+    corner.length += at;
+}
+
+std::optional<Corner> readCorner(std::string_view text)
+{
+    Corner corner;
+    readColumn(text, corner);
+    readRow(text.substr(corner.length), corner);
+    if (corner.length == 0 || !isInsideSheet({corner.row.value_or(0), corner.column.value_or(0)}))
+        return std::nullopt;
+    const std::string_view rest = text.substr(corner.length);
+    if (!rest.empty() && (isNameByte(rest[0]) || rest[0] == '(' || rest[0] == '!'))
+        return std::nullopt; // the beginning of a longer word: a name, a function or a sheet
+    return corner;
+}
+
+WrittenReference areaBetween(const Corner& first, const Corner& last)
+{
+    const auto part = [](const Corner& corner, int row, int column) {
+        return ReferencePart{corner.row.value_or(row), corner.column.value_or(column),
+                             corner.row && !corner.rowAbsolute, corner.column && !corner.columnAbsolute};
+    };
+    ReferencePart from = part(first, 0, 0);
+    ReferencePart to = part(last, maxRows - 1, maxColumns - 1);
+    if (from.row > to.row) {
+        std::swap(from.row, to.row);
+        std::swap(from.rowRelative, to.rowRelative);
+    }
+    if (from.column > to.column) {
+        std::swap(from.column, to.column);
+        std::swap(from.columnRelative, to.columnRelative);
+    }
+    return {from, to, first.length + 1 + last.length};
+}
+
+WrittenSheets sheetsOf(std::string_view written, std::size_t length)
+{
+    const std::size_t colon = written.find(':');
+    if (colon == std::string_view::npos)
+        return {std::string(written), std::nullopt, length};
+    return {std::string(written.substr(0, colon)), std::string(written.substr(colon + 1)), length};
+}
+
+std::optional<WrittenSheets> readQuotedSheets(std::string_view text)
+{
+    std::string name;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        if (text[at] != '\'') {
+            name += text[at];
+        } else if (text.substr(at + 1).starts_with('\'')) {
+            name += text[at++];
+        } else if (text.substr(at + 1).starts_with('!')) {
+            return sheetsOf(name, at + 2);
+        } else {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool isNameByte(char byte)
+{
+    return isLetter(byte) || isDigit(byte) || byte == '_' || byte == '.' || byte == '\\' || byte == '?' ||
+           static_cast<unsigned char>(byte) >= 0x80;
+}
+
+std::optional<WrittenSheets> readSheets(std::string_view text)
+{
+    if (text.starts_with('\''))
+        return readQuotedSheets(text);
+    const auto end = std::find_if(text.begin(), text.end(), [](char byte) { return !isNameByte(byte) && byte != ':'; });
+    if (end == text.begin() || end == text.end() || *end != '!')
+        return std::nullopt;
+    const auto length = static_cast<std::size_t>(end - text.begin());
+    return sheetsOf(text.substr(0, length), length + 1);
+}
+
+std::optional<WrittenReference> readReference(std::string_view text)
+{
+    const auto first = readCorner(text);
+    if (!first)
+        return std::nullopt;
+    const std::string_view rest = text.substr(first->length);
+    if (rest.starts_with(':'))
+        if (const auto last = readCorner(rest.substr(1)); last && last->hasShapeOf(*first))
+            return areaBetween(*first, *last);
+    if (!first->row || !first->column)
+        return std::nullopt;
+    return WrittenReference{
+        {*first->row, *first->column, !first->rowAbsolute, !first->columnAbsolute}, std::nullopt, first->length};
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,265 @@
+#include "app/base/NumberText.h"
+#include "app/base/Utf8.h"
+#include "workbook/engine/formula/Criterion.h"
+#include "workbook/engine/formula/DecimalRounding.h"
+#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/Operators.h"
+#include "workbook/engine/formula/TextCase.h"
+#include "workbook/engine/text/NumberFormat.h"
+
+#include <array>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr int mostDecimals = 127;
+constexpr int mostTextLength = static_cast<int>(maxTextLength);
+
+/// The characters 0x80 to 0x9F of the Windows code page 1252; the others are those of Unicode (Microsoft, "Code Page
+/// 1252 Windows Latin 1").
+constexpr auto windowsCharacters =
+    std::to_array<char32_t>({0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+                             0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+                             0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178});
+
+Operand textAnswer(std::string text)
+{
+    return textValue(std::move(text));
+}
+
+/// A count of characters or a position; below `least` it is #VALUE!.
+std::size_t countArgument(const FunctionCall& call, std::size_t index, int fallback, int least)
+{
+    const int count = call.integer(index, fallback);
+    if (count < least)
+        throw FormulaFailure{ErrorCode::Value};
+    return static_cast<std::size_t>(count);
+}
+
+Operand left(const FunctionCall& call)
+{
+    return textAnswer(toUtf8(toUtf32(call.text(0)).substr(0, countArgument(call, 1, 1, 0))));
+}
+
+Operand right(const FunctionCall& call)
+{
+    const std::u32string text = toUtf32(call.text(0));
+    const std::size_t kept = std::min(countArgument(call, 1, 1, 0), text.size());
+    return textAnswer(toUtf8(text.substr(text.size() - kept)));
+}
+
+Operand middle(const FunctionCall& call)
+{
+    const std::u32string text = toUtf32(call.text(0));
+    const std::size_t start = countArgument(call, 1, 1, 1) - 1;
+    const std::size_t length = countArgument(call, 2, 0, 0);
+    return textAnswer(start < text.size() ? toUtf8(text.substr(start, length)) : "");
+}
+
+Operand length(const FunctionCall& call)
+{
+    return numberAnswer(static_cast<double>(toUtf32(call.text(0)).size()));
+}
+
+/// Blanks at the ends go, several in a row become one.
+Operand trimmed(const FunctionCall& call)
+{
+    std::string result;
+    for (const char byte : call.text(0))
+        if (byte != ' ' || (!result.empty() && result.back() != ' '))
+            result += byte;
+    if (result.ends_with(' '))
+        result.pop_back();
+    return textAnswer(std::move(result));
+}
+
+/// Every letter that begins a word is a capital, all others are small.
+Operand proper(const FunctionCall& call)
+{
+    std::u32string text = toUtf32(call.text(0));
+    bool insideWord = false;
+    for (char32_t& letter : text) {
+        letter = insideWord ? lowerCase(letter) : upperCase(letter);
+        insideWord = upperCase(letter) != lowerCase(letter);
+    }
+    return textAnswer(toUtf8(text));
+}
+
+Operand concatenated(const FunctionCall& call)
+{
+    std::string result;
+    for (std::size_t i = 0; i < call.count(); ++i)
+        result += call.text(i);
+    return textAnswer(std::move(result));
+}
+
+Operand positionAnswer(std::optional<std::size_t> position)
+{
+    return position ? numberAnswer(static_cast<double>(*position + 1)) : errorOperand(ErrorCode::Value);
+}
+
+Operand find(const FunctionCall& call)
+{
+    const std::u32string text = toUtf32(call.text(1));
+    const std::size_t start = countArgument(call, 2, 1, 1) - 1;
+    const std::size_t found = start > text.size() ? text.npos : text.find(toUtf32(call.text(0)), start);
+    return positionAnswer(found == text.npos ? std::nullopt : std::optional(found));
+}
+
+Operand search(const FunctionCall& call)
+{
+    return positionAnswer(Wildcard(call.text(0)).find(call.text(1), countArgument(call, 2, 1, 1) - 1));
+}
+
+/// Replaces every occurrence, or only the one whose number is given.
+Operand substitute(const FunctionCall& call)
+{
+    const std::string text = call.text(0);
+    const std::string searched = call.text(1);
+    const std::string replacement = call.text(2);
+    const std::size_t only = call.has(3) ? countArgument(call, 3, 1, 1) : 0;
+    if (searched.empty())
+        return textAnswer(text);
+    std::string result;
+    std::size_t at = 0;
+    std::size_t occurrence = 0;
+    for (std::size_t found = text.find(searched); found != text.npos; found = text.find(searched, at)) {
+        result += text.substr(at, found - at);
+        result += only == 0 || ++occurrence == only ? replacement : searched;
+        at = found + searched.size();
+    }
+    return textAnswer(result + text.substr(at));
+}
+
+Operand replace(const FunctionCall& call)
+{
+    const std::u32string text = toUtf32(call.text(0));
+    const std::size_t start = std::min(countArgument(call, 1, 1, 1) - 1, text.size());
+    const std::size_t end = start + std::min(countArgument(call, 2, 0, 0), text.size() - start);
+    return textAnswer(toUtf8(text.substr(0, start)) + call.text(3) + toUtf8(text.substr(end)));
+}
+
+Operand repeated(const FunctionCall& call)
+{
+    const std::string text = call.text(0);
+    const std::size_t times = countArgument(call, 1, 0, 0);
+    if (!text.empty() && times > maxTextLength)
+        return errorOperand(ErrorCode::Value);
+    std::string result;
+    for (std::size_t i = 0; i < times && result.size() <= 4 * maxTextLength; ++i) // 4 bytes to a character at most
+        result += text;
+    return textAnswer(std::move(result));
+}
+
+Operand character(const FunctionCall& call)
+{
+    const int code = call.integer(0);
+    if (code < 1 || code > 255)
+        return errorOperand(ErrorCode::Value);
+    const auto letter = static_cast<char32_t>(code);
+    const bool isWindows = letter >= 0x80 && letter < 0x80 + windowsCharacters.size();
+    return textAnswer(toUtf8(std::u32string(1, isWindows ? windowsCharacters.at(letter - 0x80) : letter)));
+}
+
+Operand code(const FunctionCall& call)
+{
+    const std::u32string text = toUtf32(call.text(0));
+    if (text.empty())
+        return errorOperand(ErrorCode::Value);
+    const auto found = std::ranges::find(windowsCharacters, text[0]);
+    if (found != windowsCharacters.end())
+        return numberAnswer(static_cast<double>(0x80 + (found - windowsCharacters.begin())));
+    return numberAnswer(text[0] <= 0xFF ? static_cast<double>(text[0]) : '?');
+}
+
+/// Printable characters only.
+Operand clean(const FunctionCall& call)
+{
+    std::string text = call.text(0);
+    std::erase_if(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x20; });
+    return textAnswer(std::move(text));
+}
+
+Operand textOf(const FunctionCall& call)
+{
+    const Operand& operand = call.operand(0);
+    const CellValue value = areasOf(operand).empty() ? call.value(0) : ValueGrid(call.book(), operand).at(0, 0);
+    const bool isKept = std::holds_alternative<std::string>(value) || std::holds_alternative<ErrorCode>(value);
+    return isKept ? value : CellValue(std::string());
+}
+
+/// The number in the user's own digits and separators, for a text that reads as a number too.
+Operand formatted(const FunctionCall& call)
+{
+    CellValue value = call.value(0);
+    if (isEmpty(value))
+        value = 0.0;
+    if (const auto* const text = std::get_if<std::string>(&value))
+        if (const auto number = numberInText(*text, call.rules()))
+            value = *number;
+    return textAnswer(showValue(value, call.text(1), call.rules().formats, call.dates1904()).text);
+}
+
+Operand valueOf(const FunctionCall& call)
+{
+    return numberAnswer(call.number(0));
+}
+
+/// A number rounded to its decimals; negative decimals round before the point.
+DecimalNumber roundedArgument(const FunctionCall& call, int decimals)
+{
+    if (decimals > mostDecimals)
+        throw FormulaFailure{ErrorCode::Value};
+    return toDecimal(roundedNumber(call.number(0), decimals, Rounding::HalfAwayFromZero));
+}
+
+Operand fixed(const FunctionCall& call)
+{
+    const int decimals = call.integer(1, 2);
+    RegionalFormats formats = call.rules().formats;
+    if (call.logical(2, false))
+        formats.digitsBeforeGrouping = mostTextLength; // no number has as many: no group separators
+    return textAnswer(numberText(roundedArgument(call, decimals), formats, std::max(decimals, 0)));
+}
+
+Operand dollar(const FunctionCall& call)
+{
+    const int decimals = call.integer(1, 2);
+    return textAnswer(currencyText(roundedArgument(call, decimals), call.rules().formats, std::max(decimals, 0)));
+}
+
+constexpr auto table = std::to_array<FunctionBinding>({
+    {"LEFT", left},
+    {"RIGHT", right},
+    {"MID", middle},
+    {"LEN", length},
+    {"TRIM", trimmed},
+    {"CLEAN", clean},
+    {"UPPER", [](const FunctionCall& call) { return textAnswer(upperText(call.text(0))); }},
+    {"LOWER", [](const FunctionCall& call) { return textAnswer(lowerText(call.text(0))); }},
+    {"PROPER", proper},
+    {"CONCATENATE", concatenated},
+    {"FIND", find},
+    {"SEARCH", search},
+    {"SUBSTITUTE", substitute},
+    {"REPLACE", replace},
+    {"REPT", repeated},
+    {"EXACT", [](const FunctionCall& call) { return Operand(CellValue(call.text(0) == call.text(1))); }},
+    {"CHAR", character},
+    {"CODE", code},
+    {"T", textOf, OnError::Pass},
+    {"TEXT", formatted},
+    {"VALUE", valueOf},
+    {"FIXED", fixed},
+    {"DOLLAR", dollar},
+});
+
+} // namespace
+
+std::span<const FunctionBinding> textFunctions()
+{
+    return table;
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,131 @@
+#include "workbook/engine/picture/PictureGrid.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace wagemill::engine {
+
+namespace {
+
+constexpr std::int64_t mostCells = 4'000'000;
+
+/// The share of a hatched ground that takes the pattern colour, by pattern number ([MS-XLS] 2.5.159 FillPattern). At
+/// the size of a pixel a hatch is seen as that mixture.
+constexpr std::array<double, 19> patternShares = {0,   1,    0.5,  0.75, 0.25, 0.5,  0.5,   0.5,   0.5,   0.5,
+                                                  0.5, 0.25, 0.25, 0.25, 0.25, 0.44, 0.375, 0.125, 0.0625};
+
+Rgb mixed(Rgb pattern, Rgb background, double share)
+{
+    const auto channel = [share](std::uint8_t front, std::uint8_t back) {
+        return static_cast<std::uint8_t>(std::lround(share * front + (1 - share) * back));
+    };
+    return {channel(pattern.red, background.red), channel(pattern.green, background.green),
+            channel(pattern.blue, background.blue)};
+}
+
+} // namespace
+
+int columnPixels(int width256)
+{
+    constexpr int digitWidth = 7;
+    constexpr int rounding = 128 / digitWidth; // so the application that defined the widths does it
+    return width256 == 0 ? 0 : (width256 + rounding) * digitWidth / 256;
+}
+
+int rowPixels(int twips)
+{
+    constexpr int twipsPerPixel = 15;
+    return (twips + twipsPerPixel / 2) / twipsPerPixel;
+}
+
+PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range)
+    : m_book(book), m_sheet(sheet), m_range(range)
+{
+    if (std::int64_t{range.rows()} * range.columns() > mostCells)
+        throw EngineError("The range " + addressText({range.firstRow, range.firstColumn}) + ":" +
+                          addressText({range.lastRow, range.lastColumn}) + " of sheet \"" + sheet.name +
+                          "\" is too large for a picture.");
+    const auto measure = [](int first, int last, auto pixelsOf, std::vector<int>& shown, std::vector<double>& edges) {
+        edges.assign(1, 0);
+        for (int index = first; index <= last; ++index) {
+            const int pixels = pixelsOf(index);
+            if (pixels > 0)
+                shown.push_back(index);
+            edges.push_back(edges.back() + pixels);
+        }
+    };
+    measure(
+        range.firstColumn, range.lastColumn, [&](int column) { return columnPixels(sheet.columnWidth(column)); },
+        m_columns, m_lefts);
+    measure(
+        range.firstRow, range.lastRow, [&](int row) { return rowPixels(sheet.rowHeightTwips(row)); }, m_rows, m_tops);
+    indexMergedAreas();
+}
+
+void PictureGrid::indexMergedAreas()
+{
+    m_mergedByRow.resize(static_cast<std::size_t>(m_range.rows()));
+    for (const CellRect& area : m_sheet.merged)
+        for (int row = std::max(area.firstRow, m_range.firstRow); row <= std::min(area.lastRow, m_range.lastRow); ++row)
+            // Areas of a sound sheet do not overlap, so a row has no more of them than columns.
+            if (auto& inRow = m_mergedByRow[static_cast<std::size_t>(row - m_range.firstRow)];
+                inRow.size() < static_cast<std::size_t>(maxColumns))
+                inRow.push_back(&area);
+}
+
+PictureRect PictureGrid::rectOf(const CellRect& area) const
+{
+    const double x = left(std::max(area.firstColumn, m_range.firstColumn));
+    const double y = top(std::max(area.firstRow, m_range.firstRow));
+    return {x, y, left(std::min(area.lastColumn, m_range.lastColumn) + 1) - x,
+            top(std::min(area.lastRow, m_range.lastRow) + 1) - y};
+}
+
+const CellFormat& PictureGrid::formatAt(CellAddress address) const
+{
+    if (const Cell* const cell = m_sheet.find(address))
+        return m_book.styles.format(cell->format);
+    if (const Row* const row = m_sheet.findRow(address.row); row != nullptr && row->format)
+        return m_book.styles.format(*row->format);
+    for (const ColumnRun& run : m_sheet.columns)
+        if (address.column >= run.first && address.column <= run.last)
+            return m_book.styles.format(run.format);
+    return m_book.styles.format(defaultCellFormat);
+}
+
+std::optional<Rgb> PictureGrid::fillAt(CellAddress address) const
+{
+    constexpr Rgb black = {0, 0, 0};
+    constexpr Rgb white = {255, 255, 255};
+    const CellRect area = areaOf(address);
+    const Fill& fill = formatAt({area.firstRow, area.firstColumn}).fill;
+    if (fill.pattern == 0 || fill.pattern >= patternShares.size())
+        return std::nullopt;
+    return mixed(m_book.styles.rgb(fill.patternColor, black), m_book.styles.rgb(fill.backgroundColor, white),
+                 patternShares[fill.pattern]);
+}
+
+const CellRect* PictureGrid::mergedAt(CellAddress address) const
+{
+    if (address.row < m_range.firstRow || address.row > m_range.lastRow)
+        return nullptr;
+    const auto& inRow = m_mergedByRow[static_cast<std::size_t>(address.row - m_range.firstRow)];
+    const auto found = std::ranges::find_if(inRow, [&](const CellRect* area) { return area->contains(address); });
+    return found == inRow.end() ? nullptr : *found;
+}
+
+CellRect PictureGrid::areaOf(CellAddress address) const
+{
+    const CellRect* const merged = mergedAt(address);
+    return merged != nullptr ? *merged : CellRect{address.row, address.column, address.row, address.column};
+}
+
+bool PictureGrid::isCovered(CellAddress address) const
+{
+    const CellRect area = areaOf(address);
+    return address != CellAddress{area.firstRow, area.firstColumn};
+}
+
+} // namespace wagemill::engine

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "workbook/engine/Book.h"
+#include "workbook/engine/picture/SheetPicture.h"
+
+#include <optional>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// Pixels at 96 dots per inch of a column's width, given in 1/256 of a digit of the default font (Arial 10, whose
+/// digits are 7 pixels wide), margins included.
+int columnPixels(int width256);
+/// Pixels of a row's height, given in twips, 15 to the pixel.
+int rowPixels(int twips);
+
+/// Where the cells of a range lie on its picture, and how they look: what every part of the picture asks.
+class PictureGrid {
+public:
+    /// Throws EngineError when the range holds more than four million cells.
+    PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range);
+
+    const Book& book() const { return m_book; }
+    const Sheet& sheet() const { return m_sheet; }
+    const CellRect& range() const { return m_range; }
+    /// Those that are not hidden, ascending.
+    const std::vector<int>& columns() const { return m_columns; }
+    const std::vector<int>& rows() const { return m_rows; }
+
+    double left(int column) const { return m_lefts[static_cast<std::size_t>(column - m_range.firstColumn)]; }
+    double top(int row) const { return m_tops[static_cast<std::size_t>(row - m_range.firstRow)]; }
+    double width() const { return m_lefts.back(); }
+    double height() const { return m_tops.back(); }
+    /// Of an area inside the range.
+    PictureRect rectOf(const CellRect& area) const;
+
+    /// The cell's own format, or that of its row or column.
+    const CellFormat& formatAt(CellAddress address) const;
+    /// The colour of the cell's ground; none where it is plain. Of a merged area that of its first cell.
+    std::optional<Rgb> fillAt(CellAddress address) const;
+    /// The merged area that holds the cell, or the cell itself; not cut to the range.
+    CellRect areaOf(CellAddress address) const;
+    bool isMerged(CellAddress address) const { return mergedAt(address) != nullptr; }
+    /// Whether a merged area hides the cell: it is not the area's first.
+    bool isCovered(CellAddress address) const;
+
+private:
+    void indexMergedAreas();
+    const CellRect* mergedAt(CellAddress address) const;
+
+    const Book& m_book;
+    const Sheet& m_sheet;
+    CellRect m_range;
+    std::vector<int> m_columns;
+    std::vector<int> m_rows;
+    std::vector<double> m_lefts; ///< of every column of the range, and the end of the last
+    std::vector<double> m_tops;
+    std::vector<std::vector<const CellRect*>> m_mergedByRow;
+};
+
+} // namespace wagemill::engine

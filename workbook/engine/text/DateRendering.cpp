@@ -1,0 +1,171 @@
+#include "workbook/engine/text/DateRendering.h"
+
+#include "app/base/NumberText.h"
+#include "app/base/Utf8.h"
+#include "workbook/engine/text/SerialDay.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace wagemill::engine {
+
+namespace {
+
+using Kind = FormatToken::Kind;
+
+constexpr std::int64_t secondsPerDay = 86'400;
+
+/// Digits of a second that a serial day can tell apart; further ones are zeros.
+constexpr std::size_t mostSecondDigits = 3;
+
+/// A point in time in the parts that a code names.
+struct Moment {
+    CalendarDate date;
+    int weekday = 0;             ///< 0 Sunday
+    std::int64_t seconds = 0;    ///< since serial day 0
+    std::int64_t subSeconds = 0; ///< in units of the last digit shown
+
+    int hour() const { return static_cast<int>(seconds % secondsPerDay / 3600); }
+};
+
+/// As the application counts weekdays: serial day 1 of 1900 passes for a Sunday, so that they are wrong before March
+/// 1900.
+int weekdayOf(int serialDay, bool dates1904)
+{
+    constexpr int serialDayOf1904 = 1462;
+    return (serialDay + (dates1904 ? serialDayOf1904 : 0) + 6) % 7;
+}
+
+bool isTimeField(const FormatToken& token)
+{
+    return token.kind >= Kind::Hour && token.kind <= Kind::HalfDay;
+}
+
+std::size_t secondDigits(const FormatSection& section)
+{
+    std::size_t count = 0;
+    for (const FormatToken& token : section.tokens)
+        if (token.kind == Kind::SecondFraction)
+            count = std::max(count, token.count);
+    return std::min(count, mostSecondDigits);
+}
+
+/// Times are rounded to the last digit of a second that is shown, dates alone are not.
+std::optional<Moment> momentOf(double serial, const FormatSection& section, bool dates1904)
+{
+    if (!(serial >= 0 && serial < lastSerialDay(dates1904) + 1.0))
+        return std::nullopt;
+    const bool hasTime = std::any_of(section.tokens.begin(), section.tokens.end(), isTimeField);
+    const auto units = static_cast<std::int64_t>(std::pow(10.0, secondDigits(section)));
+    const double exact = serial * static_cast<double>(secondsPerDay * units);
+    const auto count = static_cast<std::int64_t>(hasTime ? std::round(exact) : std::floor(exact));
+    const std::int64_t seconds = count / units;
+    const int day = hasTime ? static_cast<int>(seconds / secondsPerDay) : static_cast<int>(serial);
+    if (day > lastSerialDay(dates1904))
+        return std::nullopt; // the last evening, rounded up
+    return Moment{dateOfSerialDay(day, dates1904), weekdayOf(day, dates1904), seconds, count % units};
+}
+
+std::string padded(std::int64_t number, std::size_t width)
+{
+    std::string figures = std::to_string(number);
+    if (figures.size() < width)
+        figures.insert(0, width - figures.size(), '0');
+    return figures;
+}
+
+std::string firstCharacter(const std::string& text)
+{
+    return toUtf8(toUtf32(text).substr(0, 1));
+}
+
+std::string monthText(int month, std::size_t letters, const RegionalFormats& formats)
+{
+    const auto index = static_cast<std::size_t>(month - 1);
+    if (letters <= 2)
+        return padded(month, letters);
+    if (letters == 3)
+        return formats.shortMonthNames.at(index);
+    return letters == 5 ? firstCharacter(formats.monthNames.at(index)) : formats.monthNames.at(index);
+}
+
+std::string dayText(const Moment& moment, std::size_t letters, const RegionalFormats& formats)
+{
+    if (letters <= 2)
+        return padded(moment.date.day, letters);
+    return (letters == 3 ? formats.shortDayNames : formats.dayNames).at(static_cast<std::size_t>(moment.weekday));
+}
+
+std::string halfDayText(int hour, std::size_t letters, const RegionalFormats& formats)
+{
+    if (letters == 1)
+        return hour < 12 ? "A" : "P";
+    return hour < 12 ? formats.amText : formats.pmText;
+}
+
+std::string subSecondText(const Moment& moment, const FormatToken& token, const RegionalFormats& formats)
+{
+    std::string figures = padded(moment.subSeconds, std::min(token.count, mostSecondDigits));
+    figures.resize(std::max(figures.size(), token.count), '0');
+    return formats.decimalSeparator + figures;
+}
+
+int hourShown(int hour, bool halfDays)
+{
+    return halfDays ? (hour + 11) % 12 + 1 : hour;
+}
+
+std::string fieldText(const FormatToken& token, const Moment& moment, bool halfDays, const RegionalFormats& formats)
+{
+    switch (token.kind) {
+    case Kind::ShortDate:
+        return shortDateText(moment.date, formats);
+    case Kind::Year:
+        return token.count <= 2 ? padded(moment.date.year % 100, 2) : padded(moment.date.year, 4);
+    case Kind::Month:
+        return monthText(moment.date.month, token.count, formats);
+    case Kind::Day:
+        return dayText(moment, token.count, formats);
+    case Kind::Hour:
+        return padded(hourShown(moment.hour(), halfDays), std::min<std::size_t>(token.count, 2));
+    case Kind::Minute:
+        return padded(moment.seconds / 60 % 60, token.count);
+    case Kind::Second:
+        return padded(moment.seconds % 60, std::min<std::size_t>(token.count, 2));
+    case Kind::SecondFraction:
+        return subSecondText(moment, token, formats);
+    case Kind::ElapsedHours:
+        return padded(moment.seconds / 3600, token.count);
+    case Kind::ElapsedMinutes:
+        return padded(moment.seconds / 60, token.count);
+    case Kind::ElapsedSeconds:
+        return padded(moment.seconds, token.count);
+    case Kind::HalfDay:
+        return halfDayText(moment.hour(), token.count, formats);
+    case Kind::TimeSeparator:
+        return formats.timeSeparator;
+    default:
+        return token.text;
+    }
+}
+
+} // namespace
+
+std::optional<std::string> renderDate(double serial, const FormatSection& section, const RegionalFormats& formats,
+                                      bool dates1904)
+{
+    const auto moment = momentOf(serial, section, dates1904);
+    if (!moment)
+        return std::nullopt;
+    const bool halfDays = std::any_of(section.tokens.begin(), section.tokens.end(),
+                                      [](const FormatToken& token) { return token.kind == Kind::HalfDay; });
+    std::string text;
+    for (const FormatToken& token : section.tokens) {
+        const std::string piece = fieldText(token, *moment, halfDays, formats);
+        text += token.kind == Kind::Literal ? piece : toLocalDigits(piece, formats);
+    }
+    return text;
+}
+
+} // namespace wagemill::engine

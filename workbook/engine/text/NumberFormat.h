@@ -1,0 +1,63 @@
+#pragma once
+
+#include "app/base/RegionalFormats.h"
+#include "workbook/engine/CellStyle.h"
+#include "workbook/engine/CellValue.h"
+#include "workbook/engine/text/FormatCode.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wagemill::engine {
+
+/// A value as its cell shows it, before the cell's width is considered.
+struct ShownText {
+    std::string text;            ///< UTF-8; `_x` became a blank
+    std::optional<Rgb> color;    ///< from a section such as [Red]
+    bool isNumber = false;       ///< shown right-aligned, and as "###" where it does not fit
+    bool isGeneral = false;      ///< a number in General: digits may be dropped until it fits the column
+    bool isNegativeDate = false; ///< a date format on a value that is no date: "###" whatever the width
+
+    bool operator==(const ShownText&) const = default;
+};
+
+/// A number format code made ready to show many values.
+class NumberFormatter {
+public:
+    /// code  see showValue
+    explicit NumberFormatter(std::string_view code);
+
+    /// See the function showValue.
+    ShownText show(const CellValue& value, const RegionalFormats& formats, bool dates1904 = false) const;
+    /// Whether a section shows a date or a time.
+    bool isDate() const;
+
+private:
+    ShownText showNumber(double number, const RegionalFormats& formats, bool dates1904) const;
+    ShownText showText(const std::string& text) const;
+    const FormatSection* textSection() const;
+    std::size_t numberSections() const;
+    std::size_t sectionFor(double number) const;
+    bool hidesSign(std::size_t section) const;
+
+    std::vector<FormatSection> m_sections; ///< none: General
+};
+
+/// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant
+/// digits and rounded half away from zero; what rounds to zero has no minus sign of its own. "m/d/yy" is the user's
+/// short date with a year of four digits. Separators, digits and month names are those of `formats`. An unreadable code
+/// shows the value as General does.
+/// dates1904  serial day 0 is 1 January 1904
+ShownText showValue(const CellValue& value, std::string_view code, const RegionalFormats& formats,
+                    bool dates1904 = false);
+
+/// The number as General shows it in a cell of at most `characters` digits (11 in a cell of standard width, fewer in a
+/// narrow one), with exponent where needed.
+std::string generalText(double number, const RegionalFormats& formats, int characters = 11);
+
+/// Whether the code shows a date or a time.
+bool isDateFormat(std::string_view code);
+
+} // namespace wagemill::engine

@@ -1,0 +1,130 @@
+#include "workbook/engine/text/TypedText.h"
+
+#include "app/base/NumberText.h"
+#include "app/base/PlainCharacters.h"
+#include "app/base/Utf8.h"
+#include "workbook/engine/text/SerialDay.h"
+#include "workbook/engine/text/TypedMoment.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace wagemill::engine {
+
+namespace {
+
+/// A literal text of a format code: brackets, signs and blanks behind a backslash, the rest in quotes.
+std::string literalCode(const std::string& text)
+{
+    constexpr std::u32string_view escaped = U"()-+ \"\u00A0\u202F\u2212";
+    std::u32string code;
+    bool quoted = false;
+    for (const char32_t character : toUtf32(text)) {
+        const bool single = escaped.find(character) != std::u32string_view::npos;
+        if (quoted == single)
+            code += U'"';
+        quoted = !single;
+        code += single ? std::u32string{U'\\', character} : std::u32string{character};
+    }
+    return toUtf8(code) + (quoted ? "\"" : "");
+}
+
+/// The user's currency form as a format code. A form with brackets leaves the width of one behind positive figures:
+///   "$"#,##0.00_);[Red]\("$"#,##0.00\)    #,##0.00\ "€";[Red]\-#,##0.00\ "€"
+std::string currencyCode(const RegionalFormats& formats, bool decimals)
+{
+    const std::string figure = decimals ? "#,##0.00" : "#,##0";
+    const auto inAffixes = [&figure](const Affixes& affixes) {
+        return literalCode(affixes.prefix) + figure + literalCode(affixes.suffix);
+    };
+    const std::string space = formats.negativeCurrency.suffix.ends_with(')') ? "_)" : "";
+    return inAffixes(formats.currency) + space + ";[Red]" + inAffixes(formats.negativeCurrency);
+}
+
+std::string figureCode(const NumberReading& reading, const RegionalFormats& formats)
+{
+    const bool decimals = reading.decimals > 0;
+    if (reading.hasPercent)
+        return decimals ? "0.00%" : "0%";
+    if (reading.hasCurrency)
+        return currencyCode(formats, decimals);
+    if (reading.hasExponent)
+        return "0.00E+00";
+    if (reading.hasGroups)
+        return decimals ? "#,##0.00" : "#,##0";
+    return "";
+}
+
+std::optional<TypedValue> readFigure(std::string_view plain, const RegionalFormats& formats)
+{
+    auto reading = readNumber(plain, formats, true);
+    if (!reading)
+        return std::nullopt;
+    if (reading->hasPercent && !reading->number.digits.empty())
+        reading->number.pointPosition -= 2;
+    const auto number = toDouble(reading->number);
+    return TypedValue{numberValue(number.value_or(0)), figureCode(*reading, formats), false};
+}
+
+std::string upperCase(std::string_view text)
+{
+    std::string upper(text);
+    for (char& character : upper)
+        if (character >= 'a' && character <= 'z')
+            character = static_cast<char>(character - 'a' + 'A');
+    return upper;
+}
+
+std::optional<TypedValue> readWord(std::string_view plain)
+{
+    constexpr std::array errors = {ErrorCode::Null,        ErrorCode::DivisionByZero, ErrorCode::Value,
+                                   ErrorCode::Reference,   ErrorCode::Name,           ErrorCode::Number,
+                                   ErrorCode::NotAvailable};
+    const std::string upper = upperCase(plain);
+    if (upper == "TRUE" || upper == "FALSE")
+        return TypedValue{upper == "TRUE", "", false};
+    const auto error =
+        std::find_if(errors.begin(), errors.end(), [&upper](ErrorCode code) { return upper == errorText(code); });
+    return error == errors.end() ? std::nullopt : std::optional(TypedValue{*error, "", false});
+}
+
+/// The serial day of a valid date, nothing before the first one.
+std::optional<int> countedDay(CalendarDate date, bool dates1904)
+{
+    const int firstYear = dates1904 ? 1904 : 1900;
+    return date.year < firstYear ? std::nullopt
+                                 : std::optional(serialDayOf(date.year, date.month, date.day, dates1904));
+}
+
+std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalFormats& formats, Today today,
+                                         bool dates1904)
+{
+    auto moment = readMoment(plain, formats, today);
+    if (!moment)
+        return std::nullopt;
+    const auto day = moment->date ? countedDay(*moment->date, dates1904) : 0;
+    if (!day)
+        return std::nullopt;
+    return TypedValue{*day + moment->days, std::move(moment->numberFormat), false};
+}
+
+} // namespace
+
+TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, Today today, bool dates1904)
+{
+    if (text.starts_with('\''))
+        return {std::string(text.substr(1)), "", true};
+    const std::string plain = plainCharacters(text, formats);
+    if (plain.empty())
+        return {};
+    if (auto figure = readFigure(plain, formats))
+        return *figure;
+    if (auto word = readWord(plain))
+        return *word;
+    if (auto moment = readDateOrTime(plain, formats, today, dates1904))
+        return *moment;
+    return {std::string(text), "", false};
+}
+
+} // namespace wagemill::engine
