@@ -4,6 +4,9 @@
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 
+#include <gtest/gtest.h>
+
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -60,6 +63,21 @@ inline bool isAbout(const CellValue& actual, const CellValue& expected)
 inline CellValue text(std::string_view content)
 {
     return std::string(content);
+}
+
+/// A formula and the value that it must give.
+struct Case {
+    std::string_view formula;
+    CellValue expected;
+};
+
+inline void expectValues(Calculator& calculator, std::span<const Case> cases)
+{
+    for (const auto& [formula, expected] : cases) {
+        const CellValue actual = calculator.value(formula);
+        EXPECT_TRUE(isAbout(actual, expected))
+            << formula << " gives " << testing::PrintToString(actual) << ", not " << testing::PrintToString(expected);
+    }
 }
 
 } // namespace wagemill::engine

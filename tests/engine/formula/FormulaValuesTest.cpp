@@ -6,22 +6,7 @@
 namespace wagemill::engine {
 namespace {
 
-struct Case {
-    std::string_view formula;
-    CellValue expected;
-};
-
 constexpr auto valueError = ErrorCode::Value;
-
-template <std::size_t size>
-void expectValues(Calculator& calculator, const Case (&cases)[size])
-{
-    for (const auto& [formula, expected] : cases) {
-        const CellValue actual = calculator.value(formula);
-        EXPECT_TRUE(isAbout(actual, expected))
-            << formula << " gives " << testing::PrintToString(actual) << ", not " << testing::PrintToString(expected);
-    }
-}
 
 TEST(Operators, WorkInTheirOrderOfPrecedence)
 {

@@ -5,22 +5,7 @@
 namespace wagemill::engine {
 namespace {
 
-struct Case {
-    std::string_view formula;
-    CellValue expected;
-};
-
 constexpr auto notAvailable = ErrorCode::NotAvailable;
-
-template <std::size_t size>
-void expectValues(Calculator& calculator, const Case (&cases)[size])
-{
-    for (const auto& [formula, expected] : cases) {
-        const CellValue actual = calculator.value(formula);
-        EXPECT_TRUE(isAbout(actual, expected))
-            << formula << " gives " << testing::PrintToString(actual) << ", not " << testing::PrintToString(expected);
-    }
-}
 
 /// Keys of every kind in B3 to B12 of the second sheet, with a heading above and the row's number beside them.
 Calculator withRates()
