@@ -3,7 +3,7 @@
 readonly buildPackages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libsqlite3-dev fonts-liberation)
 readonly desktopPackages=(xvfb openbox xdotool imagemagick dbus at-spi2-core python3 python3-pyatspi)
 readonly testPackages=(libgtest-dev python3)
-readonly judgePackages=(libreoffice-calc gnumeric python3-xlrd poppler-utils)
+readonly judgePackages=(libreoffice-calc python3-uno gnumeric poppler-utils)
 
 # requirePackages NAME...: installs those that are missing; as root, or through sudo.
 requirePackages() {
