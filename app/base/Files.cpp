@@ -109,7 +109,7 @@ void deleteFileQuietly(const fs::path& path)
 
 void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
 {
-    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!file.isOpen())
         throwFileError("Cannot write the file", path, errno);
     while (!bytes.empty()) {
@@ -126,7 +126,8 @@ void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
 
 std::vector<std::byte> readBytesFromFile(const fs::path& path)
 {
-    const OpenFile file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // Not to be kept waiting by a pipe that nobody writes to.
+    const OpenFile file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!file.isOpen())
         throwFileError("Cannot read the file", path, errno);
     struct stat status = {};

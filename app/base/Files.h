@@ -18,7 +18,7 @@ bool fileExists(const std::filesystem::path& path);
 void deleteFileQuietly(const std::filesystem::path& path);
 
 /// Writes the bytes from the first byte of the file on; a longer file keeps its tail. A new file is readable by its
-/// owner alone. Throws std::runtime_error that names the file and the reason.
+/// owner alone; a link is not followed. Throws std::runtime_error that names the file and the reason.
 void writeBytesToFile(std::span<const std::byte> bytes, const std::filesystem::path& path);
 
 /// The whole file. Throws std::runtime_error that names the file and the reason.

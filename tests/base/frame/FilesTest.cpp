@@ -10,6 +10,7 @@
 #include <array>
 #include <memory>
 #include <set>
+#include <sys/stat.h>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -59,6 +60,17 @@ TEST(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
     EXPECT_TRUE(std::equal(fourBytes.begin(), fourBytes.end(), bytes.begin()));
     EXPECT_EQ(fs::status(folder / "file").permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(Files, NeitherFollowALinkWhenWrittenNorWaitForAPipe)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink(folder / "elsewhere", folder / "link");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_THROW(writeBytesToFile(fourBytes, folder / "link"), std::runtime_error);
+    EXPECT_FALSE(fileExists(folder / "elsewhere"));
+    EXPECT_THROW(readBytesFromFile(folder / "pipe"), std::runtime_error);
+    EXPECT_THROW(writeBytesToFile(fourBytes, folder / "pipe"), std::runtime_error);
 }
 
 template <typename Work>
