@@ -59,16 +59,4 @@ std::uint16_t Book::externSheetFor(std::size_t sheet)
     return static_cast<std::uint16_t>(externSheets.size() - 1);
 }
 
-std::optional<std::size_t> Book::sheetOf(std::uint16_t externSheet) const
-{
-    if (externSheet >= externSheets.size())
-        return std::nullopt;
-    const ExternSheet& entry = externSheets[externSheet];
-    if (entry.supportingBook >= supportingBooks.size() ||
-        supportingBooks[entry.supportingBook].kind != SupportingBook::Kind::Own || entry.first != entry.last ||
-        entry.first < 0 || static_cast<std::size_t>(entry.first) >= sheets.size())
-        return std::nullopt;
-    return static_cast<std::size_t>(entry.first);
-}
-
 } // namespace wagemill::engine

@@ -84,8 +84,6 @@ public:
     std::optional<std::size_t> sheetIndex(std::string_view name) const;
     /// The index for tokens that refer to one sheet of this book, added when missing.
     std::uint16_t externSheetFor(std::size_t sheet);
-    /// The one sheet of this book that an entry names; nothing when it is gone, foreign or more than one.
-    std::optional<std::size_t> sheetOf(std::uint16_t externSheet) const;
 };
 
 } // namespace wagemill::engine

@@ -176,10 +176,6 @@ TEST(NumberFormat, DatesAndTimes)
     EXPECT_EQ(showValue(44650.0, "d-mmm-yyyy ddd", unitedStates, true).text, "31-Mar-2026 Tue");
     for (const double number : {-1.0, 2958466.0, 1e300})
         EXPECT_TRUE(showValue(number, "m/d/yy", unitedStates).isNegativeDate) << number;
-    for (const char* code : {"m/d/yy", "[h]:mm", "0;yyyy", "AM/PM"})
-        EXPECT_TRUE(isDateFormat(code)) << code;
-    for (const char* code : {"General", "0.00", "\"day\"0", "[Red]0", "[$-409]0"})
-        EXPECT_FALSE(isDateFormat(code)) << code;
 }
 
 TEST(NumberFormat, FollowsTheUsersRegion)

@@ -109,12 +109,6 @@ NumberFormatter::NumberFormatter(std::string_view code)
 {
 }
 
-bool NumberFormatter::isDate() const
-{
-    return std::any_of(m_sections.begin(), m_sections.end(),
-                       [](const FormatSection& section) { return section.kind == FormatSection::Kind::Date; });
-}
-
 ShownText NumberFormatter::show(const CellValue& value, const RegionalFormats& formats, bool dates1904) const
 {
     if (const auto* error = std::get_if<ErrorCode>(&value))
@@ -221,11 +215,6 @@ std::string generalText(double number, const RegionalFormats& formats, int chara
 {
     const std::string digits = generalDigits(toShownDecimal(std::abs(number)), characters, formats);
     return (number < 0 ? formats.negativeSign : "") + toLocalDigits(digits, formats);
-}
-
-bool isDateFormat(std::string_view code)
-{
-    return NumberFormatter(code).isDate();
 }
 
 } // namespace wagemill::engine

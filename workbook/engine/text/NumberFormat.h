@@ -31,8 +31,6 @@ public:
 
     /// See the function showValue.
     ShownText show(const CellValue& value, const RegionalFormats& formats, bool dates1904 = false) const;
-    /// Whether a section shows a date or a time.
-    bool isDate() const;
 
 private:
     ShownText showNumber(double number, const RegionalFormats& formats, bool dates1904) const;
@@ -56,8 +54,5 @@ ShownText showValue(const CellValue& value, std::string_view code, const Regiona
 /// The number as General shows it in a cell of at most `characters` digits (11 in a cell of standard width, fewer in a
 /// narrow one), with exponent where needed.
 std::string generalText(double number, const RegionalFormats& formats, int characters = 11);
-
-/// Whether the code shows a date or a time.
-bool isDateFormat(std::string_view code);
 
 } // namespace wagemill::engine
