@@ -1,5 +1,7 @@
 #include "app/base/Utf8.h"
 
+#include <algorithm>
+
 #include <cstddef>
 #include <cstdint>
 
@@ -80,6 +82,22 @@ std::string toUtf8(std::u32string_view text)
     for (const char32_t character : text)
         appendUtf8(bytes, isCodePoint(character) ? character : replacementCharacter);
     return bytes;
+}
+
+std::size_t characterCount(std::string_view utf8)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+std::size_t utf16Length(std::string_view utf8)
+{
+    std::size_t length = 0;
+    for (const char each : utf8) {
+        const auto byte = static_cast<unsigned char>(each);
+        length += (byte & 0xC0U) == 0x80U ? 0U : byte >= 0xF0U ? 2U : 1U;
+    }
+    return length;
 }
 
 } // namespace wagemill

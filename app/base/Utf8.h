@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,5 +10,9 @@ namespace wagemill {
 std::u32string toUtf32(std::string_view text);
 /// The UTF-8 text of code points; what is no code point becomes U+FFFD.
 std::string toUtf8(std::u32string_view text);
+
+/// How many characters a valid UTF-8 text has, and how many UTF-16 units, which is what spreadsheets count.
+std::size_t characterCount(std::string_view utf8);
+std::size_t utf16Length(std::string_view utf8);
 
 } // namespace wagemill

@@ -1,6 +1,7 @@
 #include "app/look/Look.h"
 
 #include "app/base/Files.h"
+#include "app/base/Utf8.h"
 #include "app/look/StyleSheetSkin.h"
 
 #include <QCheckBox>
@@ -50,12 +51,6 @@ void setNeutralBackgrounds(QWidget& window, PictureBoxes pictureBoxes)
         if (isOneOf<QLabel, QRadioButton, QCheckBox, QGroupBox>(*control) ||
             (pictureBoxes == PictureBoxes::Include && isPictureBox(*control)))
             setNeutralBackground(*control);
-}
-
-std::size_t characterCount(std::string_view utf8)
-{
-    return static_cast<std::size_t>(
-        std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
 }
 
 /// Whether listing the folder that holds the path yields its name.

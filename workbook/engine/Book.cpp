@@ -1,5 +1,7 @@
 #include "workbook/engine/Book.h"
 
+#include "app/base/Utf8.h"
+
 #include <algorithm>
 
 namespace wagemill::engine {
@@ -14,12 +16,6 @@ char upperAscii(char letter)
 bool sameName(std::string_view one, std::string_view other)
 {
     return std::ranges::equal(one, other, {}, upperAscii, upperAscii);
-}
-
-std::size_t characterCount(std::string_view utf8)
-{
-    return static_cast<std::size_t>(
-        std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
 }
 
 } // namespace

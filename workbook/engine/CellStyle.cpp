@@ -8,10 +8,6 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr std::size_t mostFormats = 4050; ///< the file format's own limits
-constexpr std::size_t mostFonts = 510;
-constexpr std::uint16_t noParent = 0xFFF;
-
 /// Built-in number formats, [MS-XLS] 2.4.126.
 constexpr auto builtInFormats = std::to_array<std::pair<std::uint16_t, std::string_view>>({
     {0, "General"},

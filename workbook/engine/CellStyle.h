@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -85,6 +86,12 @@ struct Fill {
 
     bool operator==(const Fill&) const = default;
 };
+
+/// The file format's own limits.
+inline constexpr std::size_t mostFormats = 4050;
+inline constexpr std::size_t mostFonts = 510;
+/// Stands for the parent of a format that is a named style's own.
+inline constexpr std::uint16_t noParent = 0xFFF;
 
 /// How a cell looks: one entry of the workbook's table of formats (an XF of the file).
 struct CellFormat {

@@ -2,6 +2,8 @@
 
 #include "workbook/engine/CellAddress.h"
 
+#include <utility>
+
 namespace wagemill::engine {
 
 namespace {
@@ -37,6 +39,18 @@ void shiftReference(ReferenceToken& token, int rows, int columns)
 }
 
 } // namespace
+
+void orderCorners(ReferencePart& first, ReferencePart& last)
+{
+    if (first.row > last.row) {
+        std::swap(first.row, last.row);
+        std::swap(first.rowRelative, last.rowRelative);
+    }
+    if (first.column > last.column) {
+        std::swap(first.column, last.column);
+        std::swap(first.columnRelative, last.columnRelative);
+    }
+}
 
 Formula shiftedFormula(const Formula& formula, int rows, int columns)
 {

@@ -26,6 +26,9 @@ struct ReferencePart {
     bool operator==(const ReferencePart&) const = default;
 };
 
+/// Makes `first` the upper left corner and `last` the lower right one; each row and column stays relative or absolute.
+void orderCorners(ReferencePart& first, ReferencePart& last);
+
 /// Operators under their token numbers ([MS-XLS] 2.5.198.25): binary, then unary, then the brackets kept as typed.
 enum class Operator : std::uint8_t {
     Add = 0x03,

@@ -1,5 +1,6 @@
 #include "workbook/engine/formula/CellEntry.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/formula/FormulaParser.h"
 
 #include <algorithm>
@@ -11,18 +12,6 @@ namespace {
 
 constexpr std::size_t mostCharacters = 32767;
 constexpr std::string_view generalFormat = "General";
-
-/// Length in UTF-16 units, which is what the file format counts.
-std::size_t utf16Length(std::string_view utf8)
-{
-    std::size_t length = 0;
-    for (const char byte : utf8) {
-        const auto value = static_cast<unsigned char>(byte);
-        length += (value & 0xC0U) != 0x80U ? 1U : 0U;
-        length += value >= 0xF0U ? 1U : 0U;
-    }
-    return length;
-}
 
 void enterFormula(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
                   const RegionalFormats& formats)

@@ -58,12 +58,6 @@ constexpr auto errorCodes = std::to_array<ErrorCode>({
     ErrorCode::NotAvailable,
 });
 
-std::size_t characterCount(std::string_view utf8)
-{
-    return static_cast<std::size_t>(
-        std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
-}
-
 bool startsWithIgnoringCase(std::string_view text, std::string_view start)
 {
     return text.size() >= start.size() && compareIgnoringCase(text.substr(0, start.size()), start) == 0;

@@ -1,5 +1,6 @@
 #include "workbook/engine/formula/Operators.h"
 
+#include "app/base/Utf8.h"
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -51,16 +52,6 @@ CellValue concatenation(const CellValue& left, const CellValue& right, const Coe
 {
     const auto first = std::get<std::string>(toText(left, rules)); // neither is an error any more
     return textValue(first + std::get<std::string>(toText(right, rules)));
-}
-
-std::size_t utf16Length(std::string_view utf8)
-{
-    std::size_t length = 0;
-    for (const char each : utf8) {
-        const auto byte = static_cast<unsigned char>(each);
-        length += (byte & 0xC0U) == 0x80U ? 0U : byte >= 0xF0U ? 2U : 1U;
-    }
-    return length;
 }
 
 std::optional<CellRect> common(const CellRect& a, const CellRect& b)

@@ -81,14 +81,7 @@ WrittenReference areaBetween(const Corner& first, const Corner& last)
     };
     ReferencePart from = part(first, 0, 0);
     ReferencePart to = part(last, maxRows - 1, maxColumns - 1);
-    if (from.row > to.row) {
-        std::swap(from.row, to.row);
-        std::swap(from.rowRelative, to.rowRelative);
-    }
-    if (from.column > to.column) {
-        std::swap(from.column, to.column);
-        std::swap(from.columnRelative, to.columnRelative);
-    }
+    orderCorners(from, to);
     return {from, to, first.length + 1 + last.length};
 }
 

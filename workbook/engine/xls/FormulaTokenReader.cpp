@@ -2,7 +2,6 @@
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
-#include "workbook/engine/xls/OrderedCorners.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/XlsErrors.h"
 

@@ -1,7 +1,6 @@
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
-#include "workbook/engine/xls/OrderedCorners.h"
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>

@@ -13,11 +13,8 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-constexpr std::size_t mostFormats = 4050;
-constexpr std::size_t mostFonts = 510;
 constexpr std::size_t mostRenumberedFormats = 200;
 constexpr std::size_t mostNotices = 50;
-constexpr std::uint16_t noParent = 0xFFF;
 constexpr std::uint16_t firstUnknownBuiltInFormat = 82;
 constexpr std::uint16_t ownBookMark = 0x0401;
 constexpr std::uint16_t addInMark = 0x3A01;
