@@ -1,12 +1,8 @@
 #include "app/base/Files.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <fcntl.h>
-#include <stdexcept>
-#include <sys/stat.h>
+#include "app/base/PlatformFiles.h"
+
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace wagemill {
@@ -38,49 +34,12 @@ struct PrivateTemporaryFolder {
     fs::path path; ///< empty: TEMP was set by the user, and nothing of ours is to be removed
 };
 
-[[noreturn]] void throwFileError(std::string_view what, const fs::path& path, int code)
-{
-    throw std::runtime_error(std::string(what) + " \"" + path.string() +
-                             "\": " + std::generic_category().message(code) + ".");
-}
-
-/// A file descriptor that closes itself.
-class OpenFile {
-public:
-    explicit OpenFile(int descriptor) : m_descriptor(descriptor) {}
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-
-    bool isOpen() const { return m_descriptor >= 0; }
-    int descriptor() const { return m_descriptor; }
-    /// Closes now, so that an error of a late write is seen.
-    bool close() { return ::close(std::exchange(m_descriptor, -1)) == 0; }
-
-private:
-    int m_descriptor;
-};
-
 void removePrivateTemporaryFolder()
 {
     std::error_code ignored;
     const fs::path& folder = programWide<PrivateTemporaryFolder>().path;
     if (!folder.empty())
         fs::remove_all(folder, ignored);
-}
-
-fs::path parentOfPrivateFolders()
-{
-    std::error_code error;
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-        runtime != nullptr && fs::is_directory(runtime, error) && ::access(runtime, W_OK) == 0)
-        return runtime;
-    const fs::path system = fs::temp_directory_path(error);
-    return error ? fs::path("/tmp") : system;
 }
 
 } // namespace
@@ -101,54 +60,7 @@ void deleteFileQuietly(const fs::path& path)
         return;
     if (fs::remove(path, ignored))
         return;
-    // The forced second attempt: a read-only file goes too. Permissions of a link would be those of its target.
-    if (!fs::is_symlink(status))
-        fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ignored);
-    fs::remove(path, ignored);
-}
-
-void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
-{
-    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!file.isOpen())
-        throwFileError("Cannot write the file", path, errno);
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file.descriptor(), bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            throwFileError("Cannot write the file", path, errno);
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-    if (!file.close())
-        throwFileError("Cannot write the file", path, errno);
-}
-
-std::vector<std::byte> readBytesFromFile(const fs::path& path)
-{
-    // Not to be kept waiting by a pipe that nobody writes to.
-    const OpenFile file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!file.isOpen())
-        throwFileError("Cannot read the file", path, errno);
-    struct stat status = {};
-    if (::fstat(file.descriptor(), &status) != 0)
-        throwFileError("Cannot read the file", path, errno);
-    if (!S_ISREG(status.st_mode))
-        throw std::runtime_error("Cannot read \"" + path.string() + "\": it is no plain file.");
-    std::vector<std::byte> bytes(static_cast<std::size_t>(status.st_size));
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        const ssize_t count = ::read(file.descriptor(), bytes.data() + filled, bytes.size() - filled);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throwFileError("Cannot read the file", path, errno);
-        if (count == 0)
-            break;
-        filled += static_cast<std::size_t>(count);
-    }
-    bytes.resize(filled);
-    return bytes;
+    platform::deleteByForce(path);
 }
 
 const fs::path& programFolder()
@@ -163,26 +75,26 @@ void setProgramFolder(const fs::path& folder)
 
 fs::path besideProgram(std::string_view name)
 {
-    return programFolder().string() + std::string(name);
+    fs::path path = programFolder();
+    path += fs::path(name).make_preferred();
+    return path;
 }
 
 fs::path inTemporaryFolder(std::string_view name)
 {
-    const char* folder = std::getenv("TEMP");
-    return (folder == nullptr ? std::string() : std::string(folder)) + std::string(name);
+    fs::path path = platform::environmentPath("TEMP");
+    path += fs::path(name).make_preferred();
+    return path;
 }
 
 void ensureTemporaryFolder()
 {
-    if (const char* folder = std::getenv("TEMP"); folder != nullptr && *folder != '\0')
+    if (!platform::environmentPath("TEMP").empty())
         return;
-    std::string name = (parentOfPrivateFolders() / "wagemill-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throwFileError("Cannot make a temporary folder", name, errno);
-    programWide<PrivateTemporaryFolder>().path = name;
-    ::setenv("TEMP", name.c_str(), 1);
-    std::atexit(removePrivateTemporaryFolder);
-    std::at_quick_exit(removePrivateTemporaryFolder);
+    const fs::path folder = platform::makePrivateFolder();
+    programWide<PrivateTemporaryFolder>().path = folder;
+    platform::setEnvironmentPath("TEMP", folder);
+    platform::atEveryEnd(removePrivateTemporaryFolder);
 }
 
 bool isDevelopmentRun()
@@ -210,7 +122,7 @@ void endProgram()
     if (programWide<ProgramEnd>().run)
         programWide<ProgramEnd>().run();
     else
-        std::quick_exit(0);
+        platform::endProcess();
 }
 
 void setProgramEnd(std::function<void()> end)
