@@ -1,6 +1,7 @@
 #include "entry/Form1.h"
 
 #include "app/base/Files.h"
+#include "app/look/DrawingLock.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
 #include "entry/DatePicker.h"
@@ -283,12 +284,12 @@ Form2& Form1::preview()
 
 void Form1::freezeDrawing()
 {
-    setUpdatesEnabled(false);
+    lockDrawing(*this);
 }
 
 void Form1::unfreezeDrawing()
 {
-    setUpdatesEnabled(true);
+    unlockDrawing(*this);
 }
 
 void Form1::showHourglass()
