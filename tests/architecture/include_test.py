@@ -8,7 +8,7 @@ import sys
 # folder: (folders whose headers it may include besides its own, whether it may use Qt)
 ALLOWED = {
     "app/base": ([], False),
-    "settings": ([], False),
+    "settings": (["app/base"], False),
     "entry/data": ([], False),
     "workbook/spreadsheet": ([], False),
     "workbook/engine": (["app/base"], False),
