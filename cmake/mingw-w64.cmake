@@ -1,0 +1,26 @@
+# Toolchain: 64-bit Windows with Debian's MinGW-w64 (POSIX threads).
+# QT_WINDOWS_PREFIX: the folder of Qt for Windows; Qt's own tools (moc, rcc) come from the Qt of this machine.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${QT_WINDOWS_PREFIX})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QT_WINDOWS_PREFIX)
+# One program that runs wherever it is put.
+set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
+
+if(QT_WINDOWS_PREFIX)
+    list(APPEND CMAKE_PREFIX_PATH ${QT_WINDOWS_PREFIX})
+    set(QT_HOST_PATH /usr CACHE PATH "The Qt of this machine")
+    file(GLOB host_cmake_folders /usr/lib/*/cmake/Qt6HostInfo /usr/lib*/cmake/Qt6HostInfo)
+    if(host_cmake_folders AND NOT QT_HOST_PATH_CMAKE_DIR)
+        list(GET host_cmake_folders 0 host_info_folder)
+        get_filename_component(host_cmake_folder ${host_info_folder} DIRECTORY)
+        set(QT_HOST_PATH_CMAKE_DIR ${host_cmake_folder} CACHE PATH "The CMake files of the Qt of this machine")
+    endif()
+endif()
