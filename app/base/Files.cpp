@@ -2,6 +2,8 @@
 
 #include "app/base/PlatformFiles.h"
 
+#include <random>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -34,6 +36,34 @@ struct PrivateTemporaryFolder {
     fs::path path; ///< empty: TEMP was set by the user, and nothing of ours is to be removed
 };
 
+/// How long a build waits for another program's, which takes well under a second.
+constexpr std::chrono::seconds lockPatience(10);
+
+/// A fresh name beside `target`: in one folder, renaming replaces in one step.
+fs::path neighbourOf(const fs::path& target)
+{
+    std::random_device chance;
+    return target.parent_path() / (".wagemill-" + std::to_string(chance()) + std::to_string(chance()) + ".part");
+}
+
+/// Removes a file that was not renamed.
+class UnfinishedFile {
+public:
+    explicit UnfinishedFile(fs::path path) : m_path(std::move(path)) {}
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+    ~UnfinishedFile()
+    {
+        std::error_code ignored;
+        fs::remove(m_path, ignored);
+    }
+
+    const fs::path& path() const { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
 void removePrivateTemporaryFolder()
 {
     std::error_code ignored;
@@ -61,6 +91,17 @@ void deleteFileQuietly(const fs::path& path)
     if (fs::remove(path, ignored))
         return;
     platform::deleteByForce(path);
+}
+
+void writeWholeFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
+{
+    try {
+        const UnfinishedFile unfinished(neighbourOf(path));
+        platform::writeNewFile(bytes, unfinished.path(), life);
+        fs::rename(unfinished.path(), path);
+    } catch (const std::system_error& error) {
+        throw std::runtime_error("Cannot write the file \"" + path.string() + "\": " + error.code().message() + ".");
+    }
 }
 
 const fs::path& programFolder()
@@ -95,6 +136,14 @@ void ensureTemporaryFolder()
     programWide<PrivateTemporaryFolder>().path = folder;
     platform::setEnvironmentPath("TEMP", folder);
     platform::atEveryEnd(removePrivateTemporaryFolder);
+}
+
+std::shared_ptr<void> lockTemporaryFolder()
+{
+    const fs::path folder = inTemporaryFolder("");
+    if (folder == programWide<PrivateTemporaryFolder>().path)
+        return nullptr; // nobody else works in the run's own
+    return platform::lockFolder(folder, lockPatience);
 }
 
 bool isDevelopmentRun()

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,11 +19,30 @@ bool fileExists(const std::filesystem::path& path);
 void deleteFileQuietly(const std::filesystem::path& path);
 
 /// Writes the bytes from the first byte of the file on; a longer file keeps its tail. A new file is readable by its
-/// owner alone; a link is not followed. Throws std::runtime_error that names the file and the reason.
+/// owner alone; one that is there is written only when it is the user's own, as requireOwnFile has it.
+/// Throws std::runtime_error that names the file and the reason.
 void writeBytesToFile(std::span<const std::byte> bytes, const std::filesystem::path& path);
+
+enum class FileLife {
+    Temporary, ///< readable by its owner alone, and lost with the power
+    Kept,      ///< the user's normal permissions, and on the disk when the call returns
+};
+
+/// Writes a file that has all its bytes or is not there: they go under a fresh name beside `path`, which then replaces
+/// whatever file or link stood there. A failure leaves `path` as it was and nothing beside it.
+/// Throws std::runtime_error that names the file and the reason.
+void writeWholeFile(std::span<const std::byte> bytes, const std::filesystem::path& path, FileLife life);
 
 /// The whole file. Throws std::runtime_error that names the file and the reason.
 std::vector<std::byte> readBytesFromFile(const std::filesystem::path& path);
+
+/// The whole file if it is the user's own, as requireOwnFile has it; of another not a byte is read or waited for.
+/// Throws std::runtime_error that names the file and the reason.
+std::vector<std::byte> readOwnFile(const std::filesystem::path& path);
+
+/// Throws std::runtime_error that says why, when what stands at the path is anything but a plain file of the user's
+/// own: somebody else's, a link, a file with a second name, a folder, a pipe, a device. Nothing there is no failure.
+void requireOwnFile(const std::filesystem::path& path);
 
 /// The folder of the running program, without a trailing separator. Set once at start.
 const std::filesystem::path& programFolder();
@@ -37,6 +57,11 @@ std::filesystem::path inTemporaryFolder(std::string_view name);
 /// Where TEMP is not set: makes a fresh folder that only the user can enter, makes it TEMP, and removes it when the
 /// program ends. Throws std::runtime_error when no folder can be made.
 void ensureTemporaryFolder();
+
+/// Keeps other programs' builds out of the folder that TEMP names, where all use the same file names, for as long as
+/// the answer lives. Waits for a build that is under way. Null where a folder cannot be locked, or need not be. Throws
+/// std::runtime_error when another program keeps the folder for more than ten seconds.
+[[nodiscard]] std::shared_ptr<void> lockTemporaryFolder();
 
 /// Whether this is a debug run of a developer's build rather than the built program.
 bool isDevelopmentRun();

@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -26,8 +28,12 @@ namespace {
 class OpenFile {
 public:
     explicit OpenFile(int descriptor) : m_descriptor(descriptor) {}
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
+    OpenFile(OpenFile&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    OpenFile& operator=(OpenFile&& other) noexcept
+    {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
     ~OpenFile()
     {
         if (m_descriptor >= 0)
@@ -43,46 +49,42 @@ private:
     int m_descriptor;
 };
 
-fs::path parentOfPrivateFolders()
+/// Why a file is not to be touched; "" when it is a plain file of the user's own that has no other name. Whoever can
+/// give our names to something else could otherwise have us read or write what is not ours.
+std::string_view objectionTo(const struct stat& status)
 {
-    std::error_code error;
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-        runtime != nullptr && fs::is_directory(runtime, error) && ::access(runtime, W_OK) == 0)
-        return runtime;
-    const fs::path system = fs::temp_directory_path(error);
-    return error ? fs::path("/tmp") : system;
+    if (S_ISLNK(status.st_mode))
+        return "it is a link";
+    if (!S_ISREG(status.st_mode))
+        return "it is no plain file";
+    if (status.st_uid != ::geteuid())
+        return "it belongs to another user";
+    return status.st_nlink > 1 ? "it has a second name elsewhere" : "";
 }
 
-} // namespace
-
-void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
+void requireOwn(std::string_view what, const fs::path& path, const struct stat& status)
 {
-    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!file.isOpen())
-        throwFileError("Cannot write the file", path, errno);
+    if (const std::string_view objection = objectionTo(status); !objection.empty())
+        throw std::runtime_error(std::string(what) + " \"" + path.string() + "\": " + std::string(objection) +
+                                 ". Please remove it, or let TEMP name another folder.");
+}
+
+/// All at once, or as much as the system takes at a time. Throws std::system_error.
+void writeAll(int descriptor, std::span<const std::byte> bytes)
+{
     while (!bytes.empty()) {
-        const ssize_t written = ::write(file.descriptor(), bytes.data(), bytes.size());
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)
-            throwFileError("Cannot write the file", path, errno);
+            throw std::system_error(errno, std::generic_category());
         bytes = bytes.subspan(static_cast<std::size_t>(written));
     }
-    if (!file.close())
-        throwFileError("Cannot write the file", path, errno);
 }
 
-std::vector<std::byte> readBytesFromFile(const fs::path& path)
+/// The rest of the file. `status` is that of the open file.
+std::vector<std::byte> readAll(const OpenFile& file, const struct stat& status, const fs::path& path)
 {
-    // Not to be kept waiting by a pipe that nobody writes to.
-    const OpenFile file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!file.isOpen())
-        throwFileError("Cannot read the file", path, errno);
-    struct stat status = {};
-    if (::fstat(file.descriptor(), &status) != 0)
-        throwFileError("Cannot read the file", path, errno);
-    if (!S_ISREG(status.st_mode))
-        throw std::runtime_error("Cannot read \"" + path.string() + "\": it is no plain file.");
     std::vector<std::byte> bytes(static_cast<std::size_t>(status.st_size));
     std::size_t filled = 0;
     while (filled < bytes.size()) {
@@ -99,6 +101,101 @@ std::vector<std::byte> readBytesFromFile(const fs::path& path)
     return bytes;
 }
 
+struct stat statusOf(const OpenFile& file, std::string_view what, const fs::path& path)
+{
+    struct stat status = {};
+    if (!file.isOpen() || ::fstat(file.descriptor(), &status) != 0)
+        throwFileError(what, path, errno);
+    return status;
+}
+
+fs::path parentOfPrivateFolders()
+{
+    std::error_code error;
+    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+        runtime != nullptr && fs::is_directory(runtime, error) && ::access(runtime, W_OK) == 0)
+        return runtime;
+    const fs::path system = fs::temp_directory_path(error);
+    return error ? fs::path("/tmp") : system;
+}
+
+constexpr std::string_view privateFolderStem = "wagemill-run-";
+constexpr std::string_view freshLetters = "XXXXXX"; ///< mkdtemp puts letters of its own in their place
+
+/// A run holds the lock of its folder for as long as it lives, however it ends. Invalid when somebody else holds it, or
+/// the folder is gone.
+OpenFile holdFolder(const fs::path& folder)
+{
+    OpenFile held(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status = {};
+    if (held.isOpen() && (::flock(held.descriptor(), LOCK_EX | LOCK_NB) != 0 ||
+                          ::fstat(held.descriptor(), &status) != 0 || status.st_nlink == 0))
+        held.close();
+    return held;
+}
+
+bool isPrivateFolderOfOurs(const fs::path& folder)
+{
+    struct stat status = {};
+    const std::string name = folder.filename().string();
+    return name.starts_with(privateFolderStem) && name.size() == privateFolderStem.size() + freshLetters.size() &&
+           ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
+           (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+/// Removes what killed runs left behind; it may hold wages.
+void removeAbandonedFolders(const fs::path& parent)
+{
+    std::error_code ignored;
+    for (fs::directory_iterator entry(parent, ignored), end; entry != end; entry.increment(ignored))
+        if (isPrivateFolderOfOurs(entry->path()))
+            if (const OpenFile held = holdFolder(entry->path()); held.isOpen())
+                fs::remove_all(entry->path(), ignored);
+}
+
+} // namespace
+
+void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
+{
+    constexpr std::string_view failure = "Cannot write the file";
+    requireOwnFile(path);
+    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    requireOwn(failure, path, statusOf(file, failure, path));
+    try {
+        writeAll(file.descriptor(), bytes);
+    } catch (const std::system_error& error) {
+        throwFileError(failure, path, error.code().value());
+    }
+    if (!file.close())
+        throwFileError(failure, path, errno);
+}
+
+std::vector<std::byte> readBytesFromFile(const fs::path& path)
+{
+    // Not to be kept waiting by a pipe that nobody writes to.
+    const OpenFile file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const struct stat status = statusOf(file, "Cannot read the file", path);
+    if (!S_ISREG(status.st_mode))
+        throw std::runtime_error("Cannot read \"" + path.string() + "\": it is no plain file.");
+    return readAll(file, status, path);
+}
+
+std::vector<std::byte> readOwnFile(const fs::path& path)
+{
+    requireOwnFile(path); // a device must not even be opened; what was put there since is met below
+    const OpenFile file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const struct stat status = statusOf(file, "Cannot read the file", path);
+    requireOwn("Cannot open", path, status);
+    return readAll(file, status, path);
+}
+
+void requireOwnFile(const fs::path& path)
+{
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) == 0)
+        requireOwn("Cannot open", path, status);
+}
+
 namespace platform {
 
 void deleteByForce(const fs::path& path)
@@ -109,12 +206,49 @@ void deleteByForce(const fs::path& path)
     fs::remove(path, ignored);
 }
 
+void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
+{
+    const mode_t usersNormal = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH; // less what umask withholds
+    const mode_t mode = life == FileLife::Kept ? usersNormal : S_IRUSR | S_IWUSR;
+    OpenFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file.isOpen())
+        throw std::system_error(errno, std::generic_category());
+    writeAll(file.descriptor(), bytes);
+    const bool isSafe = life == FileLife::Temporary || ::fsync(file.descriptor()) == 0 || errno == EINVAL;
+    if (!isSafe || !file.close())
+        throw std::system_error(errno, std::generic_category());
+}
+
 fs::path makePrivateFolder()
 {
-    std::string name = (parentOfPrivateFolders() / "wagemill-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throwFileError("Cannot make a temporary folder", name, errno);
-    return name;
+    const fs::path parent = parentOfPrivateFolders();
+    removeAbandonedFolders(parent);
+    for (;;) {
+        std::string name = (parent / privateFolderStem).string().append(freshLetters);
+        if (::mkdtemp(name.data()) == nullptr)
+            throwFileError("Cannot make a temporary folder", name, errno);
+        // Held open until the process is gone, so that no other start takes the folder for an abandoned one.
+        static OpenFile held(-1);
+        held = holdFolder(name);
+        if (held.isOpen())
+            return name;
+    }
+}
+
+std::shared_ptr<void> lockFolder(const fs::path& folder, std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds pause(1);
+    auto file = std::make_shared<OpenFile>(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (::flock(file->descriptor(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK)
+            return nullptr;
+        if (std::chrono::steady_clock::now() >= end)
+            throw std::runtime_error("The folder \"" + folder.string() +
+                                     "\" is in use: another program is making a workbook there.");
+        std::this_thread::sleep_for(pause);
+    }
+    return file;
 }
 
 fs::path environmentPath(const char* name)

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <aclapi.h>
 #include <oleauto.h>
 #include <sddl.h>
 
@@ -13,6 +14,7 @@
 #include <memory>
 #include <random>
 #include <stdexcept>
+#include <system_error>
 
 namespace wagemill {
 
@@ -95,6 +97,51 @@ bool isLink(HANDLE file)
            (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(info.ReparseTag);
 }
 
+/// Whether the open file belongs to the user, or to the group that owns what the user makes. Where the file system
+/// knows no owners everything is the user's.
+bool isOfThisUser(HANDLE file)
+{
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (::GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr,
+                          &descriptor) != ERROR_SUCCESS)
+        return true;
+    const std::unique_ptr<void, FreeLocal> freeAtEnd(descriptor);
+    HANDLE raw = nullptr;
+    if (owner == nullptr || !::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &raw))
+        return true;
+    const Handle token(raw);
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> holder;
+    static_assert(sizeof(TOKEN_OWNER) <= sizeof(TOKEN_USER));
+    const auto size = static_cast<DWORD>(holder.size());
+    DWORD ignored = 0;
+    return (::GetTokenInformation(raw, TokenUser, holder.data(), size, &ignored) &&
+            ::EqualSid(owner, reinterpret_cast<const TOKEN_USER*>(holder.data())->User.Sid)) ||
+           (::GetTokenInformation(raw, TokenOwner, holder.data(), size, &ignored) &&
+            ::EqualSid(owner, reinterpret_cast<const TOKEN_OWNER*>(holder.data())->Owner));
+}
+
+/// Why a file is not to be touched; "" when it is a plain file of the user's own that has no other name.
+std::string_view objectionTo(HANDLE file)
+{
+    BY_HANDLE_FILE_INFORMATION info = {};
+    if (isLink(file))
+        return "it is a link";
+    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &info) ||
+        (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return "it is no plain file";
+    if (!isOfThisUser(file))
+        return "it belongs to another user";
+    return info.nNumberOfLinks > 1 ? "it has a second name elsewhere" : "";
+}
+
+void requireOwn(std::string_view what, const fs::path& path, HANDLE file)
+{
+    if (const std::string_view objection = objectionTo(file); !objection.empty())
+        throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": " + std::string(objection) +
+                                 ". Please remove it, or let TEMP name another folder.");
+}
+
 /// The most that one call is asked to move.
 DWORD blockOf(std::size_t bytes)
 {
@@ -104,43 +151,38 @@ DWORD blockOf(std::size_t bytes)
 
 } // namespace
 
-void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
+namespace {
+
+/// Answers ERROR_SUCCESS, or what stopped it.
+DWORD writeAll(HANDLE file, std::span<const std::byte> bytes)
 {
-    constexpr std::string_view failure = "Cannot write the file";
-    PrivateSecurity security;
-    const Handle file = asHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ,
-                                               security.attributes(), OPEN_ALWAYS,
-                                               FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    if (!file)
-        throwFileError(failure, path, ::GetLastError());
-    if (::GetFileType(file.get()) != FILE_TYPE_DISK || isLink(file.get()))
-        throwNoPlainFile("Cannot write", path);
     while (!bytes.empty()) {
         DWORD written = 0;
-        if (!::WriteFile(file.get(), bytes.data(), blockOf(bytes.size()), &written, nullptr))
-            throwFileError(failure, path, ::GetLastError());
+        if (!::WriteFile(file, bytes.data(), blockOf(bytes.size()), &written, nullptr))
+            return ::GetLastError();
         bytes = bytes.subspan(written);
     }
+    return ERROR_SUCCESS;
 }
 
-std::vector<std::byte> readBytesFromFile(const fs::path& path)
+Handle openToRead(const fs::path& path, DWORD flags)
+{
+    return asHandle(::CreateFileW(path.c_str(), GENERIC_READ | READ_CONTROL,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL | flags, nullptr));
+}
+
+std::vector<std::byte> readAll(HANDLE file, const fs::path& path)
 {
     constexpr std::string_view failure = "Cannot read the file";
-    const Handle file =
-        asHandle(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file)
-        throwFileError(failure, path, ::GetLastError());
-    if (::GetFileType(file.get()) != FILE_TYPE_DISK)
-        throwNoPlainFile("Cannot read", path);
     LARGE_INTEGER size = {};
-    if (!::GetFileSizeEx(file.get(), &size))
+    if (!::GetFileSizeEx(file, &size))
         throwFileError(failure, path, ::GetLastError());
     std::vector<std::byte> bytes(static_cast<std::size_t>(size.QuadPart));
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         DWORD count = 0;
-        if (!::ReadFile(file.get(), bytes.data() + filled, blockOf(bytes.size() - filled), &count, nullptr))
+        if (!::ReadFile(file, bytes.data() + filled, blockOf(bytes.size() - filled), &count, nullptr))
             throwFileError(failure, path, ::GetLastError());
         if (count == 0)
             break;
@@ -148,6 +190,48 @@ std::vector<std::byte> readBytesFromFile(const fs::path& path)
     }
     bytes.resize(filled);
     return bytes;
+}
+
+} // namespace
+
+void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
+{
+    constexpr std::string_view failure = "Cannot write the file";
+    PrivateSecurity security;
+    const Handle file = asHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES | READ_CONTROL,
+                                               FILE_SHARE_READ, security.attributes(), OPEN_ALWAYS,
+                                               FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!file)
+        throwFileError(failure, path, ::GetLastError());
+    requireOwn(failure, path, file.get());
+    if (const DWORD error = writeAll(file.get(), bytes); error != ERROR_SUCCESS)
+        throwFileError(failure, path, error);
+}
+
+std::vector<std::byte> readBytesFromFile(const fs::path& path)
+{
+    const Handle file = openToRead(path, 0);
+    if (!file)
+        throwFileError("Cannot read the file", path, ::GetLastError());
+    if (::GetFileType(file.get()) != FILE_TYPE_DISK)
+        throwNoPlainFile("Cannot read", path);
+    return readAll(file.get(), path);
+}
+
+std::vector<std::byte> readOwnFile(const fs::path& path)
+{
+    const Handle file = openToRead(path, FILE_FLAG_OPEN_REPARSE_POINT);
+    if (!file)
+        throwFileError("Cannot read the file", path, ::GetLastError());
+    requireOwn("Cannot open", path, file.get());
+    return readAll(file.get(), path);
+}
+
+void requireOwnFile(const fs::path& path)
+{
+    // Backup semantics open folders too; what cannot be opened at all is refused when it is used.
+    if (const Handle file = openToRead(path, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS))
+        requireOwn("Cannot open", path, file.get());
 }
 
 namespace platform {
@@ -228,6 +312,39 @@ void deleteByForce(const fs::path& path)
     const AutomationThread thread;
     if (const auto fileSystem = createByName(L"Scripting.FileSystemObject"))
         callDeleteFile(*fileSystem, path, true);
+}
+
+void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
+{
+    PrivateSecurity security;
+    const Handle file = asHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0,
+                                               life == FileLife::Temporary ? security.attributes() : nullptr,
+                                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD error = file ? writeAll(file.get(), bytes) : ::GetLastError();
+    if (error == ERROR_SUCCESS && life == FileLife::Kept && !::FlushFileBuffers(file.get()))
+        error = ::GetLastError();
+    if (error != ERROR_SUCCESS)
+        throw std::system_error(static_cast<int>(error), std::system_category());
+}
+
+/// A mutex named after the folder: a folder that is opened without sharing could not be used by Excel either.
+std::shared_ptr<void> lockFolder(const fs::path& folder, std::chrono::milliseconds patience)
+{
+    std::wstring name = fs::absolute(folder).lexically_normal().native();
+    ::CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
+    std::ranges::replace(name, L'\\', L'/'); // a backslash would lead out of the name space
+    const std::shared_ptr<void> mutex(::CreateMutexW(nullptr, FALSE, (L"Local\\Wagemill " + name).c_str()),
+                                      [](HANDLE handle) {
+                                          if (handle != nullptr)
+                                              ::CloseHandle(handle);
+                                      });
+    if (!mutex)
+        return nullptr;
+    const DWORD outcome = ::WaitForSingleObject(mutex.get(), static_cast<DWORD>(patience.count()));
+    if (outcome == WAIT_TIMEOUT)
+        throw std::runtime_error("The folder \"" + toUtf8(folder.native()) +
+                                 "\" is in use: another program is making a workbook there.");
+    return {mutex.get(), [mutex](HANDLE handle) { ::ReleaseMutex(handle); }};
 }
 
 fs::path makePrivateFolder()

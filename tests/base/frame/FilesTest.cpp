@@ -8,9 +8,14 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <fcntl.h>
 #include <memory>
 #include <set>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -93,8 +98,26 @@ TEST(Files, SayWhatFailedOnWhichFileAndWhy)
     EXPECT_EQ(failureOf([&] { readBytesFromFile(unreachable); }),
               "Cannot read the file \"" + unreachable.string() + "\": No such file or directory.");
     EXPECT_NE(failureOf([&] { readBytesFromFile(folder.path()); }).find(folder.path().string()), std::string::npos);
-    EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, "/dev/full"); }),
-              "Cannot write the file \"/dev/full\": No space left on device.");
+    EXPECT_EQ(failureOf([&] { writeWholeFile(fourBytes, unreachable, FileLife::Kept); }),
+              "Cannot write the file \"" + unreachable.string() + "\": No such file or directory.");
+}
+
+TEST(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink(folder / "elsewhere", folder / "link");
+    const mode_t mask = ::umask(027);
+    writeWholeFile(fourBytes, folder / "link", FileLife::Temporary);
+    writeWholeFile(fourBytes, folder / "kept", FileLife::Kept);
+    ::umask(mask);
+    EXPECT_FALSE(fileExists(folder / "elsewhere"));
+    EXPECT_EQ(fs::symlink_status(folder / "link").type(), fs::file_type::regular);
+    const auto permissions = [&](const char* name) {
+        return static_cast<int>(fs::status(folder / name).permissions());
+    };
+    EXPECT_EQ(permissions("link"), 0600);
+    EXPECT_EQ(permissions("kept"), 0640);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2);
 }
 
 TEST(Files, OfARunGoToTheFolderThatTempNames)
@@ -116,6 +139,57 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolder)
     const fs::path made = inTemporaryFolder("");
     EXPECT_EQ(made.parent_path(), system.path());
     EXPECT_EQ(fs::status(made).permissions() & fs::perms::all, fs::perms::owner_all);
+}
+
+/// A folder as a run makes it, its lock held by `held` as a living run holds it; -1 for a run that was killed.
+fs::path runFolder(const fs::path& parent, const char* letters, int* held)
+{
+    const fs::path folder = parent / (std::string("wagemill-run-") + letters);
+    EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
+    writeBytesToFile(fourBytes, folder / "kvarno12345678.xls");
+    if (held != nullptr) {
+        *held = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+        EXPECT_EQ(::flock(*held, LOCK_EX), 0);
+    }
+    return folder;
+}
+
+TEST(Files, OfKilledRunsAreRemovedByTheNextButNeverThoseOfALivingOne)
+{
+    const TemporaryFolder system;
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", system.path().string());
+    const ScopedEnvironment temp("TEMP", std::nullopt);
+    int held = -1;
+    const fs::path living = runFolder(system.path(), "aaaaaa", &held);
+    const fs::path killed = runFolder(system.path(), "bbbbbb", nullptr);
+    const fs::path shared = runFolder(system.path(), "cccccc", nullptr); // not as we make them: others may enter
+    fs::permissions(shared, fs::perms::group_all, fs::perm_options::add);
+    fs::create_directory(system / "wagemill-backup");
+    ensureTemporaryFolder();
+    ::close(held);
+    EXPECT_TRUE(fileExists(living / "kvarno12345678.xls"));
+    EXPECT_FALSE(fileExists(killed));
+    EXPECT_TRUE(fileExists(shared));
+    EXPECT_TRUE(fileExists(system / "wagemill-backup"));
+}
+
+TEST(Files, OfOneFolderBelongToOneBuildAtATime)
+{
+    const TemporaryFolder folder;
+    const ScopedEnvironment temp("TEMP", folder.path().string());
+    auto lock = lockTemporaryFolder();
+    ASSERT_TRUE(lock);
+    std::atomic<bool> released = false;
+    std::thread other([&] {
+        const auto second = lockTemporaryFolder();
+        EXPECT_TRUE(released);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    released = true;
+    lock.reset();
+    other.join();
+    const ScopedEnvironment nowhere("TEMP", (folder / "nothing").string());
+    EXPECT_FALSE(lockTemporaryFolder()); // whoever writes there says what is wrong
 }
 
 TEST(RandomWholeNumber, DrawsEveryNumberOfItsSpanAndNoOther)
