@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QLinearGradient>
+#include <QList>
 #include <QPainter>
 #include <QPainterPath>
 #include <QTextStream>
@@ -19,7 +20,7 @@ namespace {
 
 constexpr int cursorSide = 32;
 constexpr QPoint fingertip(12, 1);
-constexpr std::array iconSides = {16, 24, 32, 48, 64, 128, 256, 512};
+constexpr std::array iconSides = {16, 22, 24, 32, 48, 64, 96, 128, 192, 256, 512};
 constexpr std::array windowsIconSides = {16, 24, 32, 48, 64, 256};
 constexpr QSize splashSize(480, 270);
 
@@ -122,31 +123,80 @@ void writeCursor(const QString& path, const QImage& image, QPoint hotSpot)
         }
 }
 
-/// A sheet with its coin on green ground, on a grid of 64 units.
+/// A part of the icon: a rectangle on a grid of 64 units. Corners rounded by half its side make it a circle.
+struct IconShape {
+    QRectF box;
+    qreal cornerRadius;
+    QColor fill; ///< transparent: only the rim is drawn
+    QColor rim;  ///< transparent: no rim
+    qreal rimWidth;
+};
+
+constexpr int iconGrid = 64;
+const IconShape iconGround{{2, 2, 60, 60}, 13, green, Qt::transparent, 0}; ///< its fill darkens downwards
+
+/// What stands on the green ground, from the bottom up: a sheet with its heading and its lines, and a coin.
+QList<IconShape> iconShapes()
+{
+    QList<IconShape> shapes = {{{13, 11, 32, 42}, 3, paper, Qt::transparent, 0},
+                               {{18, 17, 22, 5}, 0, green, Qt::transparent, 0}};
+    for (const qreal y : {26.0, 32.0, 38.0, 44.0})
+        shapes << IconShape{{18, y, 12, 3}, 0, rule, Qt::transparent, 0}
+               << IconShape{{33, y, 7, 3}, 0, rule, Qt::transparent, 0};
+    return shapes << IconShape{{33, 33, 22, 22}, 11, gold, deepGreen, 2}
+                  << IconShape{{37, 37, 14, 14}, 7, Qt::transparent, darkGold, 1.6};
+}
+
 void drawIcon(QPainter& painter)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    QLinearGradient ground(0, 0, 0, 64);
+    const auto draw = [&painter](const IconShape& shape, const QBrush& fill) {
+        painter.setBrush(fill);
+        painter.setPen(shape.rimWidth > 0 ? QPen(shape.rim, shape.rimWidth) : QPen(Qt::NoPen));
+        painter.drawRoundedRect(shape.box, shape.cornerRadius, shape.cornerRadius);
+    };
+    QLinearGradient ground(0, 0, 0, iconGrid);
     ground.setColorAt(0, green);
     ground.setColorAt(1, deepGreen);
-    painter.setBrush(ground);
-    painter.drawRoundedRect(QRectF(2, 2, 60, 60), 13, 13);
-    painter.setBrush(paper);
-    painter.drawRoundedRect(QRectF(13, 11, 32, 42), 3, 3);
-    painter.setBrush(green);
-    painter.drawRect(QRectF(18, 17, 22, 5));
-    painter.setBrush(rule);
-    for (const qreal y : {26.0, 32.0, 38.0, 44.0}) {
-        painter.drawRect(QRectF(18, y, 12, 3));
-        painter.drawRect(QRectF(33, y, 7, 3));
-    }
-    painter.setPen(QPen(deepGreen, 2));
-    painter.setBrush(gold);
-    painter.drawEllipse(QPointF(44, 44), 11, 11);
-    painter.setPen(QPen(darkGold, 1.6));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(QPointF(44, 44), 7, 7);
+    draw(iconGround, ground);
+    for (const IconShape& shape : iconShapes())
+        draw(shape, shape.fill);
+}
+
+QString svgRectangle(const IconShape& shape, const QString& fill)
+{
+    QString text = QStringLiteral(R"(  <rect x="%1" y="%2" width="%3" height="%4" rx="%5" fill="%6")")
+                       .arg(shape.box.x())
+                       .arg(shape.box.y())
+                       .arg(shape.box.width())
+                       .arg(shape.box.height())
+                       .arg(shape.cornerRadius)
+                       .arg(fill);
+    if (shape.rimWidth > 0)
+        text += QStringLiteral(R"( stroke="%1" stroke-width="%2")").arg(shape.rim.name()).arg(shape.rimWidth);
+    return text + QStringLiteral("/>\n");
+}
+
+/// The icon for every size (Scalable Vector Graphics 1.1, W3C).
+void writeScalableIcon(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("Cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
+    QTextStream svg(&file);
+    svg << QStringLiteral(
+               "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%1\" viewBox=\"0 0 %1 %1\">\n"
+               "  <linearGradient id=\"ground\" gradientUnits=\"userSpaceOnUse\" x1=\"0\" y1=\"0\" x2=\"0\" "
+               "y2=\"%1\">\n"
+               "    <stop offset=\"0\" stop-color=\"%2\"/>\n"
+               "    <stop offset=\"1\" stop-color=\"%3\"/>\n"
+               "  </linearGradient>\n")
+               .arg(iconGrid)
+               .arg(green.name(), deepGreen.name())
+        << svgRectangle(iconGround, QStringLiteral("url(#ground)"));
+    for (const IconShape& shape : iconShapes())
+        svg << svgRectangle(shape, shape.fill.alpha() == 0 ? QStringLiteral("none") : shape.fill.name());
+    svg << "</svg>\n";
 }
 
 QImage iconImage(int side)
@@ -154,7 +204,7 @@ QImage iconImage(int side)
     QImage image(side, side, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    painter.scale(side / 64.0, side / 64.0);
+    painter.scale(qreal(side) / iconGrid, qreal(side) / iconGrid);
     drawIcon(painter);
     return image;
 }
@@ -228,6 +278,7 @@ int main(int argc, char* argv[])
     writeCursor(folder.filePath(QStringLiteral("HAND-M.CUR")), handImage(), fingertip);
     for (const int side : iconSides)
         iconImage(side).save(folder.filePath(QStringLiteral("icon/wagemill-%1.png").arg(side)));
+    writeScalableIcon(folder.filePath(QStringLiteral("icon/wagemill.svg")));
     writeWindowsIcon(folder.filePath(QStringLiteral("icon/wagemill.ico")));
     splashImage().save(folder.filePath(QStringLiteral("Splash/wagemill.png")));
     return 0;
