@@ -5,6 +5,8 @@
 #include "app/base/NumberText.h"
 #include "workbook/Excel1.h"
 
+#include <memory>
+
 namespace wagemill {
 
 namespace {
@@ -64,6 +66,7 @@ private:
     const BuildServices& m_services;
     ErrorTrap m_trap{"Form1.PushButton22_Click"};
 
+    std::shared_ptr<void> m_folderLock; ///< the names of template and picture are the same for every build
     std::filesystem::path m_template = inTemporaryFolder("/template.xlt");
     std::filesystem::path m_picture = inTemporaryFolder("/temp.bmp");
     std::filesystem::path m_path; ///< of the saved workbook
@@ -81,6 +84,7 @@ void PayrollBuild::beginWaiting()
 
 void PayrollBuild::openTemplate()
 {
+    m_trap.step(25, [&] { m_folderLock = lockTemporaryFolder(); });
     m_trap.step(30, [&] { m_session = m_services.spreadsheet.createSession(); });
     m_trap.step(40, [&] { m_templateBytes = m_services.templateResource(); });
     m_trap.step(50, [&] {
@@ -88,6 +92,7 @@ void PayrollBuild::openTemplate()
             writeBytesToFile(m_templateBytes, m_template);
     });
     m_trap.step(60, [&] {
+        requireOwnFile(m_template);
         m_workbook = present(m_session, "spreadsheet session").Workbooks()->OpenReadOnly(m_template.string());
     });
 }
@@ -162,7 +167,10 @@ void PayrollBuild::takePicture()
 {
     std::unique_ptr<Application> session;
     std::unique_ptr<Workbook> workbook;
-    m_trap.step(500, [&] { session = openWorkbookInExcel(m_services.spreadsheet.createSession, m_path.string()); });
+    m_trap.step(500, [&] {
+        requireOwnFile(m_path);
+        session = openWorkbookInExcel(m_services.spreadsheet.createSession, m_path.string());
+    });
     m_trap.step(510, [&] { m_windows.showHourglass(); });
     m_trap.step(520, [&] {
         Application& preview = present(session, "spreadsheet session for the preview");
@@ -177,7 +185,10 @@ void PayrollBuild::takePicture()
 
 void PayrollBuild::showResult()
 {
-    m_trap.step(600, [&] { m_windows.showPicture(m_picture); });
+    m_trap.step(600, [&] {
+        requireOwnFile(m_picture);
+        m_windows.showPicture(m_picture);
+    });
     m_trap.step(610, [&] { m_windows.passWorkbook(m_path); });
     m_trap.step(620, [&] { m_windows.showPreview(); });
     m_trap.step(630, [&] { m_windows.hideEntry(); });

@@ -47,14 +47,20 @@ TEST(CopyFile, CopiesEveryByteAndLeavesNothingElse)
     }
 }
 
-TEST(CopyFile, OntoItselfKeepsTheFile)
+TEST(CopyFile, OntoItselfFailsAndKeepsTheFileWhileALinkToItBecomesACopy)
 {
     const test::TemporaryFolder folder;
+    fs::create_directory(folder / "inside");
     put(folder / "workbook", "figures");
+    for (const char* itself : {"workbook", "inside/../workbook"}) {
+        EXPECT_TRUE(isSameFile(folder / itself, folder / "workbook"));
+        EXPECT_THROW(copyFile(folder / "workbook", folder / itself), std::runtime_error);
+    }
     fs::create_symlink(folder / "workbook", folder / "link");
-    copyFile(folder / "workbook", folder / "workbook");
+    EXPECT_FALSE(isSameFile(folder / "link", folder / "workbook"));
     copyFile(folder / "workbook", folder / "link");
-    EXPECT_EQ(contentOf(folder / "workbook"), "figures");
+    fs::remove(folder / "workbook");
+    EXPECT_EQ(contentOf(folder / "link"), "figures");
 }
 
 TEST(CopyFile, FailsWithBothNamesAndTheReasonAndLeavesNothing)
@@ -70,7 +76,7 @@ TEST(CopyFile, FailsWithBothNamesAndTheReasonAndLeavesNothing)
     } const cases[] = {
         {"missing", "to", "No such file"},
         {"from", "nowhere/to", "No such file"},
-        {"taken", "to", "directory"},
+        {"taken", "to", "no plain file"},
         {"from", "taken", "directory"},
     };
     for (const auto& [from, to, reason] : cases) {

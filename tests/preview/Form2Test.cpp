@@ -352,13 +352,14 @@ TEST_F(Form2Test, AsksBeforeItOverwrites)
     EXPECT_EQ(messages.shown[0].buttons, MessageButtons::YesNo);
 }
 
-TEST_F(Form2Test, SavingOntoTheTemporaryWorkbookItselfKeepsIt)
+TEST_F(Form2Test, SavingOntoTheTemporaryWorkbookItselfIsReportedAndKeepsIt)
 {
     open({10, 10});
     names = {workbook()};
     click("PushButton6");
     EXPECT_EQ(contentOf(workbook()), "figures");
-    EXPECT_EQ(messages.shown.size(), 2U); // the question and "Done."
+    ASSERT_EQ(messages.shown.size(), 3U); // the question, the failure and "Done."
+    EXPECT_NE(messages.shown[1].text.find("the temporary workbook itself"), std::string::npos);
 }
 
 TEST_F(Form2Test, AFailedCopyIsReportedAndStillDone)

@@ -26,15 +26,10 @@ namespace {
 /// The version whose file formats and members we serve.
 constexpr const char* servedVersion = "16.0";
 
-/// 30 December 1899, the day before serial day 1 as seen from March 1900 on, in days since 1970.
-constexpr double serialDayOfEpoch = 25569;
-
 std::tm localTime()
 {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local = {};
-    localtime_r(&now, &local);
-    return local;
+    return *std::localtime(&now); // there is one thread
 }
 
 engine::Today today()
@@ -61,9 +56,13 @@ void stampProperties(engine::Book& book)
 
 double serialNow()
 {
-    std::tm local = localTime();
+    using namespace std::chrono;
+    constexpr sys_days dayZero = year{1899} / December / 30; // as seen from March 1900 on
     constexpr double secondsOfDay = 86400;
-    return serialDayOfEpoch + static_cast<double>(timegm(&local)) / secondsOfDay;
+    const auto [year, month, day] = today();
+    const sys_days date = std::chrono::year{year} / month / day;
+    const std::tm local = localTime();
+    return (date - dayZero).count() + (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) / secondsOfDay;
 }
 
 } // namespace
@@ -173,7 +172,7 @@ std::shared_ptr<EmbeddedApplication::OpenBook> EmbeddedApplication::Session::ope
 {
     requireRunning();
     return asApplication([&] {
-        const auto bytes = readBytesFromFile(std::filesystem::path(path));
+        const auto bytes = readOwnFile(std::filesystem::path(path));
         auto opened = std::make_shared<OpenBook>();
         opened->book = engine::xls::readWorkbook(bytes, path);
         books.push_back(opened);
@@ -389,8 +388,8 @@ public:
         asApplication([&] {
             m_session->recalculate(*m_book);
             stampProperties(m_book->book);
-            writeBytesToFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook),
-                             std::filesystem::path(path));
+            writeWholeFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook),
+                           std::filesystem::path(path), FileLife::Temporary);
         });
         m_book->isChanged = false;
     }
