@@ -2,7 +2,6 @@
 
 #include "app/base/Files.h"
 #include "app/base/Utf8.h"
-#include "app/look/StyleSheetSkin.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -53,6 +52,20 @@ void setNeutralBackgrounds(QWidget& window, PictureBoxes pictureBoxes)
             setNeutralBackground(*control);
 }
 
+/// Keeps a skinning control as long as its window.
+class OwnedSkin : public QObject {
+public:
+    OwnedSkin(QWidget& window, std::unique_ptr<SkinningControl> control)
+        : QObject(&window), m_control(std::move(control))
+    {
+    }
+
+    SkinningControl* control() const { return m_control.get(); }
+
+private:
+    std::unique_ptr<SkinningControl> m_control;
+};
+
 /// Whether listing the folder that holds the path yields its name.
 bool isListed(const std::filesystem::path& path)
 {
@@ -68,21 +81,23 @@ bool isListed(const std::filesystem::path& path)
 
 void applyMainWindowSkin(QWidget& mainWindow)
 {
-    StyleSheetSkin skin;
-    applyMainWindowSkin(mainWindow, skin);
+    const auto* owned = new OwnedSkin(mainWindow, createSkinningControl());
+    applyMainWindowSkin(mainWindow, owned->control());
 }
 
-void applyMainWindowSkin(QWidget& mainWindow, SkinningControl& skin)
+void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
 {
     const std::filesystem::path skinFile = besideProgram(skinName);
     if (!isListed(skinFile))
         return;
     setNeutralBackgrounds(mainWindow, PictureBoxes::Include);
-    skin.loadSkin(skinFile, "");
-    skin.setOptions(skin.options() | skinTheControls);
-    skin.setFlag(5, true);
-    skin.setFlag(10, true);
-    skin.applyWindow(mainWindow.winId());
+    if (skin == nullptr)
+        return;
+    skin->loadSkin(skinFile, "");
+    skin->setOptions(skin->options() | skinTheControls);
+    skin->setFlag(5, true);
+    skin->setFlag(10, true);
+    skin->applyWindow(mainWindow.winId());
 }
 
 void applyPlainBackground(QWidget& window)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -14,7 +15,8 @@ inline constexpr std::string_view productTitle = "Wagemill";
 /// The phrase that the application title is cut from.
 inline constexpr std::string_view productPhrase = "Wagemill Payroll Workbook Creator";
 
-/// What draws a skin on a window. On Windows its members are called by dispatch identifier, given at each.
+/// What draws a skin on a window; the skin lasts as long as this object. On Windows its members are called by dispatch
+/// identifier, given at each.
 class SkinningControl {
 public:
     SkinningControl() = default;
@@ -33,10 +35,15 @@ public:
     virtual void applyWindow(std::uintptr_t windowHandle) = 0;
 };
 
+/// The platform's skinning control; null where none is installed.
+std::unique_ptr<SkinningControl> createSkinningControl();
+
 /// The main window's skin and neutral background. Without a skin file beside the program nothing happens at all.
 /// Throws std::runtime_error when the skin file cannot be used; the window then keeps the neutral background.
+/// skin  null: the window is plain
+void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin);
+/// With the platform's skinning control, which then belongs to the window.
 void applyMainWindowSkin(QWidget& mainWindow);
-void applyMainWindowSkin(QWidget& mainWindow, SkinningControl& skin);
 
 /// The neutral background, the palette's button colour, on a window and its labels, option buttons, check boxes and
 /// frames. A picture box keeps its own colour: it may be a drawing surface.

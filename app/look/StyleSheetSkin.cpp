@@ -19,6 +19,11 @@ constexpr qint64 largestSkin = 1 << 20; // bytes
 
 } // namespace
 
+std::unique_ptr<SkinningControl> createSkinningControl()
+{
+    return std::make_unique<StyleSheetSkin>();
+}
+
 void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view /*variant*/)
 {
     QFile file(skinFile);

@@ -85,7 +85,7 @@ protected:
 TEST_F(LookTest, WithoutASkinFileNothingHappens)
 {
     RecordingSkin skin(0);
-    applyMainWindowSkin(on.window, skin);
+    applyMainWindowSkin(on.window, &skin);
     EXPECT_TRUE(skin.calls.empty());
     EXPECT_FALSE(isNeutral(on.window));
 }
@@ -94,7 +94,7 @@ TEST_F(LookTest, AsksTheSkinningControlInItsOrder)
 {
     putSkin("");
     RecordingSkin skin(6);
-    applyMainWindowSkin(on.window, skin);
+    applyMainWindowSkin(on.window, &skin);
     EXPECT_EQ(skin.calls, (std::vector<std::string>{"2 o.cjs \"\"", "1 = 7", "5 = true", "10 = true",
                                                     "3 " + std::to_string(on.window.winId())}));
 }
