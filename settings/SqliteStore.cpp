@@ -22,8 +22,9 @@ namespace {
 /// How long a write waits for another program's transaction.
 constexpr int busyMilliseconds = 5000;
 
+/// EXTRA: the journal's end, too, is on the disk when a write returns, so the power may fail then.
 constexpr const char* preparation = "PRAGMA journal_mode=DELETE;"
-                                    "PRAGMA synchronous=FULL;"
+                                    "PRAGMA synchronous=EXTRA;"
                                     "CREATE TABLE IF NOT EXISTS settings ("
                                     " application TEXT NOT NULL, section TEXT NOT NULL, key TEXT NOT NULL,"
                                     " value TEXT NOT NULL, PRIMARY KEY (application, section, key)) WITHOUT ROWID;";
@@ -89,12 +90,12 @@ std::optional<std::string> SqliteStore::read(std::string_view application, std::
     const Statement statement = prepare(
         open, "SELECT value FROM settings WHERE application=?1 AND section=?2 AND key=?3", {application, section, key});
     if (!statement)
-        throwStoreError("read");
+        giveUp("read");
     const int outcome = sqlite3_step(statement.get());
     if (outcome == SQLITE_DONE)
         return std::nullopt;
     if (outcome != SQLITE_ROW)
-        throwStoreError("read");
+        giveUp("read");
     const unsigned char* const text = sqlite3_column_text(statement.get(), 0);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), 0));
     return text == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(text), size);
@@ -103,11 +104,13 @@ std::optional<std::string> SqliteStore::read(std::string_view application, std::
 void SqliteStore::write(std::string_view application, std::string_view section, std::string_view key,
                         std::string_view value)
 {
+    if (read(application, section, key) == value)
+        return; // a start stores what it has just read: that costs no disk, nor a dialog for each key of a full one
     sqlite3* const open = database();
     const Statement statement =
         prepare(open, "INSERT OR REPLACE INTO settings VALUES (?1, ?2, ?3, ?4)", {application, section, key, value});
     if (!statement || sqlite3_step(statement.get()) != SQLITE_DONE)
-        throwStoreError("written");
+        giveUp("written");
 }
 
 sqlite3* SqliteStore::database()
@@ -138,17 +141,18 @@ void SqliteStore::open()
     if (outcome == SQLITE_OK && writable)
         outcome = sqlite3_exec(raw, preparation, nullptr, nullptr, nullptr);
     if (outcome != SQLITE_OK)
-        giveUpOpening(outcome);
+        giveUp("opened");
     rememberOpenFile();
 }
 
-void SqliteStore::giveUpOpening(int outcome)
+void SqliteStore::giveUp(std::string_view what)
 {
+    const int outcome = sqlite3_errcode(m_database.get());
     const std::string reason = sqlite3_errmsg(m_database.get());
     m_database.reset();
     const std::string name = "\"" + m_file.string() + "\"";
     if (outcome != SQLITE_NOTADB && outcome != SQLITE_CORRUPT)
-        throw std::runtime_error("The settings in " + name + " cannot be opened: " + reason + ".");
+        throw std::runtime_error("The settings in " + name + " cannot be " + std::string(what) + ": " + reason + ".");
     // What is typed from now on must have a place; the damaged file is kept for whoever can mend it.
     const fs::path aside = m_file.string() + ".damaged";
     std::error_code error;
@@ -171,12 +175,6 @@ bool SqliteStore::fileIsStillTheOpenOne() const
 {
     struct stat status = {};
     return ::stat(m_file.c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
-}
-
-void SqliteStore::throwStoreError(std::string_view what) const
-{
-    throw std::runtime_error("The settings in \"" + m_file.string() + "\" cannot be " + std::string(what) + ": " +
-                             sqlite3_errmsg(m_database.get()) + ".");
 }
 
 fs::path userConfigurationFolder()

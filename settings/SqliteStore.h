@@ -11,7 +11,8 @@ struct sqlite3;
 namespace wagemill {
 
 /// The store as a SQLite database of one table (application, section, key, value). Every write is a durable transaction
-/// of its own, so a killed program loses nothing and leaves no lock behind. Folder and file are the user's alone.
+/// of its own, so neither a killed program nor a failing power loses anything, and no lock stays behind. Folder and
+/// file are the user's alone.
 class SqliteStore : public SettingsStore {
 public:
     /// file  made, with its folder, at the first write. Until then a store that is not there reads as empty.
@@ -31,11 +32,11 @@ private:
     /// Opens the database when it is not open; a file that was taken away or replaced meanwhile is opened anew.
     sqlite3* database();
     void open();
-    /// Throws; a file that is no database is set aside first, so that the next write begins a new one.
-    [[noreturn]] void giveUpOpening(int outcome);
+    /// Throws, and lets the next use open the database anew: what stopped this one may have passed. A damaged file is
+    /// set aside first, so that the next write begins a new one. what  "read", "written", "opened"
+    [[noreturn]] void giveUp(std::string_view what);
     void rememberOpenFile();
     bool fileIsStillTheOpenOne() const;
-    [[noreturn]] void throwStoreError(std::string_view what) const;
 
     std::filesystem::path m_file;
     std::unique_ptr<sqlite3, CloseDatabase> m_database;
