@@ -1,28 +1,29 @@
+#include "app/base/PlatformFiles.h"
 #include "workbook/embedded/EmbeddedApplication.h"
 #include "workbook/embedded/PictureClipboard.h"
+#include "workbook/excel/ExcelSession.h"
 #include "workbook/sessions/Session.h"
 
-#include <cstdlib>
-#include <string_view>
+#include <filesystem>
 #include <utility>
 
 namespace wagemill {
 
 namespace {
 
-std::unique_ptr<Application> noExcelHere()
+bool isExcelWanted()
 {
-    throw SpreadsheetError("Excel is not available on this system.");
+    const std::filesystem::path wanted = platform::environmentPath("WAGEMILL_SPREADSHEET");
+    return wanted == "excel" || (isExcelSystem() && wanted != "embedded");
 }
 
 } // namespace
 
 SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats, std::function<double()> pictureScale)
 {
+    if (isExcelWanted())
+        return {createExcelSession, &systemPictureClipboard()};
     static EmbeddedPictureClipboard clipboard;
-    const char* const wanted = std::getenv("WAGEMILL_SPREADSHEET");
-    if (wanted != nullptr && std::string_view(wanted) == "excel")
-        return {noExcelHere, &clipboard};
     return {[formats, scale = std::move(pictureScale)] {
                 return std::make_unique<EmbeddedApplication>(formats, clipboard, scale);
             },
