@@ -1,0 +1,117 @@
+// Input: a byte (odd: an array formula), two bytes that say how many bytes of tokens follow, tokens, the data behind.
+
+#include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/OpenRecalculateWrite.h"
+#include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Recalculation.h"
+#include "workbook/engine/xls/DamagedFile.h"
+#include "workbook/engine/xls/FormulaTokensXls.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace wagemill::fuzz {
+
+namespace {
+
+using namespace engine;
+
+constexpr CellAddress formulaPlace{1, 3};
+constexpr CellRect arrayPlace{1, 3, 3, 5};
+
+std::shared_ptr<const Formula> parsed(Book& book, const char* text)
+{
+    return std::make_shared<const Formula>(parseFormula(text, book, 0, {}));
+}
+
+/// Two sheets with a value of every kind in A1:C4, a formula that reads the one under test, and names.
+Book preparedBook()
+{
+    Book book;
+    Sheet& sheet = book.addSheet("Pay");
+    book.addSheet("Rates 1").at({0, 0}).value = 0.28;
+    const CellValue values[] = {1.0,
+                                -2.5,
+                                0.0,
+                                std::string("12.5"),
+                                std::string("Ann"),
+                                true,
+                                false,
+                                46112.0,
+                                Empty(),
+                                ErrorCode::DivisionByZero,
+                                1e300,
+                                std::string()};
+    for (int index = 0; const CellValue& value : values) {
+        sheet.at({index / 3, index % 3}).value = value;
+        ++index;
+    }
+    sheet.at({9, 0}).formula = parsed(book, "=SUM(A1:F6,'Rates 1'!A1)");
+    book.names = {{"rate", std::nullopt, *parsed(book, "='Rates 1'!$A$1"), {}},
+                  {"below", std::nullopt, *parsed(book, "=A2:B3"), {}}};
+    book.names.push_back({"itself", std::nullopt, {{NameToken{OperandClass::Value, std::nullopt, 3}}}, {}});
+    return book;
+}
+
+/// Puts the formula where it is tried, alone or as that of an array.
+void place(Book& book, const std::shared_ptr<const Formula>& formula, bool isArray)
+{
+    Sheet& sheet = *book.sheets.front();
+    const auto area = isArray ? std::make_shared<const ArrayArea>(ArrayArea{arrayPlace}) : nullptr;
+    for (int row = arrayPlace.firstRow; row <= arrayPlace.lastRow; ++row)
+        for (int column = arrayPlace.firstColumn; column <= arrayPlace.lastColumn; ++column) {
+            Cell& cell = sheet.at({row, column});
+            const bool isTried = isArray || CellAddress{row, column} == formulaPlace;
+            cell.value = Empty();
+            cell.formula = isTried ? formula : nullptr;
+            cell.array = area;
+        }
+}
+
+struct Written {
+    std::vector<std::byte> tokens;
+    std::vector<std::byte> behind;
+    bool operator==(const Written&) const = default;
+};
+
+/// Nothing where the formula takes more bytes than a file has room for.
+std::optional<Written> written(const Formula& formula)
+{
+    try {
+        xls::ByteWriter tokens;
+        xls::ByteWriter behind;
+        xls::writeFormula(formula, tokens, behind);
+        return Written{tokens.take(), behind.take()};
+    } catch (const std::length_error&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+void tryInput(Input input)
+{
+    static Book book = preparedBook();
+    static const CalculationSettings settings{{}, 46112.75};
+    const bool isArray = takeByte(input) % 2 == 1;
+    const std::size_t low = takeByte(input);
+    const std::size_t size = std::min(low + 256 * takeByte(input), input.size());
+    const xls::FormulaContext context{formulaPlace, book.names.size(), book.externSheets.size()};
+    Formula formula;
+    try {
+        formula = xls::readFormula(input.first(size), input.subspan(size), context);
+    } catch (const xls::DamagedFile&) {
+        return;
+    }
+    place(book, std::make_shared<const Formula>(formula), isArray);
+    recalculate(book, settings);
+    test::requireFiniteNumbers(book);
+    formulaText(formula, book);
+    written(shiftedFormula(formula, 12, -1));
+    if (const auto once = written(formula)) {
+        const Formula again = xls::readFormula(once->tokens, once->behind, context);
+        require(written(again) == once, "a formula that we wrote is read and written as the same bytes");
+    }
+}
+
+} // namespace wagemill::fuzz

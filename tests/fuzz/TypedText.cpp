@@ -1,0 +1,61 @@
+// Input: a byte that chooses the region, then the text typed into a cell.
+
+#include "tests/fuzz/FuzzRegions.h"
+#include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/OpenRecalculateWrite.h"
+#include "workbook/engine/formula/CellEntry.h"
+#include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Recalculation.h"
+#include "workbook/engine/text/NumberFormat.h"
+
+namespace wagemill::fuzz {
+
+namespace {
+
+using namespace engine;
+
+Book preparedBook()
+{
+    Book book;
+    Sheet& sheet = book.addSheet("Pay");
+    book.addSheet("Rates 1").at({0, 0}).value = 0.28;
+    for (int row = 1; row < 4; ++row)
+        sheet.at({row, 1}).value = row * 12.5;
+    sheet.at({1, 2}).value = std::string("Ann");
+    return book;
+}
+
+/// The text of a formula means the formula.
+void requireSameAgain(const Formula& formula, Book& book)
+{
+    const std::string text = formulaText(formula, book);
+    try {
+        require(formulaText(parseFormula(text, book, 0, {}), book) == text,
+                "a formula's text is read as the same formula");
+    } catch (const FormulaError&) {
+        // a reference that is gone, or a text that became too long
+    }
+}
+
+} // namespace
+
+void tryInput(Input input)
+{
+    static Book book = preparedBook();
+    const RegionalFormats& region = regionOf(takeByte(input));
+    Cell& cell = book.sheets.front()->at({0, 0});
+    cell = Cell{};
+    try {
+        enterText(book, 0, {0, 0}, asText(input), region, {2026, 3, 31});
+    } catch (const EngineError&) {
+        require(cell.value == CellValue(Empty()) && !cell.formula, "a text that is refused leaves the cell as it was");
+        return;
+    }
+    if (cell.formula)
+        requireSameAgain(*cell.formula, book);
+    recalculate(book, {region, 46112.75});
+    test::requireFiniteNumbers(book);
+    showValue(cell.value, book.styles.numberFormatCode(book.styles.format(cell.format).numberFormat), region);
+}
+
+} // namespace wagemill::fuzz

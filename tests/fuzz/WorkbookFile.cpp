@@ -1,0 +1,41 @@
+// Input: a whole file, or the workbook stream alone (whatever does not begin as a compound file): most of a file's
+// bytes are sectors and padding, and mutations of the stream reach the records far more often.
+
+#include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/OpenRecalculateWrite.h"
+#include "workbook/engine/xls/CompoundFile.h"
+
+#include <algorithm>
+
+namespace wagemill::fuzz {
+
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+bool isCompoundFile(Input input)
+{
+    std::uint64_t first = 0;
+    for (std::size_t i = 0; i < 8 && i < input.size(); ++i)
+        first |= std::to_integer<std::uint64_t>(input[i]) << 8 * i;
+    return first == engine::xls::compoundFileSignature;
+}
+
+Bytes containerOf(Input stream)
+{
+    engine::CarriedStream workbook{{"Workbook"}, false, {stream.begin(), stream.end()}};
+    workbook.data.resize(std::max<std::size_t>(workbook.data.size(), 4096));
+    return engine::xls::writeCompoundFile(std::span(&workbook, 1));
+}
+
+} // namespace
+
+void tryInput(Input input)
+{
+    const auto first =
+        isCompoundFile(input) ? test::openRecalculateWrite(input) : test::openRecalculateWrite(containerOf(input));
+    if (!first.written.empty())
+        require(test::openRecalculateWrite(first.written).refusal.empty(), "what we wrote can be read and written");
+}
+
+} // namespace wagemill::fuzz

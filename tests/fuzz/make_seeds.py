@@ -1,0 +1,194 @@
+#!/usr/bin/env python3
+"""Makes what fuzzing starts from: make_seeds.py SOURCES TEMPLATE OUTPUT
+
+SOURCES   the checkout: texts, tokens and records are taken from its own tests
+TEMPLATE  the payroll template as built
+OUTPUT    receives a folder of seeds for each target, and TARGET.dict where a dictionary helps
+"""
+import glob
+import os
+import re
+import struct
+import sys
+
+BOF_GLOBALS = bytes.fromhex("00060500A91FCD07C900010006040000")
+BOF_SHEET = bytes.fromhex("00061000A91FCD07C900010006040000")
+BOF, EOF, BOUNDSHEET = 0x0809, 0x000A, 0x0085
+RECORDS_OF_A_KIND = 4  # that a small workbook keeps of the template's cells
+REGIONS = 5
+
+
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
+def unescaped(escape):
+    if escape[1] in "xu":
+        number = int(escape[2], 16)
+        return bytes([number]) if escape[1] == "x" else chr(number).encode()
+    return {"n": b"\n", "t": b"\t", "r": b"\r", "0": b"\0"}.get(escape[1], escape[1].encode())
+
+
+def literals(path):
+    """The bytes of the C++ string literals in a file."""
+    for text in re.findall(r'"((?:[^"\\\n]|\\.)*)"', re.sub(r"#include.*", "", read(path))):
+        parts = re.finditer(r"\\((?=x([0-9A-Fa-f]{2}))x..|(?=u([0-9A-Fa-f]{4}))u....|.)|([^\\]+)", text)
+        yield b"".join(part[4].encode() if part[4] else unescaped((part[0], part[1][0], part[2] or part[3])) for part in parts)
+
+
+def session_texts(sources, words):
+    """What the spreadsheet sessions type (put, refused) or set as a format (style)."""
+    for path in glob.glob(f"{sources}/tests/sheets/*.txt"):
+        for line in read(path).splitlines():
+            found = re.match(rf"(?:{words}) \w+ (.*)", line)
+            if found:
+                yield found[1].encode()
+
+
+def workbook_stream(container):
+    """The Workbook stream of a compound file that we wrote: directory entry 1, sectors of 512 bytes."""
+    sector = lambda number: container[(number + 1) * 512:(number + 2) * 512]
+    fat_sectors = struct.unpack_from("<I", container, 44)[0]
+    fat = b"".join(sector(number) for number in struct.unpack_from(f"<{fat_sectors}I", container, 76))
+    directory = sector(struct.unpack_from("<I", container, 48)[0])
+    entry = next(directory[at:at + 128] for at in range(0, 512, 128)
+                 if directory[at:at + 18] == "Workbook\0".encode("utf-16-le"))
+    number, size = struct.unpack_from("<2I", entry, 116)
+    stream = b""
+    while number < 0xFFFFFFFA:
+        stream += sector(number)
+        number = struct.unpack_from("<I", fat, number * 4)[0]
+    return stream[:size]
+
+
+def records(stream):
+    at = 0
+    while at + 4 <= len(stream):
+        number, size = struct.unpack_from("<2H", stream, at)
+        if number == 0:
+            return
+        yield number, stream[at + 4:at + 4 + size]
+        at += 4 + size
+
+
+def stream_of(substreams):
+    """Globals and sheets, each a list of records, with the places of the sheets set."""
+    pack = lambda found: b"".join(struct.pack("<2H", number, len(data)) + data for number, data in found)
+    parts = [bytearray(pack(found)) for found in substreams]
+    at, sheet = 0, 1
+    for number, data in substreams[0]:
+        if number == BOUNDSHEET:
+            struct.pack_into("<I", parts[0], at + 4, sum(map(len, parts[:sheet])))
+            sheet += 1
+        at += 4 + len(data)
+    return b"".join(parts)
+
+
+def small_workbook(template):
+    """The template's globals, and of its sheets a few records of each kind."""
+    substreams = [[]]
+    for number, data in records(template):
+        if number == BOF and substreams[-1]:
+            substreams.append([])
+        kept = sum(number == other for other, _ in substreams[-1])
+        if len(substreams) == 1 or kept < RECORDS_OF_A_KIND:
+            substreams[-1].append((number, data))
+    return stream_of(substreams)
+
+
+def damaged_workbooks(sources):
+    """A workbook around each list of records in the tests of damaged ones."""
+    for line in read(f"{sources}/tests/engine/xls/DamagedWorkbookTest.cpp").splitlines():
+        found = [(int(number, 16), bytes.fromhex(data))
+                 for number, data in re.findall(r'\{(0x[0-9A-F]{4}), "([0-9A-F ]*)"\}', line)]
+        if found:
+            globals_ = [(BOF, BOF_GLOBALS), (BOUNDSHEET, bytes(6) + b"\1\0S"), (EOF, b"")]
+            yield stream_of([globals_, [(BOF, BOF_SHEET), *found, (EOF, b"")]])
+
+
+def formula_tokens(sources):
+    hexadecimal = r'"((?:[0-9A-F]{2,} ?)+)"'
+    for path in ("FormulaTokensTest.cpp", "RecordPartsTest.cpp"):
+        pairs = re.findall(rf"{hexadecimal}(?:,\s*{hexadecimal})?", read(f"{sources}/tests/engine/xls/{path}"))
+        for tokens, behind in (map(bytes.fromhex, pair) for pair in pairs):
+            for kind in (0, 1):
+                yield struct.pack("<BH", kind, len(tokens)) + tokens + behind
+
+
+def template_formulas(template):
+    for number, data in records(template):
+        if number == 0x0006:
+            yield b"\0" + data[20:]
+
+
+def formats(sources):
+    codes = set(session_texts(sources, "style|format")) | set(literals(f"{sources}/tests/engine/text/NumberFormatTest.cpp"))
+    for index, code in enumerate(sorted(codes)):
+        number = (0.0, -5.0, 46112.75, 1234.565, 1e-9, 1e300)[index % 6]
+        yield struct.pack("<Bd", index % 256, number) + code
+
+
+def in_every_region(texts):
+    return [bytes([region]) + text for text in sorted(set(texts)) for region in range(REGIONS)]
+
+
+def typed(sources):
+    texts = [*session_texts(sources, "put|refused"), *literals(f"{sources}/tests/engine/text/TypedTextTest.cpp")]
+    formulas = [text for path in glob.glob(f"{sources}/tests/engine/formula/*.cpp") for text in literals(path)
+                if text.startswith(b"=")]
+    return in_every_region(texts) + [b"\0" + text for text in sorted(set(formulas))]
+
+
+def cursor_files(sources):
+    with open(f"{sources}/resources/HAND-M.CUR", "rb") as file:
+        hand = file.read()
+    yield hand
+    for depth, colors in ((1, 2), (4, 16), (8, 256), (24, 0), (32, 0)):
+        row = (2 * depth + 31) // 32 * 4
+        bitmap = struct.pack("<IiiHHIIiiII", 40, 2, 4, 1, depth, 0, 0, 0, 0, colors, 0)
+        bitmap += bytes(range(4)) * colors + b"\x5A" * (row * 2) + bytes(8)
+        yield struct.pack("<3H4B2H2I", 0, 2, 1, 2, 2, 0, 0, 1, 1, len(bitmap), 22) + bitmap
+
+
+def dictionary(entries):
+    return "".join('"' + "".join(f"\\x{byte:02x}" for byte in entry) + '"\n' for entry in sorted(set(entries)))
+
+
+def dictionaries(sources):
+    functions = re.findall(r'\{(\d+), "([A-Z0-9.]+)"', read(f"{sources}/workbook/engine/FunctionTable.cpp"))
+    names = [name.encode() + b"(" for _, name in functions]
+    marks = [b"'Rates 1'!", b"$A$1", b"A1:C4", b"TRUE", b"#N/A", b"{1,2;3,4}", b"<>", b">=", b"1E5", b"%"]
+    yield "TypedText", names + marks
+    yield "NumberFormat", [b"General", b"[Red]", b"[$-409]", b"[h]", b"[>=100]", b"m/d/yy", b"AM/PM", b"0.00E+00", b"?/?",
+                           b"_)", b"* ", b"\\", b'"x"', b"@", b";", b"#,##0", b"mmmmm", b"[mm]:ss.0", b"dddd"]
+    records_ = re.findall(r"= (0x[0-9A-F]{4});", read(f"{sources}/workbook/engine/xls/BiffRecords.h"))
+    yield "WorkbookFile", [struct.pack("<H", int(number, 16)) for number in records_]
+    yield "FormulaTokens", ([b"\x42\x02" + struct.pack("<H", int(number)) for number, _ in functions] +
+                            [b"\x41" + struct.pack("<H", int(number)) for number, _ in functions])
+
+
+def main():
+    sources, template_file, output = sys.argv[1:]
+    with open(template_file, "rb") as file:
+        container = file.read()
+    template = workbook_stream(container)
+    seeds = {
+        "WorkbookFile": [container, template, small_workbook(template), *damaged_workbooks(sources)],
+        "FormulaTokens": [*formula_tokens(sources), *template_formulas(template)],
+        "NumberFormat": formats(sources),
+        "TypedText": typed(sources),
+        "NumberText": in_every_region(literals(f"{sources}/tests/base/text/NumberTextTest.cpp")),
+        "CursorFile": cursor_files(sources),
+    }
+    for target, found in seeds.items():
+        os.makedirs(f"{output}/{target}", exist_ok=True)
+        for number, seed in enumerate(dict.fromkeys(found)):
+            with open(f"{output}/{target}/{number:04}", "wb") as file:
+                file.write(seed)
+    for target, entries in dictionaries(sources):
+        with open(f"{output}/{target}.dict", "w", encoding="ascii") as file:
+            file.write(dictionary(entries))
+
+
+main()
