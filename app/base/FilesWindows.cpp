@@ -1,17 +1,11 @@
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
+#include "app/base/WindowsOwnership.h"
 #include "app/base/WindowsText.h"
-
-#include <windows.h>
-
-#include <aclapi.h>
-#include <oleauto.h>
-#include <sddl.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <memory>
 #include <random>
 #include <stdexcept>
 #include <system_error>
@@ -22,115 +16,35 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void throwFileError(std::string_view what, const fs::path& path, DWORD code)
+/// "Cannot write the file "C:\a.xls": Access is denied."
+[[noreturn]] void throwFileError(std::string_view what, const fs::path& path, std::string_view reason)
 {
-    throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": " + systemErrorText(code) + ".");
+    throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": " + std::string(reason) + ".");
 }
 
-[[noreturn]] void throwNoPlainFile(std::string_view what, const fs::path& path)
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+WindowsHandle openFile(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
+                       SECURITY_ATTRIBUTES* security = nullptr)
 {
-    throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": it is no plain file.");
+    return ownedHandle(::CreateFileW(path.c_str(), access, share, security, disposition, flags, nullptr));
 }
 
-struct CloseHandleOf {
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-
-/// A handle that closes itself; never INVALID_HANDLE_VALUE.
-using Handle = std::unique_ptr<void, CloseHandleOf>;
-
-Handle asHandle(HANDLE handle)
-{
-    return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
-}
-
-struct FreeLocal {
-    void operator()(void* memory) const { ::LocalFree(memory); }
-};
-
-/// The text form of the user's security identifier, "S-1-5-21-..."; empty when the system does not tell it.
-std::wstring userIdentifier()
-{
-    HANDLE raw = nullptr;
-    if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &raw))
-        return {};
-    const Handle token(raw);
-    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user;
-    DWORD size = 0;
-    wchar_t* text = nullptr;
-    if (!::GetTokenInformation(token.get(), TokenUser, user.data(), static_cast<DWORD>(user.size()), &size) ||
-        !::ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, &text))
-        return {};
-    const std::unique_ptr<wchar_t, FreeLocal> owner(text);
-    return text;
-}
-
-/// The permissions of what the user and the system alone may enter, whatever the folder around it grants others.
-class PrivateSecurity {
-public:
-    PrivateSecurity()
-    {
-        const std::wstring user = userIdentifier();
-        if (user.empty())
-            return; // then the surrounding folder's permissions hold
-        const std::wstring rules = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + user + L")";
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1, &descriptor,
-                                                                   nullptr))
-            m_descriptor.reset(descriptor);
-        m_attributes.lpSecurityDescriptor = descriptor;
-    }
-
-    SECURITY_ATTRIBUTES* attributes() { return m_descriptor ? &m_attributes : nullptr; }
-
-private:
-    std::unique_ptr<void, FreeLocal> m_descriptor;
-    SECURITY_ATTRIBUTES m_attributes = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
-};
-
-/// Whether the open file is a link to another place rather than the file that it names.
-bool isLink(HANDLE file)
-{
-    FILE_ATTRIBUTE_TAG_INFO info = {};
-    return ::GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) &&
-           (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(info.ReparseTag);
-}
-
-/// Whether the open file belongs to the user, or to the group that owns what the user makes. Where the file system
-/// knows no owners everything is the user's.
-bool isOfThisUser(HANDLE file)
-{
-    PSID owner = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (::GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr,
-                          &descriptor) != ERROR_SUCCESS)
-        return true;
-    const std::unique_ptr<void, FreeLocal> freeAtEnd(descriptor);
-    HANDLE raw = nullptr;
-    if (owner == nullptr || !::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &raw))
-        return true;
-    const Handle token(raw);
-    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> holder;
-    static_assert(sizeof(TOKEN_OWNER) <= sizeof(TOKEN_USER));
-    const auto size = static_cast<DWORD>(holder.size());
-    DWORD ignored = 0;
-    return (::GetTokenInformation(raw, TokenUser, holder.data(), size, &ignored) &&
-            ::EqualSid(owner, reinterpret_cast<const TOKEN_USER*>(holder.data())->User.Sid)) ||
-           (::GetTokenInformation(raw, TokenOwner, holder.data(), size, &ignored) &&
-            ::EqualSid(owner, reinterpret_cast<const TOKEN_OWNER*>(holder.data())->Owner));
-}
-
-/// Why a file is not to be touched; "" when it is a plain file of the user's own that has no other name.
+/// Why a file is not to be touched; "" when it is a plain file of the user's own that has no other name. Whoever can
+/// give our names to something else could otherwise have us read or write what is not ours.
 std::string_view objectionTo(HANDLE file)
 {
     BY_HANDLE_FILE_INFORMATION info = {};
-    if (isLink(file))
-        return "it is a link";
-    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &info) ||
-        (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &info))
         return "it is no plain file";
-    if (!isOfThisUser(file))
+    FILE_ATTRIBUTE_TAG_INFO tag = {};
+    if ((info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+        (!::GetFileInformationByHandleEx(file, FileAttributeTagInfo, &tag, sizeof tag) ||
+         IsReparseTagNameSurrogate(tag.ReparseTag)))
+        return "it is a link";
+    if ((info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return "it is no plain file";
+    if (!isUsersOwn(file))
         return "it belongs to another user";
     return info.nNumberOfLinks > 1 ? "it has a second name elsewhere" : "";
 }
@@ -138,8 +52,7 @@ std::string_view objectionTo(HANDLE file)
 void requireOwn(std::string_view what, const fs::path& path, HANDLE file)
 {
     if (const std::string_view objection = objectionTo(file); !objection.empty())
-        throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": " + std::string(objection) +
-                                 ". Please remove it, or let TEMP name another folder.");
+        throwFileError(what, path, std::string(objection) + ". Please remove it, or let TEMP name another folder");
 }
 
 /// The most that one call is asked to move.
@@ -149,41 +62,34 @@ DWORD blockOf(std::size_t bytes)
     return static_cast<DWORD>(std::min(bytes, largest));
 }
 
-} // namespace
+[[noreturn]] void throwLastError()
+{
+    throw std::system_error(static_cast<int>(::GetLastError()), windowsErrors());
+}
 
-namespace {
-
-/// Answers ERROR_SUCCESS, or what stopped it.
-DWORD writeAll(HANDLE file, std::span<const std::byte> bytes)
+/// Throws std::system_error.
+void writeAll(HANDLE file, std::span<const std::byte> bytes)
 {
     while (!bytes.empty()) {
         DWORD written = 0;
         if (!::WriteFile(file, bytes.data(), blockOf(bytes.size()), &written, nullptr))
-            return ::GetLastError();
+            throwLastError();
         bytes = bytes.subspan(written);
     }
-    return ERROR_SUCCESS;
 }
 
-Handle openToRead(const fs::path& path, DWORD flags)
+/// The rest of the file. Throws std::system_error.
+std::vector<std::byte> readAll(HANDLE file)
 {
-    return asHandle(::CreateFileW(path.c_str(), GENERIC_READ | READ_CONTROL,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL | flags, nullptr));
-}
-
-std::vector<std::byte> readAll(HANDLE file, const fs::path& path)
-{
-    constexpr std::string_view failure = "Cannot read the file";
     LARGE_INTEGER size = {};
     if (!::GetFileSizeEx(file, &size))
-        throwFileError(failure, path, ::GetLastError());
+        throwLastError();
     std::vector<std::byte> bytes(static_cast<std::size_t>(size.QuadPart));
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         DWORD count = 0;
         if (!::ReadFile(file, bytes.data() + filled, blockOf(bytes.size() - filled), &count, nullptr))
-            throwFileError(failure, path, ::GetLastError());
+            throwLastError();
         if (count == 0)
             break;
         filled += count;
@@ -192,110 +98,79 @@ std::vector<std::byte> readAll(HANDLE file, const fs::path& path)
     return bytes;
 }
 
-} // namespace
-
-void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
+/// Runs the work; a std::system_error of it becomes one that names the file.
+template <typename Work>
+auto namingTheFile(std::string_view what, const fs::path& path, Work&& work)
 {
-    constexpr std::string_view failure = "Cannot write the file";
-    PrivateSecurity security;
-    const Handle file = asHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES | READ_CONTROL,
-                                               FILE_SHARE_READ, security.attributes(), OPEN_ALWAYS,
-                                               FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    if (!file)
-        throwFileError(failure, path, ::GetLastError());
-    requireOwn(failure, path, file.get());
-    if (const DWORD error = writeAll(file.get(), bytes); error != ERROR_SUCCESS)
-        throwFileError(failure, path, error);
-}
-
-std::vector<std::byte> readBytesFromFile(const fs::path& path)
-{
-    const Handle file = openToRead(path, 0);
-    if (!file)
-        throwFileError("Cannot read the file", path, ::GetLastError());
-    if (::GetFileType(file.get()) != FILE_TYPE_DISK)
-        throwNoPlainFile("Cannot read", path);
-    return readAll(file.get(), path);
-}
-
-std::vector<std::byte> readOwnFile(const fs::path& path)
-{
-    const Handle file = openToRead(path, FILE_FLAG_OPEN_REPARSE_POINT);
-    if (!file)
-        throwFileError("Cannot read the file", path, ::GetLastError());
-    requireOwn("Cannot open", path, file.get());
-    return readAll(file.get(), path);
-}
-
-void requireOwnFile(const fs::path& path)
-{
-    // Backup semantics open folders too; what cannot be opened at all is refused when it is used.
-    if (const Handle file = openToRead(path, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS))
-        requireOwn("Cannot open", path, file.get());
-}
-
-namespace platform {
-
-namespace {
-
-/// Keeps the thread able to call automation objects; it may be already.
-class AutomationThread {
-public:
-    AutomationThread() : m_entered(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-    AutomationThread(const AutomationThread&) = delete;
-    AutomationThread& operator=(const AutomationThread&) = delete;
-    ~AutomationThread()
-    {
-        if (m_entered)
-            ::CoUninitialize();
+    try {
+        return work();
+    } catch (const std::system_error& error) {
+        throwFileError(what, path, error.code().message());
     }
+}
 
-private:
-    bool m_entered;
-};
-
-struct ReleaseObject {
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-
-struct FreeBstr {
-    void operator()(wchar_t* text) const { ::SysFreeString(text); }
-};
-
-std::unique_ptr<IDispatch, ReleaseObject> createByName(const wchar_t* className)
+/// A mutex that all programs share that know the folder, however they name it. Null when there can be none.
+WindowsHandle mutexOf(const fs::path& folder)
 {
-    CLSID id;
-    void* object = nullptr;
-    if (FAILED(::CLSIDFromProgID(className, &id)) ||
-        FAILED(::CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &object)))
+    const WindowsHandle open = openFile(folder, 0, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    BY_HANDLE_FILE_INFORMATION info = {};
+    if (!open || !::GetFileInformationByHandle(open.get(), &info))
         return nullptr;
-    return std::unique_ptr<IDispatch, ReleaseObject>(static_cast<IDispatch*>(object));
+    const std::wstring name = L"Global\\Wagemill-" + std::to_wstring(info.dwVolumeSerialNumber) + L"-" +
+                              std::to_wstring(info.nFileIndexHigh) + L"-" + std::to_wstring(info.nFileIndexLow);
+    return WindowsHandle(::CreateMutexW(nullptr, FALSE, name.c_str()));
 }
 
-/// DeleteFile(path, force) of the scripting object; arguments go in the reverse order.
-void callDeleteFile(IDispatch& fileSystem, const fs::path& path, bool force)
+/// Whether the mutex is ours now; a program that died with it gives it away.
+bool acquire(HANDLE mutex, std::chrono::milliseconds patience)
 {
-    std::wstring name = L"DeleteFile";
-    wchar_t* names = name.data();
-    DISPID member = DISPID_UNKNOWN;
-    if (FAILED(fileSystem.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &member)))
-        return;
-    const std::unique_ptr<wchar_t, FreeBstr> pathText(::SysAllocString(path.c_str()));
-    std::array<VARIANTARG, 2> arguments = {};
-    arguments[0].vt = VT_BOOL;
-    arguments[0].boolVal = force ? VARIANT_TRUE : VARIANT_FALSE;
-    arguments[1].vt = VT_BSTR;
-    arguments[1].bstrVal = pathText.get();
-    DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-    static_cast<void>(fileSystem.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr,
-                                        nullptr, nullptr)); // nobody is told of a failure
+    const DWORD outcome = ::WaitForSingleObject(mutex, static_cast<DWORD>(patience.count()));
+    return outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
 }
+
+/// Gives up a mutex that acquire() got.
+std::shared_ptr<void> heldMutex(WindowsHandle mutex)
+{
+    return {mutex.release(), [](HANDLE held) {
+                ::ReleaseMutex(held);
+                ::CloseHandle(held);
+            }};
+}
+
+constexpr std::wstring_view privateFolderStem = L"wagemill-run-";
 
 fs::path parentOfPrivateFolders()
 {
     std::array<wchar_t, MAX_PATH + 1> folder;
     const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
     return {folder.data(), folder.data() + std::min<std::size_t>(length, folder.size())};
+}
+
+bool isPrivateFolderOfOurs(const fs::path& folder)
+{
+    if (!folder.filename().native().starts_with(privateFolderStem))
+        return false;
+    const WindowsHandle open = openFile(folder, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
+    BY_HANDLE_FILE_INFORMATION info = {};
+    constexpr DWORD kind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    return open && ::GetFileInformationByHandle(open.get(), &info) &&
+           (info.dwFileAttributes & kind) == FILE_ATTRIBUTE_DIRECTORY && isUsersOwn(open.get());
+}
+
+/// Removes what killed runs left behind; it may hold wages.
+void removeAbandonedFolders(const fs::path& parent)
+{
+    std::error_code ignored;
+    for (fs::directory_iterator entry(parent, ignored), end; entry != end; entry.increment(ignored)) {
+        if (!isPrivateFolderOfOurs(entry->path()))
+            continue;
+        WindowsHandle mutex = mutexOf(entry->path());
+        if (!mutex || !acquire(mutex.get(), std::chrono::milliseconds(0)))
+            continue; // its run is alive
+        const auto held = heldMutex(std::move(mutex));
+        fs::remove_all(entry->path(), ignored);
+    }
 }
 
 /// What runs at endProcess, first registered last, as at exit.
@@ -307,60 +182,99 @@ std::vector<void (*)()>& endWork()
 
 } // namespace
 
-void deleteByForce(const fs::path& path)
+void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
 {
-    const AutomationThread thread;
-    if (const auto fileSystem = createByName(L"Scripting.FileSystemObject"))
-        callDeleteFile(*fileSystem, path, true);
+    constexpr std::string_view failure = "Cannot write the file";
+    requireOwnFile(path);
+    namingTheFile(failure, path, [&] {
+        PrivateSecurity security;
+        const WindowsHandle file =
+            openFile(path, GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
+                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, security.attributes());
+        if (!file)
+            throwLastError();
+        requireOwn(failure, path, file.get());
+        writeAll(file.get(), bytes);
+    });
 }
+
+std::vector<std::byte> readBytesFromFile(const fs::path& path)
+{
+    constexpr std::string_view failure = "Cannot read the file";
+    return namingTheFile(failure, path, [&] {
+        const WindowsHandle file = openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+        if (!file)
+            throwLastError();
+        if (::GetFileType(file.get()) != FILE_TYPE_DISK)
+            throwFileError(failure, path, "it is no plain file");
+        return readAll(file.get());
+    });
+}
+
+std::vector<std::byte> readOwnFile(const fs::path& path)
+{
+    requireOwnFile(path); // a device must not even be opened; what was put there since is met below
+    return namingTheFile("Cannot read the file", path, [&] {
+        const WindowsHandle file = openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+        if (!file)
+            throwLastError();
+        requireOwn("Cannot open", path, file.get());
+        return readAll(file.get());
+    });
+}
+
+void requireOwnFile(const fs::path& path)
+{
+    const WindowsHandle file = openFile(path, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
+    if (file)
+        requireOwn("Cannot open", path, file.get());
+}
+
+namespace platform {
 
 void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
 {
     PrivateSecurity security;
-    const Handle file = asHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0,
-                                               life == FileLife::Temporary ? security.attributes() : nullptr,
-                                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    DWORD error = file ? writeAll(file.get(), bytes) : ::GetLastError();
-    if (error == ERROR_SUCCESS && life == FileLife::Kept && !::FlushFileBuffers(file.get()))
-        error = ::GetLastError();
-    if (error != ERROR_SUCCESS)
-        throw std::system_error(static_cast<int>(error), std::system_category());
-}
-
-/// A mutex named after the folder: a folder that is opened without sharing could not be used by Excel either.
-std::shared_ptr<void> lockFolder(const fs::path& folder, std::chrono::milliseconds patience)
-{
-    std::wstring name = fs::absolute(folder).lexically_normal().native();
-    ::CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
-    std::ranges::replace(name, L'\\', L'/'); // a backslash would lead out of the name space
-    const std::shared_ptr<void> mutex(::CreateMutexW(nullptr, FALSE, (L"Local\\Wagemill " + name).c_str()),
-                                      [](HANDLE handle) {
-                                          if (handle != nullptr)
-                                              ::CloseHandle(handle);
-                                      });
-    if (!mutex)
-        return nullptr;
-    const DWORD outcome = ::WaitForSingleObject(mutex.get(), static_cast<DWORD>(patience.count()));
-    if (outcome == WAIT_TIMEOUT)
-        throw std::runtime_error("The folder \"" + toUtf8(folder.native()) +
-                                 "\" is in use: another program is making a workbook there.");
-    return {mutex.get(), [mutex](HANDLE handle) { ::ReleaseMutex(handle); }};
+    const WindowsHandle file = openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                        life == FileLife::Temporary ? security.attributes() : nullptr);
+    if (!file)
+        throwLastError();
+    writeAll(file.get(), bytes);
+    if (life == FileLife::Kept && !::FlushFileBuffers(file.get()))
+        throwLastError();
 }
 
 fs::path makePrivateFolder()
 {
-    constexpr int attempts = 100;
+    const fs::path parent = parentOfPrivateFolders();
+    removeAbandonedFolders(parent);
     PrivateSecurity security;
     std::random_device chance;
-    fs::path folder;
-    DWORD reason = ERROR_ALREADY_EXISTS;
-    for (int attempt = 0; attempt < attempts && reason == ERROR_ALREADY_EXISTS; ++attempt) {
-        folder = parentOfPrivateFolders() / ("wagemill-" + std::to_string(chance()));
-        if (::CreateDirectoryW(folder.c_str(), security.attributes()))
+    for (;;) {
+        fs::path folder = parent / (std::wstring(privateFolderStem) + std::to_wstring(chance()));
+        if (!::CreateDirectoryW(folder.c_str(), security.attributes())) {
+            if (::GetLastError() == ERROR_ALREADY_EXISTS)
+                continue;
+            throwFileError("Cannot make a temporary folder", folder, systemErrorText(::GetLastError()));
+        }
+        // Held until the process is gone, so that no other start takes the folder for an abandoned one.
+        static std::shared_ptr<void> held;
+        held = lockFolder(folder, std::chrono::seconds(1));
+        if (fileExists(folder))
             return folder;
-        reason = ::GetLastError();
     }
-    throwFileError("Cannot make a temporary folder", folder, reason);
+}
+
+std::shared_ptr<void> lockFolder(const fs::path& folder, std::chrono::milliseconds patience)
+{
+    WindowsHandle mutex = mutexOf(folder);
+    if (!mutex)
+        return nullptr;
+    if (!acquire(mutex.get(), patience))
+        throw std::runtime_error("The folder \"" + toUtf8(folder.native()) +
+                                 "\" is in use: another program is making a workbook there.");
+    return heldMutex(std::move(mutex));
 }
 
 fs::path environmentPath(const char* name)

@@ -16,6 +16,13 @@ int convertibleLength(std::size_t length)
     return static_cast<int>(std::min<std::size_t>(length, std::numeric_limits<int>::max()));
 }
 
+/// The standard library's own category may speak in another encoding than ours.
+class WindowsErrorCategory : public std::error_category {
+public:
+    const char* name() const noexcept override { return "windows"; }
+    std::string message(int code) const override { return systemErrorText(static_cast<unsigned long>(code)); }
+};
+
 } // namespace
 
 std::wstring toWide(std::string_view utf8)
@@ -44,6 +51,12 @@ std::string systemErrorText(unsigned long code)
     std::string text = toUtf8({buffer.data(), length});
     text.erase(text.find_last_not_of(". \r\n") + 1);
     return text.empty() ? "error " + std::to_string(code) : text;
+}
+
+const std::error_category& windowsErrors()
+{
+    static const WindowsErrorCategory category;
+    return category;
 }
 
 } // namespace wagemill
