@@ -58,11 +58,10 @@ double serialNow()
 {
     using namespace std::chrono;
     constexpr sys_days dayZero = year{1899} / December / 30; // as seen from March 1900 on
-    constexpr double secondsOfDay = 86400;
-    const auto [year, month, day] = today();
-    const sys_days date = std::chrono::year{year} / month / day;
     const std::tm local = localTime();
-    return (date - dayZero).count() + (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) / secondsOfDay;
+    const sys_days date = year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
+    const auto moment = date + hours(local.tm_hour) + minutes(local.tm_min) + seconds(local.tm_sec);
+    return duration<double, days::period>(moment - dayZero).count();
 }
 
 } // namespace
