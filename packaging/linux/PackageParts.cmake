@@ -1,0 +1,11 @@
+# Read by CPack once for each kind of package: which parts of the installation go into it.
+set(parts program plain)
+if(CPACK_GENERATOR STREQUAL "DEB")
+    set(parts program debian)
+endif()
+set(build_folder ${CPACK_INSTALL_CMAKE_PROJECTS})
+list(GET build_folder 0 build_folder)
+set(CPACK_INSTALL_CMAKE_PROJECTS)
+foreach(part IN LISTS parts)
+    list(APPEND CPACK_INSTALL_CMAKE_PROJECTS ${build_folder} Wagemill ${part} /)
+endforeach()
