@@ -1,0 +1,7 @@
+# What makes the program a Windows one: no console, and icon, version and manifest in its resources.
+set_target_properties(wagemill PROPERTIES WIN32_EXECUTABLE ON)
+configure_file(wagemill.manifest.in wagemill.manifest @ONLY)
+configure_file(wagemill.rc.in wagemill.rc @ONLY)
+target_sources(wagemill PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/wagemill.rc)
+set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/wagemill.rc PROPERTIES
+    OBJECT_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/wagemill.manifest;${PROJECT_SOURCE_DIR}/resources/icon/wagemill.ico")
