@@ -2,7 +2,9 @@
 
 #include "app/base/DateText.h"
 
+#include <QCalendarWidget>
 #include <QKeyEvent>
+#include <QSignalBlocker>
 #include <QWheelEvent>
 
 #include <utility>
@@ -11,10 +13,30 @@ namespace wagemill {
 
 namespace {
 
+bool isDigit(const QString& typed)
+{
+    return typed.size() == 1 && typed[0].isDigit();
+}
+
 /// The keys that stand between the parts of a date, whichever one the user's form has.
 bool isSeparator(const QString& typed)
 {
     return typed.size() == 1 && QStringLiteral("/-. ").contains(typed);
+}
+
+/// What a screen reader says of the parts of the calendar; their names are those that Qt gives them.
+void nameCalendarControls(QCalendarWidget& calendar)
+{
+    calendar.setAccessibleName(QStringLiteral("Calendar"));
+    const std::pair<const char*, const char*> names[] = {{"qt_calendar_calendarview", "Days of the month"},
+                                                         {"qt_calendar_prevmonth", "Previous month"},
+                                                         {"qt_calendar_nextmonth", "Next month"},
+                                                         {"qt_calendar_monthbutton", "Month"},
+                                                         {"qt_calendar_yearbutton", "Year"},
+                                                         {"qt_calendar_yearedit", "Year"}};
+    for (const auto& [control, name] : names)
+        if (auto* const found = calendar.findChild<QWidget*>(QString::fromLatin1(control)))
+            found->setAccessibleName(QString::fromLatin1(name));
 }
 
 } // namespace
@@ -24,6 +46,25 @@ DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
 {
     setMinimumDate({1601, 1, 1});    // as the Windows picker
     setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
+    setDisplayFormat(QString::fromStdString(m_formats.shortDatePattern));
+    setCalendarPopup(true);
+    nameCalendarControls(*calendarWidget());
+    m_shown = this->date();
+    connect(this, &QDateEdit::dateChanged, this, &DatePicker::rememberChange);
+}
+
+void DatePicker::refillDate(QDate date)
+{
+    const QSignalBlocker blocker(this);
+    setDate(date);
+    m_shown = this->date();
+}
+
+void DatePicker::replaceDate(QDate date)
+{
+    const QSignalBlocker blocker(this);
+    setDate(date);
+    rememberChange();
 }
 
 bool DatePicker::focusNextPrevChild(bool next)
@@ -33,7 +74,18 @@ bool DatePicker::focusNextPrevChild(bool next)
 
 void DatePicker::keyPressEvent(QKeyEvent* event)
 {
-    const bool isDigit = event->text().size() == 1 && event->text()[0].isDigit();
+    if (event->matches(QKeySequence::Undo)) {
+        undo();
+        return;
+    }
+    m_isTyping = isDigit(event->text()) || isSeparator(event->text());
+    m_stepIsOpen = m_stepIsOpen && m_isTyping;
+    takeTypedKey(event);
+    m_isTyping = false;
+}
+
+void DatePicker::takeTypedKey(QKeyEvent* event)
+{
     if (isSeparator(event->text())) {
         m_typed += event->text();
         if (!std::exchange(m_partWasCompleted, false))
@@ -42,9 +94,30 @@ void DatePicker::keyPressEvent(QKeyEvent* event)
     }
     const int part = currentSectionIndex();
     QDateEdit::keyPressEvent(event);
-    m_partWasCompleted = currentSectionIndex() > part && isDigit;
-    m_typed = isDigit ? m_typed + event->text() : QString();
+    m_partWasCompleted = currentSectionIndex() > part && isDigit(event->text());
+    m_typed = isDigit(event->text()) ? m_typed + event->text() : QString();
     takeWholeDate();
+}
+
+void DatePicker::rememberChange()
+{
+    const QDate before = std::exchange(m_shown, date());
+    if (before == m_shown)
+        return;
+    if (!m_stepIsOpen || !m_isTyping)
+        m_earlier.push_back(before);
+    m_stepIsOpen = m_isTyping;
+}
+
+void DatePicker::undo()
+{
+    m_typed.clear();
+    m_stepIsOpen = false;
+    if (m_earlier.empty())
+        return;
+    m_shown = m_earlier.back(); // nothing to remember
+    m_earlier.pop_back();
+    setDate(m_shown);
 }
 
 void DatePicker::takeWholeDate()
@@ -61,6 +134,7 @@ void DatePicker::focusInEvent(QFocusEvent* event)
 {
     QDateEdit::focusInEvent(event);
     m_typed.clear();
+    m_stepIsOpen = false;
 }
 
 void DatePicker::goToNextPart()

@@ -7,8 +7,8 @@
 #include "settings/Settings.h"
 
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <stdexcept>
@@ -18,26 +18,14 @@ namespace wagemill {
 
 namespace {
 
-/// The fields stand in two columns side by side, in groups that belong together.
+/// Fields that belong together stand together. Side by side, both columns have their gaps at the same height.
 constexpr std::size_t fieldsInFirstColumn = 9;
-constexpr auto groupEnds =
-    std::to_array<std::string_view>({"txtName", "txtFedAllowance", "txtOtherRegDeduction", "txtOT"});
-constexpr int groupGap = 8;
-constexpr int columnGap = 36;
-constexpr int labelWidth = 214;
-constexpr int fieldWidth = 176;
+constexpr auto groupEnds = std::to_array<std::string_view>(
+    {"txtName", "txtFedAllowance", "txtMedicareTax", "txtOtherRegDeduction", "txtSickHours"});
 
 bool endsGroup(const RowField& field)
 {
     return std::ranges::find(groupEnds, field.name) != groupEnds.end();
-}
-
-QGridLayout* newColumn()
-{
-    auto* const column = new QGridLayout;
-    column->setHorizontalSpacing(12);
-    column->setVerticalSpacing(7);
-    return column;
 }
 
 QString arrayName(std::string_view control, std::int16_t row)
@@ -52,8 +40,8 @@ QString qtText(std::string_view text)
 
 } // namespace
 
-EmployeePanel::EmployeePanel(std::int16_t row, RegionalFormats formats, std::function<void(std::int16_t)> rowEntered,
-                             QWidget* parent)
+EmployeePanel::EmployeePanel(std::int16_t row, const EntryMetrics& metrics, RegionalFormats formats,
+                             std::function<void(std::int16_t)> rowEntered, QWidget* parent)
     : QFrame(parent), m_row(row), m_formats(std::move(formats)), m_rowEntered(std::move(rowEntered))
 {
     setObjectName(arrayName("picMainContainer", row));
@@ -63,48 +51,65 @@ EmployeePanel::EmployeePanel(std::int16_t row, RegionalFormats formats, std::fun
     heading.setBold(true);
     serialNumber->setFont(heading);
 
-    QGridLayout* const columns[] = {newColumn(), newColumn()};
-    for (std::size_t index = 0; index < rowFields.size(); ++index)
-        addField(index, *columns[index < fieldsInFirstColumn ? 0 : 1]);
-    auto* const sideBySide = new QHBoxLayout;
-    sideBySide->setSpacing(columnGap);
-    for (QGridLayout* column : columns) {
-        column->setRowStretch(column->rowCount(), 1);
-        sideBySide->addLayout(column);
-    }
     auto* const whole = new QVBoxLayout(this);
-    whole->setContentsMargins(12, 6, 12, 6);
-    whole->setSpacing(10);
+    whole->setContentsMargins(metrics.smallGap(), 0, metrics.smallGap(), metrics.smallGap());
+    whole->setSpacing(metrics.smallGap());
     whole->addWidget(serialNumber);
-    whole->addLayout(sideBySide, 1);
+    whole->addLayout(fieldGrid(metrics), 1);
 }
 
-void EmployeePanel::addField(std::size_t index, QGridLayout& column)
+QGridLayout* EmployeePanel::fieldGrid(const EntryMetrics& metrics)
 {
-    const RowField& description = rowFields[index];
-    const int line = column.rowCount();
+    auto* const grid = new QGridLayout;
+    grid->setHorizontalSpacing(metrics.smallGap());
+    grid->setVerticalSpacing(metrics.line / 3);
+    int line = 0;
+    int column = 0;
+    for (std::size_t index = 0; index < rowFields.size(); ++index) {
+        if (metrics.columns == 2 && index == fieldsInFirstColumn) {
+            line = 0;
+            column = 3;
+            grid->setColumnMinimumWidth(2,
+                                        metrics.columnGap() - metrics.smallGap()); // one gap is between columns anyway
+        }
+        QLabel* const label = makeLabel(index, metrics);
+        EntryField* const field = makeField(index, metrics);
+        label->setBuddy(field);
+        grid->addWidget(label, line, column, Qt::AlignVCenter);
+        grid->addWidget(field, line, column + 1, Qt::AlignVCenter);
+        ++line;
+        if (endsGroup(rowFields[index]))
+            grid->setRowMinimumHeight(line++, metrics.groupGap());
+    }
+    grid->setRowStretch(grid->rowCount(), 1);
+    return grid;
+}
 
-    auto* const label = new QLabel(qtText(description.caption), this);
+QLabel* EmployeePanel::makeLabel(std::size_t index, const EntryMetrics& metrics)
+{
+    auto* const label = new QLabel(qtText(rowFields[index].caption), this);
     label->setObjectName(arrayName("lbl" + std::to_string(index + 1), m_row));
     label->setWordWrap(true);
-    label->setFixedWidth(labelWidth);
-    column.addWidget(label, line, 0, Qt::AlignVCenter);
+    label->setFixedWidth(metrics.labelWidth);
+    return label;
+}
 
+EntryField* EmployeePanel::makeField(std::size_t index, const EntryMetrics& metrics)
+{
+    const RowField& description = rowFields[index];
     auto* const field = new EntryField(this);
     m_fields[index] = field;
     field->setObjectName(arrayName(description.name, m_row));
-    field->setFixedWidth(fieldWidth);
-    label->setBuddy(field);
-    column.addWidget(field, line, 1, Qt::AlignVCenter);
-    if (endsGroup(description))
-        column.setRowMinimumHeight(line + 1, groupGap);
+    field->setFixedWidth(metrics.fieldWidth);
 
     connect(field, &QLineEdit::textChanged, this, [this, index] { handleEvent([&] { store(index); }); });
     connect(field, &EntryField::focusGained, this, [this] { m_rowEntered(m_row); });
     if (description.kind != FieldKind::FreeText) {
         field->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter); // figures in Arabic too
         field->setLeaveCheck([this, index] { return validate(index); });
+        field->setDecimalSeparator(QString::fromStdString(m_formats.decimalSeparator));
     }
+    return field;
 }
 
 EmployeeRow EmployeePanel::texts() const

@@ -2,6 +2,7 @@
 
 #include "app/base/RegionalFormats.h"
 #include "entry/EntryField.h"
+#include "entry/EntryMetrics.h"
 #include "entry/data/PayrollData.h"
 
 #include <QFrame>
@@ -12,6 +13,7 @@
 #include <string>
 
 class QGridLayout;
+class QLabel;
 
 namespace wagemill {
 
@@ -20,8 +22,8 @@ class EmployeePanel : public QFrame {
 public:
     /// row         index of the employee, from 0
     /// rowEntered  called with that index when one of the fields gains the focus
-    EmployeePanel(std::int16_t row, RegionalFormats formats, std::function<void(std::int16_t)> rowEntered,
-                  QWidget* parent);
+    EmployeePanel(std::int16_t row, const EntryMetrics& metrics, RegionalFormats formats,
+                  std::function<void(std::int16_t)> rowEntered, QWidget* parent);
 
     std::int16_t row() const { return m_row; }
     EntryField& field(std::size_t index) { return *m_fields.at(index); }
@@ -34,7 +36,9 @@ public:
     void assign(std::size_t index, const std::string& text);
 
 private:
-    void addField(std::size_t index, QGridLayout& column);
+    QGridLayout* fieldGrid(const EntryMetrics& metrics);
+    QLabel* makeLabel(std::size_t index, const EntryMetrics& metrics);
+    EntryField* makeField(std::size_t index, const EntryMetrics& metrics);
     void store(std::size_t index);
     /// Checks and tidies the figure before the focus leaves. False when it is no number and the user has been told.
     bool validate(std::size_t index);

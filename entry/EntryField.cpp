@@ -1,7 +1,9 @@
 #include "entry/EntryField.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFocusEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QRegularExpression>
 #include <QSignalBlocker>
@@ -86,6 +88,16 @@ void EntryField::focusOutEvent(QFocusEvent* event)
         QMetaObject::invokeMethod(this, "setFocus", Qt::QueuedConnection);
 }
 
+void EntryField::keyPressEvent(QKeyEvent* event)
+{
+    const bool isDecimalKey = (event->modifiers() & Qt::KeypadModifier) != 0 &&
+                              (event->text() == QStringLiteral(".") || event->text() == QStringLiteral(","));
+    if (isDecimalKey && !m_decimalSeparator.isEmpty())
+        insert(m_decimalSeparator);
+    else
+        QLineEdit::keyPressEvent(event);
+}
+
 void EntryField::mousePressEvent(QMouseEvent* event)
 {
     QLineEdit::mousePressEvent(event);
@@ -105,16 +117,26 @@ LeaveGuard::LeaveGuard(QWidget* window) : QObject(window), m_window(window)
 
 bool LeaveGuard::eventFilter(QObject* watched, QEvent* event)
 {
-    // Seen at the platform's window, before the press reaches a widget: by then the focus would have moved.
-    if (watched != m_window->windowHandle() ||
-        (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick))
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        // Seen at the platform's window, before the press reaches a widget: by then the focus would have moved.
+        return watched == m_window->windowHandle() &&
+               isRefused(focusTargetOfPress(m_window->childAt(static_cast<QMouseEvent*>(event)->position().toPoint())));
+    case QEvent::Shortcut: {
+        auto* const button = qobject_cast<QAbstractButton*>(watched); // it is pressed without getting the focus
+        return button != nullptr && button->window() == m_window && isRefused(button);
+    }
+    default:
         return false;
+    }
+}
+
+bool LeaveGuard::isRefused(const QWidget* target) const
+{
     auto* const field = qobject_cast<EntryField*>(QApplication::focusWidget());
-    if (field == nullptr || field->window() != m_window)
-        return false;
-    QWidget* const pressed = m_window->childAt(static_cast<QMouseEvent*>(event)->position().toPoint());
-    QWidget* const target = focusTargetOfPress(pressed);
-    return target != nullptr && target != field && !field->mayLeave();
+    return target != nullptr && field != nullptr && field->window() == m_window && target != field &&
+           !field->mayLeave();
 }
 
 } // namespace wagemill

@@ -6,6 +6,7 @@
 #include "app/look/PushButton.h"
 #include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
+#include "entry/EntryArea.h"
 #include "entry/EntryField.h"
 #include "entry/SampleData.h"
 #include "entry/SettingsNames.h"
@@ -14,13 +15,16 @@
 #include "preview/LoadPicture.h"
 #include "settings/Settings.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFrame>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScreen>
 #include <QScrollBar>
-#include <QSignalBlocker>
+#include <QShortcut>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -32,7 +36,7 @@ constexpr const char* companyNameKey = "txtCompanyName";
 constexpr const char* periodEndingKey = "dtPeriodEnding";
 constexpr float rowGapTwips = 120;
 constexpr float twipsPerPixel = 15;
-constexpr int companyNameWidth = 380;
+constexpr QSize roomForFrame(8, 40); ///< what the window manager puts around a window
 
 QDate toQDate(CalendarDate date)
 {
@@ -63,45 +67,66 @@ Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new Window
 {
     setObjectName(QStringLiteral("Form1"));
     applyDesignFont(*this);
+    m_metrics = entryMetrics(fontMetrics(), screen()->availableSize().width());
     layOut();
     connectHandlers();
+    setKeys();
     new LeaveGuard(this);
     Form_Load();
+    placeRows();                        // the skin has changed the sizes
+    setMaximumSize(m_area->sizeHint()); // more room would only be empty
+    resize(m_area->sizeWithin(screen()->availableSize() - roomForFrame));
 }
 
 Form1::~Form1() = default;
 
 void Form1::layOut()
 {
-    auto* const column = new QVBoxLayout(this);
-    column->setSizeConstraint(QLayout::SetFixedSize); // the panel's size is fixed, so more room would only be empty
-    column->setContentsMargins(14, 12, 14, 12);
-    column->setSpacing(10);
+    auto* const content = new QWidget;
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins(m_metrics.line, m_metrics.smallGap(), m_metrics.line, m_metrics.line);
+    column->setSpacing(m_metrics.groupGap());
     column->addWidget(headerFrame());
     column->addWidget(employeeFrame(), 1);
     column->addWidget(buttonRow());
+    m_area = new EntryArea(content, this);
+    auto* const whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(m_area);
     setTabOrder();
 }
 
+/// Its fields end where those of the employee end.
 QGroupBox* Form1::headerFrame()
 {
     Frame1 = named(new QGroupBox(QStringLiteral("Header Details"), this), "Frame1");
-    txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
-    txtCompanyName->setMinimumWidth(companyNameWidth);
-    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), m_setup.build.formats, Frame1), "dtPeriodEnding");
-    dtPeriodEnding->setCalendarPopup(true);
-    dtPeriodEnding->setDisplayFormat(QString::fromStdString(m_setup.build.formats.shortDatePattern));
     auto* const companyLabel = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");
+    txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
+    txtCompanyName->setFixedWidth(m_metrics.columnWidth() - m_metrics.smallGap() - companyLabel->sizeHint().width());
     companyLabel->setBuddy(txtCompanyName);
     auto* const dateLabel = named(new QLabel(QStringLiteral("Period ending:"), Frame1), "Label2");
+    dateLabel->setFixedWidth(m_metrics.labelWidth);
+    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), m_setup.build.formats, Frame1), "dtPeriodEnding");
+    dtPeriodEnding->setFixedWidth(m_metrics.fieldWidth);
     dateLabel->setBuddy(dtPeriodEnding);
 
-    auto* const row = new QHBoxLayout(Frame1);
-    row->addWidget(companyLabel);
-    row->addWidget(txtCompanyName, 1);
-    row->addSpacing(24);
-    row->addWidget(dateLabel);
-    row->addWidget(dtPeriodEnding);
+    auto* const company = new QHBoxLayout;
+    company->setSpacing(m_metrics.smallGap());
+    company->addWidget(companyLabel);
+    company->addWidget(txtCompanyName);
+    auto* const date = new QHBoxLayout;
+    date->setSpacing(m_metrics.smallGap());
+    date->addWidget(dateLabel);
+    date->addWidget(dtPeriodEnding);
+    auto* const both =
+        new QBoxLayout(m_metrics.columns == 2 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, Frame1);
+    both->setContentsMargins(2 * m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.line, m_metrics.groupGap());
+    both->setSpacing(m_metrics.columns == 2 ? m_metrics.columnGap() : m_metrics.smallGap());
+    for (QHBoxLayout* part : {company, date}) {
+        part->addStretch(1);
+        both->addLayout(part);
+    }
+    both->addStretch(1);
     return Frame1;
 }
 
@@ -112,11 +137,24 @@ QGroupBox* Form1::employeeFrame()
     Picture3 = named(new QFrame(Picture1), "Picture3");
     VScroll1 = named(new QScrollBar(Qt::Vertical, Frame3), "VScroll1");
     VScroll1->setRange(0, m_setup.rows - 1);
+    VScroll1->setPageStep(1); // a turn of the wheel, or a click beside the thumb, is one employee
     VScroll1->setAccessibleName(QStringLiteral("Employee shown"));
 
     for (std::int16_t row = 0; row < m_setup.rows; ++row)
         picMainContainer.push_back(new EmployeePanel(
-            row, m_setup.build.formats, [this](std::int16_t entered) { VScroll1->setValue(entered); }, Picture3));
+            row, m_metrics, m_setup.build.formats, [this](std::int16_t entered) { VScroll1->setValue(entered); },
+            Picture3));
+
+    auto* const row = new QHBoxLayout(Frame3);
+    row->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap());
+    row->setSpacing(0);
+    row->addWidget(Picture1);
+    row->addWidget(VScroll1);
+    return Frame3;
+}
+
+void Form1::placeRows()
+{
     const QSize panel = picMainContainer.front()->sizeHint();
     for (EmployeePanel* container : picMainContainer) {
         const float top = -stripTop(static_cast<float>(panel.height()) * twipsPerPixel, container->row());
@@ -124,11 +162,8 @@ QGroupBox* Form1::employeeFrame()
     }
     Picture3->setGeometry(0, 0, panel.width(), picMainContainer.back()->geometry().bottom() + 1);
     Picture1->setFixedSize(panel);
-
-    auto* const row = new QHBoxLayout(Frame3);
-    row->addWidget(Picture1);
-    row->addWidget(VScroll1);
-    return Frame3;
+    Frame3->layout()->activate();
+    m_area->widget()->layout()->activate();
 }
 
 QWidget* Form1::buttonRow()
@@ -157,6 +192,24 @@ void Form1::setTabOrder()
     order.insert(order.end(), {PushButton22, PushButton7, PushButton6});
     for (std::size_t next = 1; next < order.size(); ++next)
         QWidget::setTabOrder(order[next - 1], order[next]);
+}
+
+/// Keys beside the tab key; the captions show none of them.
+void Form1::setKeys()
+{
+    PushButton22->setShortcut(Qt::ALT | Qt::Key_S);
+    PushButton7->setShortcut(Qt::ALT | Qt::Key_L);
+    PushButton6->setShortcut(Qt::ALT | Qt::Key_H);
+    connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, this, [] { showHelpMessage(); });
+    const auto goTo = [this](Qt::Key letter, auto target) {
+        connect(new QShortcut(Qt::ALT | letter, this), &QShortcut::activated, this,
+                [target] { target()->setFocus(Qt::ShortcutFocusReason); });
+    };
+    goTo(Qt::Key_C, [this]() -> QWidget* { return txtCompanyName; });
+    goTo(Qt::Key_P, [this]() -> QWidget* { return dtPeriodEnding; });
+    goTo(Qt::Key_E, [this]() -> QWidget* {
+        return &picMainContainer[static_cast<std::size_t>(VScroll1->value())]->field(employeeIdField);
+    });
 }
 
 void Form1::connectHandlers()
@@ -214,7 +267,8 @@ void Form1::refillPeriodEnding()
     const auto date = readShortDate(stored, m_setup.build.formats);
     if (!date)
         throw std::runtime_error("The stored period ending \"" + stored + "\" is no date.");
-    assignPeriodEnding(*date);
+    dtPeriodEnding->refillDate(toQDate(*date));
+    dtPeriodEnding_Change();
 }
 
 void Form1::assignCompanyName(const std::string& text)
@@ -225,10 +279,7 @@ void Form1::assignCompanyName(const std::string& text)
 
 void Form1::assignPeriodEnding(CalendarDate date)
 {
-    {
-        const QSignalBlocker blocker(dtPeriodEnding);
-        dtPeriodEnding->setDate(toQDate(date));
-    }
+    dtPeriodEnding->replaceDate(toQDate(date));
     dtPeriodEnding_Change();
 }
 
@@ -311,6 +362,7 @@ void Form1::showPicture(const std::filesystem::path& picture)
 void Form1::passWorkbook(const std::filesystem::path& workbook)
 {
     preview().setExcelFile(workbook);
+    preview().describePicture(m_setup.describeWorkbook ? m_setup.describeWorkbook(workbook) : std::string());
 }
 
 void Form1::showPreview()
@@ -321,6 +373,15 @@ void Form1::showPreview()
 void Form1::hideEntry()
 {
     hide();
+}
+
+/// The wheel over the employees, where nothing else takes it, turns to the next one.
+void Form1::wheelEvent(QWheelEvent* event)
+{
+    if (Picture1->rect().contains(Picture1->mapFromGlobal(event->globalPosition().toPoint())))
+        QCoreApplication::sendEvent(VScroll1, event);
+    else
+        event->ignore();
 }
 
 void Form1::closeEvent(QCloseEvent* event)

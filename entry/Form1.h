@@ -4,6 +4,7 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/RegionalFormats.h"
 #include "app/look/WindowPointer.h"
+#include "entry/EntryMetrics.h"
 #include "workbook/PayrollBuild.h"
 
 #include <QWidget>
@@ -21,6 +22,7 @@ namespace wagemill {
 
 class DatePicker;
 class EmployeePanel;
+class EntryArea;
 class EntryField;
 class Form2;
 class PushButton;
@@ -30,6 +32,8 @@ struct Form1Setup {
     BuildServices build;                 ///< with the user's regional formats
     std::function<CalendarDate()> today; ///< the clock
     std::int16_t rows = 1;               ///< employees, at least 1
+    /// What a saved workbook shows, in words; empty where that cannot be told. None: never told.
+    std::function<std::string(const std::filesystem::path& workbook)> describeWorkbook = {};
 };
 
 /// The entry window: one pay period, typed, kept and turned into a workbook. Making it is the whole start-up, up to and
@@ -46,13 +50,16 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     void layOut();
     QGroupBox* headerFrame();
     QGroupBox* employeeFrame();
     QWidget* buttonRow();
+    void placeRows();
     void setTabOrder();
+    void setKeys();
     void connectHandlers();
 
     void Form_Load();
@@ -81,7 +88,9 @@ private:
     void hideEntry() override;
 
     Form1Setup m_setup;
+    EntryMetrics m_metrics;
     WindowPointer* m_pointer;
+    EntryArea* m_area = nullptr;
     bool handCursorPresent = false;
 
     QGroupBox* Frame1 = nullptr;

@@ -16,6 +16,7 @@
 #include <QHBoxLayout>
 #include <QScreen>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QWheelEvent>
@@ -23,6 +24,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <tuple>
+#include <utility>
 
 namespace wagemill {
 
@@ -31,6 +34,7 @@ namespace {
 constexpr std::string_view handCursorName = "/HAND-M.CUR";
 constexpr QSizeF partOfScreen(0.92, 0.85); // 1024 units across are enough for a pay stub at natural size
 constexpr QSize largestWindow(1600, 1200);
+constexpr int wheelNotch = 120; // eighths of a degree
 
 /// accessibleName  what a screen reader says of a control that has no caption of its own
 template <typename Control>
@@ -89,6 +93,7 @@ Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDial
     setObjectName(QStringLiteral("Form2"));
     layOutControls();
     connectControls();
+    setKeys();
     Form_Load();
 }
 
@@ -158,6 +163,36 @@ void Form2::connectControls()
         setTabOrder(tabOrder[index - 1], tabOrder[index]);
 }
 
+/// Keys beside the tab key; the captions show none of them. Arrow and page keys scroll wherever the focus is.
+void Form2::setKeys()
+{
+    PushButton1->setShortcut(Qt::ALT | Qt::Key_I);
+    PushButton2->setShortcut(Qt::ALT | Qt::Key_O);
+    PushButton6->setShortcut(Qt::ALT | Qt::Key_S);
+    PushButton8->setShortcut(Qt::ALT | Qt::Key_B);
+    const std::pair<QKeyCombination, PushButton*> presses[] = {
+        {Qt::CTRL | Qt::Key_Plus, PushButton1},
+        {Qt::CTRL | Qt::Key_Equal, PushButton1}, // the same key without Shift
+        {Qt::CTRL | Qt::Key_Minus, PushButton2},
+        {Qt::CTRL | Qt::Key_S, PushButton6},
+    };
+    for (const auto& [keys, button] : presses)
+        connect(new QShortcut(keys, this), &QShortcut::activated, button, &PushButton::click);
+    const std::tuple<Qt::Key, QScrollBar*, QAbstractSlider::SliderAction> scrolls[] = {
+        {Qt::Key_Left, HScroll1, QAbstractSlider::SliderSingleStepSub},
+        {Qt::Key_Right, HScroll1, QAbstractSlider::SliderSingleStepAdd},
+        {Qt::Key_Up, VScroll1, QAbstractSlider::SliderSingleStepSub},
+        {Qt::Key_Down, VScroll1, QAbstractSlider::SliderSingleStepAdd},
+        {Qt::Key_PageUp, VScroll1, QAbstractSlider::SliderPageStepSub},
+        {Qt::Key_PageDown, VScroll1, QAbstractSlider::SliderPageStepAdd},
+    };
+    for (const auto& [key, scrollBar, action] : scrolls)
+        connect(new QShortcut(key, this), &QShortcut::activated, scrollBar, [bar = scrollBar, scroll = action] {
+            if (bar->isEnabled())
+                bar->triggerAction(scroll);
+        });
+}
+
 void Form2::Form_Load()
 {
     ErrorTrap trap("Form2.Form_Load");
@@ -181,6 +216,11 @@ void Form2::setPicture(const QPixmap& picture)
     takeNaturalSize();
     scrollToOrigin();
     RedrawImage();
+}
+
+void Form2::describePicture(const std::string& description)
+{
+    Picture1->setAccessibleDescription(QString::fromStdString(description));
 }
 
 void Form2::takeNaturalSize()
@@ -416,13 +456,26 @@ void Form2::closeEvent(QCloseEvent* event)
     Form_Unload();
 }
 
-/// The wheel over the picture turns the scroll bars.
+/// The wheel over the picture turns the scroll bars, with Ctrl it zooms.
 void Form2::wheelEvent(QWheelEvent* event)
 {
     const QPoint turn = event->angleDelta();
+    if ((event->modifiers() & Qt::ControlModifier) != 0) {
+        zoomByWheel(turn.y());
+        return;
+    }
     QScrollBar* scrollBar = std::abs(turn.x()) > std::abs(turn.y()) ? HScroll1 : VScroll1;
     if (scrollBar->isEnabled())
         QCoreApplication::sendEvent(scrollBar, event);
+}
+
+/// A step a notch; fine wheels send parts of one.
+void Form2::zoomByWheel(int turn)
+{
+    for (m_zoomTurn += turn; m_zoomTurn >= wheelNotch; m_zoomTurn -= wheelNotch)
+        PushButton1_Click();
+    for (; m_zoomTurn <= -wheelNotch; m_zoomTurn += wheelNotch)
+        PushButton2_Click();
 }
 
 } // namespace wagemill

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 
 class QGroupBox;
 class QPixmap;
@@ -39,6 +40,9 @@ public:
     /// The temporary workbook that saving copies and leaving deletes.
     void setExcelFile(const std::filesystem::path& excelFile) { mExcelFile = excelFile; }
 
+    /// What the picture shows, in words, for those who cannot see it.
+    void describePicture(const std::string& description);
+
     /// The mouse pointer becomes the arrow, unless the window is busy.
     void resetPointer() { m_pointer.resetPointer(); }
 
@@ -48,8 +52,10 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    void zoomByWheel(int turn);
     void layOutControls();
     void connectControls();
+    void setKeys();
 
     void Form_Load();
     void Form_Activate();
@@ -102,6 +108,7 @@ private:
     std::int32_t ZoomWidth = 0;
     std::int32_t ZoomHeight = 0;
     float ZoomFactor = 1;
+    int m_zoomTurn = 0;       ///< of the wheel since the last zoom step, in eighths of a degree
     bool SetupPending = true; ///< until the window was active for the first time
     bool m_isSettingUp = false;
 };

@@ -22,8 +22,10 @@ QStringList nameFilters(const std::string& filter)
 namespace {
 
 /// A folder that is missing would become the name that the dialog starts with.
-QString startFolder()
+QString startFolder(const QString& lastFolder)
 {
+    if (!lastFolder.isEmpty() && QFileInfo(lastFolder).isDir())
+        return lastFolder;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
@@ -32,7 +34,7 @@ QString startFolder()
 
 std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& request, QWidget& owner)
 {
-    QFileDialog dialog(&owner, QString::fromStdString(request.title), startFolder());
+    QFileDialog dialog(&owner, QString::fromStdString(request.title), startFolder(m_lastFolder));
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
@@ -41,7 +43,9 @@ std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& re
         dialog.selectFile(QString::fromStdString(request.fileName));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
-    return QFileInfo(dialog.selectedFiles().constFirst()).filesystemFilePath();
+    const QFileInfo chosen(dialog.selectedFiles().constFirst());
+    m_lastFolder = chosen.absolutePath();
+    return chosen.filesystemFilePath();
 }
 
 } // namespace wagemill

@@ -28,10 +28,13 @@ public:
     virtual std::filesystem::path showSave(const SaveFileRequest& request, QWidget& owner) = 0;
 };
 
-/// The platform's own dialog, opened in the user's documents.
+/// The platform's own dialog, opened in the user's documents and then in the folder of the last name.
 class PlatformSaveFileDialog : public SaveFileDialog {
 public:
     std::filesystem::path showSave(const SaveFileRequest& request, QWidget& owner) override;
+
+private:
+    QString m_lastFolder; ///< empty until a name was chosen
 };
 
 /// The filters of a dialog as Qt names them: "Excel Files (*.xls)|*.xls|" -> {"Excel Files (*.xls)"}.

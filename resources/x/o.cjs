@@ -5,7 +5,6 @@ QPushButton {
     background-color: palette(button);
     color: palette(button-text);
     border: 1px solid palette(mid);
-    border-bottom-color: palette(dark);
     border-radius: 4px;
     padding: 5px 14px;
 }
@@ -17,17 +16,20 @@ QPushButton:focus {
 
 /* The button that does the work is the one the eye finds. */
 QPushButton#PushButton22 {
+    background-color: palette(highlight);
+    color: palette(highlighted-text);
     border: 2px solid palette(highlight);
     padding: 6px 20px;
     font-weight: bold;
 }
 
 QPushButton#PushButton22:focus {
-    background-color: palette(light);
+    border-color: palette(button-text);
 }
 
-QPushButton:pressed {
-    background-color: palette(mid);
+QPushButton:pressed, QPushButton#PushButton22:pressed {
+    background-color: palette(window-text);
+    color: palette(window);
 }
 
 QPushButton:disabled {
@@ -52,11 +54,17 @@ QLineEdit {
     color: palette(text);
     border: 1px solid palette(mid);
     border-radius: 3px;
-    padding: 1px 3px;
+    padding: 2px 4px;
     selection-background-color: palette(highlight);
     selection-color: palette(highlighted-text);
 }
 
 QLineEdit:focus {
     border-color: palette(highlight);
+}
+
+/* The line edit inside the date picker has the picker's own frame around it. */
+QAbstractSpinBox QLineEdit, QAbstractSpinBox QLineEdit:focus {
+    border: none;
+    padding: 0 2px;
 }

@@ -20,6 +20,7 @@ ALLOWED = {
                            "workbook/engine/xls", "workbook/spreadsheet"], True),
     "workbook/excel": (["app/base", "workbook/spreadsheet"], False),
     "workbook/sessions": (["app/base", "workbook/embedded", "workbook/excel", "workbook/spreadsheet"], False),
+    "workbook/summary": (["app/base", "workbook/engine", "workbook/engine/text", "workbook/engine/xls"], False),
     "workbook": (["app/base", "entry/data", "workbook/sessions", "workbook/spreadsheet"], False),
     "resources": (["app/base", "workbook/engine", "workbook/engine/formula", "workbook/engine/text",
                    "workbook/engine/xls"], False),
@@ -28,7 +29,8 @@ ALLOWED = {
     "app/look": (["app/base", "settings"], True),
     "preview": (["app/base", "app/look"], True),
     "entry": (["app/base", "app/look", "entry/data", "help", "preview", "settings", "workbook"], True),
-    "app": (["app/base", "app/look", "entry", "resources", "workbook/sessions"], True),
+    "app": (["app/base", "app/look", "entry", "entry/data", "resources", "workbook/sessions", "workbook/summary"],
+            True),
 }
 # Files of a room with windows that are plain C++ all the same.
 PLAIN = {"preview/ViewGeometry.h", "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QPalette>
+
+namespace wagemill {
+
+/// Contrast of two opaque colours, from 1 to 21, as the Web Content Accessibility Guidelines count it
+/// (https://www.w3.org/TR/WCAG21/#dfn-contrast-ratio).
+double contrastRatio(const QColor& one, const QColor& other);
+
+/// The user's palette, with the colours moved apart that stand too near to be told from their ground: texts to 4.5 to
+/// 1, the lines around fields and frames to 3 to 1. Colours that can be told apart stay the user's.
+QPalette readablePalette(const QPalette& users);
+
+} // namespace wagemill

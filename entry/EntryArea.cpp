@@ -1,0 +1,44 @@
+#include "entry/EntryArea.h"
+
+#include <QApplication>
+#include <QScrollBar>
+
+namespace wagemill {
+
+EntryArea::EntryArea(QWidget* content, QWidget* parent) : QScrollArea(parent)
+{
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus); // the tab key goes to the fields only
+    setWidgetResizable(true);
+    setWidget(content);
+    content->setAutoFillBackground(false); // the window's own background shows
+    viewport()->setAutoFillBackground(false);
+    horizontalScrollBar()->setAccessibleName(QStringLiteral("Scroll the window left and right"));
+    verticalScrollBar()->setAccessibleName(QStringLiteral("Scroll the window up and down"));
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*left*/, QWidget* entered) {
+        if (entered != nullptr && widget()->isAncestorOf(entered))
+            ensureWidgetVisible(entered);
+    });
+}
+
+QSize EntryArea::sizeHint() const
+{
+    return widget()->sizeHint();
+}
+
+QSize EntryArea::minimumSizeHint() const
+{
+    return sizeHint().boundedTo({320, 200});
+}
+
+QSize EntryArea::sizeWithin(QSize available) const
+{
+    QSize wanted = sizeHint();
+    if (wanted.height() > available.height())
+        wanted.rwidth() += verticalScrollBar()->sizeHint().width();
+    if (wanted.width() > available.width())
+        wanted.rheight() += horizontalScrollBar()->sizeHint().height();
+    return wanted.boundedTo(available);
+}
+
+} // namespace wagemill

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QScrollArea>
+
+namespace wagemill {
+
+/// Holds the content of the entry window. Where the screen is too small for it the content scrolls, and the control
+/// that has the focus is kept in view.
+class EntryArea : public QScrollArea {
+    Q_OBJECT
+
+public:
+    EntryArea(QWidget* content, QWidget* parent);
+
+    /// The content's own size.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    /// As much of it as `available` holds, with the scroll bars that this takes.
+    QSize sizeWithin(QSize available) const;
+};
+
+} // namespace wagemill
