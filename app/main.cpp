@@ -1,11 +1,15 @@
+#include "app/EndingSignals.h"
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/base/RandomNumber.h"
 #include "app/look/QtMessages.h"
+#include "app/look/ReadablePalette.h"
 #include "app/look/UserRegion.h"
 #include "entry/Form1.h"
+#include "entry/data/EmployeeCount.h"
 #include "resources/CustomResource.h"
 #include "workbook/sessions/Session.h"
+#include "workbook/summary/StubSummary.h"
 
 #include <QApplication>
 #include <QDate>
@@ -34,7 +38,10 @@ wagemill::Form1Setup productionSetup()
     build.spreadsheet = spreadsheetPlatform(build.formats, pictureScale);
     build.templateResource = [] { return customResource(payrollTemplateResource); };
     build.randomNumber = randomWholeNumber;
-    return {std::move(build), today, 1};
+    const auto describeWorkbook = [formats = build.formats](const std::filesystem::path& workbook) {
+        return describeStubs(workbook, formats);
+    };
+    return {std::move(build), today, employeeCount(qgetenv("WAGEMILL_EMPLOYEES").toStdString()), describeWorkbook};
 }
 
 QIcon programIcon()
@@ -54,6 +61,7 @@ void prepareProgram()
     setWindowEventPump([] { QCoreApplication::processEvents(); });
     QLocale::setDefault(userLocale());
     QApplication::setWindowIcon(programIcon());
+    QApplication::setPalette(readablePalette(QApplication::palette()));
     QApplication::setQuitOnLastWindowClosed(false); // the windows end the program themselves
 }
 
@@ -63,6 +71,7 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     prepareProgram();
+    wagemill::endProgramOnSignals();
     wagemill::handleEvent([] { wagemill::ensureTemporaryFolder(); });
     wagemill::Form1 entryWindow(productionSetup());
     entryWindow.show();
