@@ -1,9 +1,16 @@
 #include "preview/LoadPicture.h"
 
-#include <QFile>
-#include <QImageReader>
+#include "preview/Metafile.h"
+#include "preview/MetafilePicture.h"
 
+#include <QFile>
+#include <QGuiApplication>
+#include <QImageReader>
+#include <QPainter>
+
+#include <algorithm>
 #include <cmath>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -11,7 +18,9 @@ namespace wagemill {
 
 namespace {
 
-constexpr int largestPictureMegabytes = 2048; // 14000 x 5000 units at ratio 2 take 1068
+constexpr int largestPictureMegabytes = 2048;         // 14000 x 5000 units at ratio 2 take 1068
+constexpr qint64 largestMetafile = qint64{256} << 20; // bytes
+constexpr qint64 metafileStart = 128;                 // bytes that show what a file is
 constexpr double inchesInMetre = 39.3701;
 constexpr double dotsInchOfRatioOne = 96;
 
@@ -37,22 +46,69 @@ private:
     int m_before;
 };
 
+std::span<const std::byte> bytesOf(const QByteArray& bytes)
+{
+    return std::as_bytes(std::span(bytes));
+}
+
+bool isTransparencySet(const QImage& picture)
+{
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+        if (std::any_of(row, row + picture.width(), [](QRgb pixel) { return qAlpha(pixel) != 0; }))
+            return true;
+    }
+    return false;
+}
+
+/// The paper shows through a picture. Many bitmaps have room for transparency and leave it at zero: they are opaque.
+QImage onPaper(const QImage& picture)
+{
+    const QImage transparent = picture.convertToFormat(QImage::Format_ARGB32);
+    QImage opaque = transparent.convertToFormat(QImage::Format_RGB32);
+    if (isTransparencySet(transparent)) {
+        opaque.fill(Qt::white);
+        QPainter(&opaque).drawImage(0, 0, transparent);
+    }
+    return opaque;
+}
+
+QImage readBitmap(QFile& file)
+{
+    const AllocationLimit limit(largestPictureMegabytes);
+    QImageReader reader(&file);
+    QImage picture = reader.read();
+    if (picture.isNull())
+        throw std::runtime_error(reader.errorString().toStdString());
+    if (picture.hasAlphaChannel())
+        picture = onPaper(picture);
+    picture.setDevicePixelRatio(devicePixelRatio(picture));
+    return picture;
+}
+
+QImage readMetafile(QFile& file)
+{
+    if (file.size() > largestMetafile)
+        throw std::runtime_error("the metafile is larger than 256 MiB");
+    const QByteArray bytes = file.read(largestMetafile);
+    return metafilePicture(bytesOf(bytes), qApp->devicePixelRatio()); // sharp enough for the sharpest screen
+}
+
+QImage readPicture(QFile& file)
+{
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error(file.errorString().toStdString());
+    return isMetafile(bytesOf(file.peek(metafileStart))) ? readMetafile(file) : readBitmap(file);
+}
+
 } // namespace
 
 QPixmap loadPicture(const std::filesystem::path& file)
-{
-    const AllocationLimit limit(largestPictureMegabytes);
+try {
     QFile bytes(file);
-    if (!bytes.open(QIODevice::ReadOnly))
-        throw std::runtime_error("Cannot read the picture \"" + file.string() +
-                                 "\": " + bytes.errorString().toStdString() + ".");
-    QImageReader reader(&bytes);
-    QImage picture = reader.read();
-    if (picture.isNull())
-        throw std::runtime_error("Cannot read the picture \"" + file.string() +
-                                 "\": " + reader.errorString().toStdString() + ".");
-    picture.setDevicePixelRatio(devicePixelRatio(picture));
-    return QPixmap::fromImage(std::move(picture));
+    return QPixmap::fromImage(readPicture(bytes));
+} catch (const std::runtime_error& error) {
+    throw std::runtime_error("Cannot read the picture \"" + file.string() + "\": " + error.what() + ".");
 }
 
 } // namespace wagemill

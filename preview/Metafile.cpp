@@ -1,0 +1,88 @@
+#include "preview/Metafile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace wagemill {
+
+namespace {
+
+constexpr std::uint32_t headerRecord = 1;
+constexpr std::uint32_t endRecord = 14;
+constexpr std::uint32_t signature = 0x464D4520; // " EMF"
+constexpr std::size_t signatureAt = 40;
+constexpr std::size_t frameAt = 24;
+constexpr std::size_t fileBytesAt = 48;
+constexpr std::size_t shortestHeader = 88;
+constexpr std::size_t shortestRecord = 8;
+constexpr double frameUnitsInInch = 2540; // hundredths of a millimetre
+constexpr double dotsInInch = 96;
+constexpr double mostPixels = 14000.0 * 5000.0;
+
+/// The little-endian number at a place inside the file.
+std::uint32_t numberAt(std::span<const std::byte> file, std::size_t at)
+{
+    std::uint32_t number = 0;
+    for (std::size_t byte = 4; byte-- > 0;)
+        number = (number << 8U) | std::to_integer<std::uint32_t>(file[at + byte]);
+    return number;
+}
+
+double frameEdge(std::span<const std::byte> file, std::size_t index)
+{
+    return static_cast<std::int32_t>(numberAt(file, frameAt + 4 * index));
+}
+
+double pixels(double frameLength)
+{
+    return std::max(1.0, std::round(frameLength * dotsInInch / frameUnitsInInch));
+}
+
+void checkRecords(std::span<const std::byte> file)
+{
+    std::size_t at = 0;
+    for (std::uint32_t type = 0; type != endRecord;) {
+        if (file.size() - at < shortestRecord)
+            throw std::runtime_error("the metafile is cut off");
+        type = numberAt(file, at);
+        const std::size_t length = numberAt(file, at + 4);
+        if (length < (at == 0 ? shortestHeader : shortestRecord) || length % 4 != 0 || length > file.size() - at)
+            throw std::runtime_error("the metafile is damaged at byte " + std::to_string(at));
+        at += length;
+    }
+    if (numberAt(file, fileBytesAt) != at)
+        throw std::runtime_error("the metafile states another length than it has");
+}
+
+} // namespace
+
+bool isMetafile(std::span<const std::byte> file)
+{
+    return file.size() >= shortestHeader && numberAt(file, 0) == headerRecord &&
+           numberAt(file, signatureAt) == signature;
+}
+
+MetafileSize checkedMetafileSize(std::span<const std::byte> file)
+{
+    if (!isMetafile(file))
+        throw std::runtime_error("it is no enhanced metafile");
+    checkRecords(file);
+    const double width = frameEdge(file, 2) - frameEdge(file, 0);
+    const double height = frameEdge(file, 3) - frameEdge(file, 1);
+    if (width <= 0 || height <= 0)
+        throw std::runtime_error("the metafile is empty");
+    return {pixels(width), pixels(height)};
+}
+
+double metafileScale(MetafileSize size, double sharpness)
+{
+    const double largest = std::sqrt(mostPixels / (size.width * size.height));
+    if (largest < 1)
+        throw std::runtime_error("the metafile is too large to be shown");
+    return std::min(sharpness, largest);
+}
+
+} // namespace wagemill
