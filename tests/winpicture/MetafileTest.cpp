@@ -1,0 +1,107 @@
+#include "preview/Metafile.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace wagemill {
+
+namespace {
+
+constexpr std::uint32_t emfSignature = 0x464D4520;
+
+void putNumber(std::vector<std::byte>& file, std::size_t at, std::uint32_t number)
+{
+    for (std::size_t byte = 0; byte < 4; ++byte)
+        file[at + byte] = static_cast<std::byte>((number >> (8 * byte)) & 0xFFU);
+}
+
+/// A header of 108 bytes, a record of 12 and the last of 20. The frame is 100 by 50 pixels.
+std::vector<std::byte> wholeMetafile()
+{
+    std::vector<std::byte> file(140);
+    const std::pair<std::size_t, std::uint32_t> numbers[] = {
+        {0, 1},    {4, 108},  {32, 2646}, {36, 1323}, {40, emfSignature}, {44, 0x10000},
+        {48, 140}, {108, 17}, {112, 12},  {120, 14},  {124, 20},
+    };
+    for (const auto& [at, number] : numbers)
+        putNumber(file, at, number);
+    return file;
+}
+
+std::string failureOf(const std::vector<std::byte>& file)
+{
+    try {
+        checkedMetafileSize(file);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "no failure";
+}
+
+} // namespace
+
+TEST(Metafile, IsItsFrameLargeAtNinetySixDotsAnInch)
+{
+    const MetafileSize size = checkedMetafileSize(wholeMetafile());
+    EXPECT_EQ(size.width, 100);
+    EXPECT_EQ(size.height, 50);
+    EXPECT_FALSE(isMetafile(std::vector<std::byte>(140)));
+    EXPECT_FALSE(isMetafile({}));
+}
+
+TEST(Metafile, IsRefusedUnlessItsRecordsLeadToItsEnd)
+{
+    struct {
+        const char* what;
+        std::size_t at;
+        std::uint32_t number;
+        const char* failure;
+    } const cases[] = {
+        {"a record that leads back to itself", 112, 0, "the metafile is damaged at byte 108"},
+        {"a record shorter than its own start", 112, 4, "the metafile is damaged at byte 108"},
+        {"a record beyond the file", 112, 40, "the metafile is damaged at byte 108"},
+        {"a record of nearly four gigabytes", 112, 0xFFFFFFFC, "the metafile is damaged at byte 108"},
+        {"a record that ends between two others", 112, 13, "the metafile is damaged at byte 108"},
+        {"a header that ends early", 4, 80, "the metafile is damaged at byte 0"},
+        {"no last record", 120, 17, "the metafile is cut off"},
+        {"a length beyond the file", 48, 1 << 30, "the metafile states another length than it has"},
+        {"a frame of no width", 32, 0, "the metafile is empty"},
+        {"a frame that ends before it begins", 36, 0x80000000, "the metafile is empty"},
+        {"another signature", 40, 0, "it is no enhanced metafile"},
+    };
+    for (const auto& [what, at, number, failure] : cases) {
+        std::vector<std::byte> file = wholeMetafile();
+        putNumber(file, at, number);
+        EXPECT_EQ(failureOf(file), failure) << what;
+    }
+}
+
+TEST(Metafile, CutAtAnyByteIsRefused)
+{
+    const std::vector<std::byte> whole = wholeMetafile();
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_NE(failureOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)}), "no failure");
+}
+
+TEST(MetafileScale, IsAsSharpAsAskedWithinWhatThePreviewShows)
+{
+    struct {
+        MetafileSize size;
+        double sharpness;
+        double expected;
+    } const cases[] = {
+        {{700, 500}, 1, 1},   {{700, 500}, 1.5, 1.5}, {{7000, 2500}, 2, 2}, // just fits
+        {{7000, 2500}, 3, 2}, {{14000, 5000}, 2, 1},  {{700, 25000}, 2, 2}, // a sheet of a hundred stubs
+    };
+    for (const auto& [size, sharpness, expected] : cases)
+        EXPECT_DOUBLE_EQ(metafileScale(size, sharpness), expected) << size.width << " by " << size.height;
+    EXPECT_THROW(metafileScale({14000, 5001}, 1), std::runtime_error);
+    EXPECT_THROW(metafileScale({81164000, 81164000}, 1), std::runtime_error); // the largest frame there is
+}
+
+} // namespace wagemill
