@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Installs what was built into a folder of its own and looks at it: packaging_test.py BUILD_FOLDER SCENARIO
+
+Ends with 0 when everything is right, 77 when a tool is missing, and 1 with a reason otherwise.
+"""
+import glob
+import gzip
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "endtoend"))
+from desktop import Desktop, StepFailed  # noqa: E402
+
+DOCUMENTS = "share/doc/wagemill"
+DESKTOP_FILE = "share/applications/wagemill.desktop"
+DESCRIPTION = "share/metainfo/example.quellory.wagemill.metainfo.xml"
+
+
+def expect(condition, what):
+    if not condition:
+        raise StepFailed(what)
+
+
+def read(stage, name):
+    with open(os.path.join(stage, name), encoding="utf-8") as file:
+        return file.read()
+
+
+def require_tools(*tools):
+    missing = [tool for tool in tools if not shutil.which(tool)]
+    if missing:
+        print("Skipped: the packages were not checked, because these tools are missing:", *missing)
+        sys.exit(77)
+
+
+def holds_every_file(stage):
+    """Each place names files that must be there, and nothing of ours may be in a place beside them."""
+    places = {
+        "lib/wagemill": {"wagemill", "HAND-M.CUR", "x/o.cjs", "Splash/wagemill.png"},
+        "bin": {"wagemill"},
+        DOCUMENTS: {"manual.md", "licences.md", "CHANGELOG.md", "LICENSE"} | manual_pictures(stage),
+        "share/man": {"man1/wagemill.1.gz"},
+        "share/applications": {"wagemill.desktop"},
+        "share/metainfo": {os.path.basename(DESCRIPTION)},
+        "share/icons/hicolor": {"scalable/apps/wagemill.svg"} | {
+            f"{side}x{side}/apps/wagemill.png" for side in (16, 22, 24, 32, 48, 64, 96, 128, 192, 256, 512)},
+    }
+    expected = {os.path.join(place, name) for place, names in places.items() for name in names}
+    found = {os.path.relpath(path, stage) for path in glob.glob(stage + "/**", recursive=True)
+             if os.path.islink(path) or not os.path.isdir(path)}
+    expect(found == expected, f"missing: {sorted(expected - found)}; not expected: {sorted(found - expected)}")
+    expect(os.readlink(stage + "/bin/wagemill") == "../lib/wagemill/wagemill", "the command is no link to the program")
+    with gzip.open(stage + "/share/man/man1/wagemill.1.gz", "rt") as page:
+        expect("@" not in page.read().replace("support@", ""), "the manual page has values that were not filled in")
+
+
+def manual_pictures(stage):
+    """The pictures that the manual shows; without them it would be half a manual."""
+    return set(re.findall(r"\]\((pictures/[^)]+)\)", read(stage, DOCUMENTS + "/manual.md")))
+
+
+def describes_itself_to_desktops(stage):
+    require_tools("desktop-file-validate", "appstreamcli")
+    for command in (["desktop-file-validate", DESKTOP_FILE],
+                    ["appstreamcli", "validate", "--pedantic", "--no-net", DESCRIPTION]):
+        checked = subprocess.run(command, cwd=stage, capture_output=True, text=True)
+        expect(checked.returncode == 0, f"{command[0]}:\n{checked.stdout}{checked.stderr}")
+
+
+def finds_its_folder_through_links(stage):
+    """A skin that cannot be used is named in a message: the program looked for it where it is installed."""
+    require_tools("Xvfb", "openbox", "xdotool", "dbus-daemon")
+    skin = os.path.join(stage, "lib/wagemill/x/o.cjs")
+    with open(skin, "wb") as file:  # bytes that are no text
+        file.write(b"\xff\xff")
+    link = os.path.join(stage, "link")
+    os.symlink("bin/wagemill", link)
+    with Desktop() as desktop:
+        from screen import Screen
+        desktop.start_program(link, PATH=os.path.join(stage, "bin") + os.pathsep + os.environ["PATH"])
+        screen = Screen(desktop)
+
+        def told():
+            boxes = [*screen.all("alert"), *screen.all("dialog")]
+            return any(f'"{skin}"' in child.name for box in boxes for child in box)
+        desktop.wait_for(told, f"a message that names {skin}")
+
+
+SCENARIOS = {scenario.__name__: scenario for scenario in (
+    holds_every_file, describes_itself_to_desktops, finds_its_folder_through_links)}
+
+
+def main():
+    build, scenario = sys.argv[1:]
+    with tempfile.TemporaryDirectory() as folder:
+        stage = os.path.realpath(folder)
+        installed = subprocess.run(["cmake", "--install", build, "--prefix", stage], capture_output=True, text=True)
+        if installed.returncode != 0:
+            sys.exit(f"The program cannot be installed:\n{installed.stdout}{installed.stderr}")
+        try:
+            SCENARIOS[scenario](stage)
+        except StepFailed as failure:
+            sys.exit(f"{scenario}: {failure}")
+
+
+if __name__ == "__main__":
+    main()
