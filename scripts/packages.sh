@@ -4,13 +4,21 @@ readonly buildPackages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libsq
 readonly desktopPackages=(xvfb openbox xdotool imagemagick dbus at-spi2-core python3 python3-pyatspi)
 readonly testPackages=(libgtest-dev python3)
 readonly judgePackages=(libreoffice-calc python3-uno gnumeric poppler-utils)
+readonly windowsBuildPackages=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools)
+readonly windowsTestPackages=(wine wine64 googletest xvfb openbox xdotool imagemagick python3)
+
+# missingPackages NAME...: those that are not installed, one a line.
+missingPackages() {
+    local package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || echo "$package"
+    done
+}
 
 # requirePackages NAME...: installs those that are missing; as root, or through sudo.
 requirePackages() {
-    local missing=() package
-    for package in "$@"; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
-    done
+    local missing=()
+    mapfile -t missing < <(missingPackages "$@")
     [ ${#missing[@]} -eq 0 ] && return 0
     echo "Installing: ${missing[*]}"
     local asRoot=()
@@ -23,13 +31,14 @@ requirePackages() {
         { echo "The packages could not be installed: ${missing[*]}" >&2; return 1; }
 }
 
-# buildProgram FOLDER CMAKE_OPTION...: configures and builds all of it; what went wrong is shown whole.
+# buildProgram FOLDER CMAKE_OPTION...: configures and builds all of it, or WAGEMILL_TARGET alone; what went wrong is shown
+# whole.
 buildProgram() {
     local folder=$1
     shift
     local launcher=()
     command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     cmake -S . -B "$folder" -G Ninja "${launcher[@]}" "$@" >"$folder.log" 2>&1 &&
-        cmake --build "$folder" >>"$folder.log" 2>&1 ||
+        cmake --build "$folder" ${WAGEMILL_TARGET:+--target "$WAGEMILL_TARGET"} >>"$folder.log" 2>&1 ||
         { cat "$folder.log" >&2; echo "Building in $folder failed." >&2; return 1; }
 }
