@@ -3,6 +3,7 @@
 readonly buildPackages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libsqlite3-dev fonts-liberation)
 readonly desktopPackages=(xvfb openbox xdotool imagemagick dbus at-spi2-core python3 python3-pyatspi)
 readonly testPackages=(libgtest-dev python3)
+readonly benchmarkPackages=(libbenchmark-dev valgrind)
 readonly judgePackages=(libreoffice-calc python3-uno gnumeric poppler-utils)
 readonly windowsBuildPackages=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools)
 readonly windowsTestPackages=(wine wine64 googletest xvfb openbox xdotool imagemagick python3)
