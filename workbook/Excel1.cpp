@@ -16,7 +16,8 @@ constexpr int mostAttempts = 1000;
 void SavePicture(const std::optional<Picture>& picture, const std::filesystem::path& path)
 {
     if (!picture)
-        throw std::runtime_error("Cannot write the picture \"" + path.string() + "\": the clipboard holds no picture.");
+        throw std::runtime_error("Cannot write the picture \"" + path.string() +
+                                 "\": the clipboard gave no picture. Another program may be holding it.");
     std::error_code error;
     std::filesystem::remove(path, error);
     if (error)
