@@ -43,11 +43,40 @@ TEST(LoadPicture, TakesMoreDotsAnInchAsSharpness)
     }
 }
 
+TEST(LoadPicture, LiesOnWhitePaperAndIsOpaqueWhereTransparencyWasNeverSet)
+{
+    const test::TemporaryFolder folder;
+    struct {
+        QRgb pixels;
+        QRgb corner;
+        QRgb expectedPixels;
+        QRgb expectedCorner;
+    } const cases[] = {
+        {qRgba(10, 20, 30, 255), qRgba(0, 0, 0, 0), qRgb(10, 20, 30), qRgb(255, 255, 255)},
+        {qRgba(0, 0, 0, 128), qRgba(0, 0, 0, 255), qRgb(127, 127, 127), qRgb(0, 0, 0)},
+        {qRgba(10, 20, 30, 0), qRgba(40, 50, 60, 0), qRgb(10, 20, 30), qRgb(40, 50, 60)},
+    };
+    for (const auto& [pixels, corner, expectedPixels, expectedCorner] : cases) {
+        QImage image(4, 4, QImage::Format_ARGB32);
+        image.fill(pixels);
+        image.setPixel(0, 0, corner);
+        image.save(QString::fromStdString((folder / "temp.bmp").string()), "png"); // a name says nothing
+        const QImage picture = loadPicture(folder / "temp.bmp").toImage();
+        EXPECT_FALSE(picture.hasAlphaChannel());
+        EXPECT_EQ(picture.pixelColor(3, 3).name(), QColor(expectedPixels).name());
+        EXPECT_EQ(picture.pixelColor(0, 0).name(), QColor(expectedCorner).name());
+    }
+}
+
 TEST(LoadPicture, NamesTheFileThatItCannotRead)
 {
     const test::TemporaryFolder folder;
     std::ofstream(folder / "garbage.bmp") << "BM and no bitmap";
-    for (const char* name : {"missing.bmp", "garbage.bmp"})
+    std::string metafileStart(88, '\0');
+    metafileStart[0] = 1;
+    metafileStart.replace(40, 4, " EMF");
+    std::ofstream(folder / "metafile.bmp") << metafileStart;
+    for (const char* name : {"missing.bmp", "garbage.bmp", "metafile.bmp"})
         try {
             loadPicture(folder / name);
             ADD_FAILURE() << name << " was read";

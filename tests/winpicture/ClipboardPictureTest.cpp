@@ -194,11 +194,13 @@ protected:
 
     static void expectQuarters(const QImage& image)
     {
-        ASSERT_EQ(image.size() / image.devicePixelRatio(), QSize(width, height));
+        const double ratio = image.devicePixelRatio();
+        ASSERT_EQ(image.size() / ratio, QSize(width, height));
+        const auto pixelAt = [ratio](int length) { return static_cast<int>((length + 0.5) * ratio); };
         for (const int x : {0, width / 2 - 2, width / 2 + 1, width - 1})
             for (const int y : {0, height / 2 - 2, height / 2 + 1, height - 1})
-                EXPECT_TRUE(isNear(image.pixel(x, y), quarterColours[quarterAt(x, y)]))
-                    << QColor(image.pixel(x, y)).name().toStdString() << " at " << x << ", " << y;
+                EXPECT_TRUE(isNear(image.pixel(pixelAt(x), pixelAt(y)), quarterColours[quarterAt(x, y)]))
+                    << QColor(image.pixel(pixelAt(x), pixelAt(y))).name().toStdString() << " at " << x << ", " << y;
     }
 
     static std::string failureOf(int format)
