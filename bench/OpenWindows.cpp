@@ -65,7 +65,8 @@ void PaintWatch::untilPainted()
 
 bool PaintWatch::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Paint && (m_widget.isEmpty() || watched->objectName() == m_widget) &&
+    const bool isWatched = m_widget.isEmpty() || watched->objectName() == m_widget;
+    if (event->type() == QEvent::Paint && watched->isWidgetType() && isWatched &&
         static_cast<QWidget*>(watched)->window()->objectName() == m_window)
         ++m_paints;
     return false;

@@ -165,7 +165,8 @@ QImage largestPicture()
 
 QImage pictureOf(const benchmark::State& state)
 {
-    return state.range(0) == 0 ? largestPicture() : stubs(static_cast<int>(state.range(0)));
+    static const QImage largest = largestPicture();
+    return state.range(0) == 0 ? largest : stubs(static_cast<int>(state.range(0)));
 }
 
 /// The slowest of all steps that the buttons offer: up from the natural size, down to the smallest and back.
