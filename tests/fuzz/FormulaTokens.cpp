@@ -109,6 +109,11 @@ void tryInput(Input input)
     formulaText(formula, book);
     written(shiftedFormula(formula, 12, -1));
     if (const auto once = written(formula)) {
+        constexpr std::size_t volatileMark = 4; // that writing adds where it is missing
+        const StoredSize room = storedSize(formula);
+        require(once->behind.size() == room.behind &&
+                    (once->tokens.size() == room.tokens || once->tokens.size() == room.tokens + volatileMark),
+                "a formula takes the room that it says");
         const Formula again = xls::readFormula(once->tokens, once->behind, context);
         require(written(again) == once, "a formula that we wrote is read and written as the same bytes");
     }

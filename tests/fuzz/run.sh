@@ -5,49 +5,54 @@
 # build/fuzz/corpus for the next time. A finding is left in build/fuzz/findings, and ends the run with 1; mend it and
 # keep the input under tests/fuzz/findings/TARGET. Ends with 77 when there is no clang or no libFuzzer.
 set -euo pipefail
-cd "$(dirname "$0")/../.."
 
-allTargets=(NumberText NumberFormat TypedText FormulaTokens CursorFile WorkbookFile)
-declare -A longestInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [CursorFile]=512 [WorkbookFile]=4096)
-runs=${1:?how many runs each?}
-shift
-targets=("${@:-${allTargets[@]}}")
-[ $# -gt 0 ] || targets=("${allTargets[@]}")
+# In a function, so that an edit of this file leaves a run of hours alone.
+main() {
+    cd "$(dirname "$0")/../.."
 
-compiler=$(command -v clang++ || command -v clang++-14 || true)
-if [ -z "$compiler" ] || ! echo 'extern "C" int LLVMFuzzerTestOneInput(const char*, long) { return 0; }' |
-    "$compiler" -xc++ -fsanitize=fuzzer -o /dev/null - 2>/dev/null; then
-    echo "Skipped: clang with libFuzzer, which fuzzes, is not installed"
-    exit 77
-fi
+    local allTargets=(NumberText NumberFormat TypedText FormulaTokens CursorFile WorkbookFile)
+    local -A longestInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [CursorFile]=512 [WorkbookFile]=4096)
+    runs=${1:?how many runs each?}
+    shift
+    targets=("${@:-${allTargets[@]}}")
+    [ $# -gt 0 ] || targets=("${allTargets[@]}")
 
-build=${WAGEMILL_FUZZ_BUILD:-build/fuzz}
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER="$compiler" -DWAGEMILL_FUZZ=ON \
-    -DWAGEMILL_SANITIZE=ON >"$build.log" 2>&1 || { cat "$build.log"; exit 1; }
-ninja -C "$build" "${targets[@]/#/fuzz_}" >>"$build.log" 2>&1 || { tail -50 "$build.log"; exit 1; }
-
-export QT_QPA_PLATFORM=offscreen
-export ASAN_OPTIONS=quarantine_size_mb=8:allocator_release_to_os_interval_ms=500 # memory is to be what the program takes
-mkdir -p "$build/findings"
-failed=0
-for target in "${targets[@]}"; do
-    corpus="$build/corpus/$target"
-    mkdir -p "$corpus"
-    options=(-runs="$runs" -max_len="${longestInput[$target]}" -timeout=3 -rss_limit_mb=256
-             -print_final_stats=1 -artifact_prefix="$build/findings/$target-")
-    dictionary="$build/tests/fuzz/seeds/$target.dict"
-    [ -f "$dictionary" ] && options+=(-dict="$dictionary")
-    started=$SECONDS
-    if "$build/tests/fuzz/fuzz_$target" "${options[@]}" "$corpus" "$build/tests/fuzz/seeds/$target" \
-        >"$build/$target.log" 2>&1; then
-        echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$target.log") runs in" \
-             "$((SECONDS - started)) s, no finding;" \
-             "$(grep -oE 'cov: [0-9]+' "$build/$target.log" | tail -1), largest memory" \
-             "$(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log") MB"
-    else
-        echo "$target: a finding"
-        tail -40 "$build/$target.log"
-        failed=1
+    compiler=$(command -v clang++ || command -v clang++-14 || true)
+    if [ -z "$compiler" ] || ! echo 'extern "C" int LLVMFuzzerTestOneInput(const char*, long) { return 0; }' |
+        "$compiler" -xc++ -fsanitize=fuzzer -o /dev/null - 2>/dev/null; then
+        echo "Skipped: clang with libFuzzer, which fuzzes, is not installed"
+        exit 77
     fi
-done
-exit $failed
+
+    build=${WAGEMILL_FUZZ_BUILD:-build/fuzz}
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER="$compiler" -DWAGEMILL_FUZZ=ON \
+        -DWAGEMILL_SANITIZE=ON >"$build.log" 2>&1 || { cat "$build.log"; exit 1; }
+    ninja -C "$build" "${targets[@]/#/fuzz_}" >>"$build.log" 2>&1 || { tail -50 "$build.log"; exit 1; }
+
+    export QT_QPA_PLATFORM=offscreen
+    export ASAN_OPTIONS=quarantine_size_mb=8:allocator_release_to_os_interval_ms=500 # memory is to be what the program takes
+    mkdir -p "$build/findings"
+    failed=0
+    for target in "${targets[@]}"; do
+        corpus="$build/corpus/$target"
+        mkdir -p "$corpus"
+        options=(-runs="$runs" -max_len="${longestInput[$target]}" -timeout=3 -rss_limit_mb=256
+                 -print_final_stats=1 -artifact_prefix="$build/findings/$target-")
+        dictionary="$build/tests/fuzz/seeds/$target.dict"
+        [ -f "$dictionary" ] && options+=(-dict="$dictionary")
+        started=$SECONDS
+        if "$build/tests/fuzz/fuzz_$target" "${options[@]}" "$corpus" "$build/tests/fuzz/seeds/$target" \
+            >"$build/$target.log" 2>&1; then
+            echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$target.log") runs in" \
+                 "$((SECONDS - started)) s, no finding;" \
+                 "$(grep -oE 'cov: [0-9]+' "$build/$target.log" | tail -1), largest memory" \
+                 "$(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log") MB"
+        else
+            echo "$target: a finding"
+            tail -40 "$build/$target.log"
+            failed=1
+        fi
+    done
+    exit $failed
+}
+main "$@"

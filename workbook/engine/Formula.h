@@ -145,6 +145,18 @@ struct Formula {
     bool operator==(const Formula&) const = default;
 };
 
+/// Bytes that a formula takes in the file ([MS-XLS] 2.5.198.104 Rgce and 2.5.198.103 RgbExtra).
+struct StoredSize {
+    std::size_t tokens = 0;
+    std::size_t behind = 0; ///< of the constant arrays, which lie behind the tokens
+
+    bool operator==(const StoredSize&) const = default;
+};
+StoredSize storedSize(const Formula& formula);
+
+/// Most bytes of a formula's tokens.
+inline constexpr std::size_t largestFormula = 1800;
+
 /// The formula moved by so many rows and columns: relative parts move, absolute ones stay; a part that leaves the sheet
 /// makes its reference bad.
 Formula shiftedFormula(const Formula& formula, int rows, int columns);

@@ -131,11 +131,16 @@ TEST(FormulaParser, RefusesWhatIsTooLongOrTooDeep)
         "=" + repeated("(", 8000),
         "=\"" + repeated("x", 256) + "\"",
         "=SUM(1" + repeated(",1", 30) + ")",
+        "=1" + repeated("+1", 500), // 1800 bytes are all that a file holds of a formula
+        "=CHOOSE(1," + repeated("CHOOSE(1,", 98) + "2" + repeated(")", 99),
+        "={1" + repeated(",1", 256) + "}",
+        "={1" + repeated(";1", 700) + "}",
     };
     for (const std::string& formula : refused)
         EXPECT_THROW(again(calculator, formula), FormulaError) << formula.substr(0, 20);
-    EXPECT_EQ(calculator.value("=" + repeated("-", 4000) + "1"), CellValue(1.0));
-    EXPECT_EQ(calculator.value("=1" + repeated("+1", 4000)), CellValue(4001.0));
+    EXPECT_EQ(calculator.value("=" + repeated("-", 1700) + "1"), CellValue(1.0));
+    EXPECT_EQ(calculator.value("=1" + repeated("+1", 440)), CellValue(441.0));
+    EXPECT_EQ(calculator.value("=SUM({1" + repeated(",1", 255) + "})"), CellValue(256.0));
     EXPECT_EQ(calculator.value("=" + repeated("(", 90) + "1" + repeated(")", 90)), CellValue(1.0));
     EXPECT_EQ(calculator.value("=\"" + repeated("x", 255) + "\"=\"\""), CellValue(false));
 }

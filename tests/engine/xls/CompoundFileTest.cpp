@@ -1,5 +1,6 @@
 #include "workbook/engine/xls/CompoundFile.h"
 #include "tests/engine/xls/TestBytes.h"
+#include "workbook/engine/xls/BiffReader.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/DamagedFile.h"
 
@@ -173,6 +174,19 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
              for (std::size_t index = 0; index < 128; ++index)
                  putU32(file.bytes, Container::sectorPlace(3) + index * 4, index == 127 ? 3 : freeMark);
          }},
+        {"table of 4 GB", [](Container& file) { putU32(file.bytes, 44, 0x02000000); }},
+        {"list of the table of 4 GB",
+         [](Container& file) {
+             putU32(file.bytes, 68, 3);
+             putU32(file.bytes, 72, 0x02000000);
+         }},
+        {"mini table of 4 GB", [](Container& file) { putU32(file.bytes, 64, 0x02000000); }},
+        {"mini table in a circle", [](Container& file) { file.link(file.header(60), file.header(60)); }},
+        {"storages within each other",
+         [](Container& file) {
+             file.entry(4, 66, 1);
+             file.entry(4, 76, 3);
+         }},
         {"list of the table outside the file", [](Container& file) { putU32(file.bytes, 68, 0xFFFFFFF0); }},
         {"mini table outside the file", [](Container& file) { putU32(file.bytes, 60, 99999); }},
         {"mini table in the directory", [](Container& file) { putU32(file.bytes, 60, file.header(48)); }},
@@ -209,6 +223,11 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
         Container file;
         damage(file);
         EXPECT_THROW(readCompoundFile(file.bytes), DamagedFile) << text;
+        try {
+            readWorkbook(file.bytes, "wages.xls");
+        } catch (const EngineError& refusal) {
+            EXPECT_EQ(std::string(refusal.what()).rfind("The workbook \"wages.xls\" is damaged: ", 0), 0U) << text;
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "workbook/engine/formula/FormulaEvaluator.h"
 
+#include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/TextCase.h"
@@ -24,6 +25,13 @@ bool choosesArgument(std::uint16_t function)
     constexpr std::uint16_t ifFunction = 1;
     constexpr std::uint16_t chooseFunction = 100;
     return function == ifFunction || function == chooseFunction;
+}
+
+/// Whether a function may be called so; a damaged file can claim any number of arguments.
+/// info  null: the file format does not say
+bool takes(const FunctionInfo* info, std::size_t arguments)
+{
+    return info == nullptr || (arguments >= info->minArguments && arguments <= info->maxArguments);
 }
 
 bool isArray(const Operand& operand)
@@ -338,17 +346,19 @@ void FormulaEvaluator::TokenRun::calculateSigned(Operator op)
                  [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
 }
 
-/// What computes the function; takes the name that function 255 calls off the arguments.
+/// What computes the function, null when nothing does; takes the name that function 255 calls off the arguments.
 const FunctionBinding* FormulaEvaluator::TokenRun::bindingOf(const FunctionToken& token,
                                                              std::span<Operand>& arguments) const
 {
     if (token.function != addInFunction)
-        return findBinding(token.function);
+        return takes(findFunction(token.function), arguments.size()) ? findBinding(token.function) : nullptr;
     const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
     if (called == nullptr)
         return nullptr;
     arguments = arguments.subspan(1);
-    return findBinding(called->name);
+    const FunctionBinding* const function = findBinding(called->name);
+    const bool fits = function == nullptr || takes(findFunction(function->name), arguments.size());
+    return fits ? function : nullptr;
 }
 
 void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)

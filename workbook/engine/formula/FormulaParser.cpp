@@ -19,12 +19,14 @@ namespace {
 
 constexpr std::size_t maxFormulaCharacters = 8192;
 constexpr std::size_t maxTextUnits = 255;
+constexpr std::size_t maxArrayBytes = 6000; ///< of constant arrays: they share a record of the file with the tokens
 constexpr int maxNesting = 100; ///< of brackets and function calls: far beyond any real formula, harmless to the stack
 constexpr std::uint16_t ifFunction = 1;
 constexpr std::uint16_t sumFunction = 4;
 constexpr std::uint16_t chooseFunction = 100;
 constexpr std::uint16_t addInFunction = 255; ///< calls the name that is its first argument
 constexpr int maxArguments = 30;
+constexpr std::size_t volatileMarkSize = 4; ///< stands in the file before a formula that changes with every calculation
 
 struct BinaryOperator {
     std::string_view sign;
@@ -177,7 +179,11 @@ Formula Parser::parse()
     if (m_at < m_text.size())
         fail(ahead() == ')' ? "there is a closing bracket too many" : "an operator is missing");
     assignOperandClasses(m_tokens);
-    return Formula{std::move(m_tokens)};
+    Formula formula{std::move(m_tokens)};
+    const StoredSize size = storedSize(formula);
+    if (size.tokens > largestFormula - volatileMarkSize || size.behind > maxArrayBytes)
+        fail("it is too long for a workbook of this kind");
+    return formula;
 }
 
 const BinaryOperator* Parser::operatorAhead() const
@@ -585,6 +591,8 @@ void Parser::constantArray()
     } while (accept(';'));
     if (!accept('}'))
         fail("the constant array cannot be read");
+    if (array.columns > maxColumns)
+        fail("the constant array has more than " + std::to_string(maxColumns) + " columns", opening);
     emit(std::move(array));
 }
 

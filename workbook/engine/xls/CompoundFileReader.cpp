@@ -57,9 +57,11 @@ Header readHeader(std::span<const std::byte> bytes)
     if (reader.u32() != miniStreamCutoff)
         throw DamagedFile("its limit for small streams is not 4096 bytes");
     header.firstMiniFatSector = reader.u32();
-    reader.skip(4);
+    const std::uint32_t miniFatSectors = reader.u32();
     header.firstDifatSector = reader.u32();
-    reader.skip(4);
+    const std::uint32_t difatSectors = reader.u32();
+    if (std::max({header.fatSectors, miniFatSectors, difatSectors}) > bytes.size() / header.sectorSize)
+        throw DamagedFile("its tables of sectors claim more bytes than the file has");
     for (std::size_t index = 0; index < headerFatSectors; ++index)
         header.listedFatSectors.push_back(reader.u32());
     return header;

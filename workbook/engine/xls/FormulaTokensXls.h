@@ -11,9 +11,6 @@
 
 namespace wagemill::engine::xls {
 
-/// Most bytes of a formula's tokens.
-inline constexpr std::size_t largestFormula = 1800;
-
 /// What the tokens of a formula are read against.
 struct FormulaContext {
     CellAddress origin;                 ///< the cell from which offsets (PtgRefN, PtgAreaN) count

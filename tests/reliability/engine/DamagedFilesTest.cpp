@@ -1,0 +1,114 @@
+// Every prefix and every single-bit flip of the template and of a result with three employees is opened, computed and
+// written again, or refused in words.
+
+#include "app/base/Files.h"
+#include "resources/CustomResource.h"
+#include "tests/reliability/engine/Limits.h"
+#include "tests/support/EmbeddedBuilds.h"
+#include "tests/support/LongForm.h"
+#include "tests/support/OpenRecalculateWrite.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/workbook/BuildCases.h"
+#include "workbook/engine/xls/CompoundFile.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace wagemill::test {
+
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+Bytes payrollTemplate()
+{
+    const auto bytes = customResource(payrollTemplateResource);
+    return {bytes.begin(), bytes.end()};
+}
+
+Bytes resultOfThree()
+{
+    const TemporaryFolder folder;
+    const ScopedEnvironment temporary("TEMP", folder.path().string());
+    const auto cases = buildCases();
+    const auto three = std::ranges::find(cases, "employees-3", &BuildCase::name);
+    return readBytesFromFile(EmbeddedBuilds().build(three->data));
+}
+
+struct Subject {
+    const char* name;
+    Bytes (*bytes)();
+};
+
+class DamagedFiles : public testing::TestWithParam<Subject> {
+protected:
+    void tryInTime(std::span<const std::byte> file, const std::string& damage)
+    {
+        const double start = secondsUsed();
+        ASSERT_NO_THROW(openRecalculateWrite(file)) << damage;
+        const double seconds = secondsUsed() - start;
+        ASSERT_LT(seconds, mostSeconds) << damage;
+        m_slowest = std::max(m_slowest, seconds);
+        ++m_tried;
+    }
+
+    void TearDown() override
+    {
+        EXPECT_LT(peakMegabytes(), mostMegabytes);
+        std::cout << m_tried << " files, the slowest " << m_slowest * 1000 << " ms, at most " << peakMegabytes()
+                  << " MB\n";
+    }
+
+    const Bytes m_whole = GetParam().bytes();
+
+private:
+    double m_slowest = 0;
+    std::size_t m_tried = 0;
+};
+
+/// The workbook's stream in a container of its own, so that its end is the end of the records.
+Bytes containerOf(Bytes stream)
+{
+    const engine::CarriedStream workbook{{"Workbook"}, false, std::move(stream)};
+    return engine::xls::writeCompoundFile(std::span(&workbook, 1));
+}
+
+} // namespace
+
+TEST_P(DamagedFiles, EveryPrefixIsReadOrRefused)
+{
+    ASSERT_EQ(openRecalculateWrite(m_whole).refusal, "");
+    const std::size_t step = shortOrLong<std::size_t>(7, 1);
+    for (std::size_t size = 0; size < m_whole.size(); size += size < 600 ? 1 : step)
+        tryInTime(std::span(m_whole).first(size), "cut off after " + std::to_string(size) + " bytes");
+}
+
+TEST_P(DamagedFiles, EveryPrefixOfTheRecordsIsReadOrRefused)
+{
+    const auto streams = engine::xls::readCompoundFile(m_whole);
+    const Bytes& stream =
+        std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &engine::CarriedStream::path)->data;
+    const std::size_t step = shortOrLong<std::size_t>(7, 1);
+    for (std::size_t size = 0; size < stream.size(); size += step)
+        tryInTime(containerOf({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)}),
+                  "records cut off after " + std::to_string(size) + " bytes");
+}
+
+TEST_P(DamagedFiles, EveryFlippedBitIsReadOrRefused)
+{
+    const std::size_t step = shortOrLong<std::size_t>(17, 1); // a prime: no bit of a byte is left out
+    Bytes changed = m_whole;
+    for (std::size_t bit = 0; bit < changed.size() * 8; bit += step) {
+        const auto mask = static_cast<std::byte>(1U << bit % 8);
+        changed[bit / 8] ^= mask;
+        tryInTime(changed, "bit " + std::to_string(bit) + " flipped");
+        changed[bit / 8] ^= mask;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, DamagedFiles,
+                         testing::Values(Subject{"template", payrollTemplate}, Subject{"result", resultOfThree}),
+                         [](const auto& subject) { return subject.param.name; });
+
+} // namespace wagemill::test

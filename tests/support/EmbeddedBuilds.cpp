@@ -1,0 +1,42 @@
+#include "tests/support/EmbeddedBuilds.h"
+
+#include "resources/CustomResource.h"
+
+namespace wagemill::test {
+
+namespace {
+
+struct NoWindows : BuildWindows {
+    void freezeDrawing() override {}
+    void unfreezeDrawing() override {}
+    void showHourglass() override {}
+    void showArrow() override {}
+    void showPicture(const std::filesystem::path& /*picture*/) override {}
+    void passWorkbook(const std::filesystem::path& saved) override { workbook = saved; }
+    void showPreview() override {}
+    void hideEntry() override {}
+
+    std::filesystem::path workbook;
+};
+
+} // namespace
+
+EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
+{
+    m_services.spreadsheet = {
+        [this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard, [] { return 1.0; }); },
+        &m_clipboard};
+    m_services.templateResource = [templateBytes] {
+        return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;
+    };
+    m_services.randomNumber = [](std::int32_t, std::int32_t) { return 1; };
+}
+
+std::filesystem::path EmbeddedBuilds::build(const PayrollData& data)
+{
+    NoWindows windows;
+    buildPayrollWorkbook(data, windows, m_services);
+    return windows.workbook;
+}
+
+} // namespace wagemill::test
