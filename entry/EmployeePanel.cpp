@@ -47,6 +47,7 @@ EmployeePanel::EmployeePanel(std::int16_t row, const EntryMetrics& metrics, Regi
     setObjectName(arrayName("picMainContainer", row));
     auto* const serialNumber = new QLabel(QString("Serial Number : %1").arg(row + 1), this);
     serialNumber->setObjectName(arrayName("lblSerialNo", row));
+    setAccessibleName(serialNumber->text()); // tells one "Name:" from another
     QFont heading = serialNumber->font();
     heading.setBold(true);
     serialNumber->setFont(heading);
@@ -130,7 +131,8 @@ void EmployeePanel::refill(std::size_t index)
         throw std::runtime_error("The stored \"" + std::string(description.caption) + "\" cannot be shown: \"" +
                                  stored + "\" is not a number.");
     m_fields[index]->refillText(QString::fromStdString(isMoney ? currencyTextOf(stored, m_formats) : stored));
-    store(index);
+    if (m_row == 0 || stored != description.fallback) // rows that were never filled would cost a first start seconds
+        store(index);
 }
 
 void EmployeePanel::assign(std::size_t index, const std::string& text)

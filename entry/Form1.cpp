@@ -73,9 +73,9 @@ Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new Window
     setKeys();
     new LeaveGuard(this);
     Form_Load();
-    placeRows();                        // the skin has changed the sizes
-    setMaximumSize(m_area->sizeHint()); // more room would only be empty
+    placeRows(); // the skin has changed the sizes
     resize(m_area->sizeWithin(screen()->availableSize() - roomForFrame));
+    setMaximumSize(m_area->sizeHint().expandedTo(size())); // more room would only be empty
 }
 
 Form1::~Form1() = default;

@@ -137,6 +137,8 @@ void Form2::layOutControls()
     for (PushButton* button : {PushButton1, PushButton2, PushButton6, PushButton8})
         button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
     const QSizeF available = screen()->availableSize();
+    if (rows->minimumSize().width() > available.width())
+        tools->setDirection(QBoxLayout::TopToBottom); // large letters on a small screen
     const QSizeF part(available.width() * partOfScreen.width(), available.height() * partOfScreen.height());
     const QSize wanted = part.toSize().boundedTo(largestWindow);
     setFixedSize(wanted.expandedTo(rows->minimumSize()));

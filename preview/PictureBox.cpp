@@ -1,5 +1,6 @@
 #include "preview/PictureBox.h"
 
+#include <QAccessibleWidget>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -14,11 +15,20 @@ QSize naturalSize(const QPixmap& picture)
     return picture.deviceIndependentSize().toSize();
 }
 
+/// Makes a screen reader speak of a picture rather than of an empty area.
+QAccessibleInterface* accessiblePicture(const QString& className, QObject* object)
+{
+    if (className != QLatin1String(PictureBox::staticMetaObject.className()))
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Graphic);
+}
+
 } // namespace
 
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent)
 {
-    QPalette paper = palette(); // a sheet is white on a dark desktop too
+    QAccessible::installFactory(accessiblePicture); // once, however often it is asked
+    QPalette paper = palette();                     // a sheet is white on a dark desktop too
     paper.setColor(QPalette::Window, Qt::white);
     setPalette(paper);
     setAutoFillBackground(true);

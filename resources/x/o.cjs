@@ -63,8 +63,38 @@ QLineEdit:focus {
     border-color: palette(highlight);
 }
 
-/* The line edit inside the date picker has the picker's own frame around it. */
-QAbstractSpinBox QLineEdit, QAbstractSpinBox QLineEdit:focus {
+/* The date picker, whose line edit has no frame of its own. */
+QDateEdit {
+    background-color: palette(base);
+    color: palette(text);
+    border: 1px solid palette(mid);
+    border-radius: 3px;
+    padding: 2px 4px;
+    selection-background-color: palette(highlight);
+    selection-color: palette(highlighted-text);
+}
+
+QDateEdit:focus {
+    border-color: palette(highlight);
+}
+
+QDateEdit QLineEdit, QDateEdit QLineEdit:focus {
     border: none;
-    padding: 0 2px;
+    padding: 0;
+}
+
+QDateEdit::drop-down {
+    subcontrol-origin: padding;
+    subcontrol-position: center right;
+    width: 16px;
+    border: none;
+}
+
+/* A triangle: the upper one of three borders that meet in a point. */
+QDateEdit::down-arrow {
+    width: 0;
+    height: 0;
+    border-left: 4px solid palette(base);
+    border-right: 4px solid palette(base);
+    border-top: 5px solid palette(text);
 }

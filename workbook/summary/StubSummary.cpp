@@ -6,6 +6,8 @@
 
 #include <array>
 #include <exception>
+#include <iterator>
+#include <string_view>
 
 namespace wagemill {
 
@@ -13,40 +15,46 @@ namespace {
 
 using namespace engine;
 
-/// What stands in a stub left of the figure that we tell; the last of them ends the stub.
-struct ToldFigure {
-    std::string_view caption;
-    std::string_view before; ///< words
-};
-
-constexpr auto toldFigures = std::to_array<ToldFigure>({
-    {"Employee Name", "Pay stub of "},
-    {"Gross Pay", ": gross pay "},
-    {"Net Pay", ", net pay "},
-});
+/// The figures of a stub that are told, by the captions to their left; the last of them ends the stub.
+constexpr std::string_view toldCaptions[] = {"Employee Name", "Gross Pay", "Net Pay"};
+constexpr std::size_t toldFigures = std::size(toldCaptions);
 
 class StubTeller {
 public:
     StubTeller(const Book& book, const RegionalFormats& formats) : m_book(book), m_formats(formats) {}
 
-    std::string tell(const Sheet& sheet) const
+    std::string tell(const Sheet& sheet)
     {
-        std::string told;
         for (int row = 0; row < static_cast<int>(sheet.rows().size()); ++row)
             for (const Cell& cell : sheet.rows()[static_cast<std::size_t>(row)].cells)
                 if (const auto* caption = std::get_if<std::string>(&cell.value))
-                    told += tellFigure(sheet, *caption, {row, cell.column + 1});
-        return told;
+                    takeFigure(*caption, sheet.find({row, cell.column + 1}));
+        if (m_without != 0)
+            m_told += std::to_string(m_without) + (m_without == 1 ? " pay stub" : " pay stubs") + " without figures.\n";
+        return m_told;
     }
 
 private:
-    std::string tellFigure(const Sheet& sheet, std::string_view caption, CellAddress figure) const
+    void takeFigure(std::string_view caption, const Cell* figure)
     {
-        for (const ToldFigure& candidate : toldFigures)
-            if (caption == candidate.caption)
-                return std::string(candidate.before) + shown(sheet.find(figure)) +
-                       (&candidate == &toldFigures.back() ? ".\n" : "");
-        return {};
+        for (std::size_t index = 0; index < toldFigures; ++index)
+            if (caption == toldCaptions[index]) {
+                m_isMissing |= figure == nullptr || std::holds_alternative<ErrorCode>(figure->value);
+                m_figures[index] = shown(figure);
+                if (index + 1 == toldFigures)
+                    endStub();
+            }
+    }
+
+    /// A row that was left blank has no figures: its ID is not found.
+    void endStub()
+    {
+        if (m_isMissing)
+            ++m_without;
+        else
+            m_told +=
+                "Pay stub of " + m_figures[0] + ": gross pay " + m_figures[1] + ", net pay " + m_figures[2] + ".\n";
+        m_isMissing = false;
     }
 
     std::string shown(const Cell* cell) const
@@ -60,6 +68,10 @@ private:
 
     const Book& m_book;
     const RegionalFormats& m_formats;
+    std::array<std::string, toldFigures> m_figures; ///< of the stub that is being read
+    bool m_isMissing = false;                       ///< one of them is
+    int m_without = 0;                              ///< stubs without figures
+    std::string m_told;
 };
 
 } // namespace
