@@ -343,6 +343,32 @@ TEST_F(ClipboardPictureTest, AHeldClipboardIsSaidAndTriedAgain)
     EXPECT_TRUE(getClipboardPicture(systemPictureClipboard(), 0).has_value());
 }
 
+/// A frame of 21 kilometres would take more memory than there is; a record without length would never end.
+TEST_F(ClipboardPictureTest, AHostileMetafileIsRefusedWithItsName)
+{
+    CopyingProgram program;
+    program.put(CF_ENHMETAFILE, metafileObject());
+    program.close();
+    const Picture picture = systemPictureClipboard().GetData(CF_ENHMETAFILE);
+    constexpr std::uint32_t largestFrame = 0x7FFFFFFF;
+    struct {
+        std::size_t at;
+        std::uint32_t number;
+    } const faults[] = {{32, largestFrame}, {36, largestFrame}, {112, 0}, {48, largestFrame}};
+    for (const auto& [at, number] : faults) {
+        std::vector<std::byte> hostile = picture.fileBytes;
+        std::memcpy(hostile.data() + at, &number, sizeof number);
+        std::filesystem::remove(file);
+        writeBytesToFile(hostile, file);
+        try {
+            loadPicture(file);
+            ADD_FAILURE() << "taken with " << number << " at byte " << at;
+        } catch (const std::runtime_error& error) {
+            EXPECT_NE(std::string(error.what()).find(file.filename().string()), std::string::npos) << error.what();
+        }
+    }
+}
+
 /// Drawing objects are few in a process.
 TEST_F(ClipboardPictureTest, LeavesNoHandleBehind)
 {
