@@ -49,7 +49,7 @@ def main():
     for target in re.findall(r"\]\(([^)\s]+)\)", manual):
         if not (target[1:] in anchors if target.startswith("#") else os.path.exists(f"{root}/docs/{target}")):
             faults.append(f"docs/manual.md leads to {target}, which does not exist")
-    sys.exit("\n".join(faults))
+    sys.exit("\n".join(faults) or 0)
 
 
 if __name__ == "__main__":
