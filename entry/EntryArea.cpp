@@ -17,8 +17,20 @@ EntryArea::EntryArea(QWidget* content, QWidget* parent) : QScrollArea(parent)
     verticalScrollBar()->setAccessibleName(QStringLiteral("Scroll the window up and down"));
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*left*/, QWidget* entered) {
         if (entered != nullptr && widget()->isAncestorOf(entered))
-            ensureWidgetVisible(entered);
+            showWhole(*entered);
     });
+}
+
+void EntryArea::showWhole(const QWidget& control)
+{
+    const QRect place(control.mapTo(widget(), QPoint()), control.size());
+    ensureVisible(place.center().x(), place.center().y(), place.width() / 2 + 1, place.height() / 2 + 1);
+}
+
+/// The parent's would be content with showing where the caret is.
+bool EntryArea::focusNextPrevChild(bool next)
+{
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call)
 }
 
 QSize EntryArea::sizeHint() const

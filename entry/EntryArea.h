@@ -17,6 +17,12 @@ public:
     QSize minimumSizeHint() const override;
     /// As much of it as `available` holds, with the scroll bars that this takes.
     QSize sizeWithin(QSize available) const;
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void showWhole(const QWidget& control);
 };
 
 } // namespace wagemill

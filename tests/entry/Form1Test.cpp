@@ -1,15 +1,8 @@
-#include "entry/Form1.h"
-
 #include "app/base/Files.h"
-#include "app/look/PushButton.h"
-#include "entry/EntryField.h"
 #include "entry/SampleData.h"
-#include "settings/Settings.h"
-#include "tests/support/RecordedMessages.h"
+#include "tests/entry/EntryWindow.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/workbook/FakeSpreadsheet.h"
 
-#include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
 #include <QDateEdit>
@@ -19,12 +12,8 @@
 #include <QLabel>
 #include <QPixmap>
 #include <QScrollBar>
-#include <QTest>
 #include <QWheelEvent>
 
-#include <gtest/gtest.h>
-
-#include <map>
 #include <utility>
 
 using namespace wagemill;
@@ -32,96 +21,7 @@ using namespace wagemill::test;
 
 namespace {
 
-/// A store in memory; the test may let it fail.
-class MemoryStore : public SettingsStore {
-public:
-    struct State {
-        std::map<std::string, std::string> values;
-        std::vector<std::string> written;
-        bool failing = false;
-    };
-    explicit MemoryStore(State& state) : m_state(state) {}
-
-    std::optional<std::string> read(std::string_view application, std::string_view section,
-                                    std::string_view key) override
-    {
-        EXPECT_EQ(application, "Quellory");
-        EXPECT_EQ(section, "Wagemill");
-        const auto found = m_state.values.find(std::string(key));
-        return found == m_state.values.end() ? std::nullopt : std::optional(found->second);
-    }
-    void write(std::string_view, std::string_view, std::string_view key, std::string_view value) override
-    {
-        if (m_state.failing)
-            throw std::runtime_error("The disk is full.");
-        m_state.written.emplace_back(key);
-        m_state.values[std::string(key)] = value;
-    }
-
-private:
-    State& m_state;
-};
-
-class Form1Test : public testing::Test {
-protected:
-    Form1Test() { setUserStore(std::make_unique<MemoryStore>(store)); }
-    ~Form1Test() override
-    {
-        form.reset();
-        setUserStore(nullptr);
-        setProgramEnd(nullptr);
-    }
-
-    void open(std::int16_t rows = 1)
-    {
-        setProgramEnd([this] { ++ended; });
-        BuildServices services;
-        services.formats = formats;
-        services.spreadsheet = spreadsheet.platform();
-        services.templateResource = []() -> std::span<const std::byte> { return {}; };
-        services.randomNumber = [](std::int32_t, std::int32_t) { return 7; };
-        form = std::make_unique<Form1>(Form1Setup{services, [this] { return today; }, rows});
-        form->show();
-        form->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
-    }
-
-    template <typename Widget>
-    Widget* control(const char* name) const
-    {
-        auto* const found = form->findChild<Widget*>(QString::fromUtf8(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-    EntryField* field(const char* name) const { return control<EntryField>(name); }
-    std::string text(const char* name) const { return field(name)->text().toStdString(); }
-
-    /// Clicks into the field and types over what it holds.
-    void type(const char* name, const char* typed) const
-    {
-        clickOn(field(name));
-        QTest::keyClick(field(name), Qt::Key_A, Qt::ControlModifier);
-        if (*typed == '\0')
-            QTest::keyClick(field(name), Qt::Key_Delete);
-        QTest::keyClicks(field(name), QString::fromUtf8(typed));
-    }
-    void click(const char* button) const { clickOn(control<PushButton>(button)); }
-    /// A press and release at the middle of a widget, as the platform reports it to the window.
-    void clickOn(QWidget* widget) const
-    {
-        QTest::mouseClick(form->windowHandle(), Qt::LeftButton, {}, widget->mapTo(form.get(), widget->rect().center()));
-    }
-    static void pressTab() { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); }
-    static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
-
-    MemoryStore::State store;
-    RecordedMessages messages;
-    FakeSpreadsheet spreadsheet;
-    RegionalFormats formats;
-    CalendarDate today{2026, 3, 15};
-    int ended = 0;
-    std::unique_ptr<Form1> form;
-};
+using Form1Test = EntryWindow;
 
 TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
 {
@@ -280,44 +180,6 @@ TEST_F(Form1Test, TidiesAFigureThatIsLeft)
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(Form1Test, KeepsTheFocusInARefusedFigureHoweverItIsLeft)
-{
-    open();
-    const std::function<void()> ways[] = {
-        [&] { pressTab(); },
-        [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab); },
-        [&] { clickOn(field("txtName(0)")); },
-        [&] { clickOn(control<QDateEdit>("dtPeriodEnding")); },
-        [&] { click("PushButton22"); },
-        [&] { click("PushButton7"); },
-    };
-    for (const char* typed : {"abc", "", "1..2"})
-        for (const auto& leave : ways) {
-            messages.shown.clear();
-            type("txtMedicareTax(0)", typed);
-            leave();
-            ASSERT_EQ(messages.shown.size(), 1U) << typed;
-            EXPECT_EQ(messages.shown[0].text, "Please enter a valid input.");
-            EXPECT_EQ(messages.shown[0].title, "");
-            EXPECT_EQ(messages.shown[0].icon, MessageIcon::Information);
-            EXPECT_EQ(focused(), "txtMedicareTax(0)");
-            EXPECT_EQ(field("txtMedicareTax(0)")->selectedText(), typed);
-            EXPECT_EQ(store.values["txtMedicareTax0"], typed);
-        }
-    EXPECT_EQ(spreadsheet.calls.size(), 1U); // no build was started
-}
-
-TEST_F(Form1Test, AsksNothingWhenTheUserTurnsToAnotherProgram)
-{
-    open();
-    type("txtMedicareTax(0)", "abc");
-    QWidget elsewhere;
-    elsewhere.show();
-    elsewhere.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
-    EXPECT_TRUE(messages.shown.empty());
-}
-
 TEST_F(Form1Test, SelectsAllOnFocusByKeyAndByMouse)
 {
     open();
@@ -348,21 +210,6 @@ TEST_F(Form1Test, TabsThroughEveryFieldInLabelOrderAndBack)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
         EXPECT_EQ(focused(), expected[step]);
     }
-}
-
-TEST_F(Form1Test, CanUndoWhatTidyingAndTheSampleReplaced)
-{
-    open();
-    type("txtOT(0)", "12");
-    pressTab();
-    EXPECT_EQ(text("txtOT(0)"), "12.00");
-    click("PushButton7");
-    EXPECT_EQ(text("txtOT(0)"), "8");
-    field("txtOT(0)")->undo();
-    EXPECT_EQ(text("txtOT(0)"), "12.00");
-    field("txtOT(0)")->undo();
-    EXPECT_EQ(text("txtOT(0)"), "12");
-    EXPECT_EQ(store.values["txtOT0"], "12");
 }
 
 TEST_F(Form1Test, LoadsTheSampleIntoWindowAndStore)
@@ -465,14 +312,6 @@ TEST_F(Form1Test, ShowsHelpUnderTheApplicationTitle)
     EXPECT_EQ(messages.shown[0].text, "Questions? Please contact Team Quellory at https://quellory.example/contact");
     EXPECT_EQ(messages.shown[0].icon, MessageIcon::None);
     EXPECT_EQ(QCoreApplication::applicationName(), "Wagemill Payroll Workbook");
-}
-
-TEST_F(Form1Test, PressesItsButtonsByEnterAndSpace)
-{
-    open();
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
-        QTest::keyClick(control<PushButton>("PushButton6"), key);
-    EXPECT_EQ(messages.shown.size(), 3U);
 }
 
 /// The bytes of a bitmap file of that size.

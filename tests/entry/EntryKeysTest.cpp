@@ -1,0 +1,285 @@
+#include "entry/data/EmployeeCount.h"
+#include "tests/entry/EntryWindow.h"
+
+#include <QDateEdit>
+#include <QFrame>
+#include <QLabel>
+#include <QScrollBar>
+
+#include <functional>
+#include <ranges>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+using EntryKeys = EntryWindow;
+
+bool isNumeric(const RowField& description)
+{
+    return description.kind != FieldKind::FreeText;
+}
+
+TEST_F(EntryKeys, AsksAboutARefusedFigureOnceForEveryMoveInsideTheWindow)
+{
+    struct {
+        const char* way;
+        std::function<void()> leave;
+        bool asks;
+    } const ways[] = {
+        {"Tab", [&] { pressTab(); }, true},
+        {"Shift+Tab", [&] { press(Qt::Key_Backtab, Qt::ShiftModifier); }, true},
+        {"click elsewhere", [&] { clickOn(field("txtName(0)")); }, true},
+        {"button", [&] { click("PushButton22"); }, true},
+        {"another program",
+         [] {
+             QWidget elsewhere;
+             elsewhere.show();
+             elsewhere.activateWindow();
+             ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+         },
+         false},
+        {"close", [&] { form->close(); }, false},
+        {"access key of a button", [&] { press(Qt::Key_S, Qt::AltModifier); }, true},
+        {"access key of a field", [&] { press(Qt::Key_C, Qt::AltModifier); }, true},
+        {"F1", [&] { press(Qt::Key_F1); }, false}, // moves no focus; the message is the help
+    };
+    for (const RowField& description : rowFields | std::views::filter(isNumeric))
+        for (const auto& [way, leave, asks] : ways) {
+            open();
+            messages.shown.clear();
+            ended = 0;
+            type(rowName(description).c_str(), "abc");
+            leave();
+            QApplication::processEvents();
+            const auto asked = std::ranges::count(messages.texts(), "Please enter a valid input.");
+            EXPECT_EQ(asked, asks ? 1 : 0) << description.name << " left by " << way;
+            EXPECT_EQ(text(rowName(description).c_str()), "abc");
+            EXPECT_EQ(ended, std::string(way) == "close" ? 1 : 0);
+            if (!asks)
+                continue;
+            EXPECT_EQ(messages.shown[0].title, "");
+            EXPECT_EQ(messages.shown[0].icon, MessageIcon::Information);
+            EXPECT_EQ(focused(), rowName(description)) << way;
+            EXPECT_EQ(field(description)->selectedText(), "abc") << way;
+        }
+    EXPECT_EQ(std::ranges::count(spreadsheet.calls, "new"), std::ssize(spreadsheet.calls)) << "no build was started";
+}
+
+TEST_F(EntryKeys, PressesEveryButtonByEnterSpaceAndItsAccessKey)
+{
+    open();
+    struct {
+        const char* button;
+        Qt::Key accessKey;
+    } const cases[] = {{"PushButton22", Qt::Key_S}, {"PushButton7", Qt::Key_L}, {"PushButton6", Qt::Key_H}};
+    for (const auto& [name, accessKey] : cases) {
+        auto* const button = control<PushButton>(name);
+        int pressed = 0;
+        button->disconnect(form.get());
+        QObject::connect(button, &PushButton::clicked, form.get(), [&pressed] { ++pressed; });
+        button->setFocus();
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+            press(key);
+        EXPECT_EQ(pressed, 3) << name;
+        field("txtName(0)")->setFocus();
+        press(accessKey, Qt::AltModifier);
+        EXPECT_TRUE(QTest::qWaitFor([&pressed] { return pressed == 4; })) << name;
+        EXPECT_FALSE(button->text().contains('&'));
+    }
+}
+
+TEST_F(EntryKeys, GoesToFieldsByTheirAccessKeys)
+{
+    open(3);
+    control<QScrollBar>("VScroll1")->setValue(1);
+    for (const auto& [key, target] : {std::pair(Qt::Key_P, "dtPeriodEnding"), std::pair(Qt::Key_E, "txtEmployeeID(1)"),
+                                      std::pair(Qt::Key_C, "txtCompanyName")}) {
+        press(key, Qt::AltModifier);
+        EXPECT_EQ(focused(), target);
+    }
+}
+
+TEST_F(EntryKeys, ShowsHelpByF1FromAnywhere)
+{
+    open();
+    for (QWidget* focus :
+         {static_cast<QWidget*>(field("txtOT(0)")), static_cast<QWidget*>(control<QDateEdit>("dtPeriodEnding")),
+          static_cast<QWidget*>(control<PushButton>("PushButton22"))}) {
+        messages.shown.clear();
+        focus->setFocus();
+        press(Qt::Key_F1);
+        ASSERT_EQ(messages.shown.size(), 1U);
+        EXPECT_TRUE(messages.shown[0].text.starts_with("Questions? "));
+    }
+}
+
+TEST_F(EntryKeys, LosesNothingToEscape)
+{
+    open();
+    type("txtName(0)", "Ned");
+    type("txtOT(0)", "eight");
+    for (QWidget* focus : {static_cast<QWidget*>(field("txtName(0)")), static_cast<QWidget*>(field("txtOT(0)")),
+                           static_cast<QWidget*>(control<QDateEdit>("dtPeriodEnding")),
+                           static_cast<QWidget*>(control<PushButton>("PushButton6"))}) {
+        focus->setFocus();
+        press(Qt::Key_Escape);
+    }
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(ended, 0);
+    EXPECT_EQ(text("txtName(0)"), "Ned");
+    EXPECT_EQ(text("txtOT(0)"), "eight");
+    EXPECT_EQ(store.values["dtPeriodEnding"], "3/15/2026");
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+/// The decimal key as keyboards report it: with a period or a comma on it, and as Delete while NumLock is off.
+void pressDecimalKey(const char* printed)
+{
+    const Qt::Key key = *printed == ',' ? Qt::Key_Comma : *printed == '.' ? Qt::Key_Period : Qt::Key_Delete;
+    QKeyEvent pressed(QEvent::KeyPress, key, Qt::KeypadModifier, QString::fromLatin1(printed));
+    QApplication::sendEvent(QApplication::focusWidget(), &pressed);
+}
+
+TEST_F(EntryKeys, EntersTheDecimalSignOfTheRegionByTheKeypad)
+{
+    for (const char* sign : {",", ".", "\xD9\xAB"}) {
+        formats.decimalSeparator = sign;
+        open();
+        for (const char* printed : {".", ",", ""})
+            for (const RowField& description : rowFields) {
+                type(rowName(description).c_str(), "12");
+                pressDecimalKey(printed);
+                QTest::keyClicks(field(description), "5");
+                const std::string entered = isNumeric(description) && *printed != '\0' ? sign : printed;
+                EXPECT_EQ(text(rowName(description).c_str()), "12" + entered + "5") << description.name;
+                type(rowName(description).c_str(), "1");
+            }
+    }
+}
+
+TEST_F(EntryKeys, UndoesWhatTidyingReplaced)
+{
+    open();
+    for (const RowField& description : rowFields | std::views::filter(isNumeric)) {
+        type(rowName(description).c_str(), "1234.5");
+        pressTab();
+        ASSERT_NE(text(rowName(description).c_str()), "1234.5") << description.name;
+        field(description)->setFocus();
+        press(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(text(rowName(description).c_str()), "1234.5") << description.name;
+        EXPECT_EQ(store.values[rowFieldKey(description, 0)], "1234.5");
+        type(rowName(description).c_str(), "1");
+    }
+}
+
+TEST_F(EntryKeys, UndoesWhatTheSampleReplaced)
+{
+    open();
+    type("txtCompanyName", "Mill");
+    control<QDateEdit>("dtPeriodEnding")->setFocus();
+    QTest::keyClicks(QApplication::focusWidget(), "2/3/2025");
+    for (const RowField& description : rowFields)
+        type(rowName(description).c_str(), "77");
+    const auto before = store.values;
+    click("PushButton7");
+    EXPECT_EQ(store.values["txtTaxStatus0"], "");
+    EXPECT_EQ(store.values["dtPeriodEnding"], "2/28/2026");
+    std::vector<QWidget*> all = {field("txtCompanyName"), control<QDateEdit>("dtPeriodEnding")};
+    for (const RowField& description : rowFields)
+        all.push_back(field(description));
+    for (QWidget* changed : all) {
+        changed->setFocus();
+        press(Qt::Key_Z, Qt::ControlModifier);
+    }
+    auto after = store.values;
+    after["txtOtherDeduction0"] = before.at("txtOtherDeduction0"); // tidied when the sample's button was clicked
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(EntryKeys, UndoesDatesAGoAtATime)
+{
+    open();
+    auto* const date = control<QDateEdit>("dtPeriodEnding");
+    date->setFocus();
+    QTest::keyClicks(date, "2/28/2025");
+    date->clearFocus();
+    date->setFocus();
+    QTest::keyClicks(date, "12/1/1999");
+    press(Qt::Key_Up); // another part of the date, by one
+    for (const char* earlier : {"12/1/1999", "2/28/2025", "3/15/2026", "3/15/2026"}) {
+        press(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(store.values["dtPeriodEnding"], earlier);
+    }
+}
+
+TEST_F(EntryKeys, TabsThroughTheFieldsOfEveryEmployeeAndBack)
+{
+    constexpr std::int16_t rows = 25;
+    open(rows);
+    std::vector<std::string> expected = {"txtCompanyName", "dtPeriodEnding"};
+    for (std::int16_t row = 0; row < rows; ++row)
+        for (const RowField& description : rowFields)
+            expected.push_back(std::string(description.name) + "(" + std::to_string(row) + ")");
+    expected.insert(expected.end(), {"PushButton22", "PushButton7", "PushButton6"});
+    field("txtCompanyName")->setFocus();
+    for (const std::string& name : expected) {
+        ASSERT_EQ(focused(), name);
+        EXPECT_FALSE(QApplication::focusWidget()->visibleRegion().isEmpty()) << name;
+        pressTab();
+    }
+    for (const std::string& name : expected | std::views::reverse) {
+        press(Qt::Key_Backtab, Qt::ShiftModifier);
+        ASSERT_EQ(focused(), name);
+    }
+}
+
+TEST_F(EntryKeys, KeepsAndRefillsEveryRow)
+{
+    open(25);
+    for (const char* name : {"txtName(1)", "txtOT(24)"}) {
+        field(name)->setFocus();
+        QTest::keyClicks(field(name), "7");
+    }
+    EXPECT_EQ(store.values["txtName1"], "7");
+    EXPECT_EQ(store.values["txtOT24"], "7");
+    EXPECT_FALSE(store.values.contains("txtName2")) << "a row never filled costs the first start nothing";
+    store.values["txtHourlyWage24"] = "12.5";
+    open(25);
+    EXPECT_EQ(text("txtName(1)"), "7");
+    EXPECT_EQ(text("txtHourlyWage(24)"), "$12.50");
+    EXPECT_EQ(store.values["txtHourlyWage24"], "$12.50");
+    EXPECT_EQ(text("txtHourlyWage(12)"), "$0.00");
+    EXPECT_EQ(control<QScrollBar>("VScroll1")->maximum(), 24);
+    EXPECT_EQ(control<QLabel>("lblSerialNo(24)")->text(), "Serial Number : 25");
+}
+
+TEST_F(EntryKeys, TurnsTheWheelToTheNextEmployee)
+{
+    open(3);
+    const QPointF middle = control<QFrame>("Picture1")->mapTo(form.get(), QPoint(5, 5));
+    const auto turn = [&](int notches) {
+        QWheelEvent event(middle, form->mapToGlobal(middle), {}, {0, 120 * notches}, Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(form->windowHandle(), &event);
+        return control<QScrollBar>("VScroll1")->value();
+    };
+    EXPECT_EQ(turn(-1), 1);
+    EXPECT_EQ(turn(-1), 2);
+    EXPECT_EQ(turn(1), 1);
+}
+
+TEST(EmployeeCount, IsOneToTwentyFiveInPlainDigits)
+{
+    struct {
+        const char* wanted;
+        std::int16_t expected;
+    } const cases[] = {{"", 1},     {"1", 1},     {"2", 2},  {"25", 25}, {"007", 7},   {"26", 1},
+                       {"0", 1},    {"-3", 1},    {"+3", 1}, {" 3", 1},  {"3 ", 1},    {"3.0", 1},
+                       {"0x10", 1}, {"three", 1}, {"3,", 1}, {"1e1", 1}, {"65561", 1}, {"99999999999999999999", 1}};
+    for (const auto& [wanted, expected] : cases)
+        EXPECT_EQ(employeeCount(wanted), expected) << '"' << wanted << '"';
+}
+
+} // namespace

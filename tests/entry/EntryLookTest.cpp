@@ -1,0 +1,163 @@
+#include "app/base/Files.h"
+#include "app/look/ReadablePalette.h"
+#include "tests/entry/EntryWindow.h"
+
+#include <QDateEdit>
+#include <QGroupBox>
+#include <QHash>
+#include <QImage>
+#include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+/// With the skin that is shipped; font and colours are the user's again afterwards.
+class EntryLook : public EntryWindow {
+protected:
+    EntryLook() { setProgramFolder(WAGEMILL_SOURCE_DIR "/resources"); }
+    ~EntryLook() override
+    {
+        form.reset();
+        setProgramFolder({});
+        QApplication::setFont(m_font);
+        QApplication::setPalette(m_palette);
+    }
+
+private:
+    QFont m_font = QApplication::font();
+    QPalette m_palette = QApplication::palette();
+};
+
+QPalette desktop(const char* ground, const char* field, const char* ink, const char* highlight,
+                 const char* highlightedInk)
+{
+    QPalette palette{QColor(ground), QColor(ground)};
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        palette.setColor(role, QColor(ink));
+    palette.setColor(QPalette::Base, QColor(field));
+    palette.setColor(QPalette::Highlight, QColor(highlight));
+    palette.setColor(QPalette::HighlightedText, QColor(highlightedInk));
+    return palette;
+}
+
+const std::pair<const char*, QPalette> desktops[] = {
+    {"light", desktop("#efefef", "#ffffff", "#000000", "#308cc6", "#ffffff")},
+    {"dark", desktop("#31363b", "#232629", "#eff0f1", "#3daee9", "#eff0f1")},
+    {"black", desktop("#000000", "#000000", "#ffffff", "#ffff00", "#000000")},
+    {"white", desktop("#ffffff", "#ffffff", "#000000", "#800080", "#ffffff")},
+    {"faint", desktop("#c0c0c0", "#d0d0d0", "#909090", "#b0b0ff", "#ffffff")},
+};
+
+/// Contrast between the ground of a widget, its most frequent colour, and what stands out most from it.
+double shownContrast(QWidget& widget)
+{
+    const QImage image = widget.grab().toImage();
+    QHash<QRgb, int> counts;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            ++counts[image.pixel(x, y)];
+    const QColor ground = std::max_element(counts.cbegin(), counts.cend()).key();
+    double best = 1;
+    for (const QRgb color : counts.keys())
+        best = std::max(best, contrastRatio(ground, color));
+    return best;
+}
+
+TEST_F(EntryLook, CanBeReadOnEveryDesktop)
+{
+    for (const auto& [name, palette] : desktops) {
+        QApplication::setPalette(readablePalette(palette));
+        open();
+        click("PushButton7");
+        std::vector<QWidget*> texts = {control<PushButton>("PushButton6"), control<PushButton>("PushButton7"),
+                                       control<PushButton>("PushButton22"), control<QDateEdit>("dtPeriodEnding")};
+        for (QLabel* label : form->findChildren<QLabel*>())
+            texts.push_back(label);
+        for (EntryField* entry : form->findChildren<EntryField*>())
+            if (!entry->text().isEmpty())
+                texts.push_back(entry);
+        for (QWidget* shown : texts)
+            EXPECT_GE(shownContrast(*shown), 4.5)
+                << shown->objectName().toStdString() << " on a " << name << " desktop";
+        EXPECT_GE(shownContrast(*field("txtTaxStatus(0)")), 3)
+            << "the frame of an empty field on a " << name << " desktop";
+        EXPECT_EQ(form->palette().color(QPalette::Button), palette.color(QPalette::Button)) << "the user's own ground";
+    }
+}
+
+bool isWhole(QWidget& text)
+{
+    const QFontMetrics metrics = text.fontMetrics();
+    if (auto* const label = qobject_cast<QLabel*>(&text)) {
+        const QRect needed = metrics.boundingRect(label->contentsRect(), Qt::TextWordWrap, label->text());
+        return label->contentsRect().size().expandedTo(needed.size()) == label->contentsRect().size();
+    }
+    if (auto* const button = qobject_cast<QPushButton*>(&text))
+        return button->size().expandedTo(button->minimumSizeHint()) == button->size();
+    return text.height() >= metrics.height();
+}
+
+TEST_F(EntryLook, CutsNothingWhateverTheSizeOfTheLetters)
+{
+    for (const double points : {7.0, 9.0, 12.0, 18.0, 27.0}) { // up to three times the usual
+        QFont font = QApplication::font();
+        font.setPointSizeF(points);
+        QApplication::setFont(font);
+        open();
+        for (QWidget* shown : form->findChildren<QWidget*>())
+            if (qobject_cast<QLabel*>(shown) != nullptr || qobject_cast<EntryField*>(shown) != nullptr ||
+                qobject_cast<QPushButton*>(shown) != nullptr || qobject_cast<QDateEdit*>(shown) != nullptr) {
+                EXPECT_TRUE(isWhole(*shown)) << shown->objectName().toStdString() << " at " << points << " points";
+                EXPECT_TRUE(shown->parentWidget()->rect().contains(shown->geometry()))
+                    << shown->objectName().toStdString() << " at " << points << " points";
+            }
+        EXPECT_LE(form->width(), form->screen()->availableSize().width());
+        EXPECT_LE(form->height(), form->screen()->availableSize().height());
+    }
+}
+
+TEST_F(EntryLook, KeepsTheFocusedControlInViewInASmallWindow)
+{
+    open();
+    for (const QSize size : {QSize(455, 256), QSize(800, 560)}) { // a small laptop at 300 %, the smallest screen
+        form->resize(size);
+        field("txtCompanyName")->setFocus();
+        for (std::size_t stop = 0; stop < rowFields.size() + 5; ++stop, pressTab()) {
+            QWidget* const focus = QApplication::focusWidget();
+            EXPECT_EQ(focus->visibleRegion().boundingRect(), focus->rect()) << focus->objectName().toStdString();
+        }
+    }
+}
+
+TEST_F(EntryLook, StandsWholeOnTheUsualScreensAndOnOneGrid)
+{
+    open();
+    const auto* const area = form->findChild<QScrollArea*>();
+    EXPECT_LE(area->sizeHint().width(), 800 - 8) << "of 800 x 600, with the frame of the window manager";
+    EXPECT_LE(area->sizeHint().height(), 600 - 40);
+    EXPECT_EQ(area->verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0);
+    const auto place = [&](QWidget* widget) { return QRect(widget->mapTo(form.get(), QPoint()), widget->size()); };
+    struct {
+        const char* left;
+        const char* right;
+    } const sameLine[] = {{"txtEmployeeID(0)", "txtInsuranceDeduction(0)"},
+                          {"txtHourlyWage(0)", "txtRegHoursWorked(0)"},
+                          {"txtFedAllowance(0)", "txtSickHours(0)"},
+                          {"txtStateTax(0)", "txtOT(0)"},
+                          {"txtSocialSecurityTax(0)", "txtOtherDeduction(0)"}};
+    for (const auto& [left, right] : sameLine)
+        EXPECT_EQ(place(field(left)).top(), place(field(right)).top()) << left;
+    EXPECT_EQ(place(field("txtCompanyName")).right(), place(field("txtName(0)")).right());
+    EXPECT_EQ(place(control<QDateEdit>("dtPeriodEnding")).left(), place(field("txtOT(0)")).left());
+    EXPECT_EQ(place(control<QDateEdit>("dtPeriodEnding")).right(), place(field("txtOT(0)")).right());
+    EXPECT_EQ(place(control<QGroupBox>("Frame3")).right(), place(control<PushButton>("PushButton22")).right());
+}
+
+} // namespace

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "app/base/Files.h"
+#include "app/look/PushButton.h"
+#include "entry/EntryField.h"
+#include "entry/Form1.h"
+#include "entry/data/RowFields.h"
+#include "settings/Settings.h"
+#include "tests/support/RecordedMessages.h"
+#include "tests/workbook/FakeSpreadsheet.h"
+
+#include <QApplication>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wagemill::test {
+
+/// A store in memory; the test may let it fail.
+class MemoryStore : public SettingsStore {
+public:
+    struct State {
+        std::map<std::string, std::string> values;
+        std::vector<std::string> written;
+        bool failing = false;
+    };
+    explicit MemoryStore(State& state) : m_state(state) {}
+
+    std::optional<std::string> read(std::string_view application, std::string_view section,
+                                    std::string_view key) override
+    {
+        EXPECT_EQ(application, "Quellory");
+        EXPECT_EQ(section, "Wagemill");
+        const auto found = m_state.values.find(std::string(key));
+        return found == m_state.values.end() ? std::nullopt : std::optional(found->second);
+    }
+    void write(std::string_view, std::string_view, std::string_view key, std::string_view value) override
+    {
+        if (m_state.failing)
+            throw std::runtime_error("The disk is full.");
+        m_state.written.emplace_back(key);
+        m_state.values[std::string(key)] = value;
+    }
+
+private:
+    State& m_state;
+};
+
+/// The entry window over a store in memory and a spreadsheet that writes down what it is asked.
+class EntryWindow : public testing::Test {
+protected:
+    EntryWindow() { setUserStore(std::make_unique<MemoryStore>(store)); }
+    ~EntryWindow() override
+    {
+        form.reset();
+        setUserStore(nullptr);
+        setProgramEnd(nullptr);
+    }
+
+    void open(std::int16_t rows = 1)
+    {
+        setProgramEnd([this] { ++ended; });
+        BuildServices services;
+        services.formats = formats;
+        services.spreadsheet = spreadsheet.platform();
+        services.templateResource = []() -> std::span<const std::byte> { return {}; };
+        services.randomNumber = [](std::int32_t, std::int32_t) { return 7; };
+        form = std::make_unique<Form1>(Form1Setup{services, [this] { return today; }, rows});
+        form->show();
+        form->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    }
+
+    template <typename Widget>
+    Widget* control(const char* name) const
+    {
+        auto* const found = form->findChild<Widget*>(QString::fromUtf8(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    EntryField* field(const char* name) const { return control<EntryField>(name); }
+    std::string text(const char* name) const { return field(name)->text().toStdString(); }
+
+    /// The field of row 0 that a description names.
+    EntryField* field(const RowField& description) const { return field(rowName(description).c_str()); }
+    static std::string rowName(const RowField& description) { return std::string(description.name) + "(0)"; }
+
+    /// Clicks into the field and types over what it holds.
+    void type(const char* name, const char* typed) const
+    {
+        clickOn(field(name));
+        QTest::keyClick(field(name), Qt::Key_A, Qt::ControlModifier);
+        if (*typed == '\0')
+            QTest::keyClick(field(name), Qt::Key_Delete);
+        QTest::keyClicks(field(name), QString::fromUtf8(typed));
+    }
+    void click(const char* button) const { clickOn(control<PushButton>(button)); }
+    /// A press and release at the middle of a widget, as the platform reports it to the window.
+    void clickOn(QWidget* widget) const
+    {
+        QTest::mouseClick(form->windowHandle(), Qt::LeftButton, {}, widget->mapTo(form.get(), widget->rect().center()));
+    }
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    }
+    static void pressTab() { press(Qt::Key_Tab); }
+    static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
+
+    MemoryStore::State store;
+    RecordedMessages messages;
+    FakeSpreadsheet spreadsheet;
+    RegionalFormats formats;
+    CalendarDate today{2026, 3, 15};
+    int ended = 0;
+    std::unique_ptr<Form1> form;
+};
+
+} // namespace wagemill::test
