@@ -52,20 +52,6 @@ void setNeutralBackgrounds(QWidget& window, PictureBoxes pictureBoxes)
             setNeutralBackground(*control);
 }
 
-/// Keeps a skinning control as long as its window.
-class OwnedSkin : public QObject {
-public:
-    OwnedSkin(QWidget& window, std::unique_ptr<SkinningControl> control)
-        : QObject(&window), m_control(std::move(control))
-    {
-    }
-
-    SkinningControl* control() const { return m_control.get(); }
-
-private:
-    std::unique_ptr<SkinningControl> m_control;
-};
-
 /// Whether listing the folder that holds the path yields its name.
 bool isListed(const std::filesystem::path& path)
 {
@@ -81,8 +67,9 @@ bool isListed(const std::filesystem::path& path)
 
 void applyMainWindowSkin(QWidget& mainWindow)
 {
-    const auto* owned = new OwnedSkin(mainWindow, createSkinningControl());
-    applyMainWindowSkin(mainWindow, owned->control());
+    const std::shared_ptr<SkinningControl> skin = createSkinningControl();
+    QObject::connect(&mainWindow, &QObject::destroyed, [skin] {}); // keeps the control as long as its window
+    applyMainWindowSkin(mainWindow, skin.get());
 }
 
 void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
