@@ -1,0 +1,244 @@
+// The program's parts as a process of their own, for tests that kill it or run two at once:
+//   reliability_driver type SEED         the entry window, typed into without an end
+//   reliability_driver build WHO COUNT   so many payroll workbooks of a company and an employee named WHO
+//   reliability_driver store WHO COUNT   so many keys "WHO0", "WHO1", ... written to the store
+// What happened is written to the standard output, a line each, as soon as it is true.
+
+#include "app/EndingSignals.h"
+#include "app/base/ErrorTrap.h"
+#include "app/base/Files.h"
+#include "app/base/Messages.h"
+#include "app/base/NumberText.h"
+#include "app/base/RandomNumber.h"
+#include "entry/Form1.h"
+#include "entry/SampleData.h"
+#include "entry/SettingsNames.h"
+#include "resources/CustomResource.h"
+#include "settings/Settings.h"
+#include "workbook/engine/xls/BiffReader.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace wagemill;
+namespace fs = std::filesystem;
+
+/// One write, so that a kill leaves no half of a line.
+void tell(const std::string& line)
+{
+    const std::string ended = line + "\n";
+    if (::write(STDOUT_FILENO, ended.data(), ended.size()) != static_cast<ssize_t>(ended.size()))
+        std::exit(2); // nobody listens any more
+}
+
+/// A message box would wait for ever: it is told instead.
+struct ToldMessages : Messages {
+    MessageAnswer show(const Message& message) override
+    {
+        std::string text = message.text;
+        std::ranges::replace_if(
+            text, [](char letter) { return letter == '\n' || letter == '\r'; }, ' ');
+        tell("message " + text);
+        return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Yes;
+    }
+};
+
+BuildServices productionServices()
+{
+    BuildServices services;
+    services.spreadsheet = spreadsheetPlatform(services.formats, [] { return 1.0; });
+    services.templateResource = [] { return customResource(payrollTemplateResource); };
+    services.randomNumber = randomWholeNumber;
+    return services;
+}
+
+/// A row field of the first employee, its key in the store and the keys that may be typed into it.
+struct TypedField {
+    const RowField* description;
+    QLineEdit* edit;
+    std::string key;
+
+    std::string text() const { return edit->text().toStdString(); }
+    const char* letters() const
+    {
+        return description->kind == FieldKind::FreeText ? "abcdefgh XYZ0123456789'\",;" : "0123456789";
+    }
+    /// What leaving the field makes of its text.
+    std::string tidied() const
+    {
+        switch (description->kind) {
+        case FieldKind::Currency:
+            return currencyTextOf(text(), {});
+        case FieldKind::Number:
+            return numberTextOf(text(), {});
+        case FieldKind::FreeText:
+            break;
+        }
+        return text();
+    }
+};
+
+/// Says what is about to be stored, does it, and says that it is stored.
+template <typename Work>
+void store(const TypedField& field, const std::string& text, Work&& work)
+{
+    tell("> " + field.key + "\t" + text);
+    work();
+    tell("= " + field.key + "\t" + field.text());
+}
+
+void typeForEver(std::vector<TypedField>& fields, unsigned seed)
+{
+    std::mt19937 chance(seed);
+    constexpr std::size_t longest = 30;
+    for (TypedField* field = &fields.front();;) {
+        if (chance() % 12 == 0) {
+            TypedField* const next = &fields[chance() % fields.size()];
+            store(*field, field->tidied(), [&] { next->edit->setFocus(); });
+            field = next;
+        }
+        const std::string before = field->text();
+        const std::string letters = field->letters();
+        if (before.size() >= longest || field->description->kind != FieldKind::FreeText) {
+            field->edit->selectAll(); // the key replaces all: a figure stays a figure
+            const char letter = letters[chance() % letters.size()];
+            store(*field, std::string(1, letter), [&] { QTest::keyClick(field->edit, letter); });
+        } else if (field->edit->end(false); chance() % 6 == 0 && !before.empty()) {
+            store(*field, before.substr(0, before.size() - 1),
+                  [&] { QTest::keyClick(field->edit, Qt::Key_Backspace); });
+        } else {
+            const char letter = letters[chance() % letters.size()];
+            store(*field, before + letter, [&] { QTest::keyClick(field->edit, letter); });
+        }
+    }
+}
+
+int type(unsigned seed)
+{
+    for (const RowField& field : rowFields)
+        tell("was " + rowFieldKey(field, 0) + "\t" +
+             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback));
+    const auto today = [] { return CalendarDate{2026, 4, 10}; };
+    Form1 window({productionServices(), today, 1});
+    window.show();
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window))
+        return 1;
+    std::vector<TypedField> fields;
+    for (const RowField& field : rowFields) {
+        const auto name = QString::fromStdString(std::string(field.name) + "(0)");
+        fields.push_back({&field, window.findChild<QLineEdit*>(name), rowFieldKey(field, 0)});
+        tell("= " + fields.back().key + "\t" + fields.back().text());
+    }
+    tell("ready");
+    typeForEver(fields, seed);
+    return 0;
+}
+
+/// What a build shows and saves: the picture's bytes, and the value of every cell.
+struct Result {
+    std::vector<std::byte> picture;
+    std::vector<engine::CellValue> values;
+    bool operator==(const Result&) const = default;
+};
+
+struct RecordingWindows : BuildWindows {
+    Result result;
+    fs::path workbook;
+
+    void freezeDrawing() override {}
+    void unfreezeDrawing() override {}
+    void showHourglass() override {}
+    void showArrow() override {}
+    void showPicture(const fs::path& picture) override { result.picture = readOwnFile(picture); }
+    void passWorkbook(const fs::path& saved) override { workbook = saved; }
+    void showPreview() override {}
+    void hideEntry() override {}
+};
+
+std::vector<engine::CellValue> valuesOf(const fs::path& workbook)
+{
+    std::vector<engine::CellValue> values;
+    const engine::Book book = engine::xls::readWorkbook(readOwnFile(workbook), workbook.string());
+    for (const auto& sheet : book.sheets)
+        for (const engine::Row& row : sheet->rows())
+            for (const engine::Cell& cell : row.cells)
+                values.push_back(cell.value);
+    return values;
+}
+
+Result built(const std::string& who, const BuildServices& services)
+{
+    PayrollData data = {{who + " & Sons", "3/31/2026"}, {EmployeeRow{}}};
+    std::ranges::copy(sampleRow, data.rows[0].texts.begin());
+    data.rows[0].texts[employeeIdField] = who;
+    data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
+    RecordingWindows windows;
+    buildPayrollWorkbook(data, windows, services);
+    windows.result.values = valuesOf(windows.workbook);
+    deleteFileQuietly(windows.workbook); // as leaving the preview does
+    return windows.result;
+}
+
+int build(const std::string& who, int count)
+{
+    const BuildServices services = productionServices();
+    const Result first = built(who, services);
+    const auto mentions = [&](const std::string& text) {
+        return std::ranges::count(first.values, engine::CellValue(text)) > 0;
+    };
+    if (!mentions(who) || !mentions(who + " & Sons") || !mentions("Employee " + who) || first.picture.empty()) {
+        tell("wrong first");
+        return 1;
+    }
+    std::mt19937 chance(static_cast<unsigned>(count));
+    for (int number = 1; number < count; ++number) {
+        if (built(who, services) != first)
+            tell("wrong " + std::to_string(number));
+        tell("built " + std::to_string(number));
+        std::this_thread::sleep_for(std::chrono::milliseconds(chance() % 10));
+        QCoreApplication::processEvents();
+    }
+    return 0;
+}
+
+int fillStore(const std::string& who, int count)
+{
+    for (int number = 0; number < count; ++number)
+        handleEvent([&] {
+            SaveSetting(settingsApplication, settingsSection, who + std::to_string(number), std::to_string(number));
+        });
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QApplication application(argc, argv);
+    ToldMessages messages;
+    setMessages(&messages);
+    setWindowEventPump([] { QCoreApplication::processEvents(); });
+    endProgramOnSignals();
+    ensureTemporaryFolder();
+    const std::string what = argc > 2 ? argv[1] : "";
+    int outcome = 2;
+    if (what == "type" && argc == 3)
+        outcome = type(static_cast<unsigned>(std::stoul(argv[2])));
+    if (what == "build" && argc == 4)
+        outcome = build(argv[2], std::stoi(argv[3]));
+    if (what == "store" && argc == 4)
+        outcome = fillStore(argv[2], std::stoi(argv[3]));
+    tell(outcome == 0 ? "done" : "failed");
+    return outcome;
+}

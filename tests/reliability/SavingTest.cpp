@@ -1,0 +1,133 @@
+#include "tests/reliability/FailingFiles.h"
+
+#include "app/base/Files.h"
+#include "preview/FileCopy.h"
+#include "preview/Form2.h"
+#include "preview/SaveFileDialog.h"
+#include "tests/support/RecordedMessages.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QAbstractButton>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace wagemill;
+using namespace wagemill::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Always names the same file.
+class OneName : public SaveFileDialog {
+public:
+    explicit OneName(fs::path name) : m_name(std::move(name)) {}
+    fs::path showSave(const SaveFileRequest& /*request*/, QWidget& /*owner*/) override { return m_name; }
+
+private:
+    fs::path m_name;
+};
+
+class SavingTest : public testing::Test {
+protected:
+    SavingTest() { writeBytesToFile(figures, workbook); }
+
+    /// Presses "Save Results To Excel File" and names `target`: the texts of the message boxes.
+    std::vector<std::string> save(const fs::path& target)
+    {
+        messages.shown.clear();
+        Form2 preview([] {}, std::make_unique<OneName>(target));
+        preview.setExcelFile(workbook);
+        preview.findChild<QAbstractButton*>("PushButton6")->click();
+        return messages.texts();
+    }
+
+    TemporaryFolder folder;
+    RecordedMessages messages;
+    fs::path workbook = folder / "kvarno12345678.xls";
+    fs::path documents = folder / "documents";
+    std::vector<std::byte> figures = std::vector<std::byte>(200'000, std::byte{7});
+};
+
+TEST_F(SavingTest, SaysWhyItFailedBeforeDone)
+{
+    fs::create_directory(documents);
+    fs::create_directory(documents / "folder.xls");
+    struct {
+        fs::path target;
+        const char* reason;
+    } const cases[] = {
+        {documents / "vanished" / "payroll.xls", "No such file or directory"},
+        {documents / "folder.xls", "directory"},
+        {workbook, "the temporary workbook itself"},
+        {documents / "folder.xls" / ".." / ".." / workbook.filename(), "the temporary workbook itself"},
+        {documents / (std::string(300, 'x') + ".xls"), "name too long"},
+    };
+    for (const auto& [target, reason] : cases) {
+        const auto texts = save(target);
+        ASSERT_GE(texts.size(), 2U) << target;
+        EXPECT_EQ(texts.back(), "Done.");
+        EXPECT_NE(texts[texts.size() - 2].find(reason), std::string::npos) << texts[texts.size() - 2];
+        EXPECT_NE(texts[texts.size() - 2].find("Form2.PushButton6_Click at line 47"), std::string::npos);
+        EXPECT_TRUE(fs::is_empty(documents / "folder.xls"));
+        EXPECT_EQ(readOwnFile(workbook), figures) << target;
+    }
+}
+
+TEST_F(SavingTest, OntoALinkToTheTemporaryWorkbookMakesACopyOfItsOwn)
+{
+    fs::create_directory(documents);
+    const fs::path symbolic = documents / "symbolic.xls";
+    const fs::path hard = documents / "hard.xls";
+    fs::create_symlink(workbook, symbolic);
+    EXPECT_EQ(save(symbolic).size(), 2U); // the question whether to overwrite it, and "Done."
+    fs::create_hard_link(workbook, hard);
+    EXPECT_EQ(save(hard).size(), 2U);
+    fs::remove(workbook);
+    EXPECT_EQ(readOwnFile(symbolic), figures);
+    EXPECT_EQ(readOwnFile(hard), figures);
+}
+
+TEST_F(SavingTest, LeavesTheChosenNameWholeOrUnusedAtWhateverCallTheDiskFails)
+{
+    for (const auto fault : {FailingFiles::Fault::Full, FailingFiles::Fault::ReadOnly})
+        for (const auto until : {FailingFiles::Until::Once, FailingFiles::Until::ItIsOver})
+            for (int call = 1;; ++call) {
+                fs::remove_all(documents);
+                fs::create_directory(documents);
+                bool failed = false;
+                std::vector<std::string> texts;
+                {
+                    const FailingFiles failing(documents, fault, call, until);
+                    texts = save(documents / "payroll.xls");
+                    failed = failing.hasFailed();
+                }
+                const bool reported = texts.size() == 2;
+                EXPECT_EQ(texts.back(), "Done.");
+                EXPECT_EQ(fileExists(documents / "payroll.xls"), !reported) << "call " << call;
+                if (!reported) {
+                    EXPECT_EQ(readOwnFile(documents / "payroll.xls"), figures) << "call " << call;
+                } else if (fault == FailingFiles::Fault::Full) {
+                    EXPECT_TRUE(fs::is_empty(documents)) << "call " << call;
+                }
+                if (!failed)
+                    break;
+            }
+}
+
+TEST_F(SavingTest, IntoAFolderThatMayNotBeWrittenFails)
+{
+    fs::create_directory(documents);
+    fs::permissions(documents, fs::perms::owner_read | fs::perms::owner_exec);
+    if (::access(documents.c_str(), W_OK) == 0)
+        GTEST_SKIP() << "this user may write into every folder, whatever its permissions";
+    const auto texts = save(documents / "payroll.xls");
+    fs::permissions(documents, fs::perms::owner_all);
+    ASSERT_EQ(texts.size(), 2U);
+    EXPECT_NE(texts[0].find("Permission denied"), std::string::npos) << texts[0];
+    EXPECT_TRUE(fs::is_empty(documents));
+}
+
+} // namespace

@@ -1,0 +1,37 @@
+#!/usr/bin/env python3
+"""A signal that asks the program to end, in the middle of building, leaves no file behind; a kill leaves them to the
+next start, which removes them."""
+import random
+import signal
+import sys
+import tempfile
+import time
+
+sys.dont_write_bytecode = True
+from driver import rounds, run_folders, start  # noqa: E402
+
+
+def end_while_building(home, number):
+    driver = start("build", "Ada", 1_000_000, home=home)
+    driver.stdout.readline()
+    time.sleep(random.uniform(0, 0.2))
+    driver.send_signal(number)
+    told = driver.communicate(timeout=10)[0]
+    if "wrong" in told or "message" in told:
+        sys.exit(f"{signal.strsignal(number)}: {told}")
+    return driver.returncode
+
+
+with tempfile.TemporaryDirectory() as home:
+    for number in rounds(3, 100) * [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]:
+        if (ended := end_while_building(home, number)) != 0:
+            sys.exit(f"{signal.strsignal(number)} ended the program with {ended}")
+        if left := run_folders(home):
+            sys.exit(f"{signal.strsignal(number)} left {left} behind")
+    for _ in range(rounds(2, 20)):
+        end_while_building(home, signal.SIGKILL)
+        if len(left := run_folders(home)) != 1:
+            sys.exit(f"a killed run leaves its folder to the next start, and no other: {left}")
+    end_while_building(home, signal.SIGTERM)
+    if left := run_folders(home):
+        sys.exit(f"the start after a kill left {left}")
