@@ -17,6 +17,7 @@
 #include <functional>
 #include <future>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -42,13 +43,20 @@ bool isNear(QRgb left, QRgb right)
                      std::abs(qBlue(left) - qBlue(right))}) < 8;
 }
 
+// Programs that watch the clipboard open it for a moment whenever it changes.
+constexpr int attempts = 100;
+constexpr DWORD pauseMilliseconds = 5;
+const std::string heldByAnother = "the clipboard cannot be opened, because another program holds it";
+
 /// The clipboard, opened and emptied for a window of this program, as a program does that copies.
 class CopyingProgram {
 public:
     CopyingProgram()
         : m_window(::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr))
     {
-        if (m_window == nullptr || !::OpenClipboard(m_window) || !::EmptyClipboard())
+        for (int attempt = 0; attempt < attempts && !::OpenClipboard(m_window); ++attempt)
+            ::Sleep(pauseMilliseconds);
+        if (m_window == nullptr || !::EmptyClipboard())
             throw std::runtime_error("the clipboard cannot be opened");
     }
     CopyingProgram(const CopyingProgram&) = delete;
@@ -184,11 +192,14 @@ protected:
     /// The picture as the preview gets it: fetched, saved, loaded.
     void expectPicture(int format, const std::string& beginning)
     {
-        const Picture picture = systemPictureClipboard().GetData(static_cast<std::int16_t>(format));
-        ASSERT_GT(picture.fileBytes.size(), beginning.size());
-        EXPECT_EQ(std::memcmp(picture.fileBytes.data(), beginning.data(), beginning.size()), 0) << "format " << format;
+        const std::optional<Picture> fetched =
+            getClipboardPicture(systemPictureClipboard(), static_cast<std::int16_t>(format));
+        ASSERT_TRUE(fetched.has_value()) << "format " << format << ": " << failureOf(format);
+        const std::vector<std::byte>& bytes = fetched->fileBytes;
+        ASSERT_GT(bytes.size(), beginning.size());
+        EXPECT_EQ(std::memcmp(bytes.data(), beginning.data(), beginning.size()), 0) << "format " << format;
         std::filesystem::remove(file);
-        writeBytesToFile(picture.fileBytes, file);
+        writeBytesToFile(bytes, file);
         expectQuarters(loadPicture(file).toImage());
     }
 
@@ -204,6 +215,16 @@ protected:
     }
 
     static std::string failureOf(int format)
+    {
+        std::string failure = heldByAnother;
+        for (int attempt = 0; attempt < attempts && failure == heldByAnother; ++attempt) {
+            ::Sleep(attempt == 0 ? 0 : pauseMilliseconds);
+            failure = failureOfOneAttempt(format);
+        }
+        return failure;
+    }
+
+    static std::string failureOfOneAttempt(int format)
     {
         try {
             systemPictureClipboard().GetData(static_cast<std::int16_t>(format));
@@ -336,7 +357,7 @@ TEST_F(ClipboardPictureTest, AHeldClipboardIsSaidAndTriedAgain)
         letGo.get_future().wait();
     });
     held.get_future().wait();
-    EXPECT_EQ(failureOf(0), "the clipboard cannot be opened, because another program holds it");
+    EXPECT_EQ(failureOf(0), heldByAnother);
     EXPECT_FALSE(getClipboardPicture(systemPictureClipboard(), 0).has_value());
     letGo.set_value();
     holder.join();
@@ -349,14 +370,15 @@ TEST_F(ClipboardPictureTest, AHostileMetafileIsRefusedWithItsName)
     CopyingProgram program;
     program.put(CF_ENHMETAFILE, metafileObject());
     program.close();
-    const Picture picture = systemPictureClipboard().GetData(CF_ENHMETAFILE);
+    const std::optional<Picture> picture = getClipboardPicture(systemPictureClipboard(), CF_ENHMETAFILE);
+    ASSERT_TRUE(picture.has_value());
     constexpr std::uint32_t largestFrame = 0x7FFFFFFF;
     struct {
         std::size_t at;
         std::uint32_t number;
     } const faults[] = {{32, largestFrame}, {36, largestFrame}, {112, 0}, {48, largestFrame}};
     for (const auto& [at, number] : faults) {
-        std::vector<std::byte> hostile = picture.fileBytes;
+        std::vector<std::byte> hostile = picture->fileBytes;
         std::memcpy(hostile.data() + at, &number, sizeof number);
         std::filesystem::remove(file);
         writeBytesToFile(hostile, file);
