@@ -86,6 +86,7 @@ set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
 set(CPACK_RPM_PACKAGE_LICENSE MIT)
 set(CPACK_RPM_PACKAGE_SUMMARY ${PROJECT_DESCRIPTION})
 set(CPACK_RPM_PACKAGE_GROUP Applications/Productivity)
+set(CPACK_RPM_PACKAGE_REQUIRES hicolor-icon-theme) # the owner of the icons' folders
 set(CPACK_RPM_SPEC_MORE_DEFINE "%define _build_id_links none")
 set(CPACK_RPM_USER_FILELIST
     "%license /usr/${document_folder}/LICENSE" "%doc /usr/${document_folder}/CHANGELOG.md"
