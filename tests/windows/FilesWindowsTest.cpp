@@ -1,0 +1,153 @@
+#include "app/base/Files.h"
+#include "app/base/PlatformFiles.h"
+#include "app/base/WindowsOwnership.h"
+#include "app/base/WindowsText.h"
+
+#include <gtest/gtest.h>
+
+#include <aclapi.h>
+#include <chrono>
+#include <fstream>
+#include <set>
+#include <thread>
+
+using namespace wagemill;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::byte> bytesOf(std::string_view text)
+{
+    const auto bytes = std::as_bytes(std::span(text));
+    return {bytes.begin(), bytes.end()};
+}
+
+/// A fresh folder with a name that no code page of one byte holds.
+class FilesWindowsTest : public testing::Test {
+protected:
+    FilesWindowsTest() { fs::create_directories(folder); }
+    ~FilesWindowsTest() override
+    {
+        for (const auto& entry : fs::directory_iterator(folder))
+            ::SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+        fs::remove_all(folder);
+    }
+
+    /// The message that the work fails with.
+    template <typename Work>
+    static std::string failureOf(Work&& work)
+    {
+        try {
+            work();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no failure";
+    }
+
+    fs::path folder =
+        fs::temp_directory_path() / (L"wagemill-\u0416\u96E8-" + std::to_wstring(::GetCurrentProcessId()));
+    fs::path file = folder / L"\u20AC \u0416.xls";
+};
+
+TEST_F(FilesWindowsTest, WriteReadAndReplace)
+{
+    writeBytesToFile(bytesOf("longer"), file);
+    writeBytesToFile(bytesOf("abc"), file);
+    EXPECT_EQ(readBytesFromFile(file), bytesOf("abcger"));
+    EXPECT_EQ(readOwnFile(file), bytesOf("abcger"));
+    for (const FileLife life : {FileLife::Temporary, FileLife::Kept}) {
+        writeWholeFile(bytesOf("whole"), file, life);
+        EXPECT_EQ(readBytesFromFile(file), bytesOf("whole"));
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+}
+
+TEST_F(FilesWindowsTest, GrantTheirPermissionsToTheUserAndTheSystemAlone)
+{
+    writeBytesToFile(bytesOf("wages"), file);
+    PACL permissions = nullptr;
+    PSECURITY_DESCRIPTOR raw = nullptr;
+    ASSERT_EQ(::GetNamedSecurityInfoW(file.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                                      &permissions, nullptr, &raw),
+              DWORD{ERROR_SUCCESS});
+    const std::unique_ptr<void, FreeLocalMemory> descriptor(raw);
+    ASSERT_NE(permissions, nullptr);
+    for (DWORD index = 0; index < permissions->AceCount; ++index) {
+        void* raw_entry = nullptr;
+        ASSERT_TRUE(::GetAce(permissions, index, &raw_entry));
+        auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(raw_entry);
+        EXPECT_FALSE(::IsWellKnownSid(&entry->SidStart, WinWorldSid) && entry->Mask != 0) << "everyone may enter";
+    }
+}
+
+TEST_F(FilesWindowsTest, SayWhatFailedOnWhichFileAndWhy)
+{
+    const std::string missing = toUtf8((folder / L"no" / L"\u20AC.xls").native());
+    writeBytesToFile(bytesOf("x"), file);
+    const bool hasSecondName = ::CreateHardLinkW((folder / "second").c_str(), file.c_str(), nullptr) != 0;
+    struct {
+        std::string failure;
+        std::string expected;
+    } const cases[] = {
+        {failureOf([&] { readBytesFromFile(folder / "no" / L"\u20AC.xls"); }),
+         "Cannot read the file \"" + missing + "\": "},
+        {failureOf([&] { writeBytesToFile({}, folder / "no" / L"\u20AC.xls"); }),
+         "Cannot write the file \"" + missing + "\": "},
+        {failureOf([&] { writeWholeFile({}, folder / "no" / L"\u20AC.xls", FileLife::Kept); }),
+         "Cannot write the file \"" + missing + "\": "},
+        {failureOf([&] { readBytesFromFile("NUL"); }), "Cannot read the file \"NUL\": it is no plain file."},
+        {failureOf([&] { requireOwnFile(folder); }),
+         "Cannot open \"" + toUtf8(folder.native()) + "\": it is no plain file."},
+        {hasSecondName ? failureOf([&] { requireOwnFile(file); }) : "no second names here",
+         hasSecondName ? "Cannot open \"" + toUtf8(file.native()) + "\": it has a second name elsewhere."
+                       : "no second"},
+    };
+    for (const auto& [failure, expected] : cases)
+        EXPECT_EQ(failure.substr(0, expected.size()), expected) << failure;
+    EXPECT_EQ(cases[0].failure.back(), '.');
+}
+
+TEST_F(FilesWindowsTest, GoAlsoWhenTheyMayOnlyBeRead)
+{
+    writeBytesToFile(bytesOf("x"), file);
+    ASSERT_TRUE(::SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY));
+    deleteFileQuietly(file);
+    EXPECT_FALSE(fileExists(file));
+    deleteFileQuietly(file); // nothing there is nobody's failure
+    deleteFileQuietly(folder);
+    EXPECT_TRUE(fileExists(folder));
+}
+
+TEST_F(FilesWindowsTest, LeaveAFolderToOneProgramAtATime)
+{
+    using namespace std::chrono_literals;
+    auto held = platform::lockFolder(folder, 0ms);
+    ASSERT_NE(held, nullptr);
+    const auto asAnotherProgram = [this](std::chrono::milliseconds patience) {
+        std::string answer;
+        std::thread([&] { answer = failureOf([&] { platform::lockFolder(folder / ".", patience); }); }).join();
+        return answer;
+    };
+    EXPECT_EQ(asAnotherProgram(50ms), "The folder \"" + toUtf8((folder / ".").native()) +
+                                          "\" is in use: another program is making a workbook there.");
+    held.reset();
+    EXPECT_EQ(asAnotherProgram(0ms), "no failure");
+    EXPECT_EQ(platform::lockFolder(folder / "no", 0ms), nullptr);
+}
+
+TEST_F(FilesWindowsTest, MakeAPrivateFolderAndRemoveAbandonedOnes)
+{
+    platform::setEnvironmentPath("TMP", folder);
+    fs::create_directory(folder / "wagemill-run-1");
+    std::ofstream(folder / "wagemill-run-1" / "temp.bmp") << "wages";
+    const fs::path made = platform::makePrivateFolder();
+    EXPECT_EQ(made.parent_path(), folder);
+    EXPECT_FALSE(fileExists(folder / "wagemill-run-1"));
+    EXPECT_TRUE(fileExists(made));
+    platform::setEnvironmentPath("WAGEMILL_TEST", folder);
+    EXPECT_EQ(platform::environmentPath("WAGEMILL_TEST"), folder);
+    EXPECT_EQ(platform::environmentPath("WAGEMILL_TEST_NOT_SET"), fs::path());
+}
+
+} // namespace

@@ -1,0 +1,219 @@
+#!/usr/bin/env python3
+"""Drives the Windows program under Wine by real keys and clicks: smoke_test.py FOLDER PROGRAM TOOLS SCENARIO
+
+FOLDER  where the Wine prefix is, and where the pictures of the screen are left
+TOOLS   the folder of clipboard_text.exe; automation_server.exe is looked for beside it in excel/server
+Ends with 0 when everything happened, 77 when something it needs is missing, and 1 with a reason otherwise.
+"""
+import glob
+import os
+import re
+import shutil
+import subprocess
+import sys
+import time
+
+from wine import StepFailed, WineDesktop
+
+KEY = r"HKCU\Software\VB and VBA Program Settings\Quellory\Wagemill"
+MISSING_APPLICATION = "\n\n".join((
+    "Error 842001. A normal instance of Excel could not be created.",
+    "1. Please make sure Excel is installed on this computer.",
+    "2. Please open Excel normally and make sure a blank spreadsheet opens immediately without any interrupting window "
+    "(such as an Excel file recovery window).",
+    "3. Please make sure that when you double-click on a XLS or XLSX file that Excel opens normally without any "
+    "interrupting messages.",
+    "4. All versions of Excel are supported by this software except for the rare Excel Starter and Student editions."))
+
+# Places in the windows, without their frames; negative ones count from the right and the bottom. Wine's accessibility
+# does not find the controls, so they are told here; an entry window of another size says that they have moved.
+SAMPLE_DATA, START = (164, -24), (-74, -24)
+NAME, WAGE, OVERTIME = (265, 135), (265, 169), (592, 250)
+ZOOM_IN, ZOOM_OUT, SAVE, BACK = (66, 44), (165, 44), (-188, 44), (-60, 44)
+TITLE, MESSAGE_TITLE = "Wagemill", "Wagemill Payroll Workbook"
+STUB_BLUE = "#1B4F72"  # "accent" of the template
+
+
+class Windows:
+    """What the scenarios do with the program."""
+
+    def __init__(self, folder, program, tools):
+        self.folder, self.program, self.tools = folder, program, tools
+        self.desktop = WineDesktop(os.path.join(folder, "wine"), os.path.join(folder, "failure.png"))
+        self.process = None
+
+    def start(self, **environment):
+        self.process = self.desktop.start_program(self.program, **environment)
+
+    def entry_window(self):
+        window = self.desktop.window(TITLE, 60)
+        self.desktop.wait_for(lambda: self.desktop.size_of(window)[0] > 600, "the entry window in its size")
+        self.picture(window, "entry")
+        return window
+
+    def picture(self, window, name):
+        path = os.path.join(self.folder, f"{name}.png")
+        self.desktop.screenshot(path, window)
+        return path
+
+    def settled(self, name):
+        """A picture of the whole screen after which nothing changed any more; a dialog comes up piece by piece."""
+        def is_settled():
+            before = open(self.picture(None, name), "rb").read()
+            time.sleep(0.5)
+            return open(self.picture(None, name), "rb").read() == before
+        self.desktop.wait_for(is_settled, f"the screen to settle ({name})")
+
+    def stored(self, name):
+        """Kind and text of a setting, as the system's own tool lists them; None when there is none."""
+        code, output = self.desktop.run("reg", "query", KEY, "/v", name)
+        found = re.search(rf"^ +{name} +(REG_\w+) {{4}}(.*)$", output, re.MULTILINE)
+        return found.groups() if code == 0 and found else None
+
+    def expect_stored(self, name, text):
+        self.desktop.wait_for(lambda: self.stored(name) == ("REG_SZ", text), f"{name} to be \"{text}\" in the registry")
+
+    def expect_copied(self, is_expected, what):
+        """Presses Ctrl+C until that puts the expected text on the clipboard."""
+        def copied():
+            self.desktop.key("ctrl+c")
+            return self.desktop.run(os.path.join(self.tools, "clipboard_text.exe"))[1]
+        try:
+            self.desktop.wait_for(lambda: is_expected(copied()), what)
+        except StepFailed as failure:
+            raise StepFailed(f"{failure}; it is \"{copied()}\"") from failure
+
+    def expect_shown(self, window, place, text):
+        self.desktop.click_in(window, *place)
+        self.desktop.key("ctrl+a")
+        self.expect_copied(lambda copied: copied == text, f"the field to show \"{text}\"")
+
+    def expect_end(self):
+        code = self.process.wait(20)
+        expect(code == 0, f"the program ended with {code}")
+
+
+def expect(condition, what):
+    if not condition:
+        raise StepFailed(what)
+
+
+def blue_pixels(picture):
+    """How much of the picture is of the stub's darkest colour."""
+    white_where_blue = ("-fuzz", "2%", "-fill", "white", "-opaque", STUB_BLUE, "-fill", "black", "+opaque", "white")
+    # The stub's paper is white as well, so it becomes black first.
+    done = subprocess.run(["convert", picture, "-fill", "black", "-opaque", "white", *white_where_blue,
+                           "-format", "%[fx:round(mean*w*h)]", "info:"], check=True, capture_output=True, text=True)
+    return int(float(done.stdout))
+
+
+def ends_with_its_message_without_excel(windows):
+    windows.start()
+    windows.desktop.window(MESSAGE_TITLE, 60)
+    windows.picture(None, "missing-application")
+    windows.expect_copied(lambda text: f"\n{MISSING_APPLICATION}\n---" in text, "the message, word for word")
+    expect(not windows.desktop.is_shown(TITLE), "the entry window shows although there is no Excel")
+    windows.desktop.key("Return")
+    windows.expect_end()
+
+
+def stores_what_is_typed_and_shows_what_is_stored(windows):
+    windows.desktop.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
+    windows.desktop.must_run("reg", "add", KEY, "/v", "txtOT0", "/t", "REG_DWORD", "/d", "7", "/f")
+    windows.start(WAGEMILL_SPREADSHEET="embedded")
+    entry = windows.entry_window()
+    for place, text in ((NAME, "Ida Reed"), (OVERTIME, "7")):
+        windows.expect_shown(entry, place, text)
+    windows.desktop.click_in(entry, *NAME)
+    windows.desktop.type("Zoe Quill")
+    windows.expect_stored("txtName0", "Zoe Quill")
+    windows.desktop.click_in(entry, *WAGE)
+    windows.desktop.type("12.5")
+    windows.expect_stored("txtHourlyWage0", "12.5")
+    windows.desktop.key("Tab")
+    windows.expect_stored("txtHourlyWage0", "$12.50")
+    windows.desktop.key("alt+F4")
+    windows.expect_end()
+
+
+def builds_previews_and_saves(windows, **environment):
+    desktop = windows.desktop
+    temporary = os.path.join(desktop.disk(), "users", "*", "Temp", "kvarno*.xls")
+    for left in glob.glob(temporary):
+        os.remove(left)
+    saved = desktop.disk("saved by the test.xls")
+    if os.path.exists(saved):
+        os.remove(saved)
+    windows.start(**environment)
+    entry = windows.entry_window()
+    desktop.click_in(entry, *SAMPLE_DATA)
+    windows.expect_stored("txtName0", "Ned Hollister")
+    desktop.click_in(entry, *START)
+    preview = desktop.wait_for(lambda: (window := desktop.is_shown(TITLE)) and
+                               (window := desktop.window(TITLE)) != entry and window, "the preview to show", 60)
+    desktop.wait_for(lambda: blue_pixels(windows.picture(preview, "preview")) > 1000, "the stub in its colours")
+    natural = blue_pixels(windows.picture(preview, "preview"))
+    desktop.click_in(preview, *ZOOM_IN)
+    desktop.wait_for(lambda: blue_pixels(windows.picture(preview, "zoomed")) > 1.1 * natural, "the stub to grow")
+    desktop.key("Tab", "space")  # on to "Zoom Out"
+    desktop.wait_for(lambda: abs(blue_pixels(windows.picture(preview, "zoomed-back")) - natural) < 0.05 * natural,
+                     "the stub in its first size again")
+    expect(len(glob.glob(temporary)) == 1, f"the temporary folder holds {glob.glob(temporary)}")
+    desktop.click_in(preview, *SAVE)
+    desktop.window("Save File", 30)
+    windows.settled("save")
+    desktop.key("ctrl+a")
+    desktop.type("C:\\saved by the test.xls")
+    desktop.key("Return")
+    desktop.window(MESSAGE_TITLE, 30)
+    windows.expect_copied(lambda text: "\nDone.\n" in text, "the message \"Done.\"")
+    desktop.key("Return")
+    with open(saved, "rb") as workbook:
+        bytes_of_file = workbook.read()
+    expect(bytes_of_file.startswith(bytes.fromhex("D0CF11E0A1B11AE1")) and len(bytes_of_file) > 10000,
+           "the saved file is no workbook")
+    desktop.click_in(preview, *BACK)
+    desktop.wait_for(lambda: desktop.is_shown(TITLE) and desktop.window(TITLE) == entry, "the entry window again")
+    expect(not glob.glob(temporary), "the temporary workbook is still there after going back")
+    desktop.key("alt+F4")
+    windows.expect_end()
+
+
+def works_without_excel_where_told_to(windows):
+    builds_previews_and_saves(windows, WAGEMILL_SPREADSHEET="embedded")
+
+
+def works_with_an_automation_server(windows):
+    server = os.path.join(windows.tools, "..", "excel", "server", "automation_server.exe")
+    if not os.path.exists(server):
+        print("Skipped: there is no automation server beside the tests")
+        sys.exit(77)
+    windows.desktop.must_run(server, "/RegServer")
+    try:
+        builds_previews_and_saves(windows)
+    finally:
+        windows.desktop.run(server, "/UnregServer")
+
+
+SCENARIOS = {scenario.__name__: scenario for scenario in (
+    ends_with_its_message_without_excel, stores_what_is_typed_and_shows_what_is_stored,
+    works_without_excel_where_told_to, works_with_an_automation_server)}
+TOOLS = ("wine", "wineserver", "Xvfb", "openbox", "xdotool", "import", "convert", "dbus-daemon")
+
+
+def main():
+    missing = [tool for tool in TOOLS if not shutil.which(tool)]
+    if missing:
+        print("Skipped: the Windows program was not driven, because these tools are missing:", *missing)
+        sys.exit(77)
+    folder, program, tools, scenario = sys.argv[1:]
+    windows = Windows(*map(os.path.abspath, (folder, program, tools)))
+    try:
+        with windows.desktop:
+            SCENARIOS[scenario](windows)
+    except StepFailed as failure:
+        sys.exit(f"{scenario}: {failure}")
+
+
+if __name__ == "__main__":
+    main()
