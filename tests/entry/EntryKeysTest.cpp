@@ -262,7 +262,7 @@ TEST_F(EntryKeys, TurnsTheWheelToTheNextEmployee)
     const auto turn = [&](int notches) {
         QWheelEvent event(middle, form->mapToGlobal(middle), {}, {0, 120 * notches}, Qt::NoButton, {},
                           Qt::NoScrollPhase, false);
-        QApplication::sendEvent(form->windowHandle(), &event);
+        QApplication::sendEvent(form.get(), &event); // where it comes to when nothing under the mouse takes it
         return control<QScrollBar>("VScroll1")->value();
     };
     EXPECT_EQ(turn(-1), 1);

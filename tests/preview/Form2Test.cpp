@@ -6,6 +6,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QGroupBox>
 #include <QLayout>
@@ -113,10 +114,12 @@ protected:
     void moveTo(QPoint at) { QTest::mouseMove(form.windowHandle(), inWindow(at)); }
     void release(QPoint at) { QTest::mouseRelease(form.windowHandle(), Qt::LeftButton, {}, inWindow(at)); }
 
-    void turnWheel(int notches)
+    void turnWheel(int notches) { turnWheelBy(120 * notches, {}); }
+    /// turn  in eighths of a degree
+    void turnWheelBy(int turn8, Qt::KeyboardModifiers modifiers)
     {
         const QPointF middle = viewport().rect().center();
-        QWheelEvent turn(middle, viewport().mapToGlobal(middle), {}, QPoint(0, 120 * notches), Qt::NoButton, {},
+        QWheelEvent turn(middle, viewport().mapToGlobal(middle), {}, QPoint(0, turn8), Qt::NoButton, modifiers,
                          Qt::NoScrollPhase, false);
         QApplication::sendEvent(&form, &turn); // where it comes to when nothing under the mouse takes it
     }
@@ -311,6 +314,97 @@ TEST_F(Form2Test, TheKeyboardReachesAndPressesEverything)
     control<QWidget>("PushButton2").setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     EXPECT_EQ(picture().width(), naturalWidth);
+}
+
+TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
+{
+    open({2000, 2000});
+    const QSize natural = picture().size();
+    for (const char* focus : {"PushButton1", "PushButton8", "HScroll1", "VScroll1"}) {
+        control<QWidget>(focus).setFocus();
+        struct {
+            Qt::Key key;
+            QPoint moved; ///< to which side the picture moves
+        } const scrolls[] = {{Qt::Key_Down, {0, -1}}, {Qt::Key_Up, {0, 1}},        {Qt::Key_Right, {-1, 0}},
+                             {Qt::Key_Left, {1, 0}},  {Qt::Key_PageDown, {0, -1}}, {Qt::Key_PageUp, {0, 1}}};
+        for (const auto& [key, moved] : scrolls) {
+            const QPoint before = picture().pos();
+            QTest::keyClick(QApplication::focusWidget(), key);
+            const QPoint by = picture().pos() - before;
+            EXPECT_EQ(QPoint((by.x() > 0) - (by.x() < 0), (by.y() > 0) - (by.y() < 0)), moved) << focus << " " << key;
+            EXPECT_EQ(QApplication::focusWidget()->objectName(), focus);
+        }
+        EXPECT_EQ(picture().pos(), QPoint(0, 0));
+        struct {
+            Qt::Key key;
+            int quarters; ///< of the zoom afterwards
+        } const zooms[] = {{Qt::Key_Plus, 5}, {Qt::Key_Equal, 6}, {Qt::Key_Minus, 5}, {Qt::Key_Minus, 4}};
+        for (const auto& [key, quarters] : zooms) {
+            QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
+            EXPECT_EQ(picture().width(), natural.width() * quarters / 4) << focus;
+        }
+    }
+}
+
+TEST_F(Form2Test, CtrlWithTheWheelZoomsAStepANotch)
+{
+    open({400, 400});
+    const int natural = picture().width();
+    struct {
+        int turn;
+        int quarters;
+    } const cases[] = {{120, 5}, {60, 5}, {60, 6}, {-240, 4}, {-100, 4}, {-19, 4}, {-1, 3}};
+    for (const auto& [turn, quarters] : cases) {
+        turnWheelBy(turn, Qt::ControlModifier);
+        EXPECT_EQ(picture().width(), natural * quarters / 4) << turn;
+    }
+    EXPECT_EQ(picture().pos(), QPoint(0, 0));
+}
+
+TEST_F(Form2Test, AccessKeysPressTheButtonsAndTheCaptionsShowNone)
+{
+    open({10, 10});
+    struct {
+        const char* button;
+        QKeyCombination keys;
+    } const cases[] = {{"PushButton1", Qt::ALT | Qt::Key_I},
+                       {"PushButton2", Qt::ALT | Qt::Key_O},
+                       {"PushButton6", Qt::ALT | Qt::Key_S},
+                       {"PushButton6", Qt::CTRL | Qt::Key_S},
+                       {"PushButton8", Qt::ALT | Qt::Key_B}};
+    for (const auto& [name, keys] : cases) {
+        auto& button = control<QAbstractButton>(name);
+        EXPECT_FALSE(button.text().contains('&'));
+        button.disconnect(&form);
+        int pressed = 0;
+        QObject::connect(&button, &QAbstractButton::clicked, &form, [&pressed] { ++pressed; });
+        QTest::keyClick(QApplication::focusWidget(), keys.key(), keys.keyboardModifiers());
+        EXPECT_TRUE(QTest::qWaitFor([&pressed] { return pressed == 1; })) << name;
+    }
+}
+
+TEST_F(Form2Test, EscapeLeavesTheWindowAndTheWorkbook)
+{
+    open({10, 10});
+    for (const char* focus : {"PushButton1", "PushButton6", "PushButton8"}) {
+        control<QWidget>(focus).setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    }
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_TRUE(fs::exists(workbook()));
+    EXPECT_EQ(programEnds + waysBack, 0);
+}
+
+TEST_F(Form2Test, SpeaksOfThePicture)
+{
+    open({10, 10});
+    form.describePicture("Pay stub of Ned: gross pay $2.00, net pay $1.00.");
+    const QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&picture());
+    EXPECT_EQ(spoken->role(), QAccessible::Graphic);
+    EXPECT_EQ(spoken->text(QAccessible::Name), "Picture of the payroll sheet");
+    EXPECT_EQ(spoken->text(QAccessible::Description), "Pay stub of Ned: gross pay $2.00, net pay $1.00.");
+    form.describePicture("");
+    EXPECT_EQ(spoken->text(QAccessible::Description), "") << "the figures of an earlier build";
 }
 
 TEST_F(Form2Test, SavesUnderANewName)

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// What the dialog returns when `user` acts on it.
-fs::path ask(const std::function<void(QFileDialog&, QLineEdit&)>& user)
+fs::path ask(SaveFileDialog& asked, const std::function<void(QFileDialog&, QLineEdit&)>& user)
 {
     QWidget owner;
     QTimer::singleShot(0, &owner, [&owner, &user] {
@@ -30,8 +30,13 @@ fs::path ask(const std::function<void(QFileDialog&, QLineEdit&)>& user)
         if (dialog->isVisible())
             dialog->reject();
     });
-    return PlatformSaveFileDialog().showSave(
-        {.fileName = "", .title = "Save File", .filter = "Excel Files (*.xls)|*.xls|"}, owner);
+    return asked.showSave({.fileName = "", .title = "Save File", .filter = "Excel Files (*.xls)|*.xls|"}, owner);
+}
+
+fs::path ask(const std::function<void(QFileDialog&, QLineEdit&)>& user)
+{
+    PlatformSaveFileDialog asked;
+    return ask(asked, user);
 }
 
 void type(QLineEdit& name, const fs::path& text)
@@ -60,6 +65,32 @@ TEST(SaveFileDialog, StartsWithAnEmptyNameInDocumentsAndReturnsTheFullPath)
         });
         EXPECT_EQ(answer, expected / "March") << "no extension is added";
     }
+}
+
+TEST(SaveFileDialog, StartsWhereTheLastSaveWent)
+{
+    const test::TemporaryFolder home;
+    const test::ScopedEnvironment homeFolder("HOME", home.path().string());
+    const test::ScopedEnvironment configuration("XDG_CONFIG_HOME", std::nullopt);
+    fs::create_directory(home / "Documents");
+    fs::create_directory(home / "Payroll");
+    PlatformSaveFileDialog asked;
+    const auto startFolder = [&](const fs::path& chosen) {
+        std::string start;
+        ask(asked, [&](QFileDialog& dialog, QLineEdit& name) {
+            start = dialog.directory().path().toStdString();
+            EXPECT_EQ(name.text(), "");
+            if (!chosen.empty())
+                type(name, chosen);
+        });
+        return start;
+    };
+    EXPECT_EQ(startFolder(""), (home / "Documents").string());
+    EXPECT_EQ(startFolder(home / "Payroll" / "March.xls"), (home / "Documents").string()) << "cancelled before";
+    EXPECT_EQ(startFolder("April.xls"), (home / "Payroll").string());
+    EXPECT_EQ(startFolder(""), (home / "Payroll").string());
+    fs::remove_all(home / "Payroll");
+    EXPECT_EQ(startFolder(""), (home / "Documents").string()) << "it is gone";
 }
 
 TEST(SaveFileDialog, ReturnsAnExistingFileWithoutAQuestionAndNothingWhenCancelled)
