@@ -1,0 +1,353 @@
+#include "tests/excel/ExcelTest.h"
+#include "tests/excel/SameWorkbook.h"
+#include "tests/workbook/BuildCases.h"
+#include "tests/workbook/FakeSpreadsheet.h"
+
+#include "app/base/Files.h"
+#include "resources/CustomResource.h"
+#include "workbook/engine/Book.h"
+#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/BiffWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <regex>
+#include <set>
+
+#include <windows.h>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+const PayrollData& dataOf(const std::string& name)
+{
+    static const std::vector<BuildCase> cases = buildCases();
+    return std::ranges::find(cases, name, &BuildCase::name)->data;
+}
+
+/// What the build may ask of Excel, as the log of the calls writes it, and nothing else.
+const std::vector<std::string>& listedCalls()
+{
+    static const std::vector<std::string> calls = {
+        R"(Application\.Version get)",
+        R"(Application\.Workbooks get)",
+        R"(Application\.Workbooks item\(I4 1\))",
+        R"(Application\.Visible put = BOOL False)",
+        R"(Application\.DisplayAlerts put = BOOL False)",
+        R"(Application\.Selection get)",
+        R"(Application\.Range item\(TEXT D5\))",
+        R"(Application\.Quit call)",
+        R"(Workbooks\.Open call\(TEXT [^,]*\\kvarno[1-9]{8}\.xls\))",
+        R"(Workbooks\.Open call\(TEXT [^,]*\\template\.xlt, OMITTED, BOOL True\))",
+        R"(Workbooks\.count get)",
+        R"(Workbook\.Sheets item\(I2 [123]\))",
+        R"(Workbook\.ActiveSheet get)",
+        R"(Workbook\.SaveAs call\(TEXT [^,]*\\kvarno[1-9]{8}\.xls, FileFormat:=I4 56\))",
+        R"(Workbook\.Close call)",
+        R"(Worksheet\.Cells put\(I2 \d+, I2 \d+\) = TEXT .*)",
+        R"(Worksheet\.Activate call)",
+        R"(Worksheet\.Rows item\(TEXT 2:12\))",
+        R"(Worksheet\.Range item\(TEXT A\d+\))",
+        R"(Worksheet\.Name get)",
+        R"(Worksheet\.UsedRange get)",
+        R"(Selection\.Copy call)",
+        R"(Selection\.PasteSpecial call\(Paste:=I4 -4104, Operation:=I4 -4142, SkipBlanks:=BOOL False, Transpose:=BOOL False\))",
+        R"(Range\.Rows get)",
+        R"(Range\.Rows item\(I4 \d+\))",
+        R"(Range\.Columns get)",
+        R"(Range\.Columns item\(I4 \d+\))",
+        R"(Range\.count get)",
+        R"(Range\.Row get)",
+        R"(Range\.Column get)",
+        R"(Range\.Select call)",
+        R"(Range\.CopyPicture call)",
+    };
+    return calls;
+}
+
+/// The names by which members and arguments were asked for, spelt as listed.
+const std::set<std::string>& listedNames()
+{
+    static const std::set<std::string> names = {
+        "Application.Version",
+        "Application.Workbooks",
+        "Application.Visible",
+        "Application.DisplayAlerts",
+        "Application.Selection",
+        "Application.Range",
+        "Application.Quit",
+        "Workbooks.Open",
+        "Workbooks.count",
+        "Workbook.Sheets",
+        "Workbook.ActiveSheet",
+        "Workbook.SaveAs",
+        "Workbook.SaveAs FileFormat",
+        "Workbook.Close",
+        "Worksheet.Cells",
+        "Worksheet.Activate",
+        "Worksheet.Rows",
+        "Worksheet.Range",
+        "Worksheet.Name",
+        "Worksheet.UsedRange",
+        "Selection.Copy",
+        "Selection.PasteSpecial",
+        "Selection.PasteSpecial Paste",
+        "Selection.PasteSpecial Operation",
+        "Selection.PasteSpecial SkipBlanks",
+        "Selection.PasteSpecial Transpose",
+        "Range.Rows",
+        "Range.Columns",
+        "Range.count",
+        "Range.Row",
+        "Range.Column",
+        "Range.Select",
+        "Range.CopyPicture",
+    };
+    return names;
+}
+
+/// The size that a metafile says it has, in pixels at 96 dots per inch.
+SIZE naturalSize(const std::vector<std::byte>& metafile)
+{
+    ENHMETAHEADER header = {};
+    if (metafile.size() < sizeof header)
+        return {};
+    std::memcpy(&header, metafile.data(), sizeof header);
+    return {::MulDiv(header.rclFrame.right - header.rclFrame.left, 96, 2540),
+            ::MulDiv(header.rclFrame.bottom - header.rclFrame.top, 96, 2540)};
+}
+
+SIZE bitmapSize(const std::vector<std::byte>& bitmapFile)
+{
+    BITMAPINFOHEADER header = {};
+    std::memcpy(&header, bitmapFile.data() + sizeof(BITMAPFILEHEADER), sizeof header);
+    return {header.biWidth, std::abs(header.biHeight)};
+}
+
+/// What a user must find after any build: the windows usable, the intermediate files gone.
+void expectTidy(const BuildOutcome& outcome, const std::filesystem::path& folder, const std::string& when)
+{
+    ASSERT_GE(outcome.windowCalls.size(), 2U) << when;
+    EXPECT_EQ(outcome.windowCalls[outcome.windowCalls.size() - 2], "unfreeze") << when;
+    EXPECT_EQ(outcome.windowCalls.back(), "arrow") << when;
+    EXPECT_FALSE(fileExists(folder / "template.xlt")) << when;
+    EXPECT_FALSE(fileExists(folder / "temp.bmp")) << when;
+}
+
+using ExcelBuildTest = ExcelTest;
+
+/// Cases of the table that bring automation nothing new, at many calls each.
+constexpr auto repeatedCases = std::to_array<std::string_view>(
+    {"employees-26", "typed-25", "typed-50", "typed-75", "typed-100", "typed-125", "typed-150", "typed-175"});
+
+TEST_F(ExcelBuildTest, GivesTheWorkbookAndThePictureThatTheEngineGives)
+{
+    for (const BuildCase& each : buildCases()) {
+        if (std::ranges::find(repeatedCases, each.name) != repeatedCases.end())
+            continue;
+        startAnew();
+        const auto start = Clock::now();
+        const BuildOutcome through = build(each.data);
+        const std::chrono::duration<double> time = Clock::now() - start;
+        const std::size_t calls = logged("call").size();
+        std::cout << each.name << ": " << each.data.rows.size() << " rows, " << calls << " calls, " << time.count()
+                  << " s\n";
+        const BuildOutcome direct = buildDirectly(each.data);
+        EXPECT_EQ(messages.texts(), std::vector<std::string>()) << each.name;
+        ASSERT_FALSE(through.workbook.empty() || direct.workbook.empty()) << each.name;
+        EXPECT_EQ(workbookDifferences(through.workbook, direct.workbook), std::vector<std::string>()) << each.name;
+        const SIZE expected = bitmapSize(direct.picture);
+        EXPECT_NEAR(naturalSize(through.picture).cx, expected.cx, 1) << each.name;
+        EXPECT_NEAR(naturalSize(through.picture).cy, expected.cy, 1) << each.name;
+        expectTidy(through, folder, each.name);
+        EXPECT_EQ(excelProcessesLeft(), 0) << each.name;
+    }
+}
+
+TEST_F(ExcelBuildTest, AsksForTheListedMembersInTheirListedFormAndNothingElse)
+{
+    build(dataOf("employees-3"));
+    std::set<std::string> missing(listedCalls().begin(), listedCalls().end());
+    for (const std::string& call : logged("call")) {
+        const auto listed = std::ranges::find_if(
+            listedCalls(), [&](const std::string& pattern) { return std::regex_match(call, std::regex(pattern)); });
+        ASSERT_NE(listed, listedCalls().end()) << call;
+        missing.erase(*listed);
+    }
+    EXPECT_EQ(missing, std::set<std::string>());
+    const std::vector<std::string> names = logged("name");
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), listedNames());
+}
+
+/// A run of the fake: what it was asked in both its sessions, and the steps that were reported.
+struct FakeRun {
+    std::vector<std::string> calls;
+    std::vector<int> failedSteps;
+};
+
+FakeRun runFake(const PayrollData& data, RecordedMessages& messages, int failingCall)
+{
+    messages.shown.clear();
+    FakeSpreadsheet fake;
+    fake.fails = [&, failingCall](int call) { return call == failingCall; };
+    BuildServices services;
+    services.spreadsheet = fake.platform();
+    services.templateResource = [] { return customResource(payrollTemplateResource); };
+    services.randomNumber = [](std::int32_t, std::int32_t) { return 9; };
+    RecordedWindows windows;
+    buildPayrollWorkbook(data, windows, services);
+    return {fake.calls, messages.failedSteps()};
+}
+
+/// The fake's call number, as the number of the session and that of the call within it; creating one is no call.
+std::pair<std::size_t, int> placeOf(const std::vector<std::string>& calls, std::size_t call)
+{
+    const char session = calls[call].front();
+    const auto within = std::count_if(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(call) + 1,
+                                      [session](const std::string& each) { return each.front() == session; });
+    return {static_cast<std::size_t>(session - '1'), static_cast<int>(within)};
+}
+
+/// The member that a call of the fake ends in: "1.Book.Sheets(1).Cells(4, 2) = "E1"" is of ".Cells".
+std::string memberOf(const std::string& call)
+{
+    static const std::regex arguments(R"re(\([^)]*\)|"[^"]*"| = .*)re");
+    const std::string path = std::regex_replace(call, arguments, "");
+    return call.substr(0, 1) + path.substr(path.rfind('.'));
+}
+
+/// Excel knows more reasons to fail than the fake does: without a workbook nothing is selected, and so on.
+bool includesSteps(std::vector<int> all, std::vector<int> some)
+{
+    std::ranges::sort(all);
+    std::ranges::sort(some);
+    return std::ranges::includes(all, some);
+}
+
+TEST_F(ExcelBuildTest, ReportsTheStepsThatTheFakeReportsWhereverOneCallFails)
+{
+    const PayrollData& data = dataOf("sample");
+    const FakeRun healthy = runFake(data, messages, 0);
+    std::set<std::string> tried;
+    for (std::size_t call = 0; call < healthy.calls.size(); ++call) {
+        if (healthy.calls[call] == "new" || !tried.insert(memberOf(healthy.calls[call])).second)
+            continue;
+        const std::string when = "failing " + healthy.calls[call];
+        const auto [session, number] = placeOf(healthy.calls, call);
+        const std::vector<int> expected = runFake(data, messages, static_cast<int>(call) + 1).failedSteps;
+        std::vector<std::string> told(2);
+        told[session] = "fail=" + std::to_string(number);
+        startAnew(told);
+        const BuildOutcome outcome = build(data);
+        ASSERT_FALSE(messages.shown.empty() || expected.empty()) << when;
+        EXPECT_TRUE(messages.shown[0].text.starts_with("The test wants this call to fail.\r\n"))
+            << when << ": " << messages.shown[0].text;
+        EXPECT_EQ(messages.failedSteps().front(), expected.front()) << when;
+        EXPECT_TRUE(includesSteps(messages.failedSteps(), expected)) << when;
+        expectTidy(outcome, folder, when);
+        EXPECT_EQ(excelProcessesLeft(), 0) << when;
+    }
+    EXPECT_GE(tried.size(), 25U);
+}
+
+TEST_F(ExcelBuildTest, MakesNoCallThatTheFakeDoesNotSee)
+{
+    const PayrollData& data = dataOf("employees-3");
+    const std::vector<std::string> fake = runFake(data, messages, 0).calls;
+    startAnew();
+    build(data);
+    EXPECT_EQ(logged("call").size(), fake.size() - static_cast<std::size_t>(std::ranges::count(fake, "new")));
+}
+
+TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)
+{
+    const std::string expected = ": Excel has ended, or its process no longer answers.";
+    for (const auto& told : {std::vector<std::string>{"die=1"}, {"die=40"}, {"", "die=3"}, {"", "die=20"}}) {
+        startAnew(told);
+        const auto start = Clock::now();
+        const BuildOutcome outcome = build(dataOf("sample"));
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(15)) << told.back();
+        ASSERT_FALSE(messages.shown.empty()) << told.back();
+        EXPECT_NE(messages.shown[0].text.find(expected), std::string::npos) << messages.shown[0].text;
+        expectTidy(outcome, folder, told.back());
+        EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
+    }
+}
+
+/// A template as the user may have left one in the temporary folder: with two sheets.
+void writeTemplateWithTwoSheets(const std::filesystem::path& path)
+{
+    engine::Book book = engine::xls::readWorkbook(customResource(payrollTemplateResource), "template");
+    engine::Book smaller;
+    smaller.styles = book.styles;
+    smaller.addSheet("One");
+    smaller.addSheet("Two");
+    writeBytesToFile(engine::xls::writeWorkbook(smaller, engine::xls::FileKind::Template), path);
+}
+
+TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
+{
+    struct {
+        std::vector<std::string> told;
+        std::vector<int> steps; ///< the first of those reported
+        std::string text;
+    } const cases[] = {
+        {{"nothing=Open"}, {60, 100}, "It may have opened it in Protected View."},
+        {{"", "nothing=Open"}, {500, 520}, "It may have opened it in Protected View."},
+        {{"nothing=Selection"}, {330, 350}, "Nothing is selected in Excel."},
+        {{"nothing=Sheets"}, {100, 101}, "Excel gave no worksheet number 1."},
+        {{"", "nothing=ActiveSheet"}, {10, 20}, "Excel gave no worksheet."},
+        {{"", "nothing=UsedRange"}, {20, 30}, "Excel gave no cells."},
+        {{"nothing=Version"}, {430}, "Excel gave no text for \"Version\"."},
+        {{"version=beta"}, {430}, "gives \"beta\" as its version, which is no number."},
+        {{"unknown=PasteSpecial"}, {350}, "Excel failed at \"PasteSpecial\": this version of Excel does not know it."},
+        {{"busy=Activate"}, {310}, "Please close any message or dialog that it shows."},
+        {{"refuse=SaveAs silent"}, {430}, "Excel failed at \"SaveAs\": Excel refuses it and gives no reason."},
+        {{"refuse=Quit"}, {460}, "The test wants this call to fail."},
+        {{"", "refuse=CopyPicture"}, {50, 70, 600}, "The test wants this call to fail."},
+    };
+    for (const auto& [told, steps, text] : cases) {
+        startAnew(told);
+        const BuildOutcome outcome = build(dataOf("sample"));
+        std::vector<int> reported = messages.failedSteps();
+        reported.resize(std::min(reported.size(), steps.size()));
+        EXPECT_EQ(reported, steps) << told.back();
+        ASSERT_FALSE(messages.shown.empty()) << told.back();
+        EXPECT_NE(messages.shown[0].text.find(text), std::string::npos) << messages.shown[0].text;
+        expectTidy(outcome, folder, told.back());
+        EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
+    }
+}
+
+TEST_F(ExcelBuildTest, ReportsEveryCellOfASheetThatIsNotThere)
+{
+    writeTemplateWithTwoSheets(folder / "template.xlt");
+    const BuildOutcome outcome = build(dataOf("sample"));
+    EXPECT_EQ(messages.failedSteps(), (std::vector<int>{310, 320, 330, 340, 350, 360, 370, 380}));
+    EXPECT_TRUE(messages.shown[0].text.starts_with("The workbook has no sheet number 3.\r\n"));
+    EXPECT_TRUE(fileExists(outcome.workbook));
+    expectTidy(outcome, folder, "two sheets");
+}
+
+TEST_F(ExcelBuildTest, SavesInTheOlderFormatOfAnOlderExcel)
+{
+    startAnew({"version=11.0"});
+    const BuildOutcome outcome = build(dataOf("sample"));
+    EXPECT_EQ(messages.texts(), std::vector<std::string>());
+    const std::vector<std::string> calls = logged("call");
+    EXPECT_TRUE(std::ranges::any_of(calls, [](const std::string& call) {
+        return call.starts_with("Workbook.SaveAs ") && call.ends_with(", FileFormat:=I4 -4143)");
+    }));
+    EXPECT_EQ(workbookDifferences(outcome.workbook, buildDirectly(dataOf("sample")).workbook),
+              std::vector<std::string>());
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "tests/excel/ExcelTest.h"
+
+#include "workbook/excel/ExcelSession.h"
+
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include <windows.h>
+
+#include <objbase.h>
+#include <objidl.h>
+
+using namespace wagemill;
+using namespace wagemill::test;
+
+namespace {
+
+using ExcelSessionTest = ExcelTest;
+
+std::string failureOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const SpreadsheetError& error) {
+        return error.what();
+    }
+    return "no failure";
+}
+
+TEST_F(ExcelSessionTest, IsAProcessOfItsOwnEachTime)
+{
+    const auto first = createSession();
+    const auto second = createSession();
+    EXPECT_EQ(excelProcesses(), 2);
+    EXPECT_EQ(second->Workbooks()->count(), 0);
+    second->Quit();
+    EXPECT_EQ(first->Version(), "16.0");
+}
+
+TEST_F(ExcelSessionTest, EndsWithoutQuitWhenItIsReleased)
+{
+    checkExcelPresence([this] { return createSession(); });
+    EXPECT_EQ(messages.texts(), std::vector<std::string>());
+    EXPECT_EQ(logged("call"), std::vector<std::string>());
+    EXPECT_EQ(excelProcessesLeft(), 0);
+}
+
+TEST_F(ExcelSessionTest, LeavesNoExcelToObjectsThatOutliveIt)
+{
+    for (const bool quits : {true, false}) {
+        auto session = createSession();
+        const auto workbooks = session->Workbooks();
+        EXPECT_EQ(workbooks->count(), 0);
+        if (quits)
+            session->Quit();
+        else
+            session.reset();
+        EXPECT_EQ(excelProcessesLeft(), 0);
+        EXPECT_EQ(failureOf([&] { workbooks->count(); }), "The Excel session has ended.");
+        if (session) {
+            EXPECT_EQ(failureOf([&] { session->Version(); }), "The Excel session has ended.");
+        }
+    }
+}
+
+/// A window that counts the events it was given.
+class CountingWindow {
+public:
+    CountingWindow()
+    {
+        ::SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CountingWindow::receive));
+        s_events = 0;
+    }
+    CountingWindow(const CountingWindow&) = delete;
+    CountingWindow& operator=(const CountingWindow&) = delete;
+    ~CountingWindow() { ::DestroyWindow(m_window); }
+
+    void post() const { ::PostMessageW(m_window, WM_APP, 0, 0); }
+    static int events() { return s_events; }
+
+private:
+    static LRESULT CALLBACK receive(HWND window, UINT message, WPARAM word, LPARAM longWord)
+    {
+        s_events += message == WM_APP || message == WM_TIMER ? 1 : 0;
+        return ::DefWindowProcW(window, message, word, longWord);
+    }
+
+    static inline int s_events = 0;
+    HWND m_window =
+        ::CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+};
+
+TEST_F(ExcelSessionTest, LetsNoWindowEventRunDuringACall)
+{
+    startAnew({"slow=200"});
+    const CountingWindow window;
+    window.post();
+    const auto session = createSession();
+    EXPECT_EQ(session->Version(), "16.0");
+    window.post();
+    session->PutVisible(false);
+    session->Quit();
+    EXPECT_EQ(CountingWindow::events(), 0);
+    MSG message = {};
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+        ::DispatchMessageW(&message);
+    EXPECT_EQ(CountingWindow::events(), 2);
+}
+
+TEST_F(ExcelSessionTest, FiltersTheCallsOfItsThreadForAsLongAsOneSessionLives)
+{
+    const auto isFiltered = [] {
+        IMessageFilter* filter = nullptr;
+        ::CoRegisterMessageFilter(nullptr, &filter);
+        ::CoRegisterMessageFilter(filter, nullptr);
+        return filter != nullptr;
+    };
+    auto first = createSession();
+    auto second = createSession();
+    first.reset();
+    EXPECT_TRUE(isFiltered());
+    second.reset();
+    EXPECT_FALSE(isFiltered());
+}
+
+TEST_F(ExcelSessionTest, GoesOnWhenAnotherProgramHoldsTheClipboard)
+{
+    std::promise<void> isHeld;
+    std::promise<void> isOver;
+    std::jthread other([&, over = isOver.get_future()]() mutable {
+        ::OpenClipboard(nullptr);
+        isHeld.set_value();
+        over.wait();
+        ::CloseClipboard();
+    });
+    isHeld.get_future().wait();
+    const auto start = std::chrono::steady_clock::now();
+    const BuildOutcome outcome = build({{"ACME Inc", "3/31/2026"}, {EmployeeRow{}}});
+    isOver.set_value();
+    EXPECT_EQ(messages.failedSteps(), (std::vector<int>{50, 70, 600}));
+    EXPECT_NE(messages.shown[0].text.find("another program holds the clipboard"), std::string::npos);
+    EXPECT_FALSE(outcome.workbook.empty());
+    EXPECT_EQ(outcome.windowCalls.back(), "arrow");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+} // namespace

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "tests/support/RecordedMessages.h"
+#include "workbook/PayrollBuild.h"
+#include "workbook/embedded/PictureClipboard.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wagemill::test {
+
+/// What a build left: what was done to the windows, the picture and the workbook that they were given.
+struct BuildOutcome {
+    std::vector<std::string> windowCalls;
+    std::vector<std::byte> picture;
+    std::filesystem::path workbook;
+};
+
+struct RecordedWindows : BuildWindows {
+    BuildOutcome outcome;
+
+    void freezeDrawing() override { outcome.windowCalls.emplace_back("freeze"); }
+    void unfreezeDrawing() override { outcome.windowCalls.emplace_back("unfreeze"); }
+    void showHourglass() override { outcome.windowCalls.emplace_back("hourglass"); }
+    void showArrow() override { outcome.windowCalls.emplace_back("arrow"); }
+    void showPicture(const std::filesystem::path& path) override;
+    void passWorkbook(const std::filesystem::path& path) override { outcome.workbook = path; }
+    void showPreview() override { outcome.windowCalls.emplace_back("show preview"); }
+    void hideEntry() override { outcome.windowCalls.emplace_back("hide entry"); }
+};
+
+/// How many processes of the test's Excel there are.
+int excelProcesses();
+/// Waits until they are all gone, at most ten seconds. Gives how many are left.
+int excelProcessesLeft();
+
+/// A test with an Excel that is told what to do wrong, and a temporary folder of its own. None may be left at its end.
+class ExcelTest : public testing::Test {
+protected:
+    ExcelTest();
+    ~ExcelTest() override;
+    void TearDown() override { EXPECT_EQ(excelProcessesLeft(), 0); }
+
+    /// A build through Excel.
+    BuildOutcome build(const PayrollData& data);
+    /// The same through the engine in this process.
+    BuildOutcome buildDirectly(const PayrollData& data);
+    /// A session with an Excel that was told the instructions of its number.
+    std::unique_ptr<Application> createSession();
+    /// The next session is the first one again; the log and the clipboard are emptied.
+    void startAnew(std::vector<std::string> told = {});
+    /// What reached the Excels, in the form of CallLog.h; of the lines that begin with `kind` what follows it.
+    std::vector<std::string> logged(const std::string& kind) const;
+
+    std::vector<std::string> instructions; ///< of the first session, the second and so on; see Instructions.h
+    RecordedMessages messages;
+    std::filesystem::path folder;
+
+private:
+    std::filesystem::path logFile() const { return folder / "calls.log"; }
+    BuildServices services(SpreadsheetPlatform spreadsheet) const;
+
+    std::size_t m_sessions = 0;
+    EmbeddedPictureClipboard m_engineClipboard;
+};
+
+} // namespace wagemill::test

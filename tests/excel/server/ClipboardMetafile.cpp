@@ -1,0 +1,92 @@
+#include "tests/excel/server/ClipboardMetafile.h"
+
+#include "workbook/spreadsheet/Spreadsheet.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace wagemill::test {
+
+namespace {
+
+template <typename Handle, auto release>
+struct Releaser {
+    using pointer = Handle;
+    void operator()(Handle handle) const { release(handle); }
+};
+using Metafile = std::unique_ptr<std::remove_pointer_t<HENHMETAFILE>, Releaser<HENHMETAFILE, ::DeleteEnhMetaFile>>;
+
+struct ScreenContext {
+    HDC context = ::GetDC(nullptr);
+    ScreenContext() = default;
+    ScreenContext(const ScreenContext&) = delete;
+    ScreenContext& operator=(const ScreenContext&) = delete;
+    ~ScreenContext() { ::ReleaseDC(nullptr, context); }
+};
+
+/// A length in pixels at 96 dots per inch, in hundredths of a millimetre.
+LONG hundredthsOfMillimetre(LONG pixels)
+{
+    return ::MulDiv(pixels, 2540, 96);
+}
+
+/// That length in the pixels of the screen, which a metafile is drawn in.
+int screenPixels(HDC screen, LONG length, int pixels, int millimetres)
+{
+    return ::MulDiv(length, ::GetDeviceCaps(screen, pixels), 100 * ::GetDeviceCaps(screen, millimetres));
+}
+
+struct Bitmap {
+    BITMAPINFO info = {};
+    const std::byte* pixels = nullptr;
+
+    explicit Bitmap(std::span<const std::byte> file)
+    {
+        BITMAPFILEHEADER header = {};
+        if (file.size() < sizeof header + sizeof info.bmiHeader)
+            throw SpreadsheetError("The picture is no bitmap.");
+        std::memcpy(&header, file.data(), sizeof header);
+        std::memcpy(&info.bmiHeader, file.data() + sizeof header, sizeof info.bmiHeader);
+        pixels = file.subspan(header.bfOffBits).data();
+    }
+};
+
+Metafile metafileOf(const Bitmap& bitmap)
+{
+    const BITMAPINFOHEADER& header = bitmap.info.bmiHeader;
+    const LONG height = header.biHeight < 0 ? -header.biHeight : header.biHeight;
+    const RECT frame = {0, 0, hundredthsOfMillimetre(header.biWidth), hundredthsOfMillimetre(height)};
+    const ScreenContext screen;
+    const HDC drawing = ::CreateEnhMetaFileW(screen.context, nullptr, &frame, nullptr);
+    ::StretchDIBits(drawing, 0, 0, screenPixels(screen.context, frame.right, HORZRES, HORZSIZE),
+                    screenPixels(screen.context, frame.bottom, VERTRES, VERTSIZE), 0, 0, header.biWidth, height,
+                    bitmap.pixels, &bitmap.info, DIB_RGB_COLORS, SRCCOPY);
+    return Metafile(::CloseEnhMetaFile(drawing));
+}
+
+/// The clipboard needs a window as its owner to take something from us.
+HWND clipboardOwner()
+{
+    static const HWND window =
+        ::CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    return window;
+}
+
+} // namespace
+
+void copyAsMetafile(std::span<const std::byte> bitmapFile)
+{
+    Metafile metafile = metafileOf(Bitmap(bitmapFile));
+    if (!::OpenClipboard(clipboardOwner()))
+        throw SpreadsheetError("CopyPicture failed: another program holds the clipboard.");
+    ::EmptyClipboard();
+    if (::SetClipboardData(CF_ENHMETAFILE, metafile.get()) != nullptr)
+        std::ignore = metafile.release(); // the clipboard's from now on
+    ::CloseClipboard();
+}
+
+} // namespace wagemill::test
