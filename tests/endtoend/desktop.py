@@ -68,6 +68,10 @@ class Desktop:
         self._move(x, y)
         self._xdotool("click", str(button))
 
+    def wheel_down(self, notches):
+        """Turns the mouse wheel where the pointer is."""
+        self._xdotool("click", "--repeat", str(notches), "--delay", "20", "5")
+
     def drag(self, start, end):
         self._move(*start)
         self._xdotool("mousedown", "1")

@@ -24,6 +24,22 @@ class Screen:
             except Exception:  # the control went away while we looked at it
                 continue
 
+    def focusable(self):
+        """The showing controls that the keyboard may reach; the cells of a table count as one control."""
+        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
+            try:
+                state = control.getState()
+                if (state.contains(self.pyatspi.STATE_FOCUSABLE) and state.contains(self.pyatspi.STATE_SHOWING)
+                        and control.getRoleName() not in ("table cell", "list item")):
+                    yield control
+            except Exception:  # the control went away while we looked at it
+                continue
+
+    def texts(self, name):
+        """The texts of all fields that are labelled so."""
+        fields = [field.queryText() for field in self.all("text", name)]
+        return [field.getText(0, field.characterCount) for field in fields]
+
     def click(self, role, name):
         box = self.box(self.find(role, name))
         self.desktop.click(box.x + box.width // 2, box.y + box.height // 2)

@@ -1,0 +1,136 @@
+"""Scenarios of the program as a citizen of the desktop: without a mouse, by ear, on small screens, for many employees."""
+import os
+import re
+
+from desktop import Desktop, StepFailed
+from wagemill_guide import PREVIEW, START, Guide
+
+SAVE = "Save Results To Excel File"
+NED = "Pay stub of Ned Hollister: gross pay $997.00, net pay $688.90."
+
+
+def expect(condition, what):
+    if not condition:
+        raise StepFailed(what)
+
+
+def names_every_control_for_a_screen_reader(program):
+    with Desktop() as desktop:
+        guide = Guide(desktop, program)
+        screen = guide.screen
+        expect_names(screen, "the entry window", at_least=22)
+        desktop.key("F1")
+        screen.find("push button", "OK")
+        expect_names(screen, "a message", at_least=24)
+        desktop.key("Escape")
+        guide.load_sample_data()
+        guide.build()
+        expect_names(screen, "the preview", at_least=6)
+        told = screen.find("image", "Picture of the payroll sheet").description
+        expect(told == NED, f"the picture says \"{told}\"")
+        desktop.key("ctrl+s")
+        screen.find("text", "File name:")
+        expect_names(screen, "the save dialog", at_least=12)
+
+
+def expect_names(screen, where, at_least):
+    controls = list(screen.focusable())
+    expect(len(controls) >= at_least, f"{where} shows only {len(controls)} controls")
+    unnamed = [control.getRoleName() for control in controls if not control.name]
+    expect(not unnamed, f"{where} has controls without a name: {unnamed}")
+
+
+def needs_no_mouse(program):
+    with Desktop() as desktop:
+        guide = Guide(desktop, program)
+        desktop.key("alt+l")
+        desktop.wait_for(lambda: guide.screen.text("Name:") == "Ned Hollister", "the sample data")
+        desktop.key("alt+e")
+        desktop.type("E7")
+        desktop.key("Escape", "ctrl+z")
+        desktop.wait_for(lambda: guide.screen.text("Employee Id:") == "E118", "what was typed to be undone")
+        desktop.key("alt+s")
+        picture = guide.screen.find("image", "Picture of the payroll sheet")
+        natural = guide.screen.box(picture).width
+        desktop.key("ctrl+plus", "ctrl+plus", "ctrl+minus")
+        desktop.wait_for(lambda: abs(guide.screen.box(picture).width - natural * 1.25) < 2, "the zoomed picture")
+        desktop.key("Escape")
+        save_by_keyboard(desktop, guide, os.path.join(desktop.home, "run", "March"))
+        expect(os.path.exists(os.path.join(desktop.home, "run", "March")), "the file was not saved as it was named")
+        refuse_to_overwrite(desktop, guide, "March")
+        desktop.key("alt+b")
+        guide.screen.find("push button", START)
+
+
+def save_by_keyboard(desktop, guide, path):
+    desktop.key("ctrl+s")
+    guide.screen.find("text", "File name:")
+    desktop.window("Save File")
+    desktop.type(path)
+    desktop.key("Return")
+    desktop.wait_for(lambda: "Done." in guide.message(), "\"Done.\"")
+    desktop.key("Escape")
+    desktop.wait_for(lambda: "Done." not in guide.message(), "the message to go")
+
+
+def refuse_to_overwrite(desktop, guide, name):
+    """The dialog starts where the last save went, so the bare name meets the file; Escape is No."""
+    path = os.path.join(desktop.home, "run", name)
+    with open(path, "w", encoding="ascii") as older:
+        older.write("older")
+    desktop.key("ctrl+s")
+    guide.screen.find("text", "File name:")
+    desktop.window("Save File")
+    desktop.type(name)
+    desktop.key("Return")
+    question = f"Are you sure you wish to overwrite {path} ?"
+    desktop.wait_for(lambda: question in guide.message(), "the question, once and ours")
+    desktop.key("Escape")
+    desktop.wait_for(lambda: "Done." in guide.message(), "\"Done.\"")
+    desktop.key("Return")
+    desktop.wait_for(lambda: guide.message() == "", "the message to go")
+    with open(path, encoding="ascii") as kept:
+        expect(kept.read() == "older", "Escape overwrote the file")
+
+
+def pays_twenty_five_employees(program):
+    with Desktop() as desktop:
+        guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25")
+        desktop.key("alt+l")
+        guide.screen.click("label", "Serial Number : 1")
+        desktop.wheel_down(24)
+        desktop.key("alt+e")  # the ID of the employee in view
+        for text in ("E25", "Ida Reed", "20"):
+            desktop.type(text)
+            desktop.key("Tab")
+        desktop.key("alt+s")
+        guide.screen.find("push button", SAVE)
+        told = guide.screen.find("image", "Picture of the payroll sheet").description.split("\n")
+        expect(told == [NED, "Pay stub of Ida Reed: gross pay $0.00, net pay $0.00.",
+                        "23 pay stubs without figures."], f"the picture says {told}")
+        guide.close_window()
+        guide.process.wait(5)
+        again = Guide(desktop, program, WAGEMILL_EMPLOYEES="25")
+        expect("Ida Reed" in again.screen.texts("Name:"), "the last employee is not there at the next start")
+
+
+def fits_a_small_screen(program):
+    with Desktop(size="800x600") as desktop:
+        guide = Guide(desktop, program)
+        guide.load_sample_data()
+        for control in guide.screen.focusable():
+            expect_on_screen(guide.screen.box(control), control.name, desktop)
+        guide.build()
+        desktop.window(PREVIEW)
+        for control in guide.screen.focusable():
+            expect_on_screen(guide.screen.box(control), control.name, desktop)
+
+
+def expect_on_screen(box, name, desktop):
+    width, height = (int(extent) for extent in re.findall(r"\d+", desktop.size))
+    expect(box.x >= 0 and box.y >= 0 and box.x + box.width <= width and box.y + box.height <= height,
+           f"\"{name}\" is not whole on a screen of {desktop.size}: {box.x}, {box.y}, {box.width} x {box.height}")
+
+
+CITIZEN_SCENARIOS = (names_every_control_for_a_screen_reader, needs_no_mouse, pays_twenty_five_employees,
+                     fits_a_small_screen)
