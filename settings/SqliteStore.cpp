@@ -3,6 +3,7 @@
 #include "settings/UserStore.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <pwd.h>
@@ -10,6 +11,7 @@
 #include <stdexcept>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -19,8 +21,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// How long a write waits for another program's transaction.
-constexpr int busyMilliseconds = 5000;
+/// How often a transaction that meets another program's looks again, a millisecond apart. SQLite's own waiting grows to
+/// a tenth of a second at a time, and then never falls into the gaps between the writes of a busy program.
+constexpr int mostWaits = 10'000;
+
+int waitForOther(void* /*unused*/, int waits)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return waits < mostWaits ? 1 : 0;
+}
 
 /// EXTRA: the journal's end, too, is on the disk when a write returns, so the power may fail then.
 constexpr const char* preparation = "PRAGMA journal_mode=DELETE;"
@@ -137,7 +146,7 @@ void SqliteStore::open()
         sqlite3_open_v2(m_file.c_str(), &raw, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
     m_database.reset(raw);
     if (outcome == SQLITE_OK)
-        outcome = sqlite3_busy_timeout(raw, busyMilliseconds);
+        outcome = sqlite3_busy_handler(raw, waitForOther, nullptr);
     if (outcome == SQLITE_OK && writable)
         outcome = sqlite3_exec(raw, preparation, nullptr, nullptr, nullptr);
     if (outcome != SQLITE_OK)
