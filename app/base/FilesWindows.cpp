@@ -3,6 +3,8 @@
 #include "app/base/WindowsOwnership.h"
 #include "app/base/WindowsText.h"
 
+#include <ole2.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -299,6 +301,7 @@ void atEveryEnd(void (*work)())
 void endProcess()
 {
     std::for_each(endWork().rbegin(), endWork().rend(), [](void (*work)()) { work(); });
+    ::OleFlushClipboard(); // what the user copied from a field must outlive the program
     // Ends without asking the libraries in the process to tidy up; what must be undone has been undone.
     ::TerminateProcess(::GetCurrentProcess(), 0);
     std::abort(); // not reached

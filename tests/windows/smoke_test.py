@@ -48,7 +48,7 @@ class Windows:
     def entry_window(self):
         window = self.desktop.window(TITLE, 60)
         self.desktop.wait_for(lambda: self.desktop.size_of(window)[0] > 600, "the entry window in its size")
-        self.picture(window, "entry")
+        self.settled(window, "entry")
         return window
 
     def picture(self, window, name):
@@ -56,12 +56,18 @@ class Windows:
         self.desktop.screenshot(path, window)
         return path
 
-    def settled(self, name):
-        """A picture of the whole screen after which nothing changed any more; a dialog comes up piece by piece."""
+    def settled(self, window, name):
+        """A picture once nothing changes any more; windows come up piece by piece. No window: of the whole screen."""
+        def colours_then_and_now():
+            for seconds in (0.2, 0):
+                subprocess.run(["convert", self.picture(window, name), "RGB:" + os.path.join(self.folder, "pixels")],
+                               check=True)
+                with open(os.path.join(self.folder, "pixels"), "rb") as pixels:
+                    yield pixels.read()
+                time.sleep(seconds)
         def is_settled():
-            before = open(self.picture(None, name), "rb").read()
-            time.sleep(0.5)
-            return open(self.picture(None, name), "rb").read() == before
+            before, now = colours_then_and_now()
+            return before == now and any(now)  # an undrawn window is black
         self.desktop.wait_for(is_settled, f"the screen to settle ({name})")
 
     def stored(self, name):
@@ -73,11 +79,14 @@ class Windows:
     def expect_stored(self, name, text):
         self.desktop.wait_for(lambda: self.stored(name) == ("REG_SZ", text), f"{name} to be \"{text}\" in the registry")
 
+    def clipboard_text(self):
+        return self.desktop.run(os.path.join(self.tools, "clipboard_text.exe"))[1]
+
     def expect_copied(self, is_expected, what):
         """Presses Ctrl+C until that puts the expected text on the clipboard."""
         def copied():
             self.desktop.key("ctrl+c")
-            return self.desktop.run(os.path.join(self.tools, "clipboard_text.exe"))[1]
+            return self.clipboard_text()
         try:
             self.desktop.wait_for(lambda: is_expected(copied()), what)
         except StepFailed as failure:
@@ -134,6 +143,8 @@ def stores_what_is_typed_and_shows_what_is_stored(windows):
     windows.expect_stored("txtHourlyWage0", "$12.50")
     windows.desktop.key("alt+F4")
     windows.expect_end()
+    left = windows.clipboard_text()
+    expect(left == "7", f"the clipboard holds \"{left}\" after the end, not what was copied")
 
 
 def builds_previews_and_saves(windows, **environment):
@@ -144,6 +155,7 @@ def builds_previews_and_saves(windows, **environment):
     saved = desktop.disk("saved by the test.xls")
     if os.path.exists(saved):
         os.remove(saved)
+    desktop.run("reg", "delete", KEY, "/f")
     windows.start(**environment)
     entry = windows.entry_window()
     desktop.click_in(entry, *SAMPLE_DATA)
@@ -161,7 +173,7 @@ def builds_previews_and_saves(windows, **environment):
     expect(len(glob.glob(temporary)) == 1, f"the temporary folder holds {glob.glob(temporary)}")
     desktop.click_in(preview, *SAVE)
     desktop.window("Save File", 30)
-    windows.settled("save")
+    windows.settled(None, "save")
     desktop.key("ctrl+a")
     desktop.type("C:\\saved by the test.xls")
     desktop.key("Return")
