@@ -5,6 +5,7 @@
 #include <QCalendarWidget>
 #include <QKeyEvent>
 #include <QSignalBlocker>
+#include <QTextCharFormat>
 #include <QWheelEvent>
 
 #include <utility>
@@ -22,6 +23,13 @@ bool isDigit(const QString& typed)
 bool isSeparator(const QString& typed)
 {
     return typed.size() == 1 && QStringLiteral("/-. ").contains(typed);
+}
+
+/// Weekends in the text's own colour; the red of the calendar is hard to read on most grounds.
+void calmCalendarColors(QCalendarWidget& calendar)
+{
+    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday})
+        calendar.setWeekdayTextFormat(day, QTextCharFormat());
 }
 
 /// What a screen reader says of the parts of the calendar; their names are those that Qt gives them.
@@ -49,6 +57,7 @@ DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
     setDisplayFormat(QString::fromStdString(m_formats.shortDatePattern));
     setCalendarPopup(true);
     nameCalendarControls(*calendarWidget());
+    calmCalendarColors(*calendarWidget());
     m_shown = this->date();
     connect(this, &QDateEdit::dateChanged, this, &DatePicker::rememberChange);
 }

@@ -35,7 +35,7 @@ bool EntryArea::focusNextPrevChild(bool next)
 
 QSize EntryArea::sizeHint() const
 {
-    return widget()->sizeHint();
+    return widget()->sizeHint() + QSize(1, 1); // at 150 % a window may come out a part of a pixel smaller
 }
 
 QSize EntryArea::minimumSizeHint() const

@@ -12,7 +12,7 @@ class EntryArea : public QScrollArea {
 public:
     EntryArea(QWidget* content, QWidget* parent);
 
-    /// The content's own size.
+    /// Room for the content without scroll bars.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     /// As much of it as `available` holds, with the scroll bars that this takes.

@@ -148,13 +148,15 @@ QGroupBox* Form1::employeeFrame()
     auto* const row = new QHBoxLayout(Frame3);
     row->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap());
     row->setSpacing(0);
-    row->addWidget(Picture1);
+    row->addWidget(Picture1, 1, Qt::AlignLeft);
     row->addWidget(VScroll1);
     return Frame3;
 }
 
 void Form1::placeRows()
 {
+    for (QWidget* control : findChildren<QWidget*>())
+        control->ensurePolished(); // only then does it know its size
     const QSize panel = picMainContainer.front()->sizeHint();
     for (EmployeePanel* container : picMainContainer) {
         const float top = -stripTop(static_cast<float>(panel.height()) * twipsPerPixel, container->row());
@@ -174,12 +176,15 @@ QWidget* Form1::buttonRow()
     PushButton22 = named(new PushButton(QStringLiteral("Start Creating Template"), buttons), "PushButton22");
     PushButton22->setDefault(false);
 
-    auto* const row = new QHBoxLayout(buttons);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(PushButton6);
-    row->addWidget(PushButton7);
-    row->addStretch(1);
-    row->addWidget(PushButton22);
+    auto* const helpful = new QHBoxLayout;
+    helpful->addWidget(PushButton6);
+    helpful->addWidget(PushButton7);
+    helpful->addStretch(1);
+    auto* const all =
+        new QBoxLayout(m_metrics.columns == 2 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, buttons);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->addLayout(helpful, 1);
+    all->addWidget(PushButton22, 0, Qt::AlignRight);
     return buttons;
 }
 

@@ -3,14 +3,20 @@
 #include "app/look/Look.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 
+#include <algorithm>
 #include <string>
 
 namespace wagemill {
 
 namespace {
+
+constexpr int readableLine = 80; // characters
 
 /// Qt draws a bare carriage return as nothing.
 QString withLineFeeds(const std::string& text)
@@ -39,6 +45,19 @@ QMessageBox::StandardButtons boxButtons(MessageButtons buttons)
     return buttons == MessageButtons::YesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok;
 }
 
+/// A line breaks after so many characters at the earliest, so that an address stays whole.
+void giveRoom(const QMessageBox& box, const QString& text)
+{
+    auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    if (label == nullptr)
+        return;
+    label->ensurePolished();
+    const QFontMetrics metrics = label->fontMetrics();
+    const int widest = metrics.boundingRect({}, Qt::TextExpandTabs, text).width() + metrics.averageCharWidth();
+    const int screenWidth = box.screen()->availableSize().width();
+    label->setMinimumWidth(std::min({widest, metrics.averageCharWidth() * readableLine, screenWidth * 3 / 4}));
+}
+
 void nameButtons(const QMessageBox& box)
 {
     for (const auto& [button, name] :
@@ -58,6 +77,7 @@ MessageAnswer QtMessages::show(const Message& message)
     box.setObjectName(QStringLiteral("MessageBox"));
     box.setTextFormat(Qt::PlainText); // before the text: a message is never read as markup
     box.setText(withLineFeeds(message.text));
+    giveRoom(box, box.text());
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box.setEscapeButton(isQuestion ? QMessageBox::No : QMessageBox::Ok);
     box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok);

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -60,6 +61,22 @@ TEST(QtMessages, ShowsPlainSelectableLines)
         press(box, "OK");
     });
     EXPECT_EQ(answer, MessageAnswer::Ok);
+}
+
+TEST(QtMessages, BreaksNoAddressAndFitsTheScreen)
+{
+    const std::string help = "Questions? Please contact Team Quellory at https://quellory.example/contact";
+    struct {
+        std::string text;
+        bool isOneLine;
+    } const cases[] = {{"Done.", true}, {help, true}, {help + " " + help + " " + help, false}};
+    for (const auto& [text, isOneLine] : cases)
+        show({.text = text, .title = {}}, [oneLine = isOneLine](QMessageBox& box) {
+            const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+            const int lines = label->height() / label->fontMetrics().lineSpacing();
+            EXPECT_EQ(lines == 1, oneLine) << lines << " lines";
+            EXPECT_LE(box.width(), box.screen()->availableSize().width());
+        });
 }
 
 TEST(QtMessages, BearsTheApplicationTitleWhereNoneIsNamed)
