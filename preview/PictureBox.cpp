@@ -4,15 +4,24 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <cmath>
+
 namespace wagemill {
 
 namespace {
 
 constexpr int margin = 1;
+constexpr int tilePixels = 256;
 
 QSize naturalSize(const QPixmap& picture)
 {
     return picture.deviceIndependentSize().toSize();
+}
+
+/// Where an edge of a tile lies in the source; that of its neighbour lies there, too.
+int scaledEdge(int edge, int targetExtent, int sourceExtent)
+{
+    return static_cast<int>(std::lround(double(edge) * sourceExtent / targetExtent));
 }
 
 /// Makes a screen reader speak of a picture rather than of an empty area.
@@ -52,7 +61,7 @@ void PictureBox::paintPicture(const QPixmap& source, QSize sourceSize, QSize tar
     m_source = source;
     m_sourcePixels = QRect(QPoint(0, 0), pixels.toSize()) & source.rect();
     m_target = QRect(QPoint(0, 0), targetSize);
-    m_smaller = QPixmap();
+    m_smallerTiles.clear();
     update();
 }
 
@@ -61,28 +70,51 @@ void PictureBox::clearPicture()
     paintPicture(QPixmap(), QSize(0, 0), QSize(0, 0));
 }
 
-void PictureBox::paintEvent(QPaintEvent* /*event*/)
+void PictureBox::paintEvent(QPaintEvent* event)
 {
     if (m_target.isEmpty() || m_sourcePixels.isEmpty())
         return;
     QPainter painter(this);
-    const QSize targetPixels = (QSizeF(m_target.size()) * devicePixelRatioF()).toSize();
-    if (targetPixels.width() < m_sourcePixels.width()) {
-        prepareSmallerCopy(targetPixels);
-        painter.drawPixmap(m_target, m_smaller);
+    if (targetPixels().width() < m_sourcePixels.width()) {
+        paintSmaller(painter, event->rect());
     } else {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawPixmap(m_target, m_source, m_sourcePixels);
     }
 }
 
-/// Averages the pixels: stretching while painting would skip some, and thin digits with them.
-void PictureBox::prepareSmallerCopy(QSize targetPixels)
+QSize PictureBox::targetPixels() const
 {
-    if (m_smaller.size() == targetPixels)
-        return;
-    const QImage part = m_source.copy(m_sourcePixels).toImage();
-    m_smaller = QPixmap::fromImage(part.scaled(targetPixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    return (QSizeF(m_target.size()) * devicePixelRatioF()).toSize();
+}
+
+/// Tile by tile, for of a large picture only a small part is in view.
+void PictureBox::paintSmaller(QPainter& painter, const QRect& exposed)
+{
+    const double ratio = devicePixelRatioF();
+    const QRect area = (exposed & m_target).translated(-m_target.topLeft());
+    const auto tileOf = [ratio](int position) { return static_cast<int>(position * ratio) / tilePixels; };
+    for (int row = tileOf(area.top()); row <= tileOf(area.bottom() + 1); ++row)
+        for (int column = tileOf(area.left()); column <= tileOf(area.right() + 1); ++column)
+            painter.drawPixmap(m_target.topLeft() + QPointF(column, row) * tilePixels / ratio,
+                               smallerTile(column, row));
+}
+
+/// Averages the pixels: stretching while painting would skip some, and thin digits with them.
+const QPixmap& PictureBox::smallerTile(int column, int row)
+{
+    QPixmap& tile = m_smallerTiles[{column, row}];
+    const QRect part = QRect(column * tilePixels, row * tilePixels, tilePixels, tilePixels) & QRect({}, targetPixels());
+    if (!tile.isNull() || part.isEmpty())
+        return tile;
+    const QSize target = targetPixels();
+    const QRect source(QPoint(scaledEdge(part.left(), target.width(), m_sourcePixels.width()),
+                              scaledEdge(part.top(), target.height(), m_sourcePixels.height())),
+                       QPoint(scaledEdge(part.right() + 1, target.width(), m_sourcePixels.width()) - 1,
+                              scaledEdge(part.bottom() + 1, target.height(), m_sourcePixels.height()) - 1));
+    tile = m_source.copy(source).scaled(part.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    tile.setDevicePixelRatio(devicePixelRatioF());
+    return tile;
 }
 
 void PictureBox::mousePressEvent(QMouseEvent* event)

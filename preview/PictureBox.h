@@ -3,6 +3,11 @@
 #include <QPixmap>
 #include <QWidget>
 
+#include <map>
+#include <utility>
+
+class QPainter;
+
 namespace wagemill {
 
 /// A picture on a white ground, drawn again from its own copy whenever the platform asks for it. Its resolution counts:
@@ -37,13 +42,16 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    void prepareSmallerCopy(QSize targetPixels);
+    QSize targetPixels() const;
+    void paintSmaller(QPainter& painter, const QRect& exposed);
+    const QPixmap& smallerTile(int column, int row);
 
     QPixmap m_picture;
     QPixmap m_source; ///< what is drawn, ...
     QRect m_sourcePixels;
     QRect m_target;
-    QPixmap m_smaller; ///< ... and its copy in the pixels of the screen, where it is drawn smaller than it is
+    std::map<std::pair<int, int>, QPixmap> m_smallerTiles; ///< ... and where it is drawn smaller than it is, those
+                                                           ///< parts of it, by column and row, that came into view
 };
 
 } // namespace wagemill
