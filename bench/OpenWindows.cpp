@@ -6,11 +6,11 @@
 #include "workbook/embedded/EmbeddedApplication.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QTimer>
 
 namespace wagemill::bench {
 
@@ -102,10 +102,9 @@ void showActive(QWidget& window)
     window.activateWindow();
     while (!window.isActiveWindow())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < quietMilliseconds)
-        QCoreApplication::processEvents();
+    QEventLoop quiet;
+    QTimer::singleShot(quietMilliseconds, &quiet, &QEventLoop::quit);
+    quiet.exec();
 }
 
 void leavePreview()

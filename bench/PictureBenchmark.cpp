@@ -16,7 +16,10 @@ namespace {
 using namespace wagemill;
 using namespace wagemill::bench;
 
-constexpr int employees = 25;
+void employees(benchmark::internal::Benchmark* benchmark)
+{
+    repeated(benchmark->Arg(1)->Arg(25));
+}
 
 void storeAnew(const std::vector<std::byte>& bytes, const std::filesystem::path& file)
 {
@@ -34,17 +37,17 @@ engine::SheetPicture pictureOf(const engine::Book& book)
 void picture(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
-    const engine::Book book = filledBook(employees);
+    const engine::Book book = filledBook(static_cast<int>(state.range(0)));
     for (auto _ : state)
         storeAnew(bitmapFileOf(pictureOf(book), 1), folder / "picture.bmp");
 }
-BENCHMARK(picture)->Apply([](auto* benchmark) { repeated(benchmark); });
+BENCHMARK(picture)->Apply(employees);
 
 /// What the picture is held against: a bitmap of its size in one colour, filled and stored.
 void pictureOfOneColour(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
-    const engine::SheetPicture drawn = pictureOf(filledBook(employees));
+    const engine::SheetPicture drawn = pictureOf(filledBook(static_cast<int>(state.range(0))));
     for (auto _ : state) {
         QImage image(static_cast<int>(std::ceil(drawn.width)), static_cast<int>(std::ceil(drawn.height)),
                      QImage::Format_BGR888);
@@ -56,6 +59,6 @@ void pictureOfOneColour(benchmark::State& state)
     state.counters["width"] = drawn.width;
     state.counters["height"] = drawn.height;
 }
-BENCHMARK(pictureOfOneColour)->Apply([](auto* benchmark) { repeated(benchmark); });
+BENCHMARK(pictureOfOneColour)->Apply(employees);
 
 } // namespace

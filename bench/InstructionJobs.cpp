@@ -1,0 +1,89 @@
+// instruction_jobs NAME: does one job once to warm up and once in measuredJob(), the function that callgrind counts.
+// instruction_jobs --built-with: what the counts depend on besides our own code.
+
+#include "app/base/Files.h"
+#include "bench/PayrollJob.h"
+#include "resources/CustomResource.h"
+#include "settings/SqliteStore.h"
+#include "tests/support/TemporaryFolder.h"
+#include "workbook/embedded/PicturePainter.h"
+#include "workbook/engine/picture/SheetPicture.h"
+
+#include <QGuiApplication>
+
+#include <cstdio>
+#include <functional>
+#include <string_view>
+
+using namespace wagemill;
+using namespace wagemill::bench;
+
+/// Not in a namespace, so that callgrind can name it.
+[[gnu::noinline]] void measuredJob(const std::function<void()>& job)
+{
+    job();
+}
+
+namespace {
+
+struct Job {
+    const char* name;
+    std::function<void(const std::filesystem::path& folder)> work;
+};
+
+void engine(const std::filesystem::path& folder, int employees)
+{
+    writeBytesToFile(customResource(payrollTemplateResource), folder / "template.xlt");
+    engineJob(payroll(employees), folder);
+}
+
+void picture(const std::filesystem::path& folder)
+{
+    static const engine::Book book = filledBook(25);
+    const engine::Sheet& stubs = *book.sheets[book.activeSheet];
+    const auto drawn = engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
+    writeBytesToFile(bitmapFileOf(drawn, 1), folder / "picture.bmp");
+}
+
+void settings(const std::filesystem::path& folder)
+{
+    static SqliteStore store(folder / "settings.sqlite");
+    for (int turn = 0; turn < 50; ++turn)
+        store.write("Quellory", "Wagemill", "txtName0", std::to_string(turn));
+}
+
+const Job jobs[] = {
+    {"engine-1", [](const auto& folder) { engine(folder, 1); }},
+    {"engine-25", [](const auto& folder) { engine(folder, 25); }},
+    {"engine-400", [](const auto& folder) { engine(folder, 400); }},
+    {"picture-25", picture},
+    {"settings-50", settings},
+};
+
+int run(const Job& job)
+{
+    const test::TemporaryFolder folder;
+    job.work(folder.path());
+    measuredJob([&] { job.work(folder.path()); });
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QGuiApplication application(argc, argv); // pictures need its fonts
+    const std::string_view wanted = argc == 2 ? argv[1] : "";
+    if (wanted == "--built-with")
+        return std::printf("compiler %s, Qt %s\n", __VERSION__, qVersion()) < 0;
+    if (wanted == "--jobs") {
+        for (const Job& job : jobs)
+            std::puts(job.name);
+        return 0;
+    }
+    for (const Job& job : jobs)
+        if (job.name == wanted)
+            return run(job);
+    std::fputs("Usage: instruction_jobs JOB | --jobs | --built-with\n", stderr);
+    return 2;
+}
