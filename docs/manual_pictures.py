@@ -89,8 +89,14 @@ def pictures_of_preview(program, folder):
 def picture_of_employees(program, folder):
     with small_desktop() as desktop:
         guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="3")
-        guide.screen.click("push button", "Load Sample/Example Data")
-        desktop.key("Tab")
+        guide.load_sample_data()
+        box = guide.screen.box(next(guide.screen.all("text", "Name:")))
+        wheel_down = 5
+        desktop.click(box.x, box.y, wheel_down)
+        desktop.key("alt+e")
+        for text in ("E119", "Ada Marsh", "18.5", "S", "1", "8"):
+            desktop.type(text)
+            desktop.key("Tab")
         Pictures(desktop, guide.screen, folder).take("employees")
 
 
