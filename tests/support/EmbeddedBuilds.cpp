@@ -2,6 +2,8 @@
 
 #include "resources/CustomResource.h"
 
+#include <random>
+
 namespace wagemill::test {
 
 namespace {
@@ -29,7 +31,9 @@ EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
     m_services.templateResource = [templateBytes] {
         return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;
     };
-    m_services.randomNumber = [](std::int32_t, std::int32_t) { return 1; };
+    m_services.randomNumber = [chance = std::minstd_rand()](std::int32_t low, std::int32_t span) mutable {
+        return low + static_cast<std::int32_t>(chance() % static_cast<std::uint32_t>(span));
+    };
 }
 
 std::filesystem::path EmbeddedBuilds::build(const PayrollData& data)

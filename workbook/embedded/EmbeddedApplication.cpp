@@ -12,6 +12,7 @@
 #include <cmath>
 #include <ctime>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <ratio>
 #include <utility>
@@ -160,6 +161,8 @@ auto asApplication(Work&& work)
         return work();
     } catch (const SpreadsheetError&) {
         throw;
+    } catch (const std::bad_alloc&) {
+        throw SpreadsheetError("There is not enough memory.");
     } catch (const std::exception& error) {
         throw SpreadsheetError(error.what());
     }
@@ -195,9 +198,10 @@ void EmbeddedApplication::Session::close(const std::shared_ptr<OpenBook>& book)
 
 void EmbeddedApplication::Session::recalculate(OpenBook& book) const
 {
-    if (!std::exchange(book.needsRecalculation, false))
+    if (!book.needsRecalculation)
         return;
     engine::recalculate(book.book, {formats, serialNow()});
+    book.needsRecalculation = false; // not before: where memory ran out, the next one tries again
 }
 
 /// A range of one sheet: cells, or those cells counted as rows or columns.

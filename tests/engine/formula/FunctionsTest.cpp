@@ -214,6 +214,8 @@ TEST_F(Functions, WorkOnText)
         {"=LEN(REPT(\"x\",32767))", 32767.0},
         {"=REPT(\"x\",32768)", valueError},
         {"=REPT(\"x\",1E9)", valueError},
+        {"=REPT(\"\",1E9)", text("")},
+        {"=REPT(\"\",-1)", valueError},
         {"=EXACT(\"a\",\"A\")", false},
         {"=CHAR(65)", text("A")},
         {"=CHAR(128)", text("\u20AC")},

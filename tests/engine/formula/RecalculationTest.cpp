@@ -110,6 +110,17 @@ TEST(Recalculation, BoundsWhatAHostileFormulaAsksFor)
     EXPECT_EQ(calculator.at("A3"), CellValue(8.0));
 }
 
+TEST(Recalculation, BoundsWhatManyHostileFormulasAskForTogether)
+{
+    Calculator calculator;
+    calculator.type("B60000", "1", 1);
+    for (int row = 1; row <= 100; ++row)
+        calculator.type("A" + std::to_string(row), "=SUMPRODUCT('Rates 1'!A1:D60000*2)");
+    calculator.compute();
+    EXPECT_EQ(calculator.at("A1"), CellValue(2.0));
+    EXPECT_EQ(calculator.at("A100"), CellValue(Empty{})) << "24 million values in all";
+}
+
 /// As the payroll build makes it: a table of 25 employees, and many blocks of lookups into it.
 TEST(Recalculation, IsQuickForManyPayStubs)
 {

@@ -12,7 +12,9 @@ namespace wagemill::engine {
 namespace {
 
 constexpr int maxNameDepth = 32; ///< names that stand for formulas with names
+// Few bytes of a file can ask for very many values, again and again: far beyond any workbook that people make.
 constexpr std::size_t maxValuesPerFormula = std::size_t{1} << 20;
+constexpr std::size_t maxValues = std::size_t{1} << 23;
 constexpr std::uint16_t sumFunction = 4;
 constexpr std::uint16_t addInFunction = 255;
 
@@ -156,7 +158,8 @@ private:
 
 Operand FormulaEvaluator::TokenRun::result()
 {
-    m_evaluator.reserveValues(m_tokens.size());
+    if (m_evaluator.m_nameDepth > 0)
+        m_evaluator.reserveValues(m_tokens.size()); // names in names may multiply
     while (m_next < m_tokens.size())
         std::visit(*this, m_tokens[m_next++]);
     Operand operand = popped();
@@ -413,14 +416,19 @@ Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& fu
                (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
     };
     Extent extent;
+    std::size_t rowsEach = 0; // that the function may have to look through for every element
     std::vector<ValueGrid> grids;
     for (std::size_t i = 0; i < given.size(); ++i) {
         grids.emplace_back(m_evaluator.m_book, given[i]);
         if (isSpread(i))
             extent.include(grids.back());
+        else
+            rowsEach += static_cast<std::size_t>(grids.back().usedRows());
     }
     if (extent.size() == 1)
         return call(function, arguments);
+    constexpr std::size_t rowsForAValue = 16; // a row is passed over that much faster than a value is computed
+    m_evaluator.reserveValues(extent.size() * rowsEach / rowsForAValue);
     return arrayOf(m_evaluator, extent, [&](int row, int column) {
         for (std::size_t i = 0; i < given.size(); ++i)
             arguments[i] = isSpread(i) ? Operand(element(grids[i], row, column)) : given[i];
@@ -508,7 +516,8 @@ FormulaEvaluator::FormulaEvaluator(const Book& book, const CalculationSettings& 
     : m_book(book),
       m_settings(settings),
       m_isPending(std::move(isPending)),
-      m_rules{settings.formats, settings.now, book.dates1904}
+      m_rules{settings.formats, settings.now, book.dates1904},
+      m_allValuesLeft(maxValues)
 {
 }
 
@@ -582,9 +591,10 @@ CellValue FormulaEvaluator::single(const Operand& operand) const
 
 void FormulaEvaluator::reserveValues(std::size_t count)
 {
-    if (count > m_valuesLeft)
+    if (count > m_valuesLeft || count > m_allValuesLeft)
         throw CannotEvaluate{};
     m_valuesLeft -= count;
+    m_allValuesLeft -= count;
 }
 
 } // namespace wagemill::engine

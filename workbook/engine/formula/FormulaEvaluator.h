@@ -51,7 +51,8 @@ public:
     /// The one value that the operand stands for: of several cells the one in the formula's row or column, of an array
     /// the first.
     CellValue single(const Operand& operand) const;
-    /// Room for so many values in arrays; throws CannotEvaluate when one formula asks for too many.
+    /// Room for so many values in arrays, or time to look at them; throws CannotEvaluate when one formula, or all of
+    /// the workbook together, asks for too many.
     void reserveValues(std::size_t count);
 
 private:
@@ -72,8 +73,9 @@ private:
     std::size_t m_sheet = 0;
     CellAddress m_cell;
     int m_nameDepth = 0;
-    bool m_wantsArrays = false; ///< the formula is that of an array: it never reads one cell of several
-    std::size_t m_valuesLeft = 0;
+    bool m_wantsArrays = false;              ///< the formula is that of an array: it never reads one cell of several
+    std::size_t m_valuesLeft = 0;            ///< for the present formula
+    std::size_t m_allValuesLeft;             ///< for those that follow too
     const Formula* m_arrayFormula = nullptr; ///< the last one, computed once for all its cells
     Operand m_arrayAnswer;
     std::vector<Operand> m_stack; ///< kept from formula to formula, so that evaluation seldom allocates

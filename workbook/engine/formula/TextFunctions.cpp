@@ -144,7 +144,9 @@ Operand repeated(const FunctionCall& call)
 {
     const std::string text = call.text(0);
     const std::size_t times = countArgument(call, 1, 0, 0);
-    if (!text.empty() && times > maxTextLength)
+    if (text.empty())
+        return textAnswer("");
+    if (times > maxTextLength)
         return errorOperand(ErrorCode::Value);
     std::string result;
     for (std::size_t i = 0; i < times && result.size() <= 4 * maxTextLength; ++i) // 4 bytes to a character at most

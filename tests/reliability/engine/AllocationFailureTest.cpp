@@ -1,0 +1,161 @@
+// Memory runs out at the N-th allocation, once or for good, while a workbook is opened, filled, computed and saved: an
+// error is thrown or all goes well, and nothing is lost.
+
+#include "app/base/Files.h"
+#include "resources/CustomResource.h"
+#include "tests/support/LongForm.h"
+#include "tests/support/TemporaryFolder.h"
+#include "workbook/embedded/EmbeddedApplication.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <new>
+
+namespace {
+
+enum class Shortage { Once, ForGood };
+
+long allocationsLeft = -1; // until memory runs out; negative: it never does
+Shortage shortage = Shortage::Once;
+bool hasRunOut = false;
+long blocksInUse = 0;
+
+void* allocate(std::size_t size)
+{
+    if (allocationsLeft == 0) {
+        hasRunOut = true;
+        if (shortage == Shortage::Once)
+            allocationsLeft = -1;
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0)
+        --allocationsLeft;
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    ++blocksInUse;
+    return block;
+}
+
+void release(void* block)
+{
+    if (block == nullptr)
+        return;
+    --blocksInUse;
+    std::free(block);
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+void* operator new[](std::size_t size)
+{
+    return allocate(size);
+}
+void operator delete(void* block) noexcept
+{
+    release(block);
+}
+void operator delete[](void* block) noexcept
+{
+    release(block);
+}
+void operator delete(void* block, std::size_t /*size*/) noexcept
+{
+    release(block);
+}
+void operator delete[](void* block, std::size_t /*size*/) noexcept
+{
+    release(block);
+}
+
+namespace wagemill::test {
+
+namespace {
+
+/// What a build asks of the engine, the picture apart.
+void openFillAndSave(const std::string& workbook, const std::string& result)
+{
+    EmbeddedPictureClipboard clipboard;
+    EmbeddedApplication application({}, clipboard, [] { return 1.0; });
+    application.PutDisplayAlerts(false);
+    const auto book = application.Workbooks()->OpenReadOnly(workbook);
+    for (const auto& [column, text] :
+         {std::pair(2, "E7"), {3, "Ann \xC3\xA9"}, {4, "$15.00"}, {7, "7.65%"}, {5, "=SUM(D4:D9)"}})
+        book->Sheets(1)->PutCells(4, column, text);
+    book->Sheets(3)->Activate();
+    book->Sheets(3)->Rows("2:12")->Select();
+    application.Selection()->Copy();
+    book->Sheets(3)->Range("A14")->Select();
+    application.Selection()->PasteSpecial(PasteType::All, PasteOperation::None, false, false);
+    book->SaveAs(result, FileFormat::Excel8);
+    book->Close();
+    application.Quit();
+}
+
+struct Attempt {
+    bool ranOut = false;
+    std::string error; ///< empty: it went well
+    long blocksLost = 0;
+};
+
+Attempt attemptWith(long allocations, Shortage kind, const std::string& workbook, const std::string& result)
+{
+    Attempt attempt;
+    attempt.error.reserve(256); // it is filled when there is no memory
+    const long before = blocksInUse;
+    hasRunOut = false;
+    shortage = kind;
+    allocationsLeft = allocations;
+    try {
+        openFillAndSave(workbook, result);
+    } catch (const std::exception& error) {
+        allocationsLeft = -1;
+        attempt.error.assign(error.what()).resize(std::min<std::size_t>(attempt.error.size(), 255));
+    }
+    allocationsLeft = -1;
+    attempt.ranOut = hasRunOut;
+    attempt.blocksLost = blocksInUse - before;
+    return attempt;
+}
+
+} // namespace
+
+TEST(AllocationFailure, IsAnErrorOrHarmless)
+{
+    const TemporaryFolder folder;
+    const std::string workbook = folder / "template.xlt";
+    const std::string result = folder / "result.xls";
+    writeBytesToFile(customResource(payrollTemplateResource), workbook);
+    openFillAndSave(workbook, result); // what is made once for all
+    const std::vector<std::byte> whole = readBytesFromFile(result);
+
+    for (const Shortage kind : {Shortage::Once, Shortage::ForGood}) {
+        const long step = shortOrLong(WAGEMILL_SANITIZED ? 7 : 1, 1);
+        long tried = 0;
+        long refused = 0;
+        for (long allocations = 0;; allocations += step, ++tried) {
+            deleteFileQuietly(result);
+            const Attempt attempt = attemptWith(allocations, kind, workbook, result);
+            ASSERT_LE(attempt.blocksLost, 0) << "after allocation " << allocations << ": " << attempt.error;
+            if (!attempt.ranOut)
+                break;
+            if (attempt.error.empty()) {
+                EXPECT_EQ(readBytesFromFile(result).size(), whole.size()) << "after allocation " << allocations;
+                continue;
+            }
+            ++refused;
+            const bool isPlain = kind == Shortage::ForGood || attempt.error == "std::bad_alloc";
+            EXPECT_TRUE(isPlain || attempt.error.find("memory") != std::string::npos) << attempt.error;
+        }
+        EXPECT_GT(refused, 100);
+        std::cout << tried << " shortages, " << refused << " of them an error\n";
+    }
+}
+
+} // namespace wagemill::test
