@@ -27,6 +27,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
 const PayrollData& dataOf(const std::string& name)
 {
     static const std::vector<BuildCase> cases = buildCases();
@@ -156,10 +161,10 @@ TEST_F(ExcelBuildTest, GivesTheWorkbookAndThePictureThatTheEngineGives)
         startAnew();
         const auto start = Clock::now();
         const BuildOutcome through = build(each.data);
-        const std::chrono::duration<double> time = Clock::now() - start;
+        const double time = secondsSince(start);
         const std::size_t calls = logged("call").size();
-        std::cout << each.name << ": " << each.data.rows.size() << " rows, " << calls << " calls, " << time.count()
-                  << " s\n";
+        std::cout << each.name << ": " << each.data.rows.size() << " rows, " << calls << " calls, " << time << " s"
+                  << std::endl;
         const BuildOutcome direct = buildDirectly(each.data);
         EXPECT_EQ(messages.texts(), std::vector<std::string>()) << each.name;
         ASSERT_FALSE(through.workbook.empty() || direct.workbook.empty()) << each.name;
@@ -246,7 +251,9 @@ TEST_F(ExcelBuildTest, ReportsTheStepsThatTheFakeReportsWhereverOneCallFails)
         std::vector<std::string> told(2);
         told[session] = "fail=" + std::to_string(number);
         startAnew(told);
+        const auto start = Clock::now();
         const BuildOutcome outcome = build(data);
+        std::cout << when << ": " << secondsSince(start) << " s" << std::endl;
         ASSERT_FALSE(messages.shown.empty() || expected.empty()) << when;
         EXPECT_TRUE(messages.shown[0].text.starts_with("The test wants this call to fail.\r\n"))
             << when << ": " << messages.shown[0].text;

@@ -61,8 +61,9 @@ int excelProcessesLeft()
     return left;
 }
 
-ExcelTest::ExcelTest() : folder(platform::makePrivateFolder())
+ExcelTest::ExcelTest() : m_privateFolder(platform::makePrivateFolder()), folder(m_privateFolder / L"L\u00F6hne \u674E")
 {
+    fs::create_directory(folder);
     platform::setEnvironmentPath("TEMP", folder);
     platform::setEnvironmentPath("WAGEMILL_TEST_SERVER_LOG", logFile());
 }
@@ -70,7 +71,7 @@ ExcelTest::ExcelTest() : folder(platform::makePrivateFolder())
 ExcelTest::~ExcelTest()
 {
     std::error_code ignored;
-    fs::remove_all(folder, ignored);
+    fs::remove_all(m_privateFolder, ignored);
 }
 
 std::unique_ptr<Application> ExcelTest::createSession()

@@ -58,7 +58,12 @@ protected:
 
     std::vector<std::string> instructions; ///< of the first session, the second and so on; see Instructions.h
     RecordedMessages messages;
-    std::filesystem::path folder;
+
+private:
+    const std::filesystem::path m_privateFolder;
+
+protected:
+    const std::filesystem::path folder; ///< the temporary folder, with letters beyond ASCII in its name
 
 private:
     std::filesystem::path logFile() const { return folder / "calls.log"; }
