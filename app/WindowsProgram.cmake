@@ -1,5 +1,6 @@
 # What makes the program a Windows one: no console, and icon, version and manifest in its resources.
 set_target_properties(wagemill PROPERTIES WIN32_EXECUTABLE ON)
+target_link_options(wagemill PRIVATE -Wl,--stack,8388608) # bytes, as on Linux: formulas may nest deeply
 configure_file(wagemill.manifest.in wagemill.manifest @ONLY)
 configure_file(wagemill.rc.in wagemill.rc @ONLY)
 target_sources(wagemill PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/wagemill.rc)
