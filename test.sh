@@ -15,7 +15,7 @@ case "${1:-}" in
     ;;
 esac
 
-requirePackages "${buildPackages[@]}" "${testPackages[@]}" "${desktopPackages[@]}"
+requirePackages "${buildPackages[@]}" "${testPackages[@]}" "${desktopPackages[@]}" "${benchmarkPackages[@]}"
 mkdir -p build
 
 # runTests FOLDER TITLE
@@ -60,6 +60,6 @@ testForWindows() {
     runTests build/windows/app "For Windows"
 }
 
-testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON
+testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON -DWAGEMILL_BENCHMARKS=ON
 testIn build/sanitized "With sanitizers" -DCMAKE_BUILD_TYPE=Debug -DWAGEMILL_SANITIZE=ON -DWAGEMILL_TESTS=ON
 testForWindows
