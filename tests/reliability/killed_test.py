@@ -12,7 +12,9 @@ sys.dont_write_bytecode = True
 from driver import rounds, start  # noqa: E402
 
 KILLS = rounds(25, 1000)
-LONGEST_START = 1.0  # seconds from the start of the process to the end of its first write
+# Seconds from the start of the process to the end of its first write. A busy machine may delay a single one; waiting
+# for something that the killed program left locked would take longer than either.
+USUAL_START, LONGEST_START = 1.0, 5.0
 
 
 class Store:
@@ -59,7 +61,8 @@ with tempfile.TemporaryDirectory() as home:
     starts = [typed_until_killed(store, home, number) for number in range(KILLS)]
     keys = sum(count for _, count in starts)
     times = sorted(seconds for seconds, _ in starts if seconds)
-    print(f"{KILLS} kills, {keys} keys written: none lost; start and first write {times[len(times) // 2]:.2f} s at the "
-          f"median, {times[-1]:.2f} s at most")
-    if times[-1] > LONGEST_START:
-        sys.exit(f"a start and its first write took {times[-1]:.2f} s")
+    median, longest = times[len(times) // 2], times[-1]
+    print(f"{KILLS} kills, {keys} keys written: none lost; start and first write {median:.2f} s at the median, "
+          f"{longest:.2f} s at most, {sum(seconds < USUAL_START for seconds in times)} of {len(times)} under 1 s")
+    if median > USUAL_START or longest > LONGEST_START:
+        sys.exit("the start after a kill, or its first write, waits for something")
