@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDate>
+#include <QDir>
 #include <QIcon>
 #include <QLocale>
 
@@ -57,7 +58,7 @@ void prepareProgram()
     using namespace wagemill;
     static QtMessages messages;
     setMessages(&messages);
-    setProgramFolder(QCoreApplication::applicationDirPath().toStdString());
+    setProgramFolder(QDir(QCoreApplication::applicationDirPath()).filesystemPath());
     setWindowEventPump([] { QCoreApplication::processEvents(); });
     QLocale::setDefault(userLocale());
     QApplication::setWindowIcon(programIcon());

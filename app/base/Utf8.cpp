@@ -84,6 +84,11 @@ std::string toUtf8(std::u32string_view text)
     return bytes;
 }
 
+std::filesystem::path toPath(std::string_view utf8)
+{
+    return std::u8string(utf8.begin(), utf8.end());
+}
+
 std::size_t characterCount(std::string_view utf8)
 {
     return static_cast<std::size_t>(

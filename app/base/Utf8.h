@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,9 @@ namespace wagemill {
 std::u32string toUtf32(std::string_view text);
 /// The UTF-8 text of code points; what is no code point becomes U+FFFD.
 std::string toUtf8(std::u32string_view text);
+
+/// The path that a UTF-8 text names. (std::filesystem reads a narrow text in another encoding on Windows.)
+std::filesystem::path toPath(std::string_view utf8);
 
 /// How many characters a valid UTF-8 text has, and how many UTF-16 units, which is what spreadsheets count.
 std::size_t characterCount(std::string_view utf8);

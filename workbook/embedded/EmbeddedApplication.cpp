@@ -2,6 +2,7 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
+#include "app/base/Utf8.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
@@ -11,7 +12,6 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
-#include <filesystem>
 #include <new>
 #include <optional>
 #include <ratio>
@@ -174,7 +174,7 @@ std::shared_ptr<EmbeddedApplication::OpenBook> EmbeddedApplication::Session::ope
 {
     requireRunning();
     return asApplication([&] {
-        const auto bytes = readOwnFile(std::filesystem::path(path));
+        const auto bytes = readOwnFile(toPath(path));
         auto opened = std::make_shared<OpenBook>();
         opened->book = engine::xls::readWorkbook(bytes, path);
         books.push_back(opened);
@@ -385,14 +385,14 @@ public:
         if (fileFormat != FileFormat::Excel8 && fileFormat != FileFormat::WorkbookNormal)
             throw SpreadsheetError("The file format " + std::to_string(static_cast<std::int32_t>(fileFormat)) +
                                    " is not known.");
-        if (fileExists(std::filesystem::path(path)))
+        if (fileExists(toPath(path)))
             throw SpreadsheetError("Cannot save as \"" + std::string(path) +
                                    "\": there is already a file of that name.");
         asApplication([&] {
             m_session->recalculate(*m_book);
             stampProperties(m_book->book);
-            writeWholeFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook),
-                           std::filesystem::path(path), FileLife::Temporary);
+            writeWholeFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook), toPath(path),
+                           FileLife::Temporary);
         });
         m_book->isChanged = false;
     }
