@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace wagemill::fuzz {
@@ -14,7 +15,7 @@ using Input = std::span<const std::byte>;
 void tryInput(Input input);
 
 /// A rule that holds whatever the input is.
-inline void require(bool holds, const char* rule)
+inline void require(bool holds, const std::string& rule)
 {
     if (!holds)
         throw std::logic_error(rule);

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace wagemill::engine::xls {
 
 namespace {
@@ -186,6 +188,25 @@ TEST(DamagedWorkbook, MakesFormatsRegularThatAreNot)
     EXPECT_EQ(format(1).font, 0);
     EXPECT_EQ(book.sheets[0]->find({0, 2})->format, defaultCellFormat);
     EXPECT_TRUE(book.styles.formats[0].isStyle);
+}
+
+TEST(DamagedWorkbook, KeepsWhatLiesInsideAChartOrCustomView)
+{
+    // records that a sheet has too, a view's pane and a mark of the wrong size among them
+    const std::vector<RawRecord> chart = {{0x005D, ""},
+                                          {0x0809, "00062000A91FCD07C900010006040000"},
+                                          {0x023E, "B600000000004000000000000000000000000000"},
+                                          {0x0225, "0000FF00"},
+                                          {0x01AA, "00"},
+                                          {0x0041, "0100"},
+                                          {0x01AB, ""},
+                                          endMark,
+                                          {0x0203, "0000 0000 0F00 0000000000001440"}};
+    const Book once = readWorkbook(workbookOf(chart), "test.xls");
+    const Book twice = writtenAndRead(once);
+    EXPECT_EQ(once.sheets[0]->carried.size(), chart.size() - 1);
+    EXPECT_FALSE(std::ranges::search(twice.sheets[0]->carried, once.sheets[0]->carried).empty());
+    EXPECT_EQ(twice.sheets[0]->value({0, 0}), CellValue(5.0));
 }
 
 TEST(DamagedWorkbook, ClaimsTakeNeitherMemoryNorTime)

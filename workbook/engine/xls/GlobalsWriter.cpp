@@ -62,7 +62,7 @@ public:
           m_target(target),
           m_carried(book.carried, globalsRank)
     {
-        leaveOutWrongSizes(book.carried, m_carried);
+        m_carried.leaveOutWrongSizes();
         m_carried.leaveOut(record::window1);
         m_carried.leaveOut(record::style);
     }
@@ -346,13 +346,6 @@ SubstreamType substreamType(const Sheet& sheet)
     ByteReader reader(sheet.carried.front().data);
     reader.skip(2);
     return static_cast<SubstreamType>(reader.u16());
-}
-
-void leaveOutWrongSizes(const std::vector<CarriedRecord>& records, CarriedRecords& carried)
-{
-    for (const CarriedRecord& record : records)
-        if (fixedSize(record.id).value_or(record.data.size()) != record.data.size())
-            carried.leaveOut(record.id);
 }
 
 std::vector<std::size_t> writeGlobals(const Book& book, FileKind kind, std::size_t activeSheet,

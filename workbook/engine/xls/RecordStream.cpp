@@ -121,19 +121,22 @@ CarriedRecords::CarriedRecords(const std::vector<CarriedRecord>& records, RankOf
     m_placed.reserve(records.size());
     Nesting nesting;
     int rank = 0;
+    const CarriedRecord* owner = nullptr;
     for (const CarriedRecord& record : records) {
-        const bool ownPlace = !nesting.isInside() && record.id != record::bof;
-        if (ownPlace)
-            rank = rankOf(record.id).value_or(rank);
+        if (!nesting.isInside()) {
+            owner = &record;
+            if (record.id != record::bof)
+                rank = rankOf(record.id).value_or(rank);
+        }
         nesting.follow(record.id);
-        m_placed.push_back({rank, &record});
+        m_placed.push_back({rank, &record, owner});
     }
     std::ranges::stable_sort(m_placed, {}, &Placed::rank);
 }
 
 const CarriedRecord* CarriedRecords::find(std::uint16_t id) const
 {
-    const auto found = std::ranges::find(m_placed, id, [](const Placed& placed) { return placed.record->id; });
+    const auto found = std::ranges::find_if(m_placed, [id](const Placed& placed) { return is(placed, id); });
     return found == m_placed.end() ? nullptr : found->record;
 }
 
@@ -148,8 +151,7 @@ bool CarriedRecords::writeAt(std::uint16_t id, RecordWriter& target)
     const std::size_t before = m_written;
     writeUpTo(m_rankOf(id).value_or(0) + 1, target);
     const auto written = std::span(m_placed).subspan(before, m_written - before);
-    return !isLeftOut({id, {}, {}}) &&
-           std::ranges::any_of(written, [&](const Placed& placed) { return placed.record->id == id; });
+    return !isLeftOut(id) && std::ranges::any_of(written, [id](const Placed& placed) { return is(placed, id); });
 }
 
 void CarriedRecords::leaveOut(std::uint16_t id)
@@ -157,15 +159,23 @@ void CarriedRecords::leaveOut(std::uint16_t id)
     m_leftOut.push_back(id);
 }
 
-bool CarriedRecords::isLeftOut(const CarriedRecord& record) const
+void CarriedRecords::leaveOutWrongSizes()
 {
-    return std::ranges::find(m_leftOut, record.id) != m_leftOut.end();
+    for (const Placed& placed : m_placed)
+        if (const CarriedRecord& record = *placed.record;
+            is(placed, record.id) && fixedSize(record.id).value_or(record.data.size()) != record.data.size())
+            leaveOut(record.id);
+}
+
+bool CarriedRecords::isLeftOut(std::uint16_t id) const
+{
+    return std::ranges::find(m_leftOut, id) != m_leftOut.end();
 }
 
 void CarriedRecords::writeUpTo(int rank, RecordWriter& target)
 {
     for (; m_written < m_placed.size() && m_placed[m_written].rank < rank; ++m_written)
-        if (!isLeftOut(*m_placed[m_written].record))
+        if (!isLeftOut(m_placed[m_written].owner->id))
             target.write(*m_placed[m_written].record);
 }
 

@@ -60,7 +60,8 @@ private:
 };
 
 /// Records carried from the file, to be written at their place among those that we make ourselves. Records that belong
-/// to others (embedded charts, custom views, unknown ones) stay behind them.
+/// to others (embedded charts, custom views, unknown ones) stay behind them; what lies inside a chart or custom view is
+/// no record of the sheet, whatever its number.
 class CarriedRecords {
 public:
     using RankOf = std::optional<int> (*)(std::uint16_t);
@@ -72,15 +73,22 @@ public:
     void writeBefore(std::uint16_t id, RecordWriter& target);
     /// Writes the records of number `id`, and those that follow them. False when there is none.
     bool writeAt(std::uint16_t id, RecordWriter& target);
-    /// Leaves out the records of number `id` when their place comes.
+    /// Leaves out the records of number `id`, with what they began, when their place comes.
     void leaveOut(std::uint16_t id);
+    /// Leaves out records of a fixed size that have another.
+    void leaveOutWrongSizes();
 
 private:
     struct Placed {
         int rank;
         const CarriedRecord* record;
+        const CarriedRecord* owner; ///< the record that began what this one lies in; else itself
     };
-    bool isLeftOut(const CarriedRecord& record) const;
+    static bool is(const Placed& placed, std::uint16_t id)
+    {
+        return placed.record == placed.owner && placed.record->id == id;
+    }
+    bool isLeftOut(std::uint16_t id) const;
     void writeUpTo(int rank, RecordWriter& target);
 
     RankOf m_rankOf;

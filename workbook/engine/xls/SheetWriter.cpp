@@ -71,7 +71,7 @@ public:
           m_target(target),
           m_carried(sheet.carried, worksheetRank)
     {
-        leaveOutWrongSizes(sheet.carried, m_carried);
+        m_carried.leaveOutWrongSizes();
         for (const std::uint16_t id : {record::defaultRowHeight, record::window2})
             m_carried.leaveOut(id);
         int row = 0;

@@ -17,9 +17,6 @@ struct WriteStep {
     std::string_view fallback = {};
 };
 
-/// Carried records of a wrong size give way to the fallback.
-void leaveOutWrongSizes(const std::vector<CarriedRecord>& records, CarriedRecords& carried);
-
 template <typename Writer>
 void writeSteps(Writer& writer, std::span<const WriteStep<Writer>> steps, CarriedRecords& carried, RecordWriter& target)
 {
