@@ -1,12 +1,11 @@
-// make_results FOLDER: builds the workbook of every build case through the embedded engine and leaves it in the folder
-// as NAME.xls, beside it NAME.tsv with what each of its cells holds and shows by our own reading.
+// make_results FOLDER [TEMPLATE | --odd-ids]: builds the workbook of every build case, or of every odd ID, through the
+// embedded engine and leaves it in the folder as NAME.xls, beside it NAME.tsv with what each of its cells holds and
+// shows by our own reading.
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "resources/CustomResource.h"
-#include "tests/workbook/BuildCases.h"
-#include "workbook/PayrollBuild.h"
-#include "workbook/embedded/EmbeddedApplication.h"
+#include "tests/judges/OddIds.h"
+#include "tests/support/EmbeddedBuilds.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
@@ -22,18 +21,6 @@ namespace {
 
 using namespace wagemill;
 namespace fs = std::filesystem;
-
-struct NoWindows : BuildWindows {
-    void freezeDrawing() override {}
-    void unfreezeDrawing() override {}
-    void showHourglass() override {}
-    void showArrow() override {}
-    void showPicture(const fs::path&) override {}
-    void passWorkbook(const fs::path& saved) override { workbook = saved; }
-    void showPreview() override {}
-    void hideEntry() override {}
-    fs::path workbook;
-};
 
 struct FailOnMessages : Messages {
     MessageAnswer show(const Message& message) override
@@ -91,21 +78,14 @@ int main(int argc, char* argv[])
     setMessages(&messages);
     const fs::path folder = argv[1];
     ::setenv("TEMP", folder.c_str(), 1);
-    EmbeddedPictureClipboard clipboard;
-    BuildServices services;
-    services.spreadsheet = {
-        [&] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard, [] { return 1.0; }); },
-        &clipboard};
-    const std::vector<std::byte> givenTemplate = argc > 2 ? readBytesFromFile(argv[2]) : std::vector<std::byte>();
-    services.templateResource = [&]() -> std::span<const std::byte> {
-        return givenTemplate.empty() ? customResource(payrollTemplateResource) : givenTemplate;
-    };
-    services.randomNumber = [](std::int32_t, std::int32_t) { return 1; };
-    for (const test::BuildCase& build : test::buildCases()) {
-        NoWindows windows;
-        buildPayrollWorkbook(build.data, windows, services);
+    const std::string_view option = argc > 2 ? argv[2] : "";
+    const bool areIds = option == "--odd-ids";
+    const std::vector<std::byte> givenTemplate =
+        option.empty() || areIds ? std::vector<std::byte>() : readBytesFromFile(fs::path(option));
+    test::EmbeddedBuilds builds(givenTemplate);
+    for (const test::BuildCase& build : areIds ? test::oddIdCases() : test::buildCases()) {
         const fs::path result = folder / (build.name + ".xls");
-        fs::rename(windows.workbook, result);
+        fs::rename(builds.build(build.data), result);
         writeCells(result, folder / (build.name + ".tsv"));
     }
     return 0;

@@ -2,7 +2,8 @@
 """Lets programs that are not ours judge our workbooks: judges_test.py MAKE_RESULTS JUDGE LINT
 
 JUDGE  "lint": the strict checker LINT finds nothing; "libreoffice", "gnumeric": they open every workbook, compute it anew
-       and come to every value that we wrote; Gnumeric shows every text that we show
+       and come to every value that we wrote; Gnumeric shows every text that we show; "odd-ids": the stubs of 500 odd
+       IDs answer as both do, and where the two differ as the rules of exact lookup say
 Ends with 77 when the judge is missing.
 """
 import csv
@@ -67,7 +68,8 @@ def judge_by_lint(workbooks, lint):
     return [] if found.returncode == 0 else [found.stdout + found.stderr]
 
 
-def judge_by_libreoffice(workbooks, _):
+def values_by_libreoffice(workbooks):
+    """{workbook: {"sheet address": (kind, value)}}"""
     if not shutil.which("soffice"):
         skip("LibreOffice, a judge of our workbooks, is not installed")
     python = "/usr/bin/python3"  # the distribution's: LibreOffice's module belongs to it
@@ -77,7 +79,11 @@ def judge_by_libreoffice(workbooks, _):
     script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libreoffice_values.py")
     subprocess.run([python, script, output, *workbooks], check=True)
     with open(output, encoding="utf-8") as file:
-        theirs = json.load(file)
+        return json.load(file)
+
+
+def judge_by_libreoffice(workbooks, _):
+    theirs = values_by_libreoffice(workbooks)
     differences = []
     for workbook in workbooks:
         name = os.path.basename(workbook)
@@ -104,15 +110,23 @@ def gnumeric_grid(workbook, style):
     return grid
 
 
-def judge_by_gnumeric(workbooks, _):
+def require_gnumeric():
     if not shutil.which("ssconvert"):
         skip("Gnumeric, a judge of our workbooks, is not installed")
+
+
+def corners(cells):
+    """{sheet: (row, column)}: Gnumeric's export begins at the first row and column that hold anything."""
+    return {sheet: (min(c.row for c in cells if c.sheet == sheet), min(c.column for c in cells if c.sheet == sheet))
+            for sheet in {c.sheet for c in cells}}
+
+
+def judge_by_gnumeric(workbooks, _):
+    require_gnumeric()
     differences = []
     for workbook in workbooks:
         cells = own_cells(workbook)
-        # The export begins at the first row and column that hold anything.
-        corner = {sheet: (min(c.row for c in cells if c.sheet == sheet), min(c.column for c in cells if c.sheet == sheet))
-                  for sheet in {c.sheet for c in cells}}
+        corner = corners(cells)
         raw, shown = gnumeric_grid(workbook, "raw"), gnumeric_grid(workbook, "preserve")
         for cell in cells:
             place = (cell.sheet, cell.row - corner[cell.sheet][0], cell.column - corner[cell.sheet][1])
@@ -151,13 +165,65 @@ def is_tie(cell):
     return (value / last_place(cell.shown)) % 1 in (decimal.Decimal("0.5"), decimal.Decimal("-0.5"))
 
 
-JUDGES = {"lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
+STUB_HEIGHT, STUB_ID = 12, (3, 8)  # row in the first stub, column
+# Cells of a stub that look a value up: row in the first stub, column: sheet, first row of the keys, column of the answer.
+LOOKUPS = {(3, 6): (1, 4, 3), (5, 8): (2, 3, 4)}
+
+
+def pattern_of(key):
+    """The key's wildcards as a regular expression: "*", "?", and "~" before one of the three."""
+    parts = re.findall(r"~[*?~]|[\s\S]", key)
+    return "".join({"*": "[\\s\\S]*", "?": "[\\s\\S]"}.get(part) or re.escape(part[-1]) for part in parts)
+
+
+def looked_up(cells, key, sheet, first_row, column):
+    """The (kind, value) that exact lookup answers: numbers, texts and logicals are keys of different kinds, case does not
+    count, the first match does."""
+    for row in range(first_row, 29):
+        held = cells.get((sheet, row, 2))
+        if held is None or key is None or held.kind != key.kind:
+            continue
+        if (key.kind == "number" and float(held.value) == float(key.value)) or (key.kind == "logical" and held.value == key.value) or (
+                key.kind == "text" and re.fullmatch(pattern_of(key.value), held.value, re.IGNORECASE)):
+            answer = cells.get((sheet, row, column))
+            return (answer.kind, answer.value) if answer else ("number", "0")
+    return (key.kind, key.value) if key is not None and key.kind == "error" else ("error", "#N/A")
+
+
+def judge_odd_ids(workbooks, _):
+    require_gnumeric()
+    by_libreoffice = values_by_libreoffice(workbooks)
+    differences, split = [], 0
+    for workbook in workbooks:
+        name = os.path.basename(workbook)
+        cells = {(cell.sheet, cell.row, cell.column): cell for cell in own_cells(workbook)}
+        corner, raw = corners(cells.values()), gnumeric_grid(workbook, "raw")
+        for cell in cells.values():
+            if cell.sheet != 3 or cell.content != "formula":
+                continue
+            kind, value = by_libreoffice[name].get(f"3 {cell.address}", ("empty", ""))
+            gnumeric = raw.get((3, cell.row - corner[3][0], cell.column - corner[3][1]), "")
+            agree = [same_value(cell, kind, value), same_value(cell, None, gnumeric)]
+            if agree == [False, False]:
+                differences.append(f"{name}, {cell}; LibreOffice {value!r}, Gnumeric {gnumeric!r}")
+            split += agree[0] != agree[1]
+            stub, row = divmod(cell.row - STUB_ID[0], STUB_HEIGHT)
+            rule = LOOKUPS.get((row + STUB_ID[0], cell.column))
+            expected = rule and looked_up(cells, cells.get((3, STUB_ID[0] + stub * STUB_HEIGHT, STUB_ID[1])), *rule)
+            if rule and expected[1] != cell.value:
+                differences.append(f"{name}, {cell}; by the rules {expected}")
+    print(f"the two programs differ in {split} cells")
+    return differences
+
+
+JUDGES = {"odd-ids": judge_odd_ids, "lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
 
 
 def main():
     maker, judge, lint = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([os.path.abspath(maker), folder], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
+        options = ["--odd-ids"] if judge == "odd-ids" else []
+        subprocess.run([os.path.abspath(maker), folder, *options], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
         workbooks = sorted(glob.glob(os.path.join(folder, "*.xls")))
         differences = JUDGES[judge](workbooks, lint)
         cells = sum(len(own_cells(workbook)) for workbook in workbooks)
