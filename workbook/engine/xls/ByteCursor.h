@@ -27,7 +27,7 @@ public:
     {
         if (count > remaining())
             throwTooShort();
-        const auto taken = m_bytes.subspan(m_position, count);
+        const std::span taken(m_bytes.data() + m_position, count); // subspan() would check a second time
         m_position += count;
         return taken;
     }
@@ -45,7 +45,7 @@ private:
     template <std::size_t size>
     std::uint64_t little()
     {
-        const auto taken = bytes(size);
+        const std::byte* const taken = bytes(size).data();
         std::uint64_t value = 0;
         for (std::size_t index = size; index-- > 0;)
             value = value << 8U | std::to_integer<std::uint64_t>(taken[index]);
