@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -26,13 +26,12 @@ std::string contentOf(const fs::path& file)
 /// Tries each file of the folder; answers how many there are.
 int replay(const fs::path& folder)
 {
-    using Clock = std::chrono::steady_clock;
     int files = 0;
     for (const auto& entry : fs::directory_iterator(folder)) {
         const std::string content = contentOf(entry.path());
-        const auto start = Clock::now();
+        const std::clock_t start = std::clock(); // of this process: what others take from the machine does not count
         EXPECT_NO_THROW(tryInput(std::as_bytes(std::span(content)))) << entry.path();
-        EXPECT_LT(Clock::now() - start, std::chrono::seconds(WAGEMILL_SECONDS_PER_INPUT)) << entry.path();
+        EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, WAGEMILL_SECONDS_PER_INPUT) << entry.path();
         ++files;
     }
     return files;

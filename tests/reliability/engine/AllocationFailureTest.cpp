@@ -57,6 +57,18 @@ void* operator new[](std::size_t size)
 {
     return allocate(size);
 }
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    try {
+        return allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    return operator new(size, tag);
+}
 void operator delete(void* block) noexcept
 {
     release(block);
