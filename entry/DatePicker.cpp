@@ -4,6 +4,7 @@
 
 #include <QCalendarWidget>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QSignalBlocker>
 #include <QTextCharFormat>
 #include <QWheelEvent>
@@ -56,8 +57,6 @@ DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
     setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
     setDisplayFormat(QString::fromStdString(m_formats.shortDatePattern));
     setCalendarPopup(true);
-    nameCalendarControls(*calendarWidget());
-    calmCalendarColors(*calendarWidget());
     m_shown = this->date();
     connect(this, &QDateEdit::dateChanged, this, &DatePicker::rememberChange);
 }
@@ -150,6 +149,17 @@ void DatePicker::goToNextPart()
 {
     if (currentSectionIndex() + 1 < sectionCount())
         setSelectedSection(sectionAt(currentSectionIndex() + 1));
+}
+
+void DatePicker::mousePressEvent(QMouseEvent* event)
+{
+    // The calendar is made here, at the first click: it looks for its arrows in hundreds of places on the disk, which
+    // would make every start of the program wait.
+    if (!std::exchange(m_calendarIsMade, true)) {
+        nameCalendarControls(*calendarWidget());
+        calmCalendarColors(*calendarWidget());
+    }
+    QDateEdit::mousePressEvent(event);
 }
 
 void DatePicker::wheelEvent(QWheelEvent* event)

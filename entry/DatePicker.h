@@ -27,6 +27,7 @@ protected:
     bool focusNextPrevChild(bool next) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
 private:
@@ -42,6 +43,7 @@ private:
     QDate m_shown;                   ///< before the change that is going on
     std::vector<QDate> m_earlier;    ///< for undo, the latest last
     bool m_isTyping = false;         ///< the change that is going on comes from a digit or separator
+    bool m_calendarIsMade = false;
     bool m_stepIsOpen = false;       ///< what is typed on belongs to the step that was remembered last
 };
 
