@@ -44,9 +44,13 @@ class WineDesktop(Desktop):
     def __exit__(self, failure=None, *details):
         if failure and self.failure_picture:
             self.screenshot(self.failure_picture)
-        subprocess.run(["wineserver", "-k"], env=self.environment, check=False)
-        subprocess.run(["wineserver", "-w"], env=self.environment, check=False)
+        self.restart()
         self.prefix_in_use.close()
+
+    def restart(self):
+        """Ends all of Windows; what was set counts when the next program starts it."""
+        for option in ("-k", "-w"):
+            subprocess.run(["wineserver", option], env=self.environment, check=False)
 
     def start_program(self, path, *arguments, **environment):
         log = open(os.path.join(self.home, "program.log"), "ab")
@@ -54,7 +58,8 @@ class WineDesktop(Desktop):
 
     def run(self, program, *arguments, seconds=60):
         """Runs a program to its end. Answers its exit code and what it wrote."""
-        done = subprocess.run(["wine", program, *arguments], env=self.environment, timeout=seconds, text=True,
+        done = subprocess.run(["wine", program, *arguments], env=self.environment, timeout=seconds, encoding="utf-8",
+                              errors="replace",
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
         return done.returncode, done.stdout.replace("\r\n", "\n")
 
@@ -88,9 +93,7 @@ class WineDesktop(Desktop):
         for key, name, kind, value in SETTINGS:
             self.must_run("reg", "add", key, "/v", name, "/t", kind, "/d", value, "/f")
         self._make_user_folders_real()
-        # What is set counts from the next start on.
-        subprocess.run(["wineserver", "-k"], env=self.environment, check=False)
-        subprocess.run(["wineserver", "-w"], env=self.environment, check=False)
+        self.restart()
         open(made, "w").close()
 
     def _make_user_folders_real(self):
