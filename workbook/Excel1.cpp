@@ -22,7 +22,7 @@ void SavePicture(const std::optional<Picture>& picture, const std::filesystem::p
     std::filesystem::remove(path, error);
     if (error)
         throw std::runtime_error("Cannot replace the picture \"" + path.string() + "\": " + error.message() + ".");
-    writeBytesToFile(picture->fileBytes, path);
+    writeBytesToFile(*picture->fileBytes, path);
 }
 
 } // namespace

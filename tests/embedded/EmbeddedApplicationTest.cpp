@@ -86,7 +86,7 @@ TEST_F(EmbeddedApplicationTest, FillsCopiesAndSavesWhatAnotherSessionReads)
     const auto used = reopened->ActiveSheet()->UsedRange();
     EXPECT_GE(used->Rows(used->Rows()->count())->Row(), 23);
     used->CopyPicture();
-    EXPECT_GT(clipboard.GetData(0).fileBytes.size(), 1000U);
+    EXPECT_GT(clipboard.GetData(0).fileBytes->size(), 1000U);
 }
 
 TEST_F(EmbeddedApplicationTest, KeepsSeveralWorkbooksApart)

@@ -195,7 +195,7 @@ protected:
         const std::optional<Picture> fetched =
             getClipboardPicture(systemPictureClipboard(), static_cast<std::int16_t>(format));
         ASSERT_TRUE(fetched.has_value()) << "format " << format << ": " << failureOf(format);
-        const std::vector<std::byte>& bytes = fetched->fileBytes;
+        const std::vector<std::byte>& bytes = *fetched->fileBytes;
         ASSERT_GT(bytes.size(), beginning.size());
         EXPECT_EQ(std::memcmp(bytes.data(), beginning.data(), beginning.size()), 0) << "format " << format;
         std::filesystem::remove(file);
@@ -378,7 +378,7 @@ TEST_F(ClipboardPictureTest, AHostileMetafileIsRefusedWithItsName)
         std::uint32_t number;
     } const faults[] = {{32, largestFrame}, {36, largestFrame}, {112, 0}, {48, largestFrame}};
     for (const auto& [at, number] : faults) {
-        std::vector<std::byte> hostile = picture->fileBytes;
+        std::vector<std::byte> hostile = *picture->fileBytes;
         std::memcpy(hostile.data() + at, &number, sizeof number);
         std::filesystem::remove(file);
         writeBytesToFile(hostile, file);

@@ -209,7 +209,7 @@ Picture FakeSpreadsheet::Clipboard::GetData(std::int16_t /*format*/)
 {
     if (++m_fake.fetches <= m_fake.emptyFetches)
         throw SpreadsheetError("The clipboard holds no picture.");
-    return {m_fake.pictureBytes};
+    return {std::make_shared<const std::vector<std::byte>>(m_fake.pictureBytes)};
 }
 
 } // namespace wagemill::test

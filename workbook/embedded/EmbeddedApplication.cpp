@@ -534,6 +534,7 @@ void EmbeddedApplication::Quit()
     m_session->books.clear();
     m_session->activeBook.reset();
     m_session->copied.reset();
+    m_session->pictures.clear();
 }
 
 } // namespace wagemill

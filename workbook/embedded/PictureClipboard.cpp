@@ -18,7 +18,8 @@ void EmbeddedPictureClipboard::copy(const engine::SheetPicture& picture, double 
 {
     m_picture.reset();
     const double natural = std::min(scale, 1.0);
-    m_picture = Picture{bitmapFileOf(picture, std::max(natural, scaleThatFits(picture, scale)))};
+    m_picture = Picture{std::make_shared<const std::vector<std::byte>>(
+        bitmapFileOf(picture, std::max(natural, scaleThatFits(picture, scale))))};
 }
 
 Picture EmbeddedPictureClipboard::GetData(std::int16_t format)

@@ -16,6 +16,7 @@ public:
     /// largest scale, not below 1, at which it fits. Throws SpreadsheetError when it is too large at scale 1; the
     /// clipboard is then empty.
     void copy(const engine::SheetPicture& picture, double scale);
+    void clear() { m_picture.reset(); }
 
     /// Formats: 0, or 2 and 8 (bitmaps). Throws SpreadsheetError when there is no picture in that format.
     Picture GetData(std::int16_t format) override;

@@ -105,7 +105,7 @@ public:
         const PictureFormat* found = code == 0 ? firstPictureFormat() : pictureFormat(code);
         if (found == nullptr || !::IsClipboardFormatAvailable(found->code))
             throw SpreadsheetError("the clipboard holds no picture");
-        return {found->fileBytes()};
+        return {std::make_shared<const std::vector<std::byte>>(found->fileBytes())};
     }
 };
 

@@ -118,7 +118,7 @@ public:
 
 /// A picture as its own file format holds it: the bytes of a .bmp or .emf file.
 struct Picture {
-    std::vector<std::byte> fileBytes;
+    std::shared_ptr<const std::vector<std::byte>> fileBytes; ///< never null; shared, because they may be many
 };
 
 /// The clipboard to which a spreadsheet application copies pictures.

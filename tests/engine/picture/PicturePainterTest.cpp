@@ -230,7 +230,7 @@ TEST(EmbeddedPictureClipboard, HoldsOneBitmapAndSaysWhenThereIsNone)
 
     clipboard.copy(pictureOf(textIn({0, 0, 50, 20}, "Net Pay")), 2);
     for (const std::int16_t bitmap : {std::int16_t{0}, std::int16_t{2}, std::int16_t{8}})
-        EXPECT_EQ(clipboard.GetData(bitmap).fileBytes, clipboard.GetData(0).fileBytes);
+        EXPECT_EQ(*clipboard.GetData(bitmap).fileBytes, *clipboard.GetData(0).fileBytes);
     EXPECT_THROW(clipboard.GetData(14), SpreadsheetError) << "an enhanced metafile";
 
     SheetPicture endless;

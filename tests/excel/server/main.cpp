@@ -83,7 +83,7 @@ int serve(Server& server)
         auto application = std::make_shared<EmbeddedApplication>(RegionalFormats{}, pictures, [] { return 1.0; });
         return serveApplication(server, application, [&](CellRange& range) {
             range.CopyPicture();
-            copyAsMetafile(pictures.GetData(0).fileBytes);
+            copyAsMetafile(*pictures.GetData(0).fileBytes);
         });
     });
     DWORD registration = 0;
