@@ -31,6 +31,18 @@ class Frames:
         self._display = ctypes.c_void_p(self._x.XOpenDisplay(display.encode()))
         self._root = self._x.XDefaultRootWindow(self._display)
 
+    def place(self, window):
+        """Place of a window on the screen, without its frame: x, y, width, height."""
+        root = ctypes.c_ulong()
+        ints = [ctypes.c_int() for _ in range(4)]
+        sizes = [ctypes.c_uint() for _ in range(4)]
+        handle = ctypes.c_ulong(int(window))
+        self._x.XGetGeometry(self._display, handle, ctypes.byref(root), ctypes.byref(ints[0]), ctypes.byref(ints[1]),
+                             *map(ctypes.byref, sizes))
+        self._x.XTranslateCoordinates(self._display, handle, ctypes.c_ulong(self._root), 0, 0, ctypes.byref(ints[2]),
+                                      ctypes.byref(ints[3]), ctypes.byref(root))
+        return ints[2].value, ints[3].value, sizes[0].value, sizes[1].value
+
     def look(self, x, y, width, height):
         """The pixels of a part of the screen, as bytes."""
         image = self._x.XGetImage(self._display, self._root, x, y, width, height, ALL_PLANES, Z_PIXMAP)

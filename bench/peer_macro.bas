@@ -74,7 +74,7 @@ Sub TakePicture(controller, area)
     controller.select(area)
     transferable = controller.getTransferable()
     For Each flavor In transferable.getTransferDataFlavors()
-        If InStr(flavor.MimeType, "x-openoffice-bitmap") > 0 Then
+        If flavor.MimeType = "image/png" Then
             If UBound(transferable.getTransferData(flavor)) < 10000 Then Error 1
             Exit Sub
         End If

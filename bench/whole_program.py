@@ -64,11 +64,7 @@ class Measured:
         self.desktop.wait_for(lambda: not self.desktop.is_shown(self.title), "the window to go")
 
     def box(self):
-        """Place of the window on the screen, without its frame: x, y, width, height."""
-        window = self.desktop.window(self.title)
-        shell = self.desktop._xdotool("getwindowgeometry", "--shell", window)
-        place = dict(line.split("=") for line in shell.split())
-        return tuple(int(place[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+        return self.frames.place(self.desktop.window(self.title))
 
     def settle(self):
         self.start()
@@ -119,8 +115,10 @@ def measure_click(program, turns):
     entry = program.settle()
     click_start_button(program, entry)
     time.sleep(2 * SETTLED)
-    x, y, _, _ = program.box()
-    sheet = (x + 60, y + 120, 500, 220)
+    preview = program.box()
+    if preview == entry:
+        raise RuntimeError("the preview did not open")
+    sheet = (preview[0] + 60, preview[1] + 120, 500, 220)
     pixels = program.frames.look(*sheet)
     memory = program.memory()
     program.stop()
