@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs every test: plain, with AddressSanitizer and UndefinedBehaviorSanitizer, and
 # for Windows under Wine where its tools are installed.
-# usage: ./test.sh [--long]       --long: the tests of faults try everything rather than a part of it (hours)
+# usage: ./test.sh [--long]       --long: the tests of faults try everything rather than a part of it, and fuzz (a day)
 set -euo pipefail
 cd "$(dirname "$0")"
 source scripts/packages.sh
@@ -63,3 +63,7 @@ testForWindows() {
 testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON -DWAGEMILL_BENCHMARKS=ON
 testIn build/sanitized "With sanitizers" -DCMAKE_BUILD_TYPE=Debug -DWAGEMILL_SANITIZE=ON -DWAGEMILL_TESTS=ON
 testForWindows
+if [ -n "${WAGEMILL_LONG:-}" ]; then
+    echo "== Fuzzing =="
+    tests/fuzz/run.sh 10000000 || [ $? = 77 ] # it says what is missing
+fi
