@@ -168,16 +168,19 @@ def report_start(build, turns):
         _, _, width, height = program.settle()
         program.stop()
         empty = Measured(desktop, "Empty", os.path.join(build, "bench", "empty_window"), str(width), str(height))
-        ours, theirs = measure_starts([program, empty], turns)
+        text = Measured(desktop, "Empty", *empty.command, "Payroll")
+        starts = measure_starts([program, empty, text], turns)
         empty.settle()
         memory = empty.memory()
         empty.stop()
-        return ours, theirs, memory
+        return starts, memory
 
-    ours, theirs, memory = in_desktop(1, work)
-    print(f"start: ours {statistics.median(ours):.1f} ms {spread(ours)}, "
-          f"an empty window {statistics.median(theirs):.1f} ms {spread(theirs)}")
-    line("start, against an empty window", statistics.median(ours) / statistics.median(theirs), 1.3, "x")
+    starts, memory = in_desktop(1, work)
+    for name, figures in zip(("ours", "an empty window", "a window with one word"), starts):
+        print(f"start: {name} {statistics.median(figures):.1f} ms {spread(figures)}")
+    ours, empty, text = map(statistics.median, starts)
+    line("start, against an empty window", ours / empty, 1.3, "x")
+    print(f"start, against a window with one word: {ours / text:.2f} x")
     return memory
 
 
