@@ -28,7 +28,7 @@ using engine::SheetPicture;
 
 constexpr int bytesPerBitmapPixel = 3;
 constexpr int mostImagePixels = 32767; ///< what a painter can address in either direction
-constexpr int stripPixels = 256;       ///< small enough to stay in the processor's cache
+constexpr int stripPixels = 512;       ///< small enough to stay in the processor's cache
 constexpr double screenDotsPerInch = 96;
 constexpr double inchesPerMetre = 1 / 0.0254;
 
