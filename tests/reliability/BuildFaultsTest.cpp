@@ -3,6 +3,7 @@
 #include "app/base/Files.h"
 #include "entry/SampleData.h"
 #include "resources/CustomResource.h"
+#include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/PayrollBuild.h"
@@ -31,16 +32,10 @@ struct Result {
     fs::path workbook;
 };
 
-struct ResultWindows : BuildWindows {
+struct ResultWindows : NoWindows {
     Result result;
-    void freezeDrawing() override {}
-    void unfreezeDrawing() override {}
-    void showHourglass() override {}
-    void showArrow() override {}
     void showPicture(const fs::path& shown) override { result.picture = readBytesFromFile(shown); }
     void passWorkbook(const fs::path& saved) override { result.workbook = saved; }
-    void showPreview() override {}
-    void hideEntry() override {}
 };
 
 /// A build with the embedded engine in a folder that others may write to. Where the test runs as root it builds as

@@ -15,6 +15,7 @@
 #include "entry/SettingsNames.h"
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"
+#include "tests/support/NoWindows.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <QApplication>
@@ -152,18 +153,10 @@ struct Result {
     bool operator==(const Result&) const = default;
 };
 
-struct RecordingWindows : BuildWindows {
-    Result result;
-    fs::path workbook;
-
-    void freezeDrawing() override {}
-    void unfreezeDrawing() override {}
-    void showHourglass() override {}
-    void showArrow() override {}
+struct RecordingWindows : test::NoWindows {
     void showPicture(const fs::path& picture) override { result.picture = readOwnFile(picture); }
-    void passWorkbook(const fs::path& saved) override { workbook = saved; }
-    void showPreview() override {}
-    void hideEntry() override {}
+
+    Result result;
 };
 
 std::vector<engine::CellValue> valuesOf(const fs::path& workbook)

@@ -1,27 +1,11 @@
 #include "tests/support/EmbeddedBuilds.h"
 
 #include "resources/CustomResource.h"
+#include "tests/support/NoWindows.h"
 
 #include <random>
 
 namespace wagemill::test {
-
-namespace {
-
-struct NoWindows : BuildWindows {
-    void freezeDrawing() override {}
-    void unfreezeDrawing() override {}
-    void showHourglass() override {}
-    void showArrow() override {}
-    void showPicture(const std::filesystem::path& /*picture*/) override {}
-    void passWorkbook(const std::filesystem::path& saved) override { workbook = saved; }
-    void showPreview() override {}
-    void hideEntry() override {}
-
-    std::filesystem::path workbook;
-};
-
-} // namespace
 
 EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
 {

@@ -1,4 +1,5 @@
 #include "tests/workbook/BuildCases.h"
+#include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/FakeSpreadsheet.h"
@@ -13,17 +14,6 @@ using namespace wagemill;
 using namespace wagemill::test;
 
 namespace {
-
-struct NoWindows : BuildWindows {
-    void freezeDrawing() override {}
-    void unfreezeDrawing() override {}
-    void showHourglass() override {}
-    void showArrow() override {}
-    void showPicture(const std::filesystem::path&) override {}
-    void passWorkbook(const std::filesystem::path&) override {}
-    void showPreview() override {}
-    void hideEntry() override {}
-};
 
 class BuildCasesTest : public testing::Test {
 protected:

@@ -1,3 +1,4 @@
+#include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/FakeSpreadsheet.h"
@@ -169,7 +170,7 @@ private:
     int m_deadSession = -1;
 };
 
-struct CountingWindows : BuildWindows {
+struct CountingWindows : NoWindows {
     int frozen = 0;
     bool isBusy = false;
     bool isShown = false;
@@ -182,9 +183,7 @@ struct CountingWindows : BuildWindows {
         if (!fileExists(picture))
             throw std::runtime_error("no picture");
     }
-    void passWorkbook(const std::filesystem::path&) override {}
     void showPreview() override { isShown = true; }
-    void hideEntry() override {}
 };
 
 class FailingSessionTest : public testing::Test {
