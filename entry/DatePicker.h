@@ -43,8 +43,8 @@ private:
     QDate m_shown;                   ///< before the change that is going on
     std::vector<QDate> m_earlier;    ///< for undo, the latest last
     bool m_isTyping = false;         ///< the change that is going on comes from a digit or separator
-    bool m_calendarIsMade = false;
     bool m_stepIsOpen = false;       ///< what is typed on belongs to the step that was remembered last
+    bool m_calendarIsMade = false;
 };
 
 } // namespace wagemill
