@@ -11,7 +11,6 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <new>
 #include <string>
@@ -179,37 +178,37 @@ private:
     void appendOne(Number number)
     {
         for (std::size_t byte = 0; byte < sizeof(Number); ++byte)
-            m_bytes[m_at++] = static_cast<std::byte>((static_cast<std::uint64_t>(number) >> (8 * byte)) & 0xFFU);
+            m_bytes.push_back(static_cast<std::byte>((static_cast<std::uint64_t>(number) >> (8 * byte)) & 0xFFU));
     }
 
     std::vector<std::byte>& m_bytes;
-    std::size_t m_at = 0;
 };
 
 /// BITMAPFILEHEADER and BITMAPINFOHEADER, https://learn.microsoft.com/windows/win32/gdi/bitmap-storage
-void writeBitmapHeader(std::vector<std::byte>& bytes, int width, int height, double scale)
+void appendBitmapHeader(std::vector<std::byte>& bytes, int width, int height, double scale)
 {
     constexpr std::uint16_t signature = 0x4D42; // "BM"
     constexpr std::uint32_t infoBytes = 40;
     constexpr std::uint16_t planes = 1;
     constexpr std::uint16_t bitsPerPixel = 24;
     const auto pixelsPerMetre = static_cast<std::int32_t>(std::lround(screenDotsPerInch * scale * inchesPerMetre));
-    const auto dataBytes = static_cast<std::uint32_t>(bytes.size() - bitmapHeaderBytes);
-    BitmapWriter(bytes).append(signature, static_cast<std::uint32_t>(bytes.size()), std::uint32_t{0},
-                               static_cast<std::uint32_t>(bitmapHeaderBytes), infoBytes, std::int32_t{width},
-                               std::int32_t{height}, planes, bitsPerPixel, std::uint32_t{0}, dataBytes, pixelsPerMetre,
-                               pixelsPerMetre, std::uint32_t{0}, std::uint32_t{0});
+    const auto dataBytes = static_cast<std::uint32_t>(bitmapRowBytes(width) * static_cast<std::size_t>(height));
+    constexpr auto headerBytes = static_cast<std::uint32_t>(bitmapHeaderBytes);
+    BitmapWriter(bytes).append(signature, headerBytes + dataBytes, std::uint32_t{0}, headerBytes, infoBytes,
+                               std::int32_t{width}, std::int32_t{height}, planes, bitsPerPixel, std::uint32_t{0},
+                               dataBytes, pixelsPerMetre, pixelsPerMetre, std::uint32_t{0}, std::uint32_t{0});
 }
 
-/// Copies a strip into the bitmap's rows, which are stored from the bottom up, blue first.
-void copyStrip(const QImage& strip, int top, int imageHeight, std::vector<std::byte>& bytes)
+/// Appends a strip's rows to the bitmap, which holds them from the bottom up, blue first.
+void appendStrip(const QImage& strip, std::vector<std::byte>& bytes)
 {
     const QImage blueFirst = strip.convertToFormat(QImage::Format_BGR888);
-    const std::size_t rowBytes = bitmapRowBytes(strip.width());
-    for (int row = 0; row < strip.height(); ++row) {
-        const auto fileRow = static_cast<std::size_t>(imageHeight - 1 - top - row);
-        std::memcpy(bytes.data() + bitmapHeaderBytes + fileRow * rowBytes, blueFirst.constScanLine(row),
-                    static_cast<std::size_t>(strip.width()) * bytesPerBitmapPixel);
+    const std::size_t padded = bitmapRowBytes(strip.width());
+    const std::size_t used = static_cast<std::size_t>(strip.width()) * bytesPerBitmapPixel;
+    for (int row = strip.height() - 1; row >= 0; --row) {
+        const auto* const pixels = reinterpret_cast<const std::byte*>(blueFirst.constScanLine(row));
+        bytes.insert(bytes.end(), pixels, pixels + used);
+        bytes.insert(bytes.end(), padded - used, std::byte{0});
     }
 }
 
@@ -240,11 +239,13 @@ std::vector<std::byte> bitmapFileOf(const SheetPicture& picture, double scale)
     if (width > mostImagePixels || bitmapBytes(picture, scale) > static_cast<double>(mostBitmapBytes))
         throwTooLarge(width, height);
     try {
-        std::vector<std::byte> bytes(bitmapHeaderBytes + bitmapRowBytes(width) * static_cast<std::size_t>(height));
-        writeBitmapHeader(bytes, width, height, scale);
-        for (int top = 0; top < height; top += stripPixels)
-            copyStrip(paintedStrip(picture, scale, width, top, std::min(stripPixels, height - top)), top, height,
-                      bytes);
+        std::vector<std::byte> bytes;
+        bytes.reserve(bitmapHeaderBytes + bitmapRowBytes(width) * static_cast<std::size_t>(height));
+        appendBitmapHeader(bytes, width, height, scale);
+        for (int bottom = height; bottom > 0; bottom -= stripPixels) {
+            const int top = std::max(0, bottom - stripPixels);
+            appendStrip(paintedStrip(picture, scale, width, top, bottom - top), bytes);
+        }
         return bytes;
     } catch (const std::bad_alloc&) {
         throwTooLarge(width, height);

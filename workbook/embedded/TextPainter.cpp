@@ -23,19 +23,22 @@ double widthOf(const QString& text, const QFont& font)
     return textBlock(text, font, 0, false).width;
 }
 
-/// The number in the first form that fits, else as many "#" as there is room for.
-QString fittingNumber(const PictureText& text, const QFont& font, double width)
+/// The text; a number in the first form that fits, else as many "#" as there is room for.
+TextBlock fittingBlock(const PictureText& text, const QFont& font, double width)
 {
+    const auto laidOut = [&](const QString& shown) {
+        return textBlock(shown, font, width, text.wrap && !text.hashesWhenTooWide);
+    };
     if (!text.alwaysHashes) {
-        QString full = QString::fromStdString(text.text);
-        if (!text.hashesWhenTooWide || widthOf(full, font) <= width)
+        TextBlock full = laidOut(QString::fromStdString(text.text));
+        if (!text.hashesWhenTooWide || full.width <= width)
             return full;
         for (const std::string& shorter : text.shorterForms)
-            if (QString form = QString::fromStdString(shorter); widthOf(form, font) <= width)
+            if (TextBlock form = laidOut(QString::fromStdString(shorter)); form.width <= width)
                 return form;
     }
     const double hash = widthOf(QStringLiteral("#"), font);
-    return {std::max(1, static_cast<int>(width / hash)), QLatin1Char('#')};
+    return laidOut({std::max(1, static_cast<int>(width / hash)), QLatin1Char('#')});
 }
 
 /// The font made smaller until the text fits.
@@ -130,9 +133,11 @@ void TextPainter::draw(const PictureText& text)
 {
     const QRectF inner = innerCell(text);
     const QFont natural = drawnFont(text.font);
-    const QString shown = fittingNumber(text, natural, inner.width());
-    const QFont font = text.shrink ? shrunkFont(shown, natural, inner.width()) : natural;
-    const TextBlock block = textBlock(shown, font, inner.width(), text.wrap);
+    TextBlock block = fittingBlock(text, natural, inner.width());
+    if (text.shrink) {
+        const QString shown = block.layout->text();
+        block = textBlock(shown, shrunkFont(shown, natural, inner.width()), inner.width(), text.wrap);
+    }
     const double top = topOf(text, block.height);
 
     m_painter.save();
