@@ -95,7 +95,7 @@ void tryInput(Input input)
     static const CalculationSettings settings{{}, 46112.75};
     const bool isArray = takeByte(input) % 2 == 1;
     const std::size_t low = takeByte(input);
-    const std::size_t named = low + 256 * takeByte(input);
+    const std::size_t named = low + std::size_t{256} * takeByte(input);
     const std::size_t size = std::min(named, input.size());
     const xls::FormulaContext context{formulaPlace, book.names.size(), book.externSheets.size()};
     Formula formula;

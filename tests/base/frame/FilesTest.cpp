@@ -144,7 +144,7 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolder)
 /// A folder as a run makes it, its lock held by `held` as a living run holds it; -1 for a run that was killed.
 fs::path runFolder(const fs::path& parent, const char* letters, int* held)
 {
-    const fs::path folder = parent / (std::string("wagemill-run-") + letters);
+    fs::path folder = parent / (std::string("wagemill-run-") + letters);
     EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
     writeBytesToFile(fourBytes, folder / "kvarno12345678.xls");
     if (held != nullptr) {
