@@ -22,8 +22,8 @@ const char* errorText(ErrorCode error);
 
 struct Empty {
     Empty() = default;
-    // Not trivial on purpose: where each alternative is trivial or a text, the variant of GCC 12 destroys a text that was
-    // never made, because memory ran out while it was copied. NOLINTBEGIN(modernize-use-equals-default)
+    // Not trivial on purpose: where each alternative is trivial or a text, the variant of GCC 12 destroys a text that
+    // was never made, because memory ran out while it was copied. NOLINTBEGIN(modernize-use-equals-default)
     constexpr Empty(const Empty& /*other*/) noexcept {}
     constexpr Empty& operator=(const Empty& /*other*/) noexcept { return *this; }
     // NOLINTEND(modernize-use-equals-default)
