@@ -94,6 +94,7 @@ public:
     std::uint16_t defaultColumnWidth = 8; ///< whole characters, without the five pixels of margin
     bool showGridLines = true;
     std::vector<CarriedRecord> carried; ///< in the order in which they stood
+    bool isCarriedWhole = false;        ///< a sheet of another kind, a chart: its beginning and end are carried, too
 
     /// The cell, or null when nothing was ever put there.
     const Cell* find(CellAddress address) const;

@@ -341,7 +341,7 @@ private:
 
 SubstreamType substreamType(const Sheet& sheet)
 {
-    if (sheet.carried.empty() || sheet.carried.front().id != record::bof || sheet.carried.front().data.size() < 4)
+    if (!sheet.isCarriedWhole)
         return SubstreamType::Worksheet;
     ByteReader reader(sheet.carried.front().data);
     reader.skip(2);

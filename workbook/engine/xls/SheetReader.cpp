@@ -150,6 +150,7 @@ private:
 
     void carryAll(Record& record)
     {
+        m_sheet.isCarriedWhole = true;
         do
             m_sheet.carried.push_back(record.carried());
         while (nextInSheet(record));
