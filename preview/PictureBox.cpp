@@ -1,6 +1,7 @@
 #include "preview/PictureBox.h"
 
 #include <QAccessibleWidget>
+#include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -22,6 +23,14 @@ QSize naturalSize(const QPixmap& picture)
 int scaledEdge(int edge, int targetExtent, int sourceExtent)
 {
     return static_cast<int>(std::lround(double(edge) * sourceExtent / targetExtent));
+}
+
+/// A part of a picture without a copy of its pixels, which are to outlive it.
+QImage viewOf(const QImage& picture, const QRect& part)
+{
+    const int bytesPerPixel = picture.depth() / 8;
+    const uchar* const corner = picture.constScanLine(part.top()) + qsizetype(part.left()) * bytesPerPixel;
+    return {corner, part.width(), part.height(), picture.bytesPerLine(), picture.format()};
 }
 
 /// Makes a screen reader speak of a picture rather than of an empty area.
@@ -112,7 +121,8 @@ const QPixmap& PictureBox::smallerTile(int column, int row)
                               scaledEdge(part.top(), target.height(), m_sourcePixels.height())),
                        QPoint(scaledEdge(part.right() + 1, target.width(), m_sourcePixels.width()) - 1,
                               scaledEdge(part.bottom() + 1, target.height(), m_sourcePixels.height()) - 1));
-    tile = m_source.copy(source).scaled(part.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    tile = QPixmap::fromImage(
+        viewOf(m_source.toImage(), source).scaled(part.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     tile.setDevicePixelRatio(devicePixelRatioF());
     return tile;
 }
