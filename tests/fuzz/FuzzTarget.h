@@ -14,6 +14,10 @@ using Input = std::span<const std::byte>;
 /// libFuzzer's driver or with the replay of kept inputs. What must not happen crashes, hangs or throws.
 void tryInput(Input input);
 
+/// That the arrays of formulas may have: as many as the program allows when kept inputs are tried again and timed, few
+/// when there are millions of inputs to try.
+extern const std::size_t mostArrayValues;
+
 /// A rule that holds whatever the input is.
 inline void require(bool holds, const std::string& rule)
 {

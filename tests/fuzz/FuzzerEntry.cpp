@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+const std::size_t wagemill::fuzz::mostArrayValues = 1 << 12;
+
 // libFuzzer's name for it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

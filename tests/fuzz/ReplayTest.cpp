@@ -1,6 +1,7 @@
 // Tries every kept input of one target again: those that ever made it fail, and its seeds.
 
 #include "tests/fuzz/FuzzTarget.h"
+#include "workbook/engine/formula/Recalculation.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,8 @@
 #include <vector>
 
 namespace wagemill::fuzz {
+
+const std::size_t mostArrayValues = engine::CalculationSettings{}.mostArrayValues;
 
 namespace {
 

@@ -12,9 +12,7 @@ namespace wagemill::engine {
 namespace {
 
 constexpr int maxNameDepth = 32; ///< names that stand for formulas with names
-// Few bytes of a file can ask for very many values, again and again: far beyond any workbook that people make.
 constexpr std::size_t maxValuesPerFormula = std::size_t{1} << 20;
-constexpr std::size_t maxValues = std::size_t{1} << 23;
 constexpr std::uint16_t sumFunction = 4;
 constexpr std::uint16_t addInFunction = 255;
 
@@ -517,7 +515,7 @@ FormulaEvaluator::FormulaEvaluator(const Book& book, const CalculationSettings& 
       m_settings(settings),
       m_isPending(std::move(isPending)),
       m_rules{settings.formats, settings.now, book.dates1904},
-      m_allValuesLeft(maxValues)
+      m_allValuesLeft(settings.mostArrayValues)
 {
 }
 

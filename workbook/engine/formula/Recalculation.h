@@ -9,6 +9,9 @@ namespace wagemill::engine {
 struct CalculationSettings {
     RegionalFormats formats; ///< for numbers written as text
     double now = 0;          ///< the present moment as a 1900 serial day with its fraction, in the user's time zone
+    /// That the arrays of all formulas together may have; those after that keep their stored values. Few bytes of a
+    /// file can ask for very many, again and again; this is far beyond any workbook that people make.
+    std::size_t mostArrayValues = std::size_t{1} << 23;
 };
 
 /// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
