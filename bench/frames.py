@@ -6,6 +6,7 @@ import time
 
 ALL_PLANES = 0xFFFFFFFF
 Z_PIXMAP = 2
+BETWEEN_LOOKS = 0.001  # seconds: looking without a pause would take a core from the program that is looked at
 
 
 class XImage(ctypes.Structure):
@@ -57,6 +58,7 @@ class Frames:
             now = time.perf_counter()
             if seen == pixels:
                 return now - start
+            time.sleep(BETWEEN_LOOKS)
         raise TimeoutError(f"the screen did not show at {part} what it showed before")
 
     def move(self, x, y):
