@@ -1,6 +1,7 @@
 #include "entry/Form1.h"
 
 #include "app/base/Files.h"
+#include "app/base/FreedMemory.h"
 #include "app/look/DrawingLock.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
@@ -309,6 +310,7 @@ void Form1::VScroll1_Change()
 void Form1::PushButton22_Click()
 {
     buildPayrollWorkbook(payrollData(), *this, m_setup.build);
+    returnFreedMemory(); // a build takes much that nobody needs while the stubs are looked at
 }
 
 void Form1::PushButton7_Click()
