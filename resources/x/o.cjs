@@ -49,7 +49,7 @@ QGroupBox::title {
     padding: 0 3px;
 }
 
-QLineEdit {
+QLineEdit, QDateEdit {
     background-color: palette(base);
     color: palette(text);
     border: 1px solid palette(mid);
@@ -59,25 +59,11 @@ QLineEdit {
     selection-color: palette(highlighted-text);
 }
 
-QLineEdit:focus {
+QLineEdit:focus, QDateEdit:focus {
     border-color: palette(highlight);
 }
 
-/* The date picker, whose line edit has no frame of its own. */
-QDateEdit {
-    background-color: palette(base);
-    color: palette(text);
-    border: 1px solid palette(mid);
-    border-radius: 3px;
-    padding: 2px 4px;
-    selection-background-color: palette(highlight);
-    selection-color: palette(highlighted-text);
-}
-
-QDateEdit:focus {
-    border-color: palette(highlight);
-}
-
+/* The line edit inside the date picker has no frame of its own. */
 QDateEdit QLineEdit, QDateEdit QLineEdit:focus {
     border: none;
     padding: 0;
