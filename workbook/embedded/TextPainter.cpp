@@ -116,6 +116,7 @@ TextBlock textBlock(const QString& text, const QFont& font, double width, bool w
     option.setWrapMode(wrap ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::ManualWrap);
     option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute); // we place lines ourselves, those that run leftwards too
     block.layout->setTextOption(option);
+    block.layout->setCacheEnabled(true); // else drawing shapes the text once more
     block.layout->beginLayout();
     double heightTwips = 0;
     for (QTextLine line = block.layout->createLine(); line.isValid(); line = block.layout->createLine()) {
