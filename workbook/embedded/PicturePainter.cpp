@@ -11,8 +11,10 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <new>
+#include <span>
 #include <string>
 
 namespace wagemill {
@@ -199,16 +201,21 @@ void appendBitmapHeader(std::vector<std::byte>& bytes, int width, int height, do
                                dataBytes, pixelsPerMetre, pixelsPerMetre, std::uint32_t{0}, std::uint32_t{0});
 }
 
-/// Appends a strip's rows to the bitmap, which holds them from the bottom up, blue first.
+/// Appends a strip's rows to the bitmap, which holds them from the bottom up, blue first. Qt's conversion would
+/// share the work among threads, which takes longer than the work.
 void appendStrip(const QImage& strip, std::vector<std::byte>& bytes)
 {
-    const QImage blueFirst = strip.convertToFormat(QImage::Format_BGR888);
-    const std::size_t padded = bitmapRowBytes(strip.width());
-    const std::size_t used = static_cast<std::size_t>(strip.width()) * bytesPerBitmapPixel;
-    for (int row = strip.height() - 1; row >= 0; --row) {
-        const auto* const pixels = reinterpret_cast<const std::byte*>(blueFirst.constScanLine(row));
-        bytes.insert(bytes.end(), pixels, pixels + used);
-        bytes.insert(bytes.end(), padded - used, std::byte{0});
+    // A colour's bytes are blue, green, red and one for nothing.
+    static_assert(std::endian::native == std::endian::little);
+    std::size_t rowStart = bytes.size();
+    bytes.resize(rowStart + bitmapRowBytes(strip.width()) * static_cast<std::size_t>(strip.height()));
+    for (int row = strip.height() - 1; row >= 0; --row, rowStart += bitmapRowBytes(strip.width())) {
+        const auto* const colors = reinterpret_cast<const QRgb*>(strip.constScanLine(row));
+        std::byte* pixel = bytes.data() + rowStart;
+        for (const QRgb& color : std::span(colors, static_cast<std::size_t>(strip.width()))) {
+            std::memcpy(pixel, &color, bytesPerBitmapPixel);
+            pixel += bytesPerBitmapPixel;
+        }
     }
 }
 
