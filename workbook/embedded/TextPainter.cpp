@@ -130,10 +130,16 @@ TextBlock textBlock(const QString& text, const QFont& font, double width, bool w
     return block;
 }
 
+const QFont& TextPainter::fontOf(const engine::Font& font)
+{
+    const auto met = std::ranges::find(m_fonts, font, &std::pair<engine::Font, QFont>::first);
+    return met != m_fonts.end() ? met->second : m_fonts.emplace_back(font, drawnFont(font)).second;
+}
+
 void TextPainter::draw(const PictureText& text)
 {
     const QRectF inner = innerCell(text);
-    const QFont natural = drawnFont(text.font);
+    const QFont& natural = fontOf(text.font);
     TextBlock block = fittingBlock(text, natural, inner.width());
     if (text.shrink) {
         const QString shown = block.layout->text();

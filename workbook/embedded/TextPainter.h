@@ -9,6 +9,8 @@
 #include <QTextLayout>
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace wagemill {
 
@@ -32,7 +34,10 @@ public:
     void draw(const engine::PictureText& text);
 
 private:
+    const QFont& fontOf(const engine::Font& font);
+
     QPainter& m_painter;
+    std::vector<std::pair<engine::Font, QFont>> m_fonts; ///< those met: a new one would be looked for among all fonts
 };
 
 } // namespace wagemill
