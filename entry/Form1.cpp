@@ -229,6 +229,7 @@ void Form1::connectHandlers()
 
     m_pointer->watch(PointerMode::Hand, {PushButton6, PushButton7, PushButton22});
     m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3, txtCompanyName});
+    m_pointer->watch(PointerMode::Arrow, {m_area->widget(), PushButton6->parentWidget()}); // they cover the background
     for (EmployeePanel* container : picMainContainer)
         for (std::size_t field = 0; field < rowFields.size(); ++field)
             m_pointer->watch(PointerMode::Arrow, {&container->field(field)});

@@ -375,6 +375,35 @@ TEST_F(Form1Test, TurnsIntoThePreviewAndComesBackAsItWas)
     EXPECT_EQ(ended, 1);
 }
 
+TEST_F(Form1Test, ShowsTheHandOverButtonsAlone)
+{
+    setProgramFolder(WAGEMILL_SOURCE_DIR "/resources");
+    open();
+    const QRect help = control<PushButton>("PushButton6")->rect();
+    const auto inForm = [&](const char* name, QPoint point) {
+        return control<QWidget>(name)->mapTo(form.get(), point);
+    };
+    const struct {
+        const char* place;
+        QPoint point;
+    } grounds[] = {
+        {"between two buttons", inForm("PushButton6", {help.right() + 3, help.center().y()})},
+        {"left of the buttons", inForm("PushButton6", {-4, help.center().y()})},
+        {"below the buttons", inForm("PushButton6", {help.center().x(), help.bottom() + 4})},
+        {"between the frames", inForm("Frame3", {100, -3})},
+        {"a frame", inForm("Frame1", {100, 4})},
+        {"a field", inForm("txtName(0)", {10, 10})},
+    };
+    const auto hover = [&](QPoint point) {
+        QTest::mouseMove(form->windowHandle(), point);
+        return form->cursor().shape();
+    };
+    for (const auto& [place, point] : grounds) {
+        EXPECT_EQ(hover(inForm("PushButton6", help.center())), Qt::BitmapCursor);
+        EXPECT_EQ(hover(point), Qt::ArrowCursor) << place;
+    }
+}
+
 TEST_F(Form1Test, NamesEveryControlForAScreenReader)
 {
     open();
