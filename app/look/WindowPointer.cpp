@@ -84,21 +84,22 @@ void WindowPointer::showModeCursor()
     }
 }
 
+/// By the attribute alone: taking the cursors and setting them anew would tell the screen each time, for every field.
 void WindowPointer::hideOwnCursors()
 {
     for (QWidget* control : m_window.findChildren<QWidget*>())
         if (control->testAttribute(Qt::WA_SetCursor) && control->window() == &m_window) {
-            m_ownCursors.emplace_back(control, control->cursor());
-            control->unsetCursor();
+            m_withOwnCursor.emplace_back(control);
+            control->setAttribute(Qt::WA_SetCursor, false);
         }
 }
 
 void WindowPointer::restoreOwnCursors()
 {
-    for (const auto& [control, cursor] : m_ownCursors)
+    for (const auto& control : m_withOwnCursor)
         if (control)
-            control->setCursor(cursor);
-    m_ownCursors.clear();
+            control->setAttribute(Qt::WA_SetCursor, true);
+    m_withOwnCursor.clear();
 }
 
 } // namespace wagemill

@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <initializer_list>
-#include <utility>
 #include <vector>
 
 class QWidget;
@@ -52,7 +51,7 @@ private:
     PointerMode m_mode = PointerMode::Arrow;
     QCursor m_hand;
     QHash<const QWidget*, PointerMode> m_modeOver;
-    std::vector<std::pair<QPointer<QWidget>, QCursor>> m_ownCursors; ///< set aside while the window is busy
+    std::vector<QPointer<QWidget>> m_withOwnCursor; ///< that do not show it while the window is busy
 };
 
 } // namespace wagemill
