@@ -97,7 +97,8 @@ TEST_P(DamagedFiles, EveryPrefixOfTheRecordsIsReadOrRefused)
 
 TEST_P(DamagedFiles, EveryFlippedBitIsReadOrRefused)
 {
-    const std::size_t step = shortOrLong<std::size_t>(61, 1); // a prime: no bit of a byte is left out
+    const std::size_t step =
+        shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 31 : 7, 1); // primes: no bit of a byte is left out
     Bytes changed = m_whole;
     for (std::size_t bit = 0; bit < changed.size() * 8; bit += step) {
         const auto mask = static_cast<std::byte>(1U << bit % 8);
