@@ -1,7 +1,5 @@
 #include "resources/SheetDescription.h"
 
-#include "resources/FrozenRows.h"
-#include "resources/PrintSetup.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/FormulaParser.h"
 
@@ -32,12 +30,13 @@ void forEachCell(const CellRect& area, Action action)
             action(CellAddress{row, column});
 }
 
-/// Reads the statements of one sheet; looks are gathered, print setup is written when all are read.
+/// Reads the statements of one sheet; looks are gathered until all are read.
 class SheetReader {
 public:
     SheetReader(engine::Book& book, std::size_t sheet, Looks& looks)
-        : m_book(book), m_index(sheet), m_sheet(*book.sheets.at(sheet)), m_looks(looks)
+        : m_book(book), m_index(sheet), m_sheet(*book.sheets.at(sheet)), m_print(m_sheet.print), m_looks(looks)
     {
+        m_print.headerMargin = m_print.footerMargin = 0.3;
     }
 
     void read(const DescriptionLine& line);
@@ -73,9 +72,9 @@ private:
     engine::Book& m_book;
     std::size_t m_index;
     engine::Sheet& m_sheet;
+    engine::PrintSetup& m_print;
     Looks& m_looks;
     std::map<CellAddress, CellLook> m_cellLooks;
-    PrintSetup m_print;
 };
 
 const std::map<std::string, SheetReader::Statement>& SheetReader::statements()
@@ -117,8 +116,6 @@ void SheetReader::finish()
 {
     for (const auto& [address, cellLook] : m_cellLooks)
         m_sheet.at(address).format = m_looks.formatFor(cellLook);
-    for (engine::CarriedRecord& record : printRecords(m_print))
-        m_sheet.carried.push_back(std::move(record));
 }
 
 /// The area that the statement's first word names: "B3", "B3:N3".
@@ -267,8 +264,8 @@ void SheetReader::frozenRows(const DescriptionLine& line)
     const int rows = line.wholeNumber(0);
     if (rows < 1 || rows >= engine::maxRows)
         line.fail("these are no rows of a sheet");
-    for (engine::CarriedRecord& record : frozenRowRecords(rows))
-        m_sheet.carried.push_back(std::move(record));
+    const auto height = static_cast<std::uint16_t>(rows);
+    m_sheet.panes = engine::SheetPanes{.rows = height, .firstRow = height};
 }
 
 void SheetReader::select(const DescriptionLine& line)
@@ -287,7 +284,8 @@ void SheetReader::orientation(const DescriptionLine& line)
 void SheetReader::fitWidth(const DescriptionLine& line)
 {
     line.needWords(0, 0);
-    m_print.fitWidth = true;
+    m_print.fitToPages = true;
+    m_print.pagesHigh = 0;
 }
 
 void SheetReader::scale(const DescriptionLine& line)
@@ -295,9 +293,10 @@ void SheetReader::scale(const DescriptionLine& line)
     constexpr int least = 10;
     constexpr int most = 400;
     line.needWords(1, 1);
-    m_print.scalePercent = line.wholeNumber(0);
-    if (m_print.scalePercent < least || m_print.scalePercent > most)
+    const int percent = line.wholeNumber(0);
+    if (percent < least || percent > most)
         line.fail("a sheet is printed at 10 to 400 percent");
+    m_print.scalePercent = static_cast<std::uint16_t>(percent);
 }
 
 /// "margins LEFT RIGHT TOP BOTTOM"
@@ -305,14 +304,14 @@ void SheetReader::margins(const DescriptionLine& line)
 {
     line.needWords(4, 4);
     std::size_t word = 0;
-    for (double PrintSetup::*margin : {&PrintSetup::left, &PrintSetup::right, &PrintSetup::top, &PrintSetup::bottom})
-        m_print.*margin = line.decimal(word++);
+    for (double* margin : {&m_print.left, &m_print.right, &m_print.top, &m_print.bottom})
+        *margin = line.decimal(word++);
 }
 
 void SheetReader::centerOnPage(const DescriptionLine& line)
 {
     line.needWords(0, 0);
-    m_print.centerOnPage = true;
+    m_print.centerHorizontally = true;
 }
 
 void SheetReader::headerOrFooter(const DescriptionLine& line)
@@ -332,7 +331,12 @@ void SheetReader::repeatedRows(const DescriptionLine& line)
     const int last = line.wholeNumber(1);
     if (first < 1 || last < first || last > engine::maxRows)
         line.fail("these are no rows of a sheet");
-    repeatRows(m_book, m_index, first - 1, last - 1);
+    engine::ReferenceToken rows;
+    rows.operandClass = engine::OperandClass::Reference;
+    rows.externSheet = m_book.externSheetFor(m_index);
+    rows.first = {first - 1, 0, false, false};
+    rows.last = engine::ReferencePart{last - 1, engine::maxColumns - 1, false, false};
+    m_book.names.push_back({"Print_Titles", static_cast<std::uint16_t>(m_index), {{rows}}, {}});
 }
 
 /// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
@@ -346,7 +350,7 @@ void SheetReader::pageBreaks(const DescriptionLine& line)
         first + step * (breaks - 1) > engine::maxRows)
         line.fail("these page breaks do not lie within a sheet");
     for (int page = 0; page < breaks; ++page)
-        m_print.pageBreaks.push_back(first - 1 + step * page);
+        m_print.rowBreaks.push_back({static_cast<std::uint16_t>(first - 1 + step * page)});
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <map>
 #include <set>
 #include <span>
@@ -355,39 +354,21 @@ TEST(Template, ComputesTheSampleEmployeeAndACopyOfTheBlock)
         "0%");
 }
 
-/// The data of the sheet's record of that number.
-std::vector<std::uint16_t> recordWords(const Sheet& sheet, std::uint16_t id)
-{
-    for (const engine::CarriedRecord& record : sheet.carried)
-        if (record.id == id) {
-            std::vector<std::uint16_t> words(record.data.size() / 2);
-            std::memcpy(words.data(), record.data.data(), words.size() * 2);
-            return words;
-        }
-    return {};
-}
-
 TEST(Template, PrintsListsOnePageWideAndWholeStubs)
 {
-    constexpr std::uint16_t settings = 0x0081;
-    constexpr std::uint16_t setup = 0x00A1;
-    constexpr std::uint16_t breaks = 0x001B;
-    constexpr unsigned fitToPages = 0x0100;
-    constexpr unsigned portrait = 0x0002;
     const Book book = payrollTemplate();
     for (const std::size_t list : {0U, 1U}) {
-        EXPECT_NE(recordWords(*book.sheets[list], settings).at(0) & fitToPages, 0U);
-        EXPECT_EQ(recordWords(*book.sheets[list], setup).at(3), 1) << "one page wide";
-        EXPECT_EQ(recordWords(*book.sheets[list], setup).at(4), 0) << "as many pages as needed";
-        EXPECT_EQ(recordWords(*book.sheets[list], setup).at(5) & portrait, 0U);
+        const engine::PrintSetup& print = book.sheets[list]->print;
+        EXPECT_TRUE(print.fitToPages && print.landscape);
+        EXPECT_EQ(print.pagesWide, 1);
+        EXPECT_EQ(print.pagesHigh, 0) << "as many pages as needed";
     }
-    const Sheet& stubs = *book.sheets[2];
-    EXPECT_NE(recordWords(stubs, setup).at(5) & portrait, 0U);
-    EXPECT_EQ(recordWords(stubs, settings).at(0) & fitToPages, 0U) << "fitting ignores the page breaks";
-    const std::vector<std::uint16_t> rows = recordWords(stubs, breaks);
-    ASSERT_GE(rows.size(), 1U + 3 * 6) << "25 stubs fill seven pages";
-    for (std::size_t at = 1; at < rows.size(); at += 3)
-        EXPECT_EQ(rows[at] % 12, 0) << "a page begins with the row between two stubs";
+    const engine::PrintSetup& stubs = book.sheets[2]->print;
+    EXPECT_FALSE(stubs.landscape);
+    EXPECT_FALSE(stubs.fitToPages) << "fitting ignores the page breaks";
+    ASSERT_GE(stubs.rowBreaks.size(), 6U) << "25 stubs fill seven pages";
+    for (const engine::PageBreak& pageBreak : stubs.rowBreaks)
+        EXPECT_EQ(pageBreak.at % 12, 0) << "a page begins with the row between two stubs";
     EXPECT_EQ(book.names.size(), 2U);
     for (const engine::DefinedName& name : book.names)
         EXPECT_EQ(name.name, "Print_Titles");

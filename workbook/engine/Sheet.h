@@ -4,6 +4,7 @@
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/CellValue.h"
 #include "workbook/engine/Formula.h"
+#include "workbook/engine/PrintSetup.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -82,6 +83,17 @@ struct SheetSelection {
     bool operator==(const SheetSelection&) const = default;
 };
 
+/// The window of a sheet in panes, frozen ones above all: columns at the left and rows at the top that stay in view.
+struct SheetPanes {
+    std::uint16_t columns = 0; ///< where the panes are split and not frozen, twips
+    std::uint16_t rows = 0;
+    std::uint16_t firstRow = 0; ///< in view below
+    std::uint16_t firstColumn = 0;
+    std::uint8_t active = 2; ///< as in the file ([MS-XLS] 2.5.195 PaneType): 2 is the lower one
+
+    bool operator==(const SheetPanes&) const = default;
+};
+
 /// One worksheet: cells by row, widths, heights, merged areas, selection, and what the file held besides.
 class Sheet {
 public:
@@ -90,6 +102,8 @@ public:
     std::vector<ColumnRun> columns; ///< ascending, never overlapping
     std::vector<CellRect> merged;
     SheetSelection selection;
+    std::optional<SheetPanes> panes;
+    PrintSetup print;
     std::uint16_t defaultRowHeightTwips = 255;
     std::uint16_t defaultColumnWidth = 8; ///< whole characters, without the five pixels of margin
     bool showGridLines = true;

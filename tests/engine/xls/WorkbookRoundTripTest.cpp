@@ -206,12 +206,12 @@ TEST(WorkbookRoundTrip, SaysTemplateOnlyOfTemplates)
     EXPECT_FALSE(writtenAndRead(fromTemplate).isTemplate);
 }
 
-TEST(WorkbookRoundTrip, CarriesWhatItDoesNotUnderstand)
+TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
 {
     Book book = smallBook();
     Sheet& sheet = *book.sheets[0];
     sheet.carried = {
-        {0x0014, fromHex("0100 00 41"), {}},                       // HEADER
+        {0x004D, fromHex("0100"), {}},                             // PLS, between margins and SETUP
         {0x00EC, fromHex("0102"), {fromHex("03"), {}}},            // MSODRAWING, continued
         {0x005D, fromHex("04"), {}},                               // OBJ
         {0x0809, fromHex("00062000A91FCD07C900010006040000"), {}}, // an embedded chart
@@ -220,6 +220,34 @@ TEST(WorkbookRoundTrip, CarriesWhatItDoesNotUnderstand)
         {0x00EC, fromHex("06"), {}},
         {0x01B8, fromHex("07"), {}}, // HLINK
     };
+    sheet.panes = SheetPanes{.columns = 2, .rows = 3, .firstRow = 30, .firstColumn = 5, .active = 1};
+    sheet.print = {.paper = 9,
+                   .landscape = true,
+                   .scalePercent = 79,
+                   .fitToPages = true,
+                   .pagesWide = 2,
+                   .pagesHigh = 3,
+                   .left = 0.25,
+                   .right = 0.5,
+                   .top = 1.25,
+                   .bottom = 1.5,
+                   .headerMargin = 0.125,
+                   .footerMargin = 0.375,
+                   .centerHorizontally = true,
+                   .centerVertically = true,
+                   .header = "&L&A",
+                   .footer = "&CPage &P \xE2\x82\xAC",
+                   .rowBreaks = {{12}, {24, 1, 7}},
+                   .columnBreaks = {{3, 0, 65535}},
+                   .gridLines = true,
+                   .headings = true,
+                   .overThenDown = true,
+                   .ownFirstPage = true,
+                   .firstPage = 5,
+                   .copies = 2,
+                   .horizontalResolution = 300,
+                   .verticalResolution = 1200,
+                   .otherFlags = 0x0618};
     book.carriedStreams = {{{"macros"}, true, {}}, {{"macros", "code"}, false, fromHex("0102")}};
     book.names.push_back({"rate", std::nullopt, {{areaToken({0, 0, 1, 1}, false)}}, {}});
     book.supportingBooks.push_back({SupportingBook::Kind::AddIn, {}, {}, {}});
@@ -233,6 +261,8 @@ TEST(WorkbookRoundTrip, CarriesWhatItDoesNotUnderstand)
                 break;
             }
     EXPECT_EQ(carried, sheet.carried) << "and in their order";
+    EXPECT_EQ(read.sheets[0]->panes, sheet.panes);
+    EXPECT_EQ(read.sheets[0]->print, sheet.print);
     ASSERT_EQ(read.carriedStreams.size(), 2U);
     EXPECT_EQ(read.carriedStreams[1].path, (std::vector<std::string>{"macros", "code"}));
     EXPECT_EQ(read.carriedStreams[1].data, fromHex("0102"));

@@ -180,16 +180,10 @@ constexpr auto fixedSizes = std::to_array<std::pair<std::uint16_t, std::size_t>>
     {0x0012, 2}, // PROTECT
     {0x0013, 2}, // PASSWORD
     {0x0019, 2}, // WINPROTECT
-    {0x0026, 8}, // LEFTMARGIN
-    {0x0027, 8}, // RIGHTMARGIN
-    {0x0028, 8}, // TOPMARGIN
-    {0x0029, 8}, // BOTTOMMARGIN
-    {0x002A, 2}, // PRINTROWCOL
     {0x002B, 2}, // PRINTGRID
     {0x0033, 2}, // PRINTSIZE
     {0x003D, 18}, // WINDOW1
     {0x0040, 2}, // BACKUP
-    {0x0041, 10}, // PANE
     {0x005C, 112}, // WRITEACCESS
     {0x005E, 2}, // UNCALCED
     {0x005F, 2}, // CALCSAVERECALC
@@ -198,8 +192,6 @@ constexpr auto fixedSizes = std::to_array<std::pair<std::uint16_t, std::size_t>>
     {0x0080, 8}, // GUTS
     {0x0081, 2}, // WSBOOL
     {0x0082, 2}, // GRIDSET
-    {0x0083, 2}, // HCENTER
-    {0x0084, 2}, // VCENTER
     {0x0086, 0}, // WRITEPROTECT
     {0x008C, 4}, // COUNTRY
     {0x008D, 2}, // HIDEOBJ
@@ -209,7 +201,6 @@ constexpr auto fixedSizes = std::to_array<std::pair<std::uint16_t, std::size_t>>
     {0x009C, 2}, // BUILTINFNGROUPCOUNT
     {0x009D, 2}, // AUTOFILTERINFO
     {0x00A0, 4}, // SCL
-    {0x00A1, 34}, // SETUP
     {0x00C1, 2}, // MMS
     {0x00D3, 0}, // OBPROJ
     {0x00D5, 2}, // SXSTREAMID

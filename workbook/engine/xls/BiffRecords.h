@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 namespace wagemill::engine::xls {
 
@@ -28,11 +30,21 @@ namespace record {
 inline constexpr std::uint16_t formula = 0x0006;
 inline constexpr std::uint16_t eof = 0x000A;
 inline constexpr std::uint16_t iteration = 0x0011;
+inline constexpr std::uint16_t header = 0x0014;
+inline constexpr std::uint16_t footer = 0x0015;
 inline constexpr std::uint16_t externSheet = 0x0017;
 inline constexpr std::uint16_t definedName = 0x0018;
+inline constexpr std::uint16_t columnBreaks = 0x001A;
+inline constexpr std::uint16_t rowBreaks = 0x001B;
 inline constexpr std::uint16_t selection = 0x001D;
 inline constexpr std::uint16_t date1904 = 0x0022;
 inline constexpr std::uint16_t externName = 0x0023;
+inline constexpr std::uint16_t leftMargin = 0x0026;
+inline constexpr std::uint16_t rightMargin = 0x0027;
+inline constexpr std::uint16_t topMargin = 0x0028;
+inline constexpr std::uint16_t bottomMargin = 0x0029;
+inline constexpr std::uint16_t printHeadings = 0x002A;
+inline constexpr std::uint16_t printGridLines = 0x002B;
 inline constexpr std::uint16_t filePass = 0x002F;
 inline constexpr std::uint16_t font = 0x0031;
 inline constexpr std::uint16_t continuation = 0x003C;
@@ -47,8 +59,12 @@ inline constexpr std::uint16_t writeAccess = 0x005C;
 inline constexpr std::uint16_t fileTemplate = 0x0060;
 inline constexpr std::uint16_t columnInfo = 0x007D;
 inline constexpr std::uint16_t gutters = 0x0080;
+inline constexpr std::uint16_t sheetSettings = 0x0081;
+inline constexpr std::uint16_t centerHorizontally = 0x0083;
+inline constexpr std::uint16_t centerVertically = 0x0084;
 inline constexpr std::uint16_t boundSheet = 0x0085;
 inline constexpr std::uint16_t palette = 0x0092;
+inline constexpr std::uint16_t pageSetup = 0x00A1;
 inline constexpr std::uint16_t multipleRk = 0x00BD;
 inline constexpr std::uint16_t multipleBlank = 0x00BE;
 inline constexpr std::uint16_t richString = 0x00D6;
@@ -84,6 +100,12 @@ inline constexpr std::uint16_t bof = 0x0809;
 inline constexpr std::uint16_t formatChecksum = 0x087C;
 inline constexpr std::uint16_t formatExtension = 0x087D;
 } // namespace record
+
+/// Names that the format writes as one character, and the flag that says so ([MS-XLS] 2.4.150 Lbl).
+inline constexpr auto builtInNames = std::to_array<std::string_view>(
+    {"Consolidate_Area", "Auto_Open", "Auto_Close", "Extract", "Database", "Criteria", "Print_Area", "Print_Titles",
+     "Recorder", "Data_Form", "Auto_Activate", "Auto_Deactivate", "Sheet_Title", "_FilterDatabase"});
+inline constexpr std::uint16_t builtInNameFlag = 0x20;
 
 /// The record's place in the order that the format prescribes for the globals ([MS-XLS] 2.1.7.20.3) and for a worksheet
 /// (2.1.7.20.5), lowest first; records that stand mixed have the same place. Nothing for a record that belongs behind

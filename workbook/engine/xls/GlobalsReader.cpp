@@ -18,12 +18,6 @@ constexpr std::size_t mostNotices = 50;
 constexpr std::uint16_t firstUnknownBuiltInFormat = 82;
 constexpr std::uint16_t ownBookMark = 0x0401;
 constexpr std::uint16_t addInMark = 0x3A01;
-constexpr std::uint16_t builtInNameFlag = 0x20;
-
-/// Names that the format writes as one character ([MS-XLS] 2.4.150 Lbl).
-constexpr auto builtInNames = std::to_array<const char*>(
-    {"Consolidate_Area", "Auto_Open", "Auto_Close", "Extract", "Database", "Criteria", "Print_Area", "Print_Titles",
-     "Recorder", "Data_Form", "Auto_Activate", "Auto_Deactivate", "Sheet_Title", "_FilterDatabase"});
 
 class GlobalsReader {
 public:

@@ -294,14 +294,17 @@ private:
 
     void writeOwnName(const DefinedName& name)
     {
-        const Characters characters(name.name);
+        const auto builtIn = std::ranges::find(builtInNames, name.name);
+        const bool isBuiltIn = builtIn != builtInNames.end();
+        const auto code = static_cast<char>(builtIn - builtInNames.begin());
+        const Characters characters(isBuiltIn ? std::string_view(&code, 1) : std::string_view(name.name));
         if (characters.count < 1 || characters.count > 255)
             throw EngineError("The name \"" + name.name + "\" is empty or longer than 255 characters.");
         ByteWriter tokens;
         ByteWriter behind;
         writeFormula(name.formula, tokens, behind);
         ByteWriter data;
-        data.u16(0);
+        data.u16(isBuiltIn ? builtInNameFlag : std::uint16_t{0});
         data.u8(0);
         data.u8(static_cast<std::uint8_t>(characters.count));
         data.u16(static_cast<std::uint16_t>(tokens.size()));

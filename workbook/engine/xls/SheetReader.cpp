@@ -3,6 +3,7 @@
 #include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/MergedCells.h"
+#include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/RkNumber.h"
 #include "workbook/engine/xls/StyleRecords.h"
@@ -20,6 +21,7 @@ namespace {
 constexpr std::uint8_t wholeWindowPane = 3;
 constexpr std::uint16_t gridLinesFlag = 0x0002;
 constexpr std::uint16_t hiddenRowFlag = 0x20;
+constexpr std::uint16_t fitToPagesFlag = 0x0100;
 constexpr std::uint16_t widestColumn = 255 * 256;
 constexpr std::size_t windowSize = 18;
 constexpr std::size_t usualRowLength = 4;
@@ -106,6 +108,7 @@ private:
                 {record::mergedCells, &SheetReader::readMergedCells},
                 {record::window2, &SheetReader::readWindow},
                 {record::pane, &SheetReader::readPane},
+                {record::sheetSettings, &SheetReader::readSheetSettings},
                 {record::selection, &SheetReader::readSelection},
                 {record::defaultColumnWidth, &SheetReader::readDefaultColumnWidth},
                 {record::defaultRowHeight, &SheetReader::readDefaultRowHeight},
@@ -163,10 +166,10 @@ private:
             const bool nested = m_depth > 0 || std::exchange(m_leaving, false);
             const auto found =
                 std::ranges::lower_bound(handlers(), record.id, {}, &std::pair<std::uint16_t, Handler>::first);
-            if (nested || found == handlers().end() || found->first != record.id)
-                m_sheet.carried.push_back(record.carried());
-            else
+            if (!nested && found != handlers().end() && found->first == record.id)
                 (this->*found->second)(record);
+            else if (nested || !readPrintRecord(record, m_sheet.print))
+                m_sheet.carried.push_back(record.carried());
         }
         resolveParts();
         orderColumns();
@@ -509,9 +512,15 @@ private:
     void readPane(const Record& record)
     {
         ByteReader reader = record.reader();
-        reader.seek(8);
-        m_activePane = reader.u8();
-        m_isSplit = true;
+        SheetPanes& panes = m_sheet.panes.emplace();
+        for (std::uint16_t* number : {&panes.columns, &panes.rows, &panes.firstRow, &panes.firstColumn})
+            *number = reader.u16();
+        panes.active = reader.u8();
+    }
+
+    void readSheetSettings(const Record& record)
+    {
+        m_sheet.print.fitToPages = (record.reader().u16() & fitToPagesFlag) != 0;
         m_sheet.carried.push_back(record.carried());
     }
 
@@ -532,9 +541,9 @@ private:
             if (area.contains(active))
                 selection.area = area;
         }
-        if (pane == m_activePane)
+        if (pane == (m_sheet.panes ? m_sheet.panes->active : wholeWindowPane))
             m_sheet.selection = selection;
-        else if (m_isSplit)
+        else if (m_sheet.panes)
             m_sheet.carried.push_back(record.carried());
     }
 
@@ -579,8 +588,6 @@ private:
     std::vector<Part> m_parts; ///< cells that only point at another's formula, with m_unresolved for the time being
     std::shared_ptr<const Formula> m_unresolved = std::make_shared<const Formula>();
     bool m_hasWindow = false;
-    bool m_isSplit = false;
-    std::uint8_t m_activePane = wholeWindowPane;
 };
 
 } // namespace

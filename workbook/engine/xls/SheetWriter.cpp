@@ -5,6 +5,7 @@
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/MergedCells.h"
+#include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/RkNumber.h"
 #include "workbook/engine/xls/WriteSteps.h"
 
@@ -26,9 +27,10 @@ constexpr std::uint8_t wholeWindowPane = 3;
 constexpr std::size_t window2Size = 18;
 constexpr std::size_t pageBreakZoomOffset = 10;
 constexpr std::size_t zoomOffset = 12;
-constexpr std::size_t paneActiveOffset = 8;
 constexpr std::uint16_t gridLinesFlag = 0x0002;
 constexpr std::uint16_t frozenFlags = 0x0108;
+constexpr std::uint16_t fitToPagesFlag = 0x0100;
+constexpr std::uint16_t newSheetSettings = 0x04C1; ///< automatic outlines
 constexpr std::uint16_t activeFlags = 0x0600;
 constexpr std::uint16_t widestColumn = 255 * 256;
 constexpr auto standardWindow = "\xB6\x00\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
@@ -72,7 +74,7 @@ public:
           m_carried(sheet.carried, worksheetRank)
     {
         m_carried.leaveOutWrongSizes();
-        for (const std::uint16_t id : {record::defaultRowHeight, record::window2})
+        for (const std::uint16_t id : {record::defaultRowHeight, record::sheetSettings, record::window2})
             m_carried.leaveOut(id);
         int row = 0;
         for (const Row& candidate : sheet.rows()) {
@@ -94,23 +96,20 @@ public:
             {0x0011, nullptr, "\0\0"sv},                             // CALCITER
             {0x0010, nullptr, "\xFC\xA9\xF1\xD2\x4D\x62\x50\x3F"sv}, // CALCDELTA: 0.001
             {0x005F, nullptr, "\1\0"sv},                             // CALCSAVERECALC
-            {0x002A, nullptr, "\0\0"sv},                             // PRINTROWCOL
-            {0x002B, nullptr, "\0\0"sv},                             // PRINTGRID
-            {0x0082, nullptr, "\1\0"sv},                             // GRIDSET
+            {record::printHeadings, &Writer::writeMarksOfPrint},
+            {0x0082, nullptr, "\1\0"sv}, // GRIDSET
             {record::gutters, &Writer::writeGutters},
             {record::defaultRowHeight, &Writer::writeDefaultRowHeight},
-            {0x0081, nullptr, "\xC1\x04"sv}, // WSBOOL
-            {0x0014, nullptr, ""sv},         // HEADER
-            {0x0015, nullptr, ""sv},         // FOOTER
-            {0x0083, nullptr, "\0\0"sv},     // HCENTER
-            {0x0084, nullptr, "\0\0"sv},     // VCENTER
-            {0x00A1, nullptr,                // SETUP: Letter, whole size, margins of half an inch
-             "\1\0\x64\0\1\0\1\0\1\0\2\0\x58\2\x58\2\0\0\0\0\0\0\xE0\x3F\0\0\0\0\0\0\xE0\x3F\1\0"sv},
+            {record::sheetSettings, &Writer::writeSheetSettings},
+            {record::rowBreaks, &Writer::writeBreaks},
+            {record::header, &Writer::writeMargins},
+            {record::pageSetup, &Writer::writeSetup},
             {record::defaultColumnWidth, &Writer::writeDefaultColumnWidth},
             {record::columnInfo, &Writer::writeColumns},
             {record::dimensions, &Writer::writeDimensions},
             {record::row, &Writer::writeRowBlocks},
             {record::window2, &Writer::writeWindow},
+            {record::pane, &Writer::writePanes},
             {record::selection, &Writer::writeSelection},
             {record::mergedCells, &Writer::writeMergedCells},
             {record::eof, &Writer::writeEnd},
@@ -172,6 +171,21 @@ private:
         data.u16(m_sheet.defaultRowHeightTwips);
         m_target.finish();
     }
+
+    void writeSheetSettings()
+    {
+        const CarriedRecord* const carried = m_carried.find(record::sheetSettings);
+        const bool usable = carried != nullptr && carried->data.size() == 2;
+        const unsigned flags = usable ? ByteReader(carried->data).u16() : newSheetSettings;
+        m_target.writeU16(record::sheetSettings,
+                          static_cast<std::uint16_t>((flags & ~static_cast<unsigned>(fitToPagesFlag)) |
+                                                     (m_sheet.print.fitToPages ? fitToPagesFlag : 0U)));
+    }
+
+    void writeMarksOfPrint() { writePrintMarks(m_target, m_sheet.print); }
+    void writeBreaks() { writePageBreaks(m_target, m_sheet.print); }
+    void writeMargins() { writePageMargins(m_target, m_sheet.print); }
+    void writeSetup() { writePageSetup(m_target, m_sheet.print); }
 
     void writeDefaultColumnWidth()
     {
@@ -456,8 +470,10 @@ private:
         const auto bytes =
             usable ? std::span<const std::byte>(carried->data) : std::as_bytes(std::span(standardWindow));
         unsigned flags = ByteReader(bytes).u16() & ~(activeFlags | gridLinesFlag);
-        if (m_carried.find(record::pane) == nullptr)
+        if (!m_sheet.panes)
             flags &= ~static_cast<unsigned>(frozenFlags);
+        else if (!usable)
+            flags |= frozenFlags;
         flags |= (m_isActive ? activeFlags : 0U) | (m_sheet.showGridLines ? gridLinesFlag : 0U);
         ByteWriter& data = m_target.begin(record::window2);
         const std::size_t start = data.size();
@@ -472,9 +488,21 @@ private:
     /// Percent; 0 is the usual size.
     static bool isZoom(std::uint16_t percent) { return percent >= 10 && percent <= 400; }
 
+    void writePanes()
+    {
+        if (!m_sheet.panes)
+            return;
+        const SheetPanes& panes = *m_sheet.panes;
+        ByteWriter& data = m_target.begin(record::pane);
+        for (const std::uint16_t number : {panes.columns, panes.rows, panes.firstRow, panes.firstColumn})
+            data.u16(number);
+        data.u8(panes.active);
+        data.u8(0);
+        m_target.finish();
+    }
+
     void writeSelection()
     {
-        const CarriedRecord* const pane = m_carried.find(record::pane);
         const auto clampRow = [](int row) { return static_cast<std::uint16_t>(std::clamp(row, 0, maxRows - 1)); };
         const auto clampColumn = [](int column) {
             return static_cast<std::uint8_t>(std::clamp(column, 0, maxColumns - 1));
@@ -484,7 +512,7 @@ private:
                               selection.active.column};
         const CellRect area = selection.area.contains(selection.active) ? selection.area : active;
         ByteWriter& data = m_target.begin(record::selection);
-        data.u8(pane == nullptr ? wholeWindowPane : std::to_integer<std::uint8_t>(pane->data.at(paneActiveOffset)));
+        data.u8(m_sheet.panes ? m_sheet.panes->active : wholeWindowPane);
         data.u16(clampRow(selection.active.row));
         data.u16(clampColumn(selection.active.column));
         data.u16(0);
