@@ -27,7 +27,7 @@ void storeAnew(const std::vector<std::byte>& bytes, const std::filesystem::path&
     writeBytesToFile(bytes, file);
 }
 
-engine::SheetPicture pictureOf(const engine::Book& book)
+drawing::Drawing pictureOf(const engine::Book& book)
 {
     const engine::Sheet& stubs = *book.sheets[book.activeSheet];
     return engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
@@ -47,7 +47,7 @@ BENCHMARK(picture)->Apply(employees);
 void pictureOfOneColour(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
-    const engine::SheetPicture drawn = pictureOf(filledBook(static_cast<int>(state.range(0))));
+    const drawing::Drawing drawn = pictureOf(filledBook(static_cast<int>(state.range(0))));
     for (auto _ : state) {
         QImage image(static_cast<int>(std::ceil(drawn.width)), static_cast<int>(std::ceil(drawn.height)),
                      QImage::Format_BGR888);

@@ -11,13 +11,14 @@ ALLOWED = {
     "settings": (["app/base"], False),
     "entry/data": ([], False),
     "workbook/spreadsheet": ([], False),
-    "workbook/engine": (["app/base"], False),
+    "drawing": ([], True),
+    "workbook/engine": (["app/base", "drawing"], False),
     "workbook/engine/text": (["app/base", "workbook/engine"], False),
     "workbook/engine/formula": (["app/base", "workbook/engine", "workbook/engine/text"], False),
-    "workbook/engine/picture": (["app/base", "workbook/engine", "workbook/engine/text"], False),
+    "workbook/engine/picture": (["app/base", "drawing", "workbook/engine", "workbook/engine/text"], False),
     "workbook/engine/xls": (["app/base", "workbook/engine"], False),
-    "workbook/embedded": (["app/base", "workbook/engine", "workbook/engine/formula", "workbook/engine/picture",
-                           "workbook/engine/xls", "workbook/spreadsheet"], True),
+    "workbook/embedded": (["app/base", "drawing", "workbook/engine", "workbook/engine/formula",
+                           "workbook/engine/picture", "workbook/engine/xls", "workbook/spreadsheet"], True),
     "workbook/excel": (["app/base", "workbook/spreadsheet"], False),
     "workbook/sessions": (["app/base", "workbook/embedded", "workbook/excel", "workbook/spreadsheet"], False),
     "workbook/summary": (["app/base", "workbook/engine", "workbook/engine/text", "workbook/engine/xls"], False),
@@ -27,13 +28,13 @@ ALLOWED = {
     "resources/pictures": ([], True),
     "help": (["app/base"], False),
     "app/look": (["app/base", "settings"], True),
-    "preview": (["app/base", "app/look"], True),
+    "preview": (["app/base", "app/look", "drawing"], True),
     "entry": (["app/base", "app/look", "entry/data", "help", "preview", "settings", "workbook"], True),
     "app": (["app/base", "app/look", "entry", "entry/data", "resources", "workbook/sessions", "workbook/summary"],
             True),
 }
 # Files of a room with windows that are plain C++ all the same.
-PLAIN = {"preview/ViewGeometry.h", "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
+PLAIN = {"drawing/Drawing.h", "preview/ViewGeometry.h", "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
 
 
 def offences(root):

@@ -1,5 +1,5 @@
+#include "drawing/TextBlock.h"
 #include "resources/CustomResource.h"
-#include "workbook/embedded/TextPainter.h"
 #include "workbook/engine/picture/SheetPicture.h"
 #include "workbook/engine/xls/BiffReader.h"
 
@@ -16,41 +16,38 @@ namespace wagemill {
 namespace {
 
 using engine::Book;
-using engine::PictureText;
-using engine::SheetPicture;
 
 Book payrollTemplate()
 {
     return engine::xls::readWorkbook(customResource(payrollTemplateResource), "template.xlt");
 }
 
-SheetPicture pictureOf(const Book& book, std::size_t sheet)
+drawing::Drawing pictureOf(const Book& book, std::size_t sheet)
 {
     return sheetPicture(book, *book.sheets[sheet], book.sheets[sheet]->usedRange().value(), RegionalFormats{});
 }
 
-double innerWidth(const PictureText& text)
+double innerWidth(const drawing::Text& text)
 {
-    return text.room.width - 2 * engine::picturePadding - text.indent * engine::pictureIndent;
+    return text.room.width - 2 * drawing::textPadding - text.indent * drawing::indentWidth;
 }
 
-double widthOf(const QString& words, const PictureText& text)
+double widthOf(const QString& words, const drawing::Font& font)
 {
-    return textBlock(words, drawnFont(text.font), 0, false).width;
+    return textBlock(words, drawnFont(font), 0, false).width;
 }
 
 /// No word is broken, no line cut, and the lines have room in other programs too, whose lines are up to a quarter
 /// higher than the font's size.
-void expectFits(const PictureText& text)
+void expectFits(const drawing::Text& text, const drawing::Font& font)
 {
     constexpr double highestLine = 1.25;
-    constexpr double twipsPerPixel = 15;
     const QString words = QString::fromStdString(text.text);
-    const TextBlock block = textBlock(words, drawnFont(text.font), innerWidth(text), text.wrap);
+    const TextBlock block = textBlock(words, drawnFont(font), innerWidth(text), text.wrap);
     for (const QString& word : words.split(QRegularExpression("\\s"), Qt::SkipEmptyParts))
-        EXPECT_LE(widthOf(word, text), innerWidth(text)) << text.text << ": " << word.toStdString();
+        EXPECT_LE(widthOf(word, font), innerWidth(text)) << text.text << ": " << word.toStdString();
     EXPECT_LE(block.width, innerWidth(text)) << text.text;
-    EXPECT_LE(block.layout->lineCount() * highestLine * text.font.heightTwips / twipsPerPixel, text.cell.height)
+    EXPECT_LE(block.layout->lineCount() * highestLine * font.heightTwips / twipsPerPixel, text.cell.height)
         << text.text;
 }
 
@@ -58,8 +55,9 @@ class TemplateLayout : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(TemplateLayout, NothingThatIsShownIsCut)
 {
-    for (const PictureText& text : pictureOf(payrollTemplate(), GetParam()).texts)
-        expectFits(text);
+    const drawing::Drawing picture = pictureOf(payrollTemplate(), GetParam());
+    for (const drawing::Text& text : picture.texts)
+        expectFits(text, picture.fonts.at(text.font));
 }
 
 TEST_P(TemplateLayout, AmountsUpToAMillionFitAlsoBelowZero)
@@ -77,9 +75,10 @@ TEST_P(TemplateLayout, AmountsUpToAMillionFitAlsoBelowZero)
                     ++amounts;
                 }
     EXPECT_GT(amounts, 10);
-    for (const PictureText& text : pictureOf(book, GetParam()).texts)
+    const drawing::Drawing picture = pictureOf(book, GetParam());
+    for (const drawing::Text& text : picture.texts)
         if (text.text == "-$999,999.99") {
-            EXPECT_LE(widthOf(QString::fromStdString(text.text), text), innerWidth(text));
+            EXPECT_LE(widthOf(QString::fromStdString(text.text), picture.fonts.at(text.font)), innerWidth(text));
             --amounts;
         }
     EXPECT_EQ(amounts, 0) << "every amount is shown";
@@ -90,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(Sheets, TemplateLayout, testing::Values(0, 1, 2));
 TEST(StubLayout, HasAMarginOnEverySideOfItsPicture)
 {
     constexpr double margin = 5;
-    const SheetPicture picture = pictureOf(payrollTemplate(), 2);
+    const drawing::Drawing picture = pictureOf(payrollTemplate(), 2);
     const auto inside = [&](double x, double y) {
         return x >= margin && y >= margin && x <= picture.width - margin && y <= picture.height - margin;
     };
@@ -108,9 +107,10 @@ TEST(StubLayout, LongNamesAndTaxStatusesBreakIntoTheirRows)
     stubs.at({2, 5}).value = "Maximiliana Featherstonehaugh-Cholmondeley";
     stubs.at({4, 3}).value = "Married filing jointly";
     stubs.at({1, 2}).value = "The Honourable Company of Northern Shipwrights and Chandlers, Incorporated";
-    for (const PictureText& text : pictureOf(book, 2).texts) {
+    const drawing::Drawing picture = pictureOf(book, 2);
+    for (const drawing::Text& text : picture.texts) {
         const QString words = QString::fromStdString(text.text);
-        const TextBlock block = textBlock(words, drawnFont(text.font), innerWidth(text), text.wrap);
+        const TextBlock block = textBlock(words, drawnFont(picture.fonts.at(text.font)), innerWidth(text), text.wrap);
         EXPECT_LE(block.height, text.cell.height) << text.text;
         if (!text.shrink) {
             EXPECT_LE(block.width, innerWidth(text)) << text.text;

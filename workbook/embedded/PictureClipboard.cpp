@@ -14,7 +14,7 @@ constexpr std::array<std::int16_t, 3> bitmapFormats = {0, 2, 8};
 
 } // namespace
 
-void EmbeddedPictureClipboard::copy(const engine::SheetPicture& picture, double scale)
+void EmbeddedPictureClipboard::copy(const drawing::Drawing& picture, double scale)
 {
     m_picture.reset();
     const double natural = std::min(scale, 1.0);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbook/engine/picture/SheetPicture.h"
+#include "drawing/Drawing.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
 
 #include <optional>
@@ -15,7 +15,7 @@ public:
     /// Draws the picture at `scale` pixels per pixel at 96 dots per inch; a picture too large for that is drawn at the
     /// largest scale, not below 1, at which it fits. Throws SpreadsheetError when it is too large at scale 1; the
     /// clipboard is then empty.
-    void copy(const engine::SheetPicture& picture, double scale);
+    void copy(const drawing::Drawing& picture, double scale);
     void clear() { m_picture.reset(); }
 
     /// Formats: 0, or 2 and 8 (bitmaps). Throws SpreadsheetError when there is no picture in that format.

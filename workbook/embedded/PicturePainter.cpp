@@ -1,18 +1,16 @@
 #include "workbook/embedded/PicturePainter.h"
 
-#include "workbook/embedded/TextPainter.h"
+#include "drawing/DrawingPainter.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
 
 #include <QImage>
 #include <QPainter>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <new>
 #include <span>
 #include <string>
@@ -21,109 +19,11 @@ namespace wagemill {
 
 namespace {
 
-using engine::BorderStyle;
-using engine::PictureLine;
-using engine::PictureRect;
-using engine::Rgb;
-using engine::SheetPicture;
-
 constexpr int bytesPerBitmapPixel = 3;
 constexpr int mostImagePixels = 32767; ///< what a painter can address in either direction
 constexpr int stripPixels = 512;       ///< small enough to stay in the processor's cache
 constexpr double screenDotsPerInch = 96;
 constexpr double inchesPerMetre = 1 / 0.0254;
-
-QColor colorOf(Rgb color)
-{
-    return {color.red, color.green, color.blue};
-}
-
-QRectF rectOf(const PictureRect& area)
-{
-    return {area.left, area.top, area.width, area.height};
-}
-
-/// How a border style is drawn: the width in pixels, and the lengths of dashes and gaps in turn; none is a solid line.
-struct Stroke {
-    double width = 1;
-    std::initializer_list<double> dashes;
-};
-
-const Stroke& strokeOf(BorderStyle style)
-{
-    static const std::array<Stroke, 14> strokes = {{
-        {0, {}},                 // None
-        {1, {}},                 // Thin
-        {2, {}},                 // Medium
-        {1, {4, 2}},             // Dashed
-        {1, {2, 2}},             // Dotted
-        {3, {}},                 // Thick
-        {1, {}},                 // Double: two of them
-        {1, {1, 1}},             // Hair
-        {2, {9, 3}},             // MediumDashed
-        {1, {9, 3, 3, 3}},       // DashDot
-        {2, {9, 3, 3, 3}},       // MediumDashDot
-        {1, {9, 3, 3, 3, 3, 3}}, // DashDotDot
-        {2, {9, 3, 3, 3, 3, 3}}, // MediumDashDotDot
-        {2, {11, 1, 5, 1}},      // SlantDashDot
-    }};
-    return strokes[std::min(static_cast<std::size_t>(style), strokes.size() - 1)];
-}
-
-/// Fills the stretches of a level or upright line as rectangles: edges stay sharp at every scale.
-void drawStraight(QPainter& painter, const PictureLine& line, double width, double offset)
-{
-    const Stroke& stroke = strokeOf(line.style);
-    const bool isLevel = line.y1 == line.y2;
-    const double across = (isLevel ? line.y1 : line.x1) + offset;
-    const double begin = isLevel ? line.x1 : line.y1;
-    const double end = (isLevel ? line.x2 : line.y2) + 1; // the corner pixel belongs to both lines that meet in it
-    const auto fill = [&](double from, double to) {
-        painter.fillRect(isLevel ? QRectF(from, across, to - from, width) : QRectF(across, from, width, to - from),
-                         colorOf(line.color));
-    };
-    if (stroke.dashes.size() == 0)
-        return fill(begin, end);
-    for (double at = begin; at < end;)
-        for (const double* length = stroke.dashes.begin(); length != stroke.dashes.end() && at < end; length += 2) {
-            fill(at, std::min(at + length[0], end));
-            at += length[0] + length[1];
-        }
-}
-
-void drawLine(QPainter& painter, const PictureLine& line)
-{
-    const double width = strokeOf(line.style).width;
-    const bool isStraight = line.x1 == line.x2 || line.y1 == line.y2;
-    if (!isStraight) {
-        painter.setPen(QPen(colorOf(line.color), width));
-        painter.drawLine(QPointF(line.x1, line.y1), QPointF(line.x2, line.y2));
-    } else if (line.style == BorderStyle::Double) {
-        drawStraight(painter, line, width, -1);
-        drawStraight(painter, line, width, 1);
-    } else {
-        drawStraight(painter, line, width, width > 1 ? -1 : 0);
-    }
-}
-
-/// Draws what of the picture meets the area.
-void drawArea(QPainter& painter, const SheetPicture& picture, const QRectF& area)
-{
-    const QRectF near = area.adjusted(-2, -2, 2, 2); // a thick line stands out from its edge
-    for (const auto& fill : picture.fills)
-        if (rectOf(fill.area).intersects(near))
-            painter.fillRect(rectOf(fill.area), colorOf(fill.color));
-    for (const auto& line : picture.lines)
-        if (QRectF(QPointF(line.x1, line.y1), QPointF(line.x2, line.y2))
-                .normalized()
-                .adjusted(0, 0, 1, 1)
-                .intersects(near))
-            drawLine(painter, line);
-    TextPainter texts(painter);
-    for (const auto& text : picture.texts)
-        if (rectOf(text.room).intersects(near))
-            texts.draw(text);
-}
 
 int pixels(double length, double scale)
 {
@@ -138,7 +38,7 @@ std::size_t bitmapRowBytes(int width)
 
 constexpr std::size_t bitmapHeaderBytes = 54;
 
-double bitmapBytes(const SheetPicture& picture, double scale)
+double bitmapBytes(const drawing::Drawing& picture, double scale)
 {
     return static_cast<double>(bitmapHeaderBytes) +
            static_cast<double>(bitmapRowBytes(pixels(picture.width, scale))) * pixels(picture.height, scale);
@@ -151,7 +51,7 @@ double bitmapBytes(const SheetPicture& picture, double scale)
 }
 
 /// The strip of the picture that begins at image row `top`.
-QImage paintedStrip(const SheetPicture& picture, double scale, int width, int top, int height)
+QImage paintedStrip(const drawing::Drawing& picture, double scale, int width, int top, int height)
 {
     QImage image(width, height, QImage::Format_RGB32);
     if (image.isNull())
@@ -160,7 +60,7 @@ QImage paintedStrip(const SheetPicture& picture, double scale, int width, int to
     QPainter painter(&image);
     painter.translate(0, -top);
     painter.scale(scale, scale);
-    drawArea(painter, picture, QRectF(0, top / scale, width / scale, height / scale));
+    DrawingPainter(picture).paint(painter, QRectF(0, top / scale, width / scale, height / scale));
     return image;
 }
 
@@ -221,7 +121,7 @@ void appendStrip(const QImage& strip, std::vector<std::byte>& bytes)
 
 } // namespace
 
-QImage paintedPicture(const SheetPicture& picture, double scale)
+QImage paintedPicture(const drawing::Drawing& picture, double scale)
 {
     const int width = pixels(picture.width, scale);
     const int height = pixels(picture.height, scale);
@@ -230,7 +130,7 @@ QImage paintedPicture(const SheetPicture& picture, double scale)
     return paintedStrip(picture, scale, width, 0, height);
 }
 
-double scaleThatFits(const SheetPicture& picture, double scale)
+double scaleThatFits(const drawing::Drawing& picture, double scale)
 {
     constexpr double step = 0.25;
     double fitting = scale;
@@ -239,7 +139,7 @@ double scaleThatFits(const SheetPicture& picture, double scale)
     return fitting;
 }
 
-std::vector<std::byte> bitmapFileOf(const SheetPicture& picture, double scale)
+std::vector<std::byte> bitmapFileOf(const drawing::Drawing& picture, double scale)
 {
     const int width = pixels(picture.width, scale);
     const int height = pixels(picture.height, scale);

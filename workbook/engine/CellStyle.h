@@ -1,5 +1,7 @@
 #pragma once
 
+#include "drawing/Drawing.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -16,13 +18,7 @@ inline constexpr ColorIndex windowTextColor = 64;
 inline constexpr ColorIndex windowBackgroundColor = 65;
 inline constexpr ColorIndex automaticFontColor = 0x7FFF;
 
-struct Rgb {
-    std::uint8_t red = 0;
-    std::uint8_t green = 0;
-    std::uint8_t blue = 0;
-
-    bool operator==(const Rgb&) const = default;
-};
+using Rgb = drawing::Color;
 
 struct Font {
     std::string name = "Arial";
@@ -53,23 +49,7 @@ enum class HorizontalAlignment : std::uint8_t {
 };
 enum class VerticalAlignment : std::uint8_t { Top, Center, Bottom, Justify, Distributed };
 
-/// Values as in the file ([MS-XLS] 2.5.11 BorderStyle).
-enum class BorderStyle : std::uint8_t {
-    None,
-    Thin,
-    Medium,
-    Dashed,
-    Dotted,
-    Thick,
-    Double,
-    Hair,
-    MediumDashed,
-    DashDot,
-    MediumDashDot,
-    DashDotDot,
-    MediumDashDotDot,
-    SlantDashDot,
-};
+using BorderStyle = drawing::LineStyle;
 
 struct Border {
     BorderStyle style = BorderStyle::None;

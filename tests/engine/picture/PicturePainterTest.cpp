@@ -1,6 +1,6 @@
 #include "workbook/embedded/PicturePainter.h"
+#include "drawing/TextBlock.h"
 #include "workbook/embedded/PictureClipboard.h"
-#include "workbook/embedded/TextPainter.h"
 
 #include <QBuffer>
 #include <QFontInfo>
@@ -15,19 +15,19 @@
 namespace wagemill {
 namespace {
 
-using engine::BorderStyle;
-using engine::PictureRect;
-using engine::PictureText;
-using engine::Rgb;
-using engine::SheetPicture;
-using engine::TextAlign;
+using drawing::Align;
+using drawing::Color;
+using drawing::Drawing;
+using drawing::LineStyle;
+using drawing::Rect;
+using drawing::Text;
 
-constexpr Rgb black = {0, 0, 0};
-constexpr Rgb red = {255, 0, 0};
+constexpr Color black = {0, 0, 0};
+constexpr Color red = {255, 0, 0};
 
-PictureText textIn(const PictureRect& cell, const std::string& words)
+Text textIn(const Rect& cell, const std::string& words)
 {
-    PictureText text;
+    Text text;
     text.cell = cell;
     text.room = cell;
     text.text = words;
@@ -35,11 +35,12 @@ PictureText textIn(const PictureRect& cell, const std::string& words)
     return text;
 }
 
-SheetPicture pictureOf(const PictureText& text, double width = 400, double height = 100)
+Drawing pictureOf(const Text& text, double width = 400, double height = 100)
 {
-    SheetPicture picture;
+    Drawing picture;
     picture.width = width;
     picture.height = height;
+    picture.fonts = {{}};
     picture.texts.push_back(text);
     return picture;
 }
@@ -56,18 +57,18 @@ QRectF inkOf(const QImage& image, double scale)
     return {ink.x() / scale, ink.y() / scale, ink.width() / scale, ink.height() / scale};
 }
 
-QRectF inkOf(const PictureText& text, double scale = 1)
+QRectF inkOf(const Text& text, double scale = 1)
 {
     return inkOf(paintedPicture(pictureOf(text), scale), scale);
 }
 
 TEST(PicturePainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
 {
-    SheetPicture picture;
+    Drawing picture;
     picture.width = 101;
     picture.height = 51;
     picture.fills = {{{10, 10, 40, 20}, red}};
-    picture.lines = {{0, 50, 100, 50, BorderStyle::Thin, black}, {60, 0, 60, 50, BorderStyle::Thick, black}};
+    picture.lines = {{0, 50, 100, 50, LineStyle::Thin, black}, {60, 0, 60, 50, LineStyle::Thick, black}};
     for (const double scale : {1.0, 1.5, 2.0}) {
         const QImage image = paintedPicture(picture, scale);
         EXPECT_EQ(image.width(), std::ceil(101 * scale));
@@ -90,18 +91,18 @@ TEST(PicturePainter, ArialHasTheWidthsOfArial)
 {
     // Advance widths of the font's own table, in 1/2048 em: the digits 1139, "M" 1706, "i" 455.
     const double pixelsPerUnit = 10.0 * 96 / 72 / 2048;
-    const auto widthOf = [](const char* text) { return textBlock(text, drawnFont(engine::Font{}), 0, false).width; };
+    const auto widthOf = [](const char* text) { return textBlock(text, drawnFont(drawing::Font{}), 0, false).width; };
     EXPECT_NEAR(widthOf("0123456789"), 11390 * pixelsPerUnit, 0.2);
     EXPECT_NEAR(widthOf("MMMMiiii"), (4 * 1706 + 4 * 455) * pixelsPerUnit, 0.2);
 }
 
 TEST(PicturePainter, TextStandsInsideItsCellByItsAlignment)
 {
-    const PictureRect cell = {100, 30, 200, 40};
-    for (const TextAlign align : {TextAlign::Left, TextAlign::Center, TextAlign::Right})
+    const Rect cell = {100, 30, 200, 40};
+    for (const Align align : {Align::Left, Align::Center, Align::Right})
         for (const auto vertical :
-             {engine::VerticalAlignment::Top, engine::VerticalAlignment::Center, engine::VerticalAlignment::Bottom}) {
-            PictureText text = textIn(cell, "Net Pay");
+             {drawing::VerticalAlign::Top, drawing::VerticalAlign::Center, drawing::VerticalAlign::Bottom}) {
+            Text text = textIn(cell, "Net Pay");
             text.align = align;
             text.vertical = vertical;
             const QRectF ink = inkOf(text);
@@ -119,17 +120,17 @@ TEST(PicturePainter, TextOfEveryScriptStandsInItsCell)
     for (const char* const name : {"\u05D9\u05D5\u05E1\u05D9", "\u0645\u062D\u0645\u062F", "\u738B\u4F1F",
                                    "\u0391\u03BB\u03AD\u03BE\u03B7\u03C2"})
         for (const bool wrap : {false, true}) {
-            PictureText text = textIn({100, 30, 200, 40}, name);
+            Text text = textIn({100, 30, 200, 40}, name);
             text.wrap = wrap;
             EXPECT_LT(inkOf(text).left(), 120) << name;
-            text.align = TextAlign::Right;
+            text.align = Align::Right;
             EXPECT_GT(inkOf(text).right(), 280) << name;
         }
 }
 
 TEST(PicturePainter, LayoutDoesNotDependOnTheScale)
 {
-    PictureText text = textIn({10, 10, 120, 80}, "Federal Income Tax (Percentage based on Federal Allowance)");
+    Text text = textIn({10, 10, 120, 80}, "Federal Income Tax (Percentage based on Federal Allowance)");
     text.wrap = true;
     const QRectF once = inkOf(text, 1);
     for (const double scale : {1.5, 2.0, 3.0}) {
@@ -144,7 +145,7 @@ TEST(PicturePainter, LayoutDoesNotDependOnTheScale)
 TEST(PicturePainter, CutsWrapsAndShrinks)
 {
     const char* const name = "Maximiliana Featherstonehaugh-Cholmondeley the Third";
-    PictureText text = textIn({10, 10, 100, 60}, name);
+    Text text = textIn({10, 10, 100, 60}, name);
     EXPECT_LE(inkOf(text).right(), 110) << "cut at the cell's edge";
 
     text.room.width = 300;
@@ -178,18 +179,18 @@ TEST(PicturePainter, ANumberThatDoesNotFitShowsAShorterFormOrHashes)
         {"never shown", 40, {}, true, "####"},
     };
     for (const auto& each : cases) {
-        PictureText number = textIn({0, 0, each.width, 20}, "$123,456.00");
+        Text number = textIn({0, 0, each.width, 20}, "$123,456.00");
         number.hashesWhenTooWide = true;
         number.shorterForms = each.shorterForms;
         number.alwaysHashes = each.alwaysHashes;
-        const PictureText expected = textIn({0, 0, each.width, 20}, each.sameAs);
+        const Text expected = textIn({0, 0, each.width, 20}, each.sameAs);
         EXPECT_EQ(paintedPicture(pictureOf(number), 1), paintedPicture(pictureOf(expected), 1)) << each.rule;
     }
 }
 
 TEST(BitmapFile, HoldsWhatIsPaintedAndItsResolution)
 {
-    SheetPicture picture = pictureOf(textIn({10, 10, 120, 20}, "Gross Pay"), 151, 41);
+    Drawing picture = pictureOf(textIn({10, 10, 120, 20}, "Gross Pay"), 151, 41);
     picture.fills = {{{20, 5, 40, 20}, red}};
     for (const double scale : {1.0, 1.5, 2.0}) {
         const std::vector<std::byte> bytes = bitmapFileOf(picture, scale);
@@ -205,9 +206,10 @@ TEST(BitmapFile, HoldsWhatIsPaintedAndItsResolution)
 TEST(BitmapFile, IsDrawnInStripsWithoutSeams)
 {
     // A sheet longer than a painter can address: its texts near and across the strips' borders are whole.
-    SheetPicture picture;
+    Drawing picture;
     picture.width = 40;
     picture.height = 70000;
+    picture.fonts = {{}};
     for (int top = 4090; top < 70000; top += 4096 + 2)
         picture.texts.push_back(textIn({0, static_cast<double>(top), 40, 20}, "Net"));
     const std::vector<std::byte> bytes = bitmapFileOf(picture, 1);
@@ -218,7 +220,7 @@ TEST(BitmapFile, IsDrawnInStripsWithoutSeams)
     const QImage first = loaded.copy(0, 4090, 40, 20);
     EXPECT_TRUE(QRectF(0, 0, 40, 20).contains(inkOf(first, 1)));
     EXPECT_GT(inkOf(first, 1).height(), 8);
-    for (const PictureText& text : picture.texts)
+    for (const Text& text : picture.texts)
         EXPECT_EQ(loaded.copy(0, static_cast<int>(text.cell.top), 40, 20), first) << text.cell.top;
     EXPECT_THROW(paintedPicture(picture, 1), SpreadsheetError) << "one image cannot hold it";
 }
@@ -233,7 +235,7 @@ TEST(EmbeddedPictureClipboard, HoldsOneBitmapAndSaysWhenThereIsNone)
         EXPECT_EQ(*clipboard.GetData(bitmap).fileBytes, *clipboard.GetData(0).fileBytes);
     EXPECT_THROW(clipboard.GetData(14), SpreadsheetError) << "an enhanced metafile";
 
-    SheetPicture endless;
+    Drawing endless;
     endless.width = 1000;
     endless.height = 1e6;
     try {
@@ -247,7 +249,7 @@ TEST(EmbeddedPictureClipboard, HoldsOneBitmapAndSaysWhenThereIsNone)
 
 TEST(ScaleThatFits, GivesUpSharpnessBeforeThePicture)
 {
-    SheetPicture stubs; // 400 pay stubs
+    Drawing stubs; // 400 pay stubs
     stubs.width = 850;
     stubs.height = 105000;
     EXPECT_EQ(scaleThatFits(stubs, 1), 1);

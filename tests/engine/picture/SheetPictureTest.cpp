@@ -11,12 +11,12 @@
 
 namespace wagemill::engine {
 
-void PrintTo(const PictureRect& rect, std::ostream* out)
+void PrintTo(const drawing::Rect& rect, std::ostream* out)
 {
     *out << '{' << rect.left << ", " << rect.top << ", " << rect.width << ", " << rect.height << '}';
 }
 
-void PrintTo(const PictureLine& line, std::ostream* out)
+void PrintTo(const drawing::Line& line, std::ostream* out)
 {
     *out << '(' << line.x1 << ", " << line.y1 << ") to (" << line.x2 << ", " << line.y2 << ") style "
          << static_cast<int>(line.style) << " red " << int{line.color.red};
@@ -61,15 +61,15 @@ protected:
     {
         look(cells, [&](CellFormat& format) { format.numberFormat = m_book.styles.numberFormatFor(code); });
     }
-    SheetPicture picture(const std::string& range = "A1:E5") const
+    drawing::Drawing picture(const std::string& range = "A1:E5") const
     {
         return sheetPicture(m_book, m_sheet, parseAddress(range).value(), RegionalFormats{});
     }
     /// The text of the picture that begins so.
-    static PictureText textOf(const SheetPicture& picture, const std::string& beginning)
+    static drawing::Text textOf(const drawing::Drawing& picture, const std::string& beginning)
     {
         const auto found = std::ranges::find_if(
-            picture.texts, [&](const PictureText& text) { return text.text.starts_with(beginning); });
+            picture.texts, [&](const drawing::Text& text) { return text.text.starts_with(beginning); });
         if (found != picture.texts.end())
             return *found;
         ADD_FAILURE() << "no text begins with " << beginning;
@@ -125,9 +125,9 @@ TEST_F(SheetPictureTest, FillsJoinNeighboursOfOneColour)
     look("B2:C2", solid);
     look("E2", solid);
     look("B3", [](CellFormat& format) { format.fill = {2, red, windowBackgroundColor}; });
-    const std::vector<PictureFill> expected = {{{70, 20, 140, 20}, redRgb},
-                                               {{280, 20, 70, 20}, redRgb},
-                                               {{70, 40, 70, 20}, {255, 128, 128}}}; // a hatch is seen as its mixture
+    const std::vector<drawing::Fill> expected = {{{70, 20, 140, 20}, redRgb},
+                                                 {{280, 20, 70, 20}, redRgb},
+                                                 {{70, 40, 70, 20}, {255, 128, 128}}}; // a hatch is seen as its mixture
     EXPECT_EQ(picture().fills, expected);
 }
 
@@ -138,12 +138,12 @@ TEST_F(SheetPictureTest, AMergedAreaIsOneCell)
     put("C3", "covered");
     look("B2", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
     look("B2:D3", [](CellFormat& format) { format.left = {BorderStyle::Thin, red}; });
-    const SheetPicture shown = picture();
+    const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 1U);
-    EXPECT_EQ(shown.texts[0].cell, (PictureRect{70, 20, 210, 40}));
+    EXPECT_EQ(shown.texts[0].cell, (drawing::Rect{70, 20, 210, 40}));
     EXPECT_EQ(shown.texts[0].room, shown.texts[0].cell);
     EXPECT_EQ(shown.fills.size(), 2U) << "the first cell's ground lies under all of it, row by row";
-    EXPECT_EQ(shown.lines, (std::vector<PictureLine>{{70, 20, 70, 60, BorderStyle::Thin, redRgb}}));
+    EXPECT_EQ(shown.lines, (std::vector<drawing::Line>{{70, 20, 70, 60, BorderStyle::Thin, redRgb}}));
 }
 
 TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessTold)
@@ -151,21 +151,21 @@ TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessTold)
     const struct {
         CellValue value;
         HorizontalAlignment alignment;
-        TextAlign expected;
+        drawing::Align expected;
     } cases[] = {
-        {12.5, HorizontalAlignment::General, TextAlign::Right},
-        {"Ned", HorizontalAlignment::General, TextAlign::Left},
-        {true, HorizontalAlignment::General, TextAlign::Center},
-        {ErrorCode::NotAvailable, HorizontalAlignment::General, TextAlign::Center},
-        {12.5, HorizontalAlignment::Left, TextAlign::Left},
-        {"Ned", HorizontalAlignment::Right, TextAlign::Right},
-        {"Ned", HorizontalAlignment::Center, TextAlign::Center},
-        {ErrorCode::NotAvailable, HorizontalAlignment::Right, TextAlign::Right},
+        {12.5, HorizontalAlignment::General, drawing::Align::Right},
+        {"Ned", HorizontalAlignment::General, drawing::Align::Left},
+        {true, HorizontalAlignment::General, drawing::Align::Center},
+        {ErrorCode::NotAvailable, HorizontalAlignment::General, drawing::Align::Center},
+        {12.5, HorizontalAlignment::Left, drawing::Align::Left},
+        {"Ned", HorizontalAlignment::Right, drawing::Align::Right},
+        {"Ned", HorizontalAlignment::Center, drawing::Align::Center},
+        {ErrorCode::NotAvailable, HorizontalAlignment::Right, drawing::Align::Right},
     };
     for (const auto& each : cases) {
         put("B2", each.value);
         look("B2", [&](CellFormat& format) { format.horizontal = each.alignment; });
-        const SheetPicture shown = picture();
+        const drawing::Drawing shown = picture();
         ASSERT_EQ(shown.texts.size(), 1U);
         EXPECT_EQ(shown.texts[0].align, each.expected)
             << shown.texts[0].text << " as " << static_cast<int>(each.alignment);
@@ -197,7 +197,7 @@ TEST_F(SheetPictureTest, TextRunsOverEmptyCellsUntilAFilledOne)
         look(each.cell, [&](CellFormat& format) { format.horizontal = each.alignment; });
         for (const char* const cell : each.filled)
             put(cell, 1.0);
-        const PictureText text = textOf(picture(), "A long");
+        const drawing::Text text = textOf(picture(), "A long");
         EXPECT_EQ(text.room.left, each.left) << each.rule;
         EXPECT_EQ(text.room.left + text.room.width, each.right) << each.rule;
     }
@@ -211,9 +211,9 @@ TEST_F(SheetPictureTest, WhatDoesNotRunOver)
     put("B4", "shrunk text");
     look("B2", [](CellFormat& format) { format.wrap = true; });
     look("B4", [](CellFormat& format) { format.shrinkToFit = true; });
-    const SheetPicture shown = picture();
+    const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 4U);
-    for (const PictureText& text : shown.texts)
+    for (const drawing::Text& text : shown.texts)
         EXPECT_EQ(text.room, text.cell) << text.text;
     EXPECT_TRUE(textOf(shown, "wrapped").wrap);
     EXPECT_TRUE(textOf(shown, "shrunk").shrink);
@@ -234,15 +234,15 @@ TEST_F(SheetPictureTest, NumbersShowShorterFormsOrHashes)
     numberFormat("B4", ";;");
     put("B5", -3.0);
     numberFormat("B5", "0.00;[Red]0.00");
-    const SheetPicture shown = picture();
+    const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 4U) << "what the format hides is not drawn";
-    const PictureText general = textOf(shown, "1234.56789");
+    const drawing::Text general = textOf(shown, "1234.56789");
     EXPECT_TRUE(general.hashesWhenTooWide);
     ASSERT_FALSE(general.shorterForms.empty());
     EXPECT_EQ(general.shorterForms.front(), "1234.5679");
     EXPECT_TRUE(std::ranges::is_sorted(general.shorterForms, std::greater{}, &std::string::size));
     EXPECT_TRUE(textOf(shown, "$1,234.50").shorterForms.empty());
-    EXPECT_TRUE(std::ranges::any_of(shown.texts, &PictureText::alwaysHashes)) << "a negative date";
+    EXPECT_TRUE(std::ranges::any_of(shown.texts, &drawing::Text::alwaysHashes)) << "a negative date";
     EXPECT_EQ(textOf(shown, "3.00").color, redRgb);
 }
 
@@ -274,7 +274,7 @@ TEST_F(SheetPictureTest, TheStrongerBorderOfASharedEdgeIsDrawnOnce)
     for (const auto& each : cases) {
         look("B2", [&](CellFormat& format) { format.right = {each.ofLeftCell, red}; });
         look("C2", [&](CellFormat& format) { format.left = {each.ofRightCell, red}; });
-        EXPECT_EQ(picture().lines, (std::vector<PictureLine>{{140, 20, 140, 40, each.drawn, redRgb}}))
+        EXPECT_EQ(picture().lines, (std::vector<drawing::Line>{{140, 20, 140, 40, each.drawn, redRgb}}))
             << static_cast<int>(each.ofLeftCell) << " beside " << static_cast<int>(each.ofRightCell);
     }
 }
@@ -287,9 +287,9 @@ TEST_F(SheetPictureTest, PiecesOfALineAreJoinedWhereTheyLookTheSame)
         format.diagonal = {BorderStyle::Thin, red};
         format.diagonalDirections = 2;
     });
-    const std::vector<PictureLine> expected = {{0, 40, 210, 40, BorderStyle::Thin, redRgb},
-                                               {210, 40, 280, 40, BorderStyle::Thick, redRgb},
-                                               {280, 80, 350, 60, BorderStyle::Thin, redRgb}};
+    const std::vector<drawing::Line> expected = {{0, 40, 210, 40, BorderStyle::Thin, redRgb},
+                                                 {210, 40, 280, 40, BorderStyle::Thick, redRgb},
+                                                 {280, 80, 350, 60, BorderStyle::Thin, redRgb}};
     EXPECT_EQ(picture().lines, expected);
 }
 
@@ -299,8 +299,8 @@ TEST_F(SheetPictureTest, GridLinesOnlyOnPlainGroundWhereTheSheetShowsThem)
 
     m_sheet.showGridLines = true;
     const auto hasUpright = [&](double x) {
-        const SheetPicture shown = picture("A1:C1");
-        return std::ranges::any_of(shown.lines, [&](const PictureLine& line) {
+        const drawing::Drawing shown = picture("A1:C1");
+        return std::ranges::any_of(shown.lines, [&](const drawing::Line& line) {
             return line.x1 == x && line.x2 == x && line.color == gridGrey;
         });
     };
@@ -319,7 +319,7 @@ TEST_F(SheetPictureTest, RowsAndColumnsLendTheirFormatToCellsThatHaveNone)
     CellFormat filled;
     filled.fill = {1, red, windowBackgroundColor};
     m_sheet.row(1).format = m_book.styles.formatFor(filled);
-    EXPECT_EQ(picture("A1:C3").fills, (std::vector<PictureFill>{{{0, 20, 210, 20}, redRgb}}));
+    EXPECT_EQ(picture("A1:C3").fills, (std::vector<drawing::Fill>{{{0, 20, 210, 20}, redRgb}}));
 }
 
 } // namespace

@@ -75,7 +75,7 @@ void PictureGrid::indexMergedAreas()
                 inRow.push_back(&area);
 }
 
-PictureRect PictureGrid::rectOf(const CellRect& area) const
+drawing::Rect PictureGrid::rectOf(const CellRect& area) const
 {
     const double x = left(std::max(area.firstColumn, m_range.firstColumn));
     const double y = top(std::max(area.firstRow, m_range.firstRow));

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "drawing/Drawing.h"
 #include "workbook/engine/Book.h"
-#include "workbook/engine/picture/SheetPicture.h"
 
 #include <optional>
 #include <vector>
@@ -32,7 +32,7 @@ public:
     double width() const { return m_lefts.back(); }
     double height() const { return m_tops.back(); }
     /// Of an area inside the range.
-    PictureRect rectOf(const CellRect& area) const;
+    drawing::Rect rectOf(const CellRect& area) const;
 
     /// The cell's own format, or that of its row or column.
     const CellFormat& formatAt(CellAddress address) const;

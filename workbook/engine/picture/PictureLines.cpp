@@ -51,18 +51,18 @@ public:
     void findHorizontalLines();
     void findVerticalLines();
     void findDiagonals();
-    std::vector<PictureLine> take() { return std::move(m_lines); }
+    std::vector<drawing::Line> take() { return std::move(m_lines); }
 
 private:
     Edge horizontalEdge(CellOrNone above, CellOrNone below) const;
     Edge verticalEdge(CellOrNone before, CellOrNone behind) const;
     Edge borderOrGridLine(CellOrNone first, CellOrNone second, const Border& ofFirst, const Border& ofSecond) const;
-    void join(std::optional<PictureLine>& line, const Edge& edge, const PictureLine& piece);
-    void close(std::optional<PictureLine>& line);
+    void join(std::optional<drawing::Line>& line, const Edge& edge, const drawing::Line& piece);
+    void close(std::optional<drawing::Line>& line);
 
     const PictureGrid& m_grid;
     const std::set<CellAddress>& m_runOver;
-    std::vector<PictureLine> m_lines;
+    std::vector<drawing::Line> m_lines;
 };
 
 Edge LineFinder::borderOrGridLine(CellOrNone first, CellOrNone second, const Border& ofFirst,
@@ -97,7 +97,7 @@ Edge LineFinder::verticalEdge(CellOrNone before, CellOrNone behind) const
 }
 
 /// Makes the piece the line's continuation where it looks the same, else the beginning of the next line.
-void LineFinder::join(std::optional<PictureLine>& line, const Edge& edge, const PictureLine& piece)
+void LineFinder::join(std::optional<drawing::Line>& line, const Edge& edge, const drawing::Line& piece)
 {
     if (line && edge == Edge{line->style, line->color}) {
         line->x2 = piece.x2;
@@ -112,7 +112,7 @@ void LineFinder::join(std::optional<PictureLine>& line, const Edge& edge, const 
     }
 }
 
-void LineFinder::close(std::optional<PictureLine>& line)
+void LineFinder::close(std::optional<drawing::Line>& line)
 {
     if (line)
         m_lines.push_back(*line);
@@ -124,7 +124,7 @@ void LineFinder::findHorizontalLines()
     const auto& rows = m_grid.rows();
     for (std::size_t below = 0; below <= rows.size(); ++below) {
         const double y = below < rows.size() ? m_grid.top(rows[below]) : m_grid.height();
-        std::optional<PictureLine> line;
+        std::optional<drawing::Line> line;
         for (const int column : m_grid.columns()) {
             const CellOrNone first = below > 0 ? CellOrNone({rows[below - 1], column}) : std::nullopt;
             const CellOrNone second = below < rows.size() ? CellOrNone({rows[below], column}) : std::nullopt;
@@ -139,7 +139,7 @@ void LineFinder::findVerticalLines()
     const auto& columns = m_grid.columns();
     for (std::size_t behind = 0; behind <= columns.size(); ++behind) {
         const double x = behind < columns.size() ? m_grid.left(columns[behind]) : m_grid.width();
-        std::optional<PictureLine> line;
+        std::optional<drawing::Line> line;
         for (const int row : m_grid.rows()) {
             const CellOrNone first = behind > 0 ? CellOrNone({row, columns[behind - 1]}) : std::nullopt;
             const CellOrNone second = behind < columns.size() ? CellOrNone({row, columns[behind]}) : std::nullopt;
@@ -159,7 +159,7 @@ void LineFinder::findDiagonals()
             const CellFormat& format = m_grid.formatAt(address);
             if (format.diagonal.style == BorderStyle::None || m_grid.isCovered(address))
                 continue;
-            const PictureRect area = m_grid.rectOf(m_grid.areaOf(address));
+            const drawing::Rect area = m_grid.rectOf(m_grid.areaOf(address));
             const double right = area.left + area.width;
             const double bottom = area.top + area.height;
             const Rgb color = m_grid.book().styles.rgb(format.diagonal.color, black);
@@ -172,7 +172,7 @@ void LineFinder::findDiagonals()
 
 } // namespace
 
-std::vector<PictureLine> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver)
+std::vector<drawing::Line> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver)
 {
     LineFinder finder(grid, runOver);
     finder.findHorizontalLines();

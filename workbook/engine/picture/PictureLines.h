@@ -10,6 +10,6 @@ namespace wagemill::engine {
 /// Borders and grid lines of the range: where two cells share an edge one line, the stronger; pieces that look the same
 /// joined to one line.
 /// runOver  cells whose left edge a text runs over: no grid line there
-std::vector<PictureLine> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver);
+std::vector<drawing::Line> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver);
 
 } // namespace wagemill::engine

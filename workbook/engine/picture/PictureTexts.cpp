@@ -12,15 +12,15 @@ namespace {
 
 constexpr int mostGeneralDigits = 11;
 
-TextAlign alignmentByKind(const CellValue& value, const ShownText& shown)
+drawing::Align alignmentByKind(const CellValue& value, const ShownText& shown)
 {
     if (shown.isNumber)
-        return TextAlign::Right;
+        return drawing::Align::Right;
     const bool isCentred = std::holds_alternative<bool>(value) || std::holds_alternative<ErrorCode>(value);
-    return isCentred ? TextAlign::Center : TextAlign::Left;
+    return isCentred ? drawing::Align::Center : drawing::Align::Left;
 }
 
-TextAlign alignmentOf(const CellFormat& format, const CellValue& value, const ShownText& shown)
+drawing::Align alignmentOf(const CellFormat& format, const CellValue& value, const ShownText& shown)
 {
     switch (format.horizontal) {
     case HorizontalAlignment::General:
@@ -28,15 +28,30 @@ TextAlign alignmentOf(const CellFormat& format, const CellValue& value, const Sh
     case HorizontalAlignment::Center:
     case HorizontalAlignment::CenterAcrossSelection:
     case HorizontalAlignment::Distributed:
-        return TextAlign::Center;
+        return drawing::Align::Center;
     case HorizontalAlignment::Right:
-        return TextAlign::Right;
+        return drawing::Align::Right;
     case HorizontalAlignment::Left:
     case HorizontalAlignment::Fill:
     case HorizontalAlignment::Justify:
-        return TextAlign::Left;
+        return drawing::Align::Left;
     }
-    return TextAlign::Left;
+    return drawing::Align::Left;
+}
+
+drawing::VerticalAlign alignmentOf(VerticalAlignment vertical)
+{
+    switch (vertical) {
+    case VerticalAlignment::Top:
+    case VerticalAlignment::Justify:
+        return drawing::VerticalAlign::Top;
+    case VerticalAlignment::Center:
+    case VerticalAlignment::Distributed:
+        return drawing::VerticalAlign::Center;
+    case VerticalAlignment::Bottom:
+        break;
+    }
+    return drawing::VerticalAlign::Bottom;
 }
 
 /// An indent counts only where the alignment was chosen.
@@ -78,7 +93,7 @@ private:
     bool isFilled(CellAddress address) const;
     int emptyNeighbours(CellAddress address, int step) const;
     int centredAcross(CellAddress address) const;
-    PictureRect widened(CellAddress address, int leftwards, int rightwards);
+    drawing::Rect widened(CellAddress address, int leftwards, int rightwards);
 
     const PictureGrid& m_grid;
     const RegionalFormats& m_formats;
@@ -112,7 +127,7 @@ int TextPlacer::centredAcross(CellAddress address) const
     return count;
 }
 
-PictureRect TextPlacer::widened(CellAddress address, int leftwards, int rightwards)
+drawing::Rect TextPlacer::widened(CellAddress address, int leftwards, int rightwards)
 {
     for (int column = address.column - leftwards + 1; column <= address.column + rightwards; ++column)
         m_placed.runOver.insert({address.row, column});
@@ -121,19 +136,19 @@ PictureRect TextPlacer::widened(CellAddress address, int leftwards, int rightwar
 
 void TextPlacer::place(CellAddress address, const Cell& cell)
 {
-    const CellFormat& format = m_grid.book().styles.format(cell.format);
-    ShownText shown = showValue(cell.value, m_grid.book().styles.numberFormatCode(format.numberFormat), m_formats,
-                                m_grid.book().dates1904);
+    const StyleTable& styles = m_grid.book().styles;
+    const CellFormat& format = styles.format(cell.format);
+    ShownText shown =
+        showValue(cell.value, styles.numberFormatCode(format.numberFormat), m_formats, m_grid.book().dates1904);
     if (shown.text.empty() && !shown.isNegativeDate)
         return;
 
-    const Font& font = m_grid.book().styles.fontOf(format);
-    PictureText text;
+    drawing::Text text;
     text.cell = m_grid.rectOf(m_grid.areaOf(address));
-    text.font = font;
-    text.color = shown.color.value_or(m_grid.book().styles.rgb(font.color, Rgb{0, 0, 0}));
+    text.font = format.font < styles.fonts.size() ? format.font : std::uint16_t{0};
+    text.color = shown.color.value_or(styles.rgb(styles.fontOf(format).color, Rgb{0, 0, 0}));
     text.align = alignmentOf(format, cell.value, shown);
-    text.vertical = format.vertical;
+    text.vertical = alignmentOf(format.vertical);
     text.wrap = breaksLines(format) && !shown.isNumber;
     text.shrink = format.shrinkToFit && !text.wrap;
     text.indent = isIndented(format) ? format.indent : 0;
@@ -151,8 +166,8 @@ void TextPlacer::place(CellAddress address, const Cell& cell)
         text.room = text.cell;
     } else if (std::holds_alternative<std::string>(cell.value) && !text.wrap && !text.shrink &&
                !m_grid.isMerged(address) && format.horizontal != HorizontalAlignment::Fill) {
-        const int leftwards = text.align == TextAlign::Left ? 0 : emptyNeighbours(address, -1);
-        const int rightwards = text.align == TextAlign::Right ? 0 : emptyNeighbours(address, 1);
+        const int leftwards = text.align == drawing::Align::Left ? 0 : emptyNeighbours(address, -1);
+        const int rightwards = text.align == drawing::Align::Right ? 0 : emptyNeighbours(address, 1);
         text.room = widened(address, leftwards, rightwards);
     }
     m_placed.texts.push_back(std::move(text));

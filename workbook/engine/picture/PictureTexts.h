@@ -9,7 +9,7 @@
 namespace wagemill::engine {
 
 struct PictureTexts {
-    std::vector<PictureText> texts;
+    std::vector<drawing::Text> texts;
     std::set<CellAddress> runOver; ///< cells whose left edge a text runs over: no grid line there
 };
 

@@ -12,14 +12,14 @@ namespace wagemill::engine {
 namespace {
 
 /// The grounds of the cells; neighbours of one colour in a row are one area.
-std::vector<PictureFill> pictureFills(const PictureGrid& grid)
+std::vector<drawing::Fill> pictureFills(const PictureGrid& grid)
 {
-    std::vector<PictureFill> fills;
+    std::vector<drawing::Fill> fills;
     for (const int row : grid.rows()) {
         std::optional<Rgb> before;
         for (const int column : grid.columns()) {
             const std::optional<Rgb> color = grid.fillAt({row, column});
-            const PictureRect cell = grid.rectOf({row, column, row, column});
+            const drawing::Rect cell = grid.rectOf({row, column, row, column});
             if (color && color == before)
                 fills.back().area.width += cell.width;
             else if (color)
@@ -30,17 +30,36 @@ std::vector<PictureFill> pictureFills(const PictureGrid& grid)
     return fills;
 }
 
+/// The fonts of the book under their own index there.
+std::vector<drawing::Font> pictureFonts(const Book& book)
+{
+    constexpr int bold = 600;
+    std::vector<drawing::Font> fonts;
+    for (const Font& font : book.styles.fonts)
+        fonts.push_back({.name = font.name,
+                         .heightTwips = font.heightTwips,
+                         .bold = font.weight >= bold,
+                         .italic = font.italic,
+                         .strikeout = font.strikeout,
+                         .underline = font.underline != 0});
+    if (fonts.empty())
+        fonts.emplace_back();
+    return fonts;
+}
+
 } // namespace
 
-SheetPicture sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range, const RegionalFormats& formats)
+drawing::Drawing sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range,
+                              const RegionalFormats& formats)
 {
     const PictureGrid grid(book, sheet, range);
     PictureTexts texts = pictureTexts(grid, formats);
-    SheetPicture picture;
+    drawing::Drawing picture;
     picture.width = grid.width() + 1;
     picture.height = grid.height() + 1;
     picture.fills = pictureFills(grid);
     picture.lines = pictureLines(grid, texts.runOver);
+    picture.fonts = pictureFonts(book);
     picture.texts = std::move(texts.texts);
     return picture;
 }

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "workbook/engine/picture/SheetPicture.h"
+#include "drawing/Drawing.h"
 
 #include <QFont>
-#include <QPainter>
 #include <QRectF>
 #include <QString>
 #include <QTextLayout>
 
 #include <memory>
-#include <utility>
-#include <vector>
 
 namespace wagemill {
+
+/// Texts are laid out in twips: a font's size is a whole number there, as fonts have it, and 13.33 pixels is not.
+inline constexpr double twipsPerPixel = 15;
 
 /// A text broken into lines.
 struct TextBlock {
@@ -22,22 +22,15 @@ struct TextBlock {
 };
 
 /// The font as it is laid out: its pixel size is its height in twips, its widths do not depend on the scale.
-QFont drawnFont(const engine::Font& font);
+QFont drawnFont(const drawing::Font& font);
 
 /// The text in lines of at most `width` pixels where `wrap` is set, else in one line for each line of the text.
 TextBlock textBlock(const QString& text, const QFont& font, double width, bool wrap);
 
-/// Draws the texts of a picture with a painter whose unit is the pixel at 96 dots per inch.
-class TextPainter {
-public:
-    explicit TextPainter(QPainter& painter) : m_painter(painter) {}
-    void draw(const engine::PictureText& text);
+/// The text's cell without padding and indent.
+QRectF innerCell(const drawing::Text& text);
 
-private:
-    const QFont& fontOf(const engine::Font& font);
-
-    QPainter& m_painter;
-    std::vector<std::pair<engine::Font, QFont>> m_fonts; ///< those met: a new one would be looked for among all fonts
-};
+/// What of the text is shown in its cell: all of it, a shorter form or "###", in the font or a smaller one.
+TextBlock shownBlock(const drawing::Text& text, const QFont& font);
 
 } // namespace wagemill
