@@ -1,9 +1,11 @@
 #include "app/EndingSignals.h"
 
 #include "app/base/Files.h"
+#include "app/base/Messages.h"
 
 #include <QApplication>
 #include <QSocketNotifier>
+#include <QWidget>
 
 #include <array>
 #include <cerrno>
@@ -26,8 +28,27 @@ void noteSignal(int /*signal*/)
     errno = errorBefore;
 }
 
-void endAsTheUserWould()
+/// Nobody is there to answer.
+struct NoMessages : Messages {
+    MessageAnswer show(const Message& message) override
+    {
+        return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::No;
+    }
+};
+
+/// The pipe keeps its byte until nothing else is under way: what lets events run, and what a dialog belongs to (a
+/// build, perhaps), ends before the windows are closed, which delete their files.
+void endAsTheUserWould(QSocketNotifier& notifier)
 {
+    if (isProcessingWindowEvents())
+        return;
+    static NoMessages noMessages;
+    setMessages(&noMessages);
+    if (QWidget* const dialog = QApplication::activeModalWidget()) {
+        dialog->close();
+        return;
+    }
+    notifier.setEnabled(false);
     QApplication::closeAllWindows();
     endProgram(); // where no window was there to close
 }
@@ -41,7 +62,7 @@ void endProgramOnSignals()
         return; // then a signal ends the program at once, and the next start removes the folder
     writingEnd = ends[1];
     auto* const notifier = new QSocketNotifier(ends[0], QSocketNotifier::Read, qApp);
-    QObject::connect(notifier, &QSocketNotifier::activated, qApp, endAsTheUserWould);
+    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [notifier] { endAsTheUserWould(*notifier); });
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction action = {};
         ::sigaction(signal, nullptr, &action);

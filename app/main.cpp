@@ -59,7 +59,7 @@ void prepareProgram()
     static QtMessages messages;
     setMessages(&messages);
     setProgramFolder(QDir(QCoreApplication::applicationDirPath()).filesystemPath());
-    setWindowEventPump([] { QCoreApplication::processEvents(); });
+    setWindowEventPump([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
     QLocale::setDefault(userLocale());
     QApplication::setWindowIcon(programIcon());
     QApplication::setPalette(readablePalette(QApplication::palette()));

@@ -310,6 +310,7 @@ void Form1::VScroll1_Change()
 
 void Form1::PushButton22_Click()
 {
+    passTurn();
     buildPayrollWorkbook(payrollData(), *this, m_setup.build);
     returnFreedMemory(); // a build takes much that nobody needs while the stubs are looked at
 }
@@ -337,8 +338,24 @@ PayrollData Form1::payrollData() const
 Form2& Form1::preview()
 {
     if (!m_preview)
-        m_preview = std::make_unique<Form2>([this] { show(); });
+        m_preview = std::make_unique<Form2>([this] { takeTurn(); });
     return *m_preview;
+}
+
+/// From the press that starts a build until the preview gives the turn back, nothing acts on this window: neither what
+/// was pressed while it was busy nor what still reaches it once it is hidden.
+void Form1::passTurn()
+{
+    m_focusBefore = focusWidget();
+    setEnabled(false);
+}
+
+void Form1::takeTurn()
+{
+    setEnabled(true);
+    if (m_focusBefore)
+        m_focusBefore->setFocus();
+    show();
 }
 
 void Form1::freezeDrawing()
@@ -392,10 +409,14 @@ void Form1::wheelEvent(QWheelEvent* event)
         event->ignore();
 }
 
+/// Asked for while the turn was passed on, a close is the preview's, which knows the workbook to delete.
 void Form1::closeEvent(QCloseEvent* event)
 {
     event->accept();
-    Form_Unload();
+    if (isEnabled())
+        Form_Unload();
+    else
+        preview().close();
 }
 
 void Form1::Form_Unload()

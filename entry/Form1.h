@@ -7,6 +7,7 @@
 #include "entry/EntryMetrics.h"
 #include "workbook/PayrollBuild.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <cstdint>
@@ -77,6 +78,8 @@ private:
     void assignPeriodEnding(CalendarDate date);
     PayrollData payrollData() const;
     Form2& preview();
+    void passTurn();
+    void takeTurn();
 
     void freezeDrawing() override;
     void unfreezeDrawing() override;
@@ -105,6 +108,7 @@ private:
     PushButton* PushButton7 = nullptr;
     PushButton* PushButton22 = nullptr;
     std::unique_ptr<Form2> m_preview; ///< made by the first build, then kept
+    QPointer<QWidget> m_focusBefore;  ///< when the turn was passed on
 };
 
 /// Top edge of the strip in twips, so that the panel of row `value` stands at the top of the viewport.

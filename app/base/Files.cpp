@@ -22,6 +22,7 @@ Value& programWide()
 
 struct WindowEventPump {
     std::function<void()> run;
+    bool isRunning = false;
 };
 
 struct ProgramEnd {
@@ -162,8 +163,17 @@ void setWindowEventPump(std::function<void()> pump)
 
 void processWindowEvents()
 {
-    if (programWide<WindowEventPump>().run)
-        programWide<WindowEventPump>().run();
+    WindowEventPump& pump = programWide<WindowEventPump>();
+    if (!pump.run)
+        return;
+    const bool wasRunning = std::exchange(pump.isRunning, true);
+    pump.run();
+    pump.isRunning = wasRunning;
+}
+
+bool isProcessingWindowEvents()
+{
+    return programWide<WindowEventPump>().isRunning;
 }
 
 void endProgram()

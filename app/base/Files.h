@@ -66,9 +66,12 @@ void ensureTemporaryFolder();
 /// Whether this is a debug run of a developer's build rather than the built program.
 bool isDevelopmentRun();
 
-/// What processes pending window events; set once at start. Without it there are none.
+/// What processes pending window events, but nothing that would start other work in the middle of this one: keys,
+/// mouse, closing and signals wait until the procedure that asked has ended. Set once at start; without it there are
+/// none.
 void setWindowEventPump(std::function<void()> pump);
 void processWindowEvents();
+bool isProcessingWindowEvents();
 
 /// Ends the program at once: no unload handler runs, nothing further is saved.
 /// Tests set what happens instead; the default removes the run's own temporary folder and ends the process.

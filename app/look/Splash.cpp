@@ -6,6 +6,7 @@
 #include "settings/Settings.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QFile>
 #include <QFrame>
 #include <QImageReader>
@@ -138,7 +139,7 @@ void Splash::waitSeconds(double seconds) const
         return difference < 0 ? difference + secondsOfDay : difference;
     };
     while (passed() < seconds) {
-        processWindowEvents();
+        QCoreApplication::processEvents(); // clicks too: the box can be ticked
         std::this_thread::sleep_for(restBetweenEvents);
     }
 }

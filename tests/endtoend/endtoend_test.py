@@ -15,6 +15,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from citizen_scenarios import CITIZEN_SCENARIOS, expect  # noqa: E402
 from demo import run_demo  # noqa: E402
 from desktop import Desktop, StepFailed  # noqa: E402
+from hasty_scenarios import HASTY_SCENARIOS  # noqa: E402
 from wagemill_guide import Guide  # noqa: E402
 
 TOOLS = ("Xvfb", "openbox", "xdotool", "import", "dbus-daemon")
@@ -110,7 +111,7 @@ def understands_other_regions(program):
 SCENARIOS = {scenario.__name__: scenario for scenario in (
     from_sample_to_saved_workbook, keeps_what_was_typed_when_killed, refuses_a_figure_and_keeps_the_focus,
     goes_back_and_cleans_up, obeys_temp, ends_with_a_message_without_excel, understands_other_regions,
-    *CITIZEN_SCENARIOS)}
+    *CITIZEN_SCENARIOS, *HASTY_SCENARIOS)}
 
 
 def main():

@@ -221,7 +221,6 @@ int main(int argc, char* argv[])
     const QApplication application(argc, argv);
     ToldMessages messages;
     setMessages(&messages);
-    setWindowEventPump([] { QCoreApplication::processEvents(); });
     endProgramOnSignals();
     ensureTemporaryFolder();
     const std::string what = argc > 2 ? argv[1] : "";

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """A signal that asks the program to end, in the middle of building, leaves no file behind; a kill leaves them to the
 next start, which removes them."""
+import os
 import random
 import signal
 import sys
@@ -11,8 +12,8 @@ sys.dont_write_bytecode = True
 from driver import rounds, run_folders, start  # noqa: E402
 
 
-def end_while_building(home, number):
-    driver = start("build", "Ada", 1_000_000, home=home)
+def end_while_building(home, number, **changes):
+    driver = start("build", "Ada", 1_000_000, home=home, **changes)
     driver.stdout.readline()
     time.sleep(random.uniform(0, 0.2))
     driver.send_signal(number)
@@ -23,10 +24,11 @@ def end_while_building(home, number):
 
 
 with tempfile.TemporaryDirectory() as home:
-    for number in rounds(3, 100) * [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]:
-        if (ended := end_while_building(home, number)) != 0:
+    os.mkdir(chosen := os.path.join(home, "chosen"))
+    for turn, number in enumerate(rounds(3, 100) * [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]):
+        if (ended := end_while_building(home, number, **({"TEMP": chosen} if turn % 2 else {}))) != 0:
             sys.exit(f"{signal.strsignal(number)} ended the program with {ended}")
-        if left := run_folders(home):
+        if left := run_folders(home) + os.listdir(chosen):
             sys.exit(f"{signal.strsignal(number)} left {left} behind")
     for _ in range(rounds(2, 20)):
         end_while_building(home, signal.SIGKILL)
