@@ -151,6 +151,19 @@ def cursor_files(sources):
         yield struct.pack("<3H4B2H2I", 0, 2, 1, 2, 2, 0, 0, 1, 1, len(bitmap), 22) + bitmap
 
 
+def drawings():
+    """A drawing with one of everything, and an empty one."""
+    text = lambda words: struct.pack("<I", len(words)) + words
+    fill = struct.pack("<4d3B", 1, 2, 3, 4, 5, 6, 7)
+    line = struct.pack("<4d4B", 0, 9, 20, 9, 5, 1, 2, 3)
+    font = text(b"Arial") + struct.pack("<H4B", 200, 1, 0, 0, 1)
+    words = struct.pack("<8d", *range(8)) + text(b"Net Pay") + struct.pack("<H10B", 0, 1, 2, 3, 2, 1, 0, 1, 4, 1, 0)
+    words += struct.pack("<I", 1) + text(b"12")
+    for items in (0, 1):
+        yield struct.pack("<2d", 853, 301) + b"".join(struct.pack("<I", items) + item * items
+                                                      for item in (fill, line, font, words))
+
+
 def dictionary(entries):
     return "".join('"' + "".join(f"\\x{byte:02x}" for byte in entry) + '"\n' for entry in sorted(set(entries)))
 
@@ -180,6 +193,7 @@ def main():
         "TypedText": typed(sources),
         "NumberText": in_every_region(literals(f"{sources}/tests/base/text/NumberTextTest.cpp")),
         "CursorFile": cursor_files(sources),
+        "DrawingFile": drawings(),
     }
     for target, found in seeds.items():
         os.makedirs(f"{output}/{target}", exist_ok=True)

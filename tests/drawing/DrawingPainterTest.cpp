@@ -1,6 +1,6 @@
-#include "workbook/embedded/PicturePainter.h"
 #include "drawing/TextBlock.h"
 #include "workbook/embedded/PictureClipboard.h"
+#include "workbook/embedded/PicturePainter.h"
 
 #include <QBuffer>
 #include <QFontInfo>

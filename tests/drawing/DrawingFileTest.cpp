@@ -1,0 +1,118 @@
+#include "drawing/DrawingFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+#include <string>
+
+namespace wagemill {
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+constexpr std::size_t startBytes = 8; ///< signature and version
+constexpr std::size_t checksumBytes = 8;
+
+drawing::Drawing oneOfEverything()
+{
+    drawing::Text text{.cell = {1, 2, 3, 4},
+                       .room = {5, 6, 7, 8.5},
+                       .text = "Net\nPay \u00E4",
+                       .font = 1,
+                       .color = {9, 10, 11},
+                       .align = drawing::Align::Right,
+                       .vertical = drawing::VerticalAlign::Center,
+                       .wrap = true,
+                       .shrink = true,
+                       .indent = 15,
+                       .hashesWhenTooWide = true,
+                       .alwaysHashes = true,
+                       .shorterForms = {"12.5", "13"}};
+    return {.width = 853,
+            .height = 301,
+            .fills = {{{10, 20, 30, 40}, {1, 2, 255}}, {{-1, 0, 0.5, 1e6}, {}}},
+            .lines = {{0, 1, 2, 3, drawing::LineStyle::SlantDashDot, {4, 5, 6}}},
+            .fonts = {{}, {"Times New Roman", 240, true, true, true, true}},
+            .texts = {text, {}}};
+}
+
+/// Why the file is refused; empty when it is read.
+std::string refusalOf(const Bytes& file)
+{
+    try {
+        readDrawingFile(file);
+        return "";
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
+/// The file with a checksum that belongs to the rest of it.
+Bytes sealed(Bytes file)
+{
+    file.resize(file.size() - checksumBytes);
+    const std::uint64_t checksum = drawingChecksum(file);
+    for (std::size_t byte = 0; byte < checksumBytes; ++byte)
+        file.push_back(static_cast<std::byte>(checksum >> (8 * byte)));
+    return file;
+}
+
+TEST(DrawingFile, GivesBackTheDrawing)
+{
+    for (const drawing::Drawing& drawing : {oneOfEverything(), drawing::Drawing{}}) {
+        EXPECT_TRUE(isDrawingFile(drawingFile(drawing)));
+        EXPECT_EQ(readDrawingFile(drawingFile(drawing)), drawing);
+    }
+}
+
+TEST(DrawingFile, RefusesEveryPrefixAndEveryFlippedBit)
+{
+    Bytes file = drawingFile(oneOfEverything());
+    for (std::size_t size = 0; size < file.size(); ++size) {
+        const Bytes prefix(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_NE(refusalOf(prefix), "") << size;
+        // With a checksum that belongs to it, what is missing is noticed where it is read.
+        EXPECT_NE(size < startBytes + checksumBytes ? "too short" : refusalOf(sealed(prefix)), "") << size;
+    }
+    for (std::size_t bit = 0; bit < file.size() * 8; ++bit) {
+        const auto mask = static_cast<std::byte>(1U << bit % 8);
+        file[bit / 8] ^= mask;
+        EXPECT_NE(refusalOf(file), "") << bit;
+        refusalOf(sealed(file)); // some are another drawing then: nothing may crash or take its time
+        file[bit / 8] ^= mask;
+    }
+}
+
+TEST(DrawingFile, SaysWhatIsWrong)
+{
+    const auto changed = [](auto change) {
+        drawing::Drawing drawing = oneOfEverything();
+        change(drawing);
+        return drawingFile(drawing);
+    };
+    Bytes longer = drawingFile({});
+    longer.insert(longer.end() - checksumBytes, std::byte{0});
+    Bytes newer = drawingFile({});
+    newer[startBytes - 1] = std::byte{2};
+    const struct {
+        const char* fault;
+        Bytes file;
+        const char* reason;
+    } cases[] = {
+        {"another kind of file", Bytes(100), "not a drawing"},
+        {"a later version", newer, "another version"},
+        {"something after the end", sealed(longer), "damaged at byte"},
+        {"no such font", changed([](auto& drawing) { drawing.texts[0].font = 2; }), "damaged at byte"},
+        {"no such line", changed([](auto& drawing) { drawing.lines[0].style = drawing::LineStyle(14); }), "damaged"},
+        {"no such side", changed([](auto& drawing) { drawing.texts[0].align = drawing::Align(3); }), "damaged at byte"},
+        {"not a number", changed([](auto& drawing) { drawing.fills[0].area.left = std::nan(""); }), "damaged at byte"},
+        {"endless", changed([](auto& drawing) { drawing.width = 2e8; }), "damaged at byte"},
+    };
+    for (const auto& each : cases)
+        EXPECT_NE(refusalOf(each.file).find(each.reason), std::string::npos)
+            << each.fault << ": " << refusalOf(each.file);
+}
+
+} // namespace
+} // namespace wagemill
