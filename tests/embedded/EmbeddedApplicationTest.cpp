@@ -1,6 +1,7 @@
 #include "workbook/embedded/EmbeddedApplication.h"
 #include "app/base/Files.h"
 #include "resources/CustomResource.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
@@ -40,16 +41,6 @@ protected:
     std::filesystem::path savedPath = folder / "saved.xls";
     EmbeddedPictureClipboard clipboard;
 };
-
-std::string failureOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const SpreadsheetError& error) {
-        return error.what();
-    }
-    return "";
-}
 
 TEST_F(EmbeddedApplicationTest, FillsCopiesAndSavesWhatAnotherSessionReads)
 {

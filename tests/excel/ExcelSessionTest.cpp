@@ -1,4 +1,5 @@
 #include "tests/excel/ExcelTest.h"
+#include "tests/support/FailureOf.h"
 
 #include "workbook/excel/ExcelSession.h"
 
@@ -17,16 +18,6 @@ using namespace wagemill::test;
 namespace {
 
 using ExcelSessionTest = ExcelTest;
-
-std::string failureOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const SpreadsheetError& error) {
-        return error.what();
-    }
-    return "no failure";
-}
 
 TEST_F(ExcelSessionTest, IsAProcessOfItsOwnEachTime)
 {

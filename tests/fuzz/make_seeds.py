@@ -140,17 +140,6 @@ def typed(sources):
     return in_every_region(texts) + [b"\0" + text for text in sorted(set(formulas))]
 
 
-def cursor_files(sources):
-    with open(f"{sources}/resources/HAND-M.CUR", "rb") as file:
-        hand = file.read()
-    yield hand
-    for depth, colors in ((1, 2), (4, 16), (8, 256), (24, 0), (32, 0)):
-        row = (2 * depth + 31) // 32 * 4
-        bitmap = struct.pack("<IiiHHIIiiII", 40, 2, 4, 1, depth, 0, 0, 0, 0, colors, 0)
-        bitmap += bytes(range(4)) * colors + b"\x5A" * (row * 2) + bytes(8)
-        yield struct.pack("<3H4B2H2I", 0, 2, 1, 2, 2, 0, 0, 1, 1, len(bitmap), 22) + bitmap
-
-
 def drawings():
     """A drawing with one of everything, and an empty one."""
     text = lambda words: struct.pack("<I", len(words)) + words
@@ -192,7 +181,6 @@ def main():
         "NumberFormat": formats(sources),
         "TypedText": typed(sources),
         "NumberText": in_every_region(literals(f"{sources}/tests/base/text/NumberTextTest.cpp")),
-        "CursorFile": cursor_files(sources),
         "DrawingFile": drawings(),
     }
     for target, found in seeds.items():

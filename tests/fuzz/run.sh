@@ -11,9 +11,9 @@ set -euo pipefail
 main() {
     cd "$(dirname "$0")/../.."
 
-    local allTargets=(NumberText NumberFormat TypedText FormulaTokens CursorFile DrawingFile WorkbookFile)
-    local -A longestInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [CursorFile]=512
-                             [DrawingFile]=512 [WorkbookFile]=4096)
+    local allTargets=(NumberText NumberFormat TypedText FormulaTokens DrawingFile WorkbookFile)
+    local -A longestInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [DrawingFile]=512
+                             [WorkbookFile]=4096)
     runs=${1:?how many runs each?}
     shift
     targets=("${@:-${allTargets[@]}}")

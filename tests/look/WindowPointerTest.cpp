@@ -1,5 +1,7 @@
 #include "app/look/WindowPointer.h"
 
+#include "app/base/Files.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QLineEdit>
@@ -10,8 +12,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace wagemill {
 
@@ -87,30 +91,35 @@ TEST_F(WindowPointerTest, WithoutACursorFileTheHandIsTheArrow)
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
 }
 
-TEST_F(WindowPointerTest, ABrokenCursorFileIsNamedAndLeavesTheArrow)
+TEST_F(WindowPointerTest, ACursorFileThatCannotBeUsedIsNamedAndLeavesTheArrow)
 {
+    const std::vector<std::byte> hand = readBytesFromFile(handFile);
+    const auto changed = [&](std::size_t at, int value) {
+        std::vector<std::byte> bytes = hand;
+        bytes[at] = static_cast<std::byte>(value);
+        return bytes;
+    };
+    struct {
+        std::vector<std::byte> file;
+        const char* reason;
+    } const cases[] = {
+        {{}, "it is not a cursor file, or is damaged"},
+        {{hand.begin(), hand.begin() + 21}, "it is not a cursor file, or is damaged"}, // ends in the directory
+        {{hand.begin(), hand.begin() + 60}, "it is not a cursor file, or is damaged"}, // ends in the header
+        {changed(11, 1), "its hot spot lies outside its picture"},
+    };
     const test::TemporaryFolder folder;
-    std::ofstream(folder / "HAND-M.CUR") << "no cursor";
-    try {
-        pointer.loadHandCursor(folder / "HAND-M.CUR");
-        FAIL() << "was loaded";
-    } catch (const std::runtime_error& error) {
-        EXPECT_EQ(std::string(error.what()),
-                  "Cannot use the cursor file \"" + (folder / "HAND-M.CUR").string() + "\": it is no cursor file.");
+    const std::filesystem::path file = folder / "HAND-M.CUR";
+    for (const auto& [bytes, reason] : cases) {
+        std::filesystem::remove(file);
+        writeBytesToFile(bytes, file);
+        EXPECT_EQ(test::failureOf([&] { pointer.loadHandCursor(file); }),
+                  "Cannot use the cursor file \"" + file.string() + "\": " + reason + ".");
     }
+    EXPECT_EQ(test::failureOf([&] { pointer.loadHandCursor(folder.path()); }),
+              "Cannot read \"" + folder.path().string() + "\": it is no plain file.");
     moveTo({20, 20});
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
-}
-
-TEST_F(WindowPointerTest, ACursorFileThatCannotBeReadIsNamedOnce)
-{
-    const test::TemporaryFolder folder;
-    try {
-        pointer.loadHandCursor(folder.path());
-        FAIL() << "was loaded";
-    } catch (const std::runtime_error& error) {
-        EXPECT_EQ(std::string(error.what()), "Cannot read \"" + folder.path().string() + "\": it is no plain file.");
-    }
 }
 
 } // namespace wagemill

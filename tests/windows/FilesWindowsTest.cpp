@@ -2,6 +2,7 @@
 #include "app/base/PlatformFiles.h"
 #include "app/base/WindowsOwnership.h"
 #include "app/base/WindowsText.h"
+#include "tests/support/FailureOf.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 #include <thread>
 
 using namespace wagemill;
+using wagemill::test::failureOf;
 namespace fs = std::filesystem;
 
 namespace {
@@ -31,18 +33,6 @@ protected:
         for (const auto& entry : fs::directory_iterator(folder))
             ::SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
         fs::remove_all(folder);
-    }
-
-    /// The message that the work fails with.
-    template <typename Work>
-    static std::string failureOf(Work&& work)
-    {
-        try {
-            work();
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no failure";
     }
 
     fs::path folder =

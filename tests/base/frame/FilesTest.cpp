@@ -1,6 +1,7 @@
 #include "app/base/Files.h"
 #include "app/base/ErrorTrap.h"
 #include "app/base/RandomNumber.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -76,17 +77,6 @@ TEST(Files, NeitherFollowALinkWhenWrittenNorWaitForAPipe)
     EXPECT_FALSE(fileExists(folder / "elsewhere"));
     EXPECT_THROW(readBytesFromFile(folder / "pipe"), std::runtime_error);
     EXPECT_THROW(writeBytesToFile(fourBytes, folder / "pipe"), std::runtime_error);
-}
-
-template <typename Work>
-std::string failureOf(Work&& work)
-{
-    try {
-        work();
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "";
 }
 
 TEST(Files, SayWhatFailedOnWhichFileAndWhy)
