@@ -25,7 +25,6 @@ ALLOWED = {
     "workbook": (["app/base", "entry/data", "workbook/sessions", "workbook/spreadsheet"], False),
     "resources": (["app/base", "workbook/engine", "workbook/engine/formula", "workbook/engine/text",
                    "workbook/engine/xls"], False),
-    "resources/pictures": ([], True),
     "help": (["app/base"], False),
     "app/look": (["app/base", "settings"], True),
     "preview": (["app/base", "app/look", "drawing"], True),
