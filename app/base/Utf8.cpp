@@ -84,6 +84,33 @@ std::string toUtf8(std::u32string_view text)
     return bytes;
 }
 
+std::u16string toUtf16(std::string_view text)
+{
+    std::u16string units;
+    units.reserve(text.size());
+    for (std::size_t position = 0; position < text.size();) {
+        const char32_t character = readCodePoint(text, position);
+        if (character > 0xFFFF)
+            units += static_cast<char16_t>(0xD7C0U + (character >> 10U));
+        units += static_cast<char16_t>(character > 0xFFFF ? 0xDC00U + (character & 0x3FFU) : character);
+    }
+    return units;
+}
+
+std::string toUtf8(std::u16string_view text)
+{
+    const auto isHalf = [](char16_t unit, unsigned start) { return (unit & 0xFC00U) == start; };
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t character = text[i];
+        if (isHalf(text[i], 0xD800) && i + 1 < text.size() && isHalf(text[i + 1], 0xDC00))
+            character = 0x10000U + ((character & 0x3FFU) << 10U) + (text[++i] & 0x3FFU);
+        appendUtf8(bytes, isCodePoint(character) ? character : replacementCharacter);
+    }
+    return bytes;
+}
+
 std::filesystem::path toPath(std::string_view utf8)
 {
     return std::u8string(utf8.begin(), utf8.end());

@@ -12,6 +12,11 @@ std::u32string toUtf32(std::string_view text);
 /// The UTF-8 text of code points; what is no code point becomes U+FFFD.
 std::string toUtf8(std::u32string_view text);
 
+/// The same in UTF-16, the units that spreadsheets and their files count. A surrogate without its partner becomes
+/// U+FFFD.
+std::u16string toUtf16(std::string_view text);
+std::string toUtf8(std::u16string_view text);
+
 /// The path that a UTF-8 text names. (std::filesystem reads a narrow text in another encoding on Windows.)
 std::filesystem::path toPath(std::string_view utf8);
 

@@ -1,9 +1,9 @@
+#include "app/base/Utf8.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/RkNumber.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <gtest/gtest.h>
 

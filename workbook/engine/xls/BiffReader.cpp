@@ -1,5 +1,6 @@
 #include "workbook/engine/xls/BiffReader.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/DamagedFile.h"

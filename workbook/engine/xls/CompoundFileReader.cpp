@@ -1,8 +1,8 @@
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/CompoundSectors.h"
 #include "workbook/engine/xls/DamagedFile.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 #include <utility>

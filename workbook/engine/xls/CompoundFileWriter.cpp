@@ -1,3 +1,4 @@
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/CompoundSectors.h"

@@ -1,9 +1,9 @@
 #include "workbook/engine/xls/GlobalsWriter.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
-#include "workbook/engine/xls/Unicode.h"
 #include "workbook/engine/xls/WriteSteps.h"
 
 #include <algorithm>
@@ -211,7 +211,7 @@ private:
     void writeBoundSheets()
     {
         for (const auto& sheet : m_book.sheets) {
-            if (utf16Length(sheet->name) > longestSheetName)
+            if (toUtf16(sheet->name).size() > longestSheetName)
                 throw EngineError("The name of the sheet \"" + sheet->name + "\" is longer than 31 characters.");
             ByteWriter& data = m_target.begin(record::boundSheet);
             m_sheetOffsets.push_back(data.size());

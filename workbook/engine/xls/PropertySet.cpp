@@ -1,9 +1,9 @@
 #include "workbook/engine/xls/PropertySet.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "workbook/engine/xls/RecordStrings.h"
 
-#include "workbook/engine/xls/Unicode.h"
+#include "app/base/Utf8.h"
 
 #include <algorithm>
 #include <stdexcept>

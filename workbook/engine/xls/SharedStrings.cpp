@@ -1,10 +1,10 @@
 #include "workbook/engine/xls/SharedStrings.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -200,7 +200,7 @@ std::uint32_t SharedStringTable::indexFor(std::string_view text, const TextRuns&
                    return std::pair(place->second, added);
                }();
     if (isNew) {
-        if (text.size() > longestCellText && utf16Length(text) > longestCellText)
+        if (text.size() > longestCellText && toUtf16(text).size() > longestCellText)
             throwTooLong();
         m_entries.push_back({text, runs});
     }

@@ -1,8 +1,8 @@
 #include "workbook/engine/xls/StyleRecords.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 
