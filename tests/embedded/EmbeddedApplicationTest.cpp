@@ -116,7 +116,7 @@ TEST_F(EmbeddedApplicationTest, RefusesWhatItCannotDoWithAMessage)
         {[&] { sheet->Range("nowhere"); }, "\"nowhere\" is no range"},
         {[&] { sheet->PutCells(65537, 1, "x"); }, "does not exist"},
         {[&] { sheet->PutCells(1, 0, "x"); }, "does not exist"},
-        {[&] { sheet->PutCells(2, 3, "=1+"); }, "Cell C2 of the sheet \"Individual paystubs\" keeps its content"},
+        {[&] { sheet->PutCells(2, 3, "=1+"); }, "Cell C2 of the sheet \"Individual paystubs\" is left empty"},
         {[&] { range->Select(); }, "another sheet is active"},
         {[&] { session->Selection()->PasteSpecial(PasteType::All, PasteOperation::None, false, false); }, "copied"},
         {[&] { book->SaveAs(templatePath.string(), FileFormat::Excel8); }, "already a file"},

@@ -99,6 +99,7 @@ class Sheet {
 public:
     std::string name; ///< 1 to 31 characters
     bool hidden = false;
+    bool isFiltered = false;        ///< a filter hides rows
     std::vector<ColumnRun> columns; ///< ascending, never overlapping
     std::vector<CellRect> merged;
     SheetSelection selection;

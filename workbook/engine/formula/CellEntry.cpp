@@ -52,16 +52,19 @@ void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_v
                               (sheet < book.sheets.size() ? book.sheets[sheet]->name : std::string()) + "\"";
     if (sheet >= book.sheets.size() || !isInsideSheet(address))
         throw EngineError(place + " does not exist.");
-    if (utf16Length(text) > mostCharacters)
-        throw EngineError(place + " cannot hold more than 32767 characters.");
+    if (utf16Length(text) > mostCharacters) {
+        enterValue(book, sheet, address, {});
+        throw EngineError(place + " is left empty, because it cannot hold more than 32767 characters.");
+    }
     try {
         if (text.starts_with('='))
             enterFormula(book, sheet, address, text, formats);
         else
             enterValue(book, sheet, address, readTypedText(text, formats, today, book.dates1904));
     } catch (const FormulaError& error) {
-        throw EngineError(place + " keeps its content, because \"" + std::string(text.substr(0, 100)) +
-                          "\" is no formula: " + error.what());
+        enterValue(book, sheet, address, {});
+        throw EngineError(place + " is left empty, because \"" + std::string(text.substr(0, 100)) +
+                          "\" is not a formula: " + error.what());
     }
 }
 

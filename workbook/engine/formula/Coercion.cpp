@@ -78,12 +78,17 @@ int compareNumbers(Number a, Number b)
 
 } // namespace
 
+CellValue valueInText(std::string_view text, const CoercionRules& rules)
+{
+    return readTypedText(text, rules.formats, todayOf(rules), rules.dates1904).value;
+}
+
 std::optional<double> numberInText(std::string_view text, const CoercionRules& rules)
 {
     if (text.empty() || text.starts_with('='))
         return std::nullopt;
-    const TypedValue typed = readTypedText(text, rules.formats, todayOf(rules), rules.dates1904);
-    const auto* const number = std::get_if<double>(&typed.value);
+    const CellValue typed = valueInText(text, rules);
+    const auto* const number = std::get_if<double>(&typed);
     return number == nullptr ? std::nullopt : std::optional(*number);
 }
 

@@ -17,6 +17,9 @@ struct CoercionRules {
     bool dates1904 = false;
 };
 
+/// What a text that is not a formula becomes when it is typed: 12.5, TRUE, #N/A; else the text.
+CellValue valueInText(std::string_view text, const CoercionRules& rules);
+
 /// The number that a text reads as when it is typed, "12.50", "$5", "7%", "3/31/2026"; nothing when it is none.
 std::optional<double> numberInText(std::string_view text, const CoercionRules& rules);
 

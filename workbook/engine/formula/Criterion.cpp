@@ -16,9 +16,9 @@ bool hasWildcard(std::string_view text)
     return text.find_first_of("*?~") != std::string_view::npos;
 }
 
-std::u32string folded(std::string_view text)
+std::u16string folded(std::string_view text)
 {
-    return toUtf32(lowerText(text));
+    return toUtf16(lowerText(text));
 }
 
 /// The comparison that a condition begins with, taken off its front.
@@ -40,29 +40,17 @@ Operator takeComparison(std::string_view& condition)
     return Operator::Equal;
 }
 
-CellValue readOperand(std::string_view text, const CoercionRules& rules)
-{
-    if (text.empty())
-        return Empty{};
-    if (const auto number = numberInText(text, rules))
-        return *number;
-    for (const bool logical : {true, false})
-        if (compareIgnoringCase(text, logical ? "TRUE" : "FALSE") == 0)
-            return logical;
-    return std::string(text);
-}
-
 } // namespace
 
 Wildcard::Wildcard(std::string_view pattern)
 {
-    const std::u32string letters = folded(pattern);
+    const std::u16string letters = folded(pattern);
     for (std::size_t i = 0; i < letters.size(); ++i) {
-        if (letters[i] == U'~' && i + 1 < letters.size())
+        if (letters[i] == u'~' && i + 1 < letters.size())
             m_elements.push_back({Element::Kind::Letter, letters[++i]});
-        else if (letters[i] == U'*')
+        else if (letters[i] == u'*')
             m_elements.push_back({Element::Kind::AnyNumber, 0});
-        else if (letters[i] == U'?')
+        else if (letters[i] == u'?')
             m_elements.push_back({Element::Kind::AnyOne, 0});
         else
             m_elements.push_back({Element::Kind::Letter, letters[i]});
@@ -70,7 +58,7 @@ Wildcard::Wildcard(std::string_view pattern)
 }
 
 /// Goes back to the last "*" only, which is enough: time is at most text times pattern.
-bool Wildcard::matchesAt(std::u32string_view text, bool toTheEnd) const
+bool Wildcard::matchesAt(std::u16string_view text, bool toTheEnd) const
 {
     std::size_t at = 0;
     std::size_t element = 0;
@@ -102,9 +90,9 @@ bool Wildcard::matches(std::string_view text) const
 
 std::optional<std::size_t> Wildcard::find(std::string_view text, std::size_t from) const
 {
-    const std::u32string letters = folded(text);
+    const std::u16string letters = folded(text);
     for (std::size_t start = from; start <= letters.size(); ++start)
-        if (matchesAt(std::u32string_view(letters).substr(start), false))
+        if (matchesAt(std::u16string_view(letters).substr(start), false))
             return start;
     return std::nullopt;
 }
@@ -134,7 +122,8 @@ Criterion::Criterion(const CellValue& condition, const CoercionRules& rules) : m
         return;
     std::string_view rest = *text;
     m_comparison = takeComparison(rest);
-    m_operand = readOperand(rest, rules);
+    m_emptyTextIsBlank = rest.size() == text->size();
+    m_operand = rest.starts_with('\'') ? CellValue(std::string(rest)) : valueInText(rest, rules);
     if (std::holds_alternative<std::string>(m_operand) && hasWildcard(rest))
         m_pattern.emplace(rest);
 }
@@ -142,14 +131,15 @@ Criterion::Criterion(const CellValue& condition, const CoercionRules& rules) : m
 bool Criterion::equals(const CellValue& value) const
 {
     if (isEmpty(m_operand))
-        return isEmpty(value) || value == CellValue(std::string());
+        return isEmpty(value) || (m_emptyTextIsBlank && value == CellValue(std::string()));
     const auto* const text = std::get_if<std::string>(&value);
     if (m_pattern)
         return text != nullptr && m_pattern->matches(*text);
     if (const auto* const number = std::get_if<double>(&m_operand); number != nullptr && text != nullptr)
         return numberInText(*text, m_rules) == *number;
-    return value.index() == m_operand.index() && !std::holds_alternative<ErrorCode>(value) &&
-           compareValues(value, m_operand) == 0;
+    if (std::holds_alternative<ErrorCode>(m_operand))
+        return value == m_operand;
+    return value.index() == m_operand.index() && compareValues(value, m_operand) == 0;
 }
 
 bool Criterion::matches(const CellValue& value) const

@@ -9,24 +9,24 @@
 
 namespace wagemill::engine {
 
-/// A pattern of text: "*" stands for any characters, "?" for one, "~" takes the next character as it is. Letters match
-/// without regard to case.
+/// A pattern of text: "*" stands for any characters, "?" for one UTF-16 unit, "~" takes the next character as it is.
+/// Letters match without regard to case.
 class Wildcard {
 public:
     explicit Wildcard(std::string_view pattern);
 
     /// Whether the whole text matches.
     bool matches(std::string_view text) const;
-    /// The first character at `from` or behind where something that matches begins, counting from 0.
+    /// The first UTF-16 unit at `from` or after where something that matches begins, counting from 0.
     std::optional<std::size_t> find(std::string_view text, std::size_t from) const;
 
 private:
     struct Element {
         enum class Kind : std::uint8_t { Letter, AnyOne, AnyNumber };
         Kind kind = Kind::Letter;
-        char32_t letter = 0;
+        char16_t letter = 0;
     };
-    bool matchesAt(std::u32string_view text, bool toTheEnd) const;
+    bool matchesAt(std::u16string_view text, bool toTheEnd) const;
 
     std::vector<Element> m_elements;
 };
@@ -43,7 +43,7 @@ private:
     std::optional<Wildcard> m_pattern;
 };
 
-/// The condition that COUNTIF and SUMIF are given: a value, or a text such as ">=10", "<>", "Sm*".
+/// The condition that COUNTIF and SUMIF are given: a value, be it an error, or a text such as ">=10", "<>", "Sm*".
 class Criterion {
 public:
     Criterion(const CellValue& condition, const CoercionRules& rules);
@@ -53,7 +53,8 @@ private:
     bool equals(const CellValue& value) const;
 
     Operator m_comparison = Operator::Equal;
-    CellValue m_operand; ///< Empty: the condition is about empty cells
+    CellValue m_operand;             ///< Empty: the condition is about empty cells
+    bool m_emptyTextIsBlank = false; ///< as the condition "" has it; "=" and "<>" are about empty cells alone
     std::optional<Wildcard> m_pattern;
     const CoercionRules& m_rules;
 };

@@ -1,8 +1,10 @@
 #include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/TextCase.h"
 #include "workbook/engine/text/SerialDay.h"
 
 #include <array>
 #include <cmath>
+#include <set>
 
 namespace wagemill::engine {
 
@@ -80,16 +82,32 @@ Operand clockPart(const FunctionCall& call)
     return numberAnswer(part);
 }
 
+/// 0 is Sunday.
+int weekdayOf(const FunctionCall& call, int day)
+{
+    return (day + (call.dates1904() ? daysBetweenSystems : 0) + 6) % 7;
+}
+
 /// type  1: Sunday is 1, 2: Monday is 1, 3: Monday is 0
 Operand weekday(const FunctionCall& call)
 {
     const int type = call.integer(1, 1);
-    const int day = momentOf(call, 0).day + (call.dates1904() ? daysBetweenSystems : 0);
-    const int fromSunday = (day + 6) % 7;
+    const int fromSunday = weekdayOf(call, momentOf(call, 0).day);
     if (type < 1 || type > 3)
         return errorOperand(ErrorCode::Number);
     const int fromMonday = (fromSunday + 6) % 7;
     return numberAnswer(type == 1 ? fromSunday + 1 : type == 2 ? fromMonday + 1 : fromMonday);
+}
+
+/// Weeks begin on Sunday, or with a second argument of 2 on Monday; 1 January lies in the first one.
+Operand weekNumber(const FunctionCall& call)
+{
+    const int type = call.integer(1, 1);
+    const int day = momentOf(call, 0).day;
+    if (type < 1 || type > 2)
+        return errorOperand(ErrorCode::Number);
+    const int firstDay = serialDayOf(dateOf(call, 0).year, 1, 1, call.dates1904());
+    return numberAnswer((day - firstDay + (weekdayOf(call, firstDay) + 8 - type) % 7) / 7 + 1);
 }
 
 double now(const FunctionCall& call)
@@ -146,6 +164,82 @@ Operand days360(const FunctionCall& call)
     return numberAnswer((end.year - start.year) * 360 + (end.month - start.month) * 30 + end.day - start.day);
 }
 
+/// Whole years, months or days between two dates; "md", "ym" and "yd" leave out the months and years before.
+Operand dateDifference(const FunctionCall& call)
+{
+    const std::string unit = lowerText(call.text(2));
+    const int first = momentOf(call, 0).day;
+    const int last = momentOf(call, 1).day;
+    if (first > last)
+        return errorOperand(ErrorCode::Number);
+    const CalendarDate start = dateOf(call, 0);
+    const CalendarDate end = dateOf(call, 1);
+    const int months = (end.year - start.year) * 12 + end.month - start.month - (end.day < start.day ? 1 : 0);
+    const auto daysFrom = [&](int year, int month) {
+        return last - serialDayOf(year, month, start.day, call.dates1904());
+    };
+    if (unit == "d")
+        return numberAnswer(last - first);
+    if (unit == "m")
+        return numberAnswer(months);
+    if (unit == "y")
+        return numberAnswer(months / 12);
+    if (unit == "ym")
+        return numberAnswer(months % 12);
+    if (unit == "md")
+        return numberAnswer(daysFrom(end.year, end.month - (end.day < start.day ? 1 : 0)));
+    if (unit == "yd")
+        return numberAnswer(daysFrom(start.year + months / 12, start.month));
+    return errorOperand(ErrorCode::Number);
+}
+
+/// Monday to Friday, but for the holidays that an argument may list.
+class WorkingDays {
+public:
+    /// days  how many will be asked for: throws CannotEvaluate when that takes too long
+    WorkingDays(const FunctionCall& call, int days) : m_call(call)
+    {
+        constexpr std::size_t daysForAValue = 16;
+        call.evaluator().reserveValues(static_cast<std::size_t>(days) / daysForAValue);
+        if (call.has(2))
+            forEachNumber(call, 2, [&](double day) { m_holidays.insert(std::floor(day)); });
+    }
+    bool has(int day) const
+    {
+        const int weekday = weekdayOf(m_call, day);
+        return weekday != 0 && weekday != 6 && !m_holidays.contains(day);
+    }
+
+private:
+    const FunctionCall& m_call;
+    std::set<double> m_holidays;
+};
+
+Operand workingDaysBetween(const FunctionCall& call)
+{
+    const int first = momentOf(call, 0).day;
+    const int last = momentOf(call, 1).day;
+    const WorkingDays days(call, std::abs(last - first));
+    int count = 0;
+    for (int day = std::min(first, last); day <= std::max(first, last); ++day)
+        count += days.has(day) ? 1 : 0;
+    return numberAnswer(first <= last ? count : -count);
+}
+
+Operand workingDayLater(const FunctionCall& call)
+{
+    const int distance = calendarArgument(call, 1);
+    const WorkingDays days(call, std::abs(distance));
+    const int step = distance < 0 ? -1 : 1;
+    int day = momentOf(call, 0).day;
+    for (int left = std::abs(distance); left > 0; left -= days.has(day) ? 1 : 0) {
+        day += step;
+        if (day < 0 || day > lastSerialDay(call.dates1904()))
+            return errorOperand(ErrorCode::Number);
+    }
+    return numberAnswer(day);
+}
+
 constexpr auto table = std::to_array<FunctionBinding>({
     {"DATE", date},
     {"TIME", time},
@@ -156,6 +250,10 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"MINUTE", clockPart<60, 60>},
     {"SECOND", clockPart<1, 60>},
     {"WEEKDAY", weekday},
+    {"WEEKNUM", weekNumber, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
+    {"DATEDIF", dateDifference},
+    {"NETWORKDAYS", workingDaysBetween, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "VVR"},
+    {"WORKDAY", workingDayLater, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "VVR"},
     {"DATEVALUE", [](const FunctionCall& call) { return numberAnswer(std::floor(numberInArgument(call))); }},
     {"TIMEVALUE",
      [](const FunctionCall& call) {

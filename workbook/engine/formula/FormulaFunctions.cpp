@@ -33,7 +33,7 @@ struct Bindings {
     Bindings()
     {
         for (const auto table : {logicalFunctions(), mathFunctions(), statisticalFunctions(), textFunctions(),
-                                 dateFunctions(), lookupFunctions()})
+                                 dateFunctions(), lookupFunctions(), financialFunctions()})
             byName.insert(byName.end(), table.begin(), table.end());
         std::ranges::sort(byName, {}, &FunctionBinding::name);
         for (FunctionBinding& binding : byName)

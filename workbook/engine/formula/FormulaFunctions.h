@@ -74,5 +74,6 @@ std::span<const FunctionBinding> statisticalFunctions();
 std::span<const FunctionBinding> textFunctions();
 std::span<const FunctionBinding> dateFunctions();
 std::span<const FunctionBinding> lookupFunctions();
+std::span<const FunctionBinding> financialFunctions();
 
 } // namespace wagemill::engine

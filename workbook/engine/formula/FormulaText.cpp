@@ -21,14 +21,6 @@ std::string_view sign(Operator op)
     return signs[static_cast<std::size_t>(op) - static_cast<std::size_t>(Operator::Add)];
 }
 
-std::string doubled(std::string_view text, char quote)
-{
-    std::string result(1, quote);
-    for (const char byte : text)
-        result.append(byte == quote ? 2 : 1, byte);
-    return result + quote;
-}
-
 std::string numberAsText(double number)
 {
     std::array<char, 32> buffer{};
@@ -43,7 +35,7 @@ std::string constantText(const CellValue& value)
     if (const auto* const number = std::get_if<double>(&value))
         return numberAsText(*number);
     if (const auto* const text = std::get_if<std::string>(&value))
-        return doubled(*text, '"');
+        return quoted(*text, '"');
     if (const auto* const logical = std::get_if<bool>(&value))
         return *logical ? "TRUE" : "FALSE";
     if (const auto* const error = std::get_if<ErrorCode>(&value))
@@ -69,7 +61,7 @@ public:
     std::string written() const { return m_operands.size() == 1 ? m_operands.back() : std::string(unreadable); }
 
     void operator()(const NumberToken& token) { put(numberAsText(token.number)); }
-    void operator()(const TextToken& token) { put(doubled(token.text, '"')); }
+    void operator()(const TextToken& token) { put(quoted(token.text, '"')); }
     void operator()(const LogicalToken& token) { put(token.value ? "TRUE" : "FALSE"); }
     void operator()(const ErrorToken& token) { put(errorText(token.error)); }
     void operator()(const MissingArgumentToken& /*token*/) { put(""); }
@@ -88,7 +80,7 @@ public:
 private:
     void put(std::string text) { m_operands.push_back(std::move(text)); }
     std::string taken();
-    std::string sheetPrefix(std::uint16_t externSheet) const;
+    std::string sheetsOf(std::uint16_t externSheet) const;
     std::string nameText(const NameToken& token) const;
 
     const Book& m_book;
@@ -104,7 +96,7 @@ std::string Writer::taken()
     return text;
 }
 
-std::string Writer::sheetPrefix(std::uint16_t externSheet) const
+std::string Writer::sheetsOf(std::uint16_t externSheet) const
 {
     const auto nameOf = [this](std::int16_t index) {
         const bool exists = index >= 0 && static_cast<std::size_t>(index) < m_book.sheets.size();
@@ -116,9 +108,7 @@ std::string Writer::sheetPrefix(std::uint16_t externSheet) const
     std::string name = nameOf(entry.first);
     if (entry.last != entry.first)
         name += ":" + nameOf(entry.last);
-    const bool isPlain =
-        std::ranges::all_of(name, isNameByte) && !readReference(name) && !(name.front() >= '0' && name.front() <= '9');
-    return (isPlain ? name : doubled(name, '\'')) + "!";
+    return sheetPrefix(name);
 }
 
 std::string Writer::nameText(const NameToken& token) const
@@ -137,7 +127,7 @@ std::string Writer::nameText(const NameToken& token) const
 
 void Writer::operator()(const ReferenceToken& token)
 {
-    std::string text = token.externSheet ? sheetPrefix(*token.externSheet) : "";
+    std::string text = token.externSheet ? sheetsOf(*token.externSheet) : "";
     if (token.bad) {
         text += errorText(ErrorCode::Reference);
     } else if (!token.last) {

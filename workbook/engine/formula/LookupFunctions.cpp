@@ -40,9 +40,9 @@ std::optional<int> exactPosition(const Line& line, const CellValue& key)
     return std::nullopt;
 }
 
-/// The last place whose value is not past the key, in values that ascend (`sign` 1) or descend (-1). Values of another
-/// kind than the key's are passed over.
-std::optional<int> sortedPosition(const Line& line, const CellValue& key, int sign)
+/// The last place whose value is not past the key, in values that ascend. Values of another kind than the key's are
+/// passed over.
+std::optional<int> ascendingPosition(const Line& line, const CellValue& key)
 {
     const CellValue wanted = isEmpty(key) ? CellValue(0.0) : key;
     int low = 0;
@@ -55,12 +55,29 @@ std::optional<int> sortedPosition(const Line& line, const CellValue& key, int si
             --tested;
         if (tested < low) {
             low = middle + 1;
-        } else if (sign * compareValues(line[tested], wanted) <= 0) {
+        } else if (compareValues(line[tested], wanted) <= 0) {
             best = tested;
             low = middle + 1;
         } else {
             high = tested;
         }
+    }
+    return best;
+}
+
+/// The first place that holds the key, else the last one before the values, which descend, are past it.
+std::optional<int> descendingPosition(const Line& line, const CellValue& key)
+{
+    const CellValue wanted = isEmpty(key) ? CellValue(0.0) : key;
+    std::optional<int> best;
+    for (int i = 0; i < line.size(); ++i) {
+        if (line[i].index() != wanted.index())
+            continue;
+        const int order = compareValues(line[i], wanted);
+        if (order >= 0)
+            best = i;
+        if (order <= 0)
+            break;
     }
     return best;
 }
@@ -89,7 +106,7 @@ Operand tableLookup(const FunctionCall& call)
     const CellValue key = call.value(0);
     const Line line(grid, direction);
     const bool approximate = call.count() < 4 || (call.has(3) && call.logical(3));
-    const auto found = approximate ? sortedPosition(line, key, 1) : exactPosition(line, key);
+    const auto found = approximate ? ascendingPosition(line, key) : exactPosition(line, key);
     if (!found)
         return errorOperand(ErrorCode::NotAvailable);
     return down ? grid.at(*found, answer - 1) : grid.at(answer - 1, *found);
@@ -100,7 +117,7 @@ Operand lookup(const FunctionCall& call)
 {
     const ValueGrid grid(call.book(), call.operand(1));
     const auto direction = grid.columns() > grid.rows() ? Line::Direction::Across : Line::Direction::Down;
-    const auto found = sortedPosition(Line(grid, direction), call.value(0), 1);
+    const auto found = ascendingPosition(Line(grid, direction), call.value(0));
     if (!found)
         return errorOperand(ErrorCode::NotAvailable);
     const ValueGrid answers(call.book(), call.has(2) ? call.operand(2) : call.operand(1));
@@ -120,7 +137,9 @@ Operand match(const FunctionCall& call)
     const double type = call.number(2, call.count() > 2 ? 0 : 1);
     const Line line(grid, grid.rows() == 1 ? Line::Direction::Across : Line::Direction::Down);
     const CellValue key = call.value(0);
-    const auto found = type == 0 ? exactPosition(line, key) : sortedPosition(line, key, type > 0 ? 1 : -1);
+    const auto found = type == 0  ? exactPosition(line, key)
+                       : type > 0 ? ascendingPosition(line, key)
+                                  : descendingPosition(line, key);
     return found ? numberAnswer(*found + 1) : errorOperand(ErrorCode::NotAvailable);
 }
 
@@ -232,7 +251,7 @@ Operand address(const FunctionCall& call)
     const auto inBrackets = [](int number, bool absolute) {
         return absolute ? std::to_string(number) : "[" + std::to_string(number) + "]";
     };
-    std::string text = call.has(4) ? call.text(4) + "!" : "";
+    std::string text = call.has(4) ? sheetPrefix(call.text(4)) : "";
     if (call.logical(3, true))
         text += (columnAbsolute ? "$" : "") + columnName(column - 1) + (rowAbsolute ? "$" : "") + std::to_string(row);
     else
@@ -248,6 +267,17 @@ Operand position(const FunctionCall& call)
         return numberAnswer(call.evaluator().cell().*own + 1);
     const auto areas = areasOf(call.operand(0));
     return areas.empty() ? errorOperand(ErrorCode::Value) : numberAnswer(areas.front().cells.*first + 1);
+}
+
+Operand transposed(const FunctionCall& call)
+{
+    const ValueGrid grid(call.book(), call.operand(0));
+    auto array = std::make_shared<ValueArray>(ValueArray{grid.columns(), grid.rows(), {}});
+    call.evaluator().reserveValues(static_cast<std::size_t>(grid.rows()) * static_cast<std::size_t>(grid.columns()));
+    for (int column = 0; column < grid.columns(); ++column)
+        for (int row = 0; row < grid.rows(); ++row)
+            array->values.push_back(grid.at(row, column));
+    return std::shared_ptr<const ValueArray>(std::move(array));
 }
 
 Operand rowCount(const FunctionCall& call)
@@ -272,6 +302,7 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"ADDRESS", address},
     {"ROW", position<&CellRect::firstRow, &CellAddress::row>},
     {"COLUMN", position<&CellRect::firstColumn, &CellAddress::column>},
+    {"TRANSPOSE", transposed},
     {"ROWS", rowCount},
     {"COLUMNS", columnCount},
     {"AREAS",

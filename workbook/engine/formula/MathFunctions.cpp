@@ -214,6 +214,20 @@ Operand countIf(const FunctionCall& call)
     return numberAnswer(count);
 }
 
+template <int rest>
+Operand hasRest(const FunctionCall& call)
+{
+    return CellValue(std::fmod(std::trunc(std::fabs(call.number(0))), 2) == rest);
+}
+
+/// The angle of the point (x, y).
+Operand angle(const FunctionCall& call)
+{
+    const double x = call.number(0);
+    const double y = call.number(1);
+    return x == 0 && y == 0 ? errorOperand(ErrorCode::DivisionByZero) : numberAnswer(std::atan2(y, x));
+}
+
 Operand powerFunction(const FunctionCall& call)
 {
     return power(call.number(0), call.number(1));
@@ -230,13 +244,15 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"PRODUCT", product},
     {"SUMSQ", sumOfSquares},
     {"SUMPRODUCT", sumOfProducts},
-    {"SUMIF", sumIf},
-    {"COUNTIF", countIf},
+    {"SUMIF", sumIf, OnError::Pass},
+    {"COUNTIF", countIf, OnError::Pass},
     {"ROUND", round<Rounding::HalfAwayFromZero>},
     {"ROUNDUP", round<Rounding::AwayFromZero>},
     {"ROUNDDOWN", round<Rounding::TowardZero>},
     {"TRUNC", round<Rounding::TowardZero>},
     {"INT", ofNumber<floorOf>},
+    {"ISEVEN", hasRest<0>, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
+    {"ISODD", hasRest<1>, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
     {"EVEN", ofNumber<even>},
     {"ODD", ofNumber<odd>},
     {"CEILING", multiple<ceilingOf>},
@@ -255,6 +271,10 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"SIN", ofNumber<[](double number) { return std::sin(number); }>},
     {"COS", ofNumber<[](double number) { return std::cos(number); }>},
     {"TAN", ofNumber<[](double number) { return std::tan(number); }>},
+    {"ASIN", ofNumber<[](double number) { return std::asin(number); }>},
+    {"ACOS", ofNumber<[](double number) { return std::acos(number); }>},
+    {"ATAN", ofNumber<[](double number) { return std::atan(number); }>},
+    {"ATAN2", angle},
     {"RADIANS", ofNumber<[](double number) { return number * std::numbers::pi / 180; }>},
     {"DEGREES", ofNumber<[](double number) { return number * 180 / std::numbers::pi; }>},
 });

@@ -1,8 +1,10 @@
 #include "workbook/engine/formula/ReferenceText.h"
 
+#include "app/base/Utf8.h"
 #include "workbook/engine/CellAddress.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace wagemill::engine {
@@ -17,6 +19,21 @@ bool isLetter(char byte)
 bool isDigit(char byte)
 {
     return byte >= '0' && byte <= '9';
+}
+
+constexpr std::size_t maxNameUnits = 255;
+
+/// Where the letters of the world lie, by and large: between them are signs (Unicode, "Code Charts").
+constexpr auto letterRanges = std::to_array<std::pair<char32_t, char32_t>>(
+    {{0xC0, 0xD6}, {0xD8, 0xF6}, {0xF8, 0x24F}, {0x370, 0x1FFF}, {0x3041, 0x3096}, {0x30A1, 0xD7A3}});
+
+/// "R1C1", "R", "C3": a cell, row or column in the other notation.
+bool isRowColumn(std::string_view text)
+{
+    for (const char letter : {'R', 'C'})
+        if (!text.empty() && (text.front() & 0x5F) == letter)
+            text = text.substr(std::min(text.find_first_not_of("0123456789", 1), text.size()));
+    return text.empty();
 }
 
 struct Corner {
@@ -116,6 +133,32 @@ bool isNameByte(char byte)
 {
     return isLetter(byte) || isDigit(byte) || byte == '_' || byte == '.' || byte == '\\' || byte == '?' ||
            static_cast<unsigned char>(byte) >= 0x80;
+}
+
+bool canBeName(std::string_view text)
+{
+    if (text.empty() || utf16Length(text) > maxNameUnits || readReference(text) || isRowColumn(text))
+        return false;
+    const char32_t first = toUtf32(text.substr(0, 4)).front();
+    const auto isIn = [first](const auto& range) { return first >= range.first && first <= range.second; };
+    return isLetter(text.front()) || first == '_' || first == '\\' || std::ranges::any_of(letterRanges, isIn);
+}
+
+std::string quoted(std::string_view text, char quote)
+{
+    std::string result(1, quote);
+    for (const char byte : text)
+        result.append(byte == quote ? 2 : 1, byte);
+    return result + quote;
+}
+
+std::string sheetPrefix(std::string_view sheets)
+{
+    const auto isPlain = [](char byte) { return isNameByte(byte) || byte == ':'; };
+    const bool startsWithDigit = !sheets.empty() && isDigit(sheets.front());
+    if (std::ranges::all_of(sheets, isPlain) && !startsWithDigit && !readReference(sheets))
+        return std::string(sheets) + "!";
+    return quoted(sheets, '\'') + "!";
 }
 
 std::optional<WrittenSheets> readSheets(std::string_view text)

@@ -27,6 +27,15 @@ struct WrittenReference {
 /// Letters, digits and signs that a name or a reference may hold.
 bool isNameByte(char byte);
 
+/// Whether a workbook may have a name or a function of that name: a letter first, and not a cell in any notation.
+/// text  of name bytes
+bool canBeName(std::string_view text);
+
+/// The text between quotation marks, each one inside it doubled.
+std::string quoted(std::string_view text, char quote);
+/// What stands before a reference to the sheet, or to several, "Q1:Q4!"; in quotation marks where the name needs them.
+std::string sheetPrefix(std::string_view sheets);
+
 /// Both read from the beginning of `text`; nothing when it does not begin with one inside the sheet's bounds.
 std::optional<WrittenSheets> readSheets(std::string_view text);
 std::optional<WrittenReference> readReference(std::string_view text);

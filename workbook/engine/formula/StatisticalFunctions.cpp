@@ -9,6 +9,7 @@ namespace wagemill::engine {
 namespace {
 
 using Numbers = std::vector<double>;
+constexpr std::string_view filterName = "_FilterDatabase"; ///< names the rows that the filter of a sheet looks at
 using Summary = CellValue (*)(const Numbers&);
 
 CellValue sumOf(const Numbers& numbers)
@@ -157,9 +158,8 @@ Operand countBlank(const FunctionCall& call)
     return numberAnswer(places - filled);
 }
 
-/// The k-th number from the top or the bottom, k counting from 1.
-template <bool fromTop>
-Operand ranked(const FunctionCall& call)
+/// The numbers of the first argument, ascending.
+Numbers sortedNumbers(const FunctionCall& call)
 {
     Numbers numbers;
     forEachPlace(call.book(), call.operand(0), [&](const CellValue& value) {
@@ -170,12 +170,51 @@ Operand ranked(const FunctionCall& call)
     });
     if (!isPlaces(call.operand(0)))
         numbers.push_back(call.number(0));
+    std::ranges::sort(numbers);
+    return numbers;
+}
+
+/// The k-th number from the top or the bottom, k counting from 1.
+template <bool fromTop>
+Operand ranked(const FunctionCall& call)
+{
+    const Numbers numbers = sortedNumbers(call);
     const double place = std::ceil(call.number(1));
     if (place < 1 || place > static_cast<double>(numbers.size()))
         return errorOperand(ErrorCode::Number);
-    std::ranges::sort(numbers);
     const auto index = static_cast<std::size_t>(place);
     return numberAnswer(fromTop ? numbers[numbers.size() - index] : numbers[index - 1]);
+}
+
+/// The number below which that part of all lies, between two of them where it must.
+Operand percentile(const FunctionCall& call)
+{
+    const Numbers numbers = sortedNumbers(call);
+    const double part = call.number(1);
+    if (numbers.empty() || part < 0 || part > 1)
+        return errorOperand(ErrorCode::Number);
+    const double place = part * static_cast<double>(numbers.size() - 1);
+    const auto below = static_cast<std::size_t>(place);
+    const double above = numbers[std::min(below + 1, numbers.size() - 1)];
+    return numberAnswer(numbers[below] + (place - static_cast<double>(below)) * (above - numbers[below]));
+}
+
+/// Texts in cells and arrays are 0, logicals 1 or 0.
+Operand meanOfAll(const FunctionCall& call)
+{
+    Numbers numbers;
+    for (std::size_t i = 0; i < call.count(); ++i) {
+        if (!isPlaces(call.operand(i)))
+            numbers.push_back(call.number(i));
+        forEachPlace(call.book(), call.operand(i), [&](const CellValue& value) {
+            if (const auto* const error = std::get_if<ErrorCode>(&value))
+                throw FormulaFailure{*error};
+            const auto* const number = std::get_if<double>(&value);
+            if (!isEmpty(value))
+                numbers.push_back(number != nullptr ? *number : value == CellValue(true) ? 1 : 0);
+        });
+    }
+    return mean(numbers);
 }
 
 Operand rank(const FunctionCall& call)
@@ -202,7 +241,19 @@ bool isSubtotal(const Cell& cell)
            });
 }
 
-/// The eleven summaries by their number, from 101 on without hidden rows; cells that hold subtotals are left out.
+/// The rows among which a filter of the sheet hides some; none where it hides nothing.
+std::optional<CellRect> filteredRows(const Book& book, std::size_t sheet)
+{
+    if (book.sheets[sheet]->isFiltered)
+        for (const DefinedName& name : book.names)
+            if (name.sheet == sheet && name.name == filterName && name.formula.tokens.size() == 1)
+                if (const auto* const area = std::get_if<ReferenceToken>(&name.formula.tokens.front()))
+                    return CellRect{area->first.row, 0, area->last.value_or(area->first).row, maxColumns - 1};
+    return std::nullopt;
+}
+
+/// The eleven summaries by their number. Rows that a filter hides do not count, from 101 on no hidden ones, and cells
+/// that hold subtotals never.
 Operand subtotal(const FunctionCall& call)
 {
     constexpr int skipHidden = 100;
@@ -217,10 +268,11 @@ Operand subtotal(const FunctionCall& call)
     double filled = 0;
     std::optional<ErrorCode> error;
     for (std::size_t i = 1; i < call.count(); ++i)
-        for (const Area& area : areasOf(call.operand(i)))
+        for (const Area& area : areasOf(call.operand(i))) {
+            const auto filtered = filteredRows(call.book(), area.sheet);
             forEachCell(call.book(), area, [&](CellAddress address, const Cell& cell) {
-                const auto& rows = call.book().sheets[area.sheet]->rows();
-                if (isSubtotal(cell) || (number > skipHidden && rows[static_cast<std::size_t>(address.row)].hidden))
+                const bool skips = number > skipHidden || (filtered && filtered->contains({address.row, 0}));
+                if (isSubtotal(cell) || (skips && call.book().sheets[area.sheet]->findRow(address.row)->hidden))
                     return;
                 filled += isEmpty(cell.value) ? 0 : 1;
                 if (const auto* const found = std::get_if<double>(&cell.value))
@@ -228,6 +280,7 @@ Operand subtotal(const FunctionCall& call)
                 else if (const auto* const bad = std::get_if<ErrorCode>(&cell.value); bad != nullptr && !error)
                     error = *bad;
             });
+        }
     if (index == 1 || index == 2)
         return numberAnswer(index == 1 ? static_cast<double>(numbers.size()) : filled);
     return error ? errorOperand(*error) : Operand(summaries.at(static_cast<std::size_t>(index))(numbers));
@@ -246,6 +299,8 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"COUNT", count},
     {"COUNTA", countFilled},
     {"COUNTBLANK", countBlank},
+    {"AVERAGEA", meanOfAll},
+    {"PERCENTILE", percentile},
     {"LARGE", ranked<true>},
     {"SMALL", ranked<false>},
     {"RANK", rank},

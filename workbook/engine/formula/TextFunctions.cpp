@@ -5,6 +5,7 @@
 #include "workbook/engine/formula/NumberArguments.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/TextCase.h"
+#include "workbook/engine/text/FormatCode.h"
 #include "workbook/engine/text/NumberFormat.h"
 
 #include <array>
@@ -37,21 +38,23 @@ std::size_t countArgument(const FunctionCall& call, std::size_t index, int fallb
     return static_cast<std::size_t>(count);
 }
 
+// Positions and lengths count UTF-16 units, of which an emoji takes two.
+
 Operand left(const FunctionCall& call)
 {
-    return textAnswer(toUtf8(toUtf32(call.text(0)).substr(0, countArgument(call, 1, 1, 0))));
+    return textAnswer(toUtf8(toUtf16(call.text(0)).substr(0, countArgument(call, 1, 1, 0))));
 }
 
 Operand right(const FunctionCall& call)
 {
-    const std::u32string text = toUtf32(call.text(0));
+    const std::u16string text = toUtf16(call.text(0));
     const std::size_t kept = std::min(countArgument(call, 1, 1, 0), text.size());
     return textAnswer(toUtf8(text.substr(text.size() - kept)));
 }
 
 Operand middle(const FunctionCall& call)
 {
-    const std::u32string text = toUtf32(call.text(0));
+    const std::u16string text = toUtf16(call.text(0));
     const std::size_t start = countArgument(call, 1, 1, 1) - 1;
     const std::size_t length = countArgument(call, 2, 0, 0);
     return textAnswer(start < text.size() ? toUtf8(text.substr(start, length)) : "");
@@ -59,7 +62,7 @@ Operand middle(const FunctionCall& call)
 
 Operand length(const FunctionCall& call)
 {
-    return numberAnswer(static_cast<double>(toUtf32(call.text(0)).size()));
+    return numberAnswer(static_cast<double>(toUtf16(call.text(0)).size()));
 }
 
 /// Blanks at the ends go, several in a row become one.
@@ -101,9 +104,9 @@ Operand positionAnswer(std::optional<std::size_t> position)
 
 Operand find(const FunctionCall& call)
 {
-    const std::u32string text = toUtf32(call.text(1));
+    const std::u16string text = toUtf16(call.text(1));
     const std::size_t start = countArgument(call, 2, 1, 1) - 1;
-    const std::size_t found = start > text.size() ? text.npos : text.find(toUtf32(call.text(0)), start);
+    const std::size_t found = start > text.size() ? text.npos : text.find(toUtf16(call.text(0)), start);
     return positionAnswer(found == text.npos ? std::nullopt : std::optional(found));
 }
 
@@ -134,7 +137,7 @@ Operand substitute(const FunctionCall& call)
 
 Operand replace(const FunctionCall& call)
 {
-    const std::u32string text = toUtf32(call.text(0));
+    const std::u16string text = toUtf16(call.text(0));
     const std::size_t start = std::min(countArgument(call, 1, 1, 1) - 1, text.size());
     const std::size_t end = start + std::min(countArgument(call, 2, 0, 0), text.size() - start);
     return textAnswer(toUtf8(text.substr(0, start)) + call.text(3) + toUtf8(text.substr(end)));
@@ -200,7 +203,10 @@ Operand formatted(const FunctionCall& call)
     if (const auto* const text = std::get_if<std::string>(&value))
         if (const auto number = numberInText(*text, call.rules()))
             value = *number;
-    return textAnswer(showValue(value, call.text(1), call.rules().formats, call.dates1904()).text);
+    const std::string code = call.text(1);
+    if (!readFormatCode(code))
+        return errorOperand(ErrorCode::Value);
+    return textAnswer(code.empty() ? "" : showValue(value, code, call.rules().formats, call.dates1904()).text);
 }
 
 Operand valueOf(const FunctionCall& call)

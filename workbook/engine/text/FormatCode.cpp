@@ -75,9 +75,10 @@ std::string lowerCase(std::string_view text)
     return lower;
 }
 
-bool isLetter(char lower)
+/// Letters of calendars and forms that we do not show; others without a meaning stand for themselves.
+bool isReservedLetter(char lower)
 {
-    return lower >= 'a' && lower <= 'z';
+    return std::string_view("begn").find(lower) != std::string_view::npos;
 }
 
 bool isDateKind(Kind kind)
@@ -203,7 +204,7 @@ private:
 
     bool readLiteral(char lower)
     {
-        if (isLetter(lower))
+        if (isReservedLetter(lower))
             return false;
         const std::size_t size = characterSize(m_position);
         add({Kind::Literal, std::string(m_code.substr(m_position, size))}, size);

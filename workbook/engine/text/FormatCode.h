@@ -65,7 +65,7 @@ struct FormatSection {
 };
 
 /// The one to four sections of a code; none when it is empty or "General", nothing when it cannot be read: an open
-/// quote or bracket, a letter without meaning, more than four sections, excessive length.
+/// quote or bracket, one of the letters B, E, G and N alone, more than four sections, excessive length.
 std::optional<std::vector<FormatSection>> readFormatCode(std::string_view code);
 
 } // namespace wagemill::engine

@@ -140,21 +140,22 @@ std::size_t NumberFormatter::numberSections() const
     return m_sections.size() - (separateText ? 1 : 0);
 }
 
-/// The section that shows a number: the first whose condition holds. Without conditions they are for positive, negative
-/// and other numbers, or for negative and other ones.
-std::size_t NumberFormatter::sectionFor(double number) const
+/// The section that shows a number: the first whose condition holds, nothing where none does. Without conditions they
+/// are for positive, negative and other numbers, or for negative and other ones.
+std::optional<std::size_t> NumberFormatter::sectionFor(double number) const
 {
     const std::size_t count = numberSections();
-    for (std::size_t i = 0; i + 1 < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         const auto& condition = m_sections[i].condition;
-        const bool holds = condition   ? condition->holds(number)
-                           : i > 0     ? number < 0
-                           : count > 2 ? number > 0
-                                       : number >= 0;
+        const bool holds = condition        ? condition->holds(number)
+                           : i + 1 == count ? true
+                           : i > 0          ? number < 0
+                           : count > 2      ? number > 0
+                                            : number >= 0;
         if (holds)
             return i;
     }
-    return count - 1;
+    return std::nullopt;
 }
 
 /// Whether a section is for negative numbers alone: it says itself how they look.
@@ -171,10 +172,10 @@ bool NumberFormatter::hidesSign(std::size_t section) const
 
 ShownText NumberFormatter::showNumber(double number, const RegionalFormats& formats, bool dates1904) const
 {
-    if (m_sections.empty())
+    const auto index = sectionFor(number);
+    if (!index)
         return generalNumber(number, formats);
-    const std::size_t index = sectionFor(number);
-    const FormatSection& section = m_sections[index];
+    const FormatSection& section = m_sections[*index];
     ShownText shown;
     shown.color = section.color;
     shown.isNumber = section.kind != FormatSection::Kind::Text;
@@ -193,7 +194,7 @@ ShownText NumberFormatter::showNumber(double number, const RegionalFormats& form
     }
     const RenderedNumber rendered =
         showsGeneral(section) ? renderGeneral(number, section, formats) : renderNumber(number, section, formats);
-    const bool sign = number < 0 && !rendered.isZero && !hidesSign(index);
+    const bool sign = number < 0 && !rendered.isZero && !hidesSign(*index);
     shown.text = (sign ? formats.negativeSign : "") + rendered.text;
     return shown;
 }

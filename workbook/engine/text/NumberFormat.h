@@ -37,7 +37,7 @@ private:
     ShownText showText(const std::string& text) const;
     const FormatSection* textSection() const;
     std::size_t numberSections() const;
-    std::size_t sectionFor(double number) const;
+    std::optional<std::size_t> sectionFor(double number) const;
     bool hidesSign(std::size_t section) const;
 
     std::vector<FormatSection> m_sections; ///< none: General

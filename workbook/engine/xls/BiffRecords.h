@@ -69,6 +69,7 @@ inline constexpr std::uint16_t multipleRk = 0x00BD;
 inline constexpr std::uint16_t multipleBlank = 0x00BE;
 inline constexpr std::uint16_t richString = 0x00D6;
 inline constexpr std::uint16_t cellOffsets = 0x00D7;
+inline constexpr std::uint16_t filterMode = 0x009B;
 inline constexpr std::uint16_t extendedFormat = 0x00E0;
 inline constexpr std::uint16_t mergedCells = 0x00E5;
 inline constexpr std::uint16_t drawing = 0x00EC;

@@ -118,6 +118,7 @@ private:
                 {record::gutters, &SheetReader::skip},
                 {record::uncalculated, &SheetReader::skip},
                 {record::iteration, &SheetReader::readIteration},
+                {record::filterMode, &SheetReader::readFilterMark},
             };
             std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
             return handlersById;
@@ -545,6 +546,12 @@ private:
             m_sheet.selection = selection;
         else if (m_sheet.panes)
             m_sheet.carried.push_back(record.carried());
+    }
+
+    void readFilterMark(const Record& record)
+    {
+        m_sheet.isFiltered = true;
+        m_sheet.carried.push_back(record.carried());
     }
 
     void readIteration(const Record& record)
