@@ -88,6 +88,7 @@ std::vector<BuildCase> buildCases()
                          {"txtEmployeeID", std::string(255, 'W')}})}}},
         {"negative-net-pay", {acme, {employeeWith({{"txtOtherDeduction", "$5,000.00"}, {"txtStateTax", "95"}})}}},
         {"huge", {acme, {employeeWith({{"txtHourlyWage", "$99,999.99"}, {"txtRegHoursWorked", "744"}})}}},
+        {"unknown-names", {acme, {employeeWith({{"txtName", "=Smith"}, {"txtTaxStatus", "=Foo(1)&\"x\""}})}}},
         {"employees-3", {acme, numberedEmployees(3)}},
         {"employees-25", {acme, numberedEmployees(25)}},
         {"employees-26", {acme, numberedEmployees(26)}},

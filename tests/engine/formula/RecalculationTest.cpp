@@ -105,8 +105,8 @@ TEST(Recalculation, BoundsWhatAHostileFormulaAsksFor)
     names[0].formula.tokens = {NumberToken{1}};
     calculator.type("A1", "=twice31").type("A2", "=SUMPRODUCT(A3:IV65536*A3:IV65536)").type("A3", "=twice3");
     calculator.compute();
-    EXPECT_EQ(calculator.at("A1"), CellValue(Empty{}));
-    EXPECT_EQ(calculator.at("A2"), CellValue(Empty{}));
+    EXPECT_EQ(calculator.at("A1"), CellValue(ErrorCode::Name));
+    EXPECT_EQ(calculator.at("A2"), CellValue(ErrorCode::Name));
     EXPECT_EQ(calculator.at("A3"), CellValue(8.0));
 }
 
@@ -118,7 +118,7 @@ TEST(Recalculation, BoundsWhatManyHostileFormulasAskForTogether)
         calculator.type("A" + std::to_string(row), "=SUMPRODUCT('Rates 1'!A1:D60000*2)");
     calculator.compute();
     EXPECT_EQ(calculator.at("A1"), CellValue(2.0));
-    EXPECT_EQ(calculator.at("A100"), CellValue(Empty{})) << "24 million values in all";
+    EXPECT_EQ(calculator.at("A100"), CellValue(ErrorCode::Name)) << "24 million values in all";
 }
 
 /// As the payroll build makes it: a table of 25 employees, and many blocks of lookups into it.

@@ -583,7 +583,7 @@ CellValue FormulaEvaluator::single(const Operand& operand) const
     if (std::holds_alternative<AreaList>(operand))
         return ErrorCode::Value;
     if (std::holds_alternative<CalledName>(operand))
-        throw CannotEvaluate{};
+        return ErrorCode::Name; // a name without a formula that is not called but read
     return Empty{};
 }
 

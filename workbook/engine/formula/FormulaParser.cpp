@@ -65,6 +65,12 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view start)
     return text.size() >= start.size() && compareIgnoringCase(text.substr(0, start.size()), start) == 0;
 }
 
+/// index  in Book::names
+NameToken nameToken(OperandClass operandClass, std::size_t index)
+{
+    return {operandClass, std::nullopt, static_cast<std::uint16_t>(index + 1)};
+}
+
 /// Whether an operand answers cells (what ":", " " and "," may join) or a value.
 enum class Answer { Cells, Value };
 
@@ -109,9 +115,10 @@ private:
     std::size_t sheetNamed(std::string_view name) const;
     Answer word();
     Answer definedName(std::string_view name, std::size_t sheet, std::size_t at);
+    std::optional<std::size_t> nameIndex(std::string_view name, std::size_t sheet);
 
     Answer call(std::string_view name, std::size_t at);
-    Answer addInCall(const FunctionBinding& function);
+    Answer namedCall(const NameToken& name);
     template <class ArgumentRead>
     int arguments(ArgumentRead argumentRead);
 
@@ -131,6 +138,7 @@ private:
     std::size_t m_at = 0;
     int m_nesting = 0;
     std::vector<Token> m_tokens;
+    std::vector<std::string> m_unknownNames; ///< to enter in the book when the formula can be read
 };
 
 class Parser::Nesting {
@@ -183,6 +191,8 @@ Formula Parser::parse()
     const StoredSize size = storedSize(formula);
     if (size.tokens > largestFormula - volatileMarkSize || size.behind > maxArrayBytes)
         fail("it is too long for a workbook of this kind");
+    for (std::string& name : m_unknownNames)
+        m_book.names.push_back({std::move(name), std::nullopt, {}, {}});
     return formula;
 }
 
@@ -376,8 +386,9 @@ Answer Parser::word()
     return definedName(name, m_sheet, at);
 }
 
-/// The name as the sheet knows it, which hides one of the whole workbook.
-Answer Parser::definedName(std::string_view name, std::size_t sheet, std::size_t at)
+/// The place in Book::names of the name as the sheet knows it, which hides one of the whole workbook. A name that
+/// nobody knows is entered without a formula: the formula that uses it answers #NAME?.
+std::optional<std::size_t> Parser::nameIndex(std::string_view name, std::size_t sheet)
 {
     std::optional<std::size_t> index;
     for (std::size_t i = 0; i < m_book.names.size(); ++i) {
@@ -387,10 +398,23 @@ Answer Parser::definedName(std::string_view name, std::size_t sheet, std::size_t
         if (!index || candidate.sheet)
             index = i;
     }
-    if (!index || name.empty())
-        fail("\"" + std::string(name) + "\" is no cell, name or function", at);
+    if (index || !canBeName(name))
+        return index;
+    const auto isSame = [name](const std::string& known) { return compareIgnoringCase(known, name) == 0; };
+    const auto found = std::ranges::find_if(m_unknownNames, isSame);
+    const auto place = static_cast<std::size_t>(found - m_unknownNames.begin());
+    if (found == m_unknownNames.end())
+        m_unknownNames.emplace_back(name);
+    return m_book.names.size() + place;
+}
+
+Answer Parser::definedName(std::string_view name, std::size_t sheet, std::size_t at)
+{
+    const auto index = nameIndex(name, sheet);
+    if (!index)
+        fail("\"" + std::string(name) + "\" is not a cell, name or function", at);
     m_at = at + name.size();
-    emit(NameToken{OperandClass::Value, std::nullopt, static_cast<std::uint16_t>(*index + 1)});
+    emit(nameToken(OperandClass::Value, *index));
     return Answer::Cells;
 }
 
@@ -460,9 +484,10 @@ int Parser::arguments(ArgumentRead argumentRead)
     }
 }
 
-Answer Parser::addInCall(const FunctionBinding& function)
+/// A function that the format has no number for is called by its name.
+Answer Parser::namedCall(const NameToken& name)
 {
-    emit(addInName(m_book, storedName(function)));
+    emit(name);
     const int count = arguments([](int) {});
     emit(FunctionToken{OperandClass::Value, addInFunction, static_cast<std::uint8_t>(count + 1), true});
     return Answer::Value;
@@ -472,10 +497,12 @@ Answer Parser::call(std::string_view name, std::size_t at)
 {
     const FunctionInfo* const info = findFunction(name);
     if (info == nullptr) {
-        const FunctionBinding* const addIn = findBinding(name);
-        if (addIn == nullptr)
+        if (const FunctionBinding* const addIn = findBinding(name); addIn != nullptr)
+            return namedCall(addInName(m_book, storedName(*addIn)));
+        const auto index = nameIndex(name, m_sheet);
+        if (!index)
             fail("there is no function named \"" + std::string(name) + "\"", at);
-        return addInCall(*addIn);
+        return namedCall(nameToken(OperandClass::Reference, *index));
     }
     Jumps jumps(info->id, m_tokens);
     const int count = arguments([&](int position) { jumps.argumentRead(position); });

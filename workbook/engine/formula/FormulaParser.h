@@ -18,7 +18,8 @@ public:
 /// Reads a formula as a user types it, "=SUM(B4:D4)*2": English function names, numbers with the user's decimal
 /// separator, arguments parted by "," (by ";" where the comma is the decimal separator; ";" always works).
 /// Operand classes are set as the file format wants them for a cell's formula.
-/// book   gains sheet references that the formula needs
+/// book   gains sheet references that the formula needs, and the names and functions that it does not know: the
+///        formula then answers #NAME?
 /// sheet  position of the sheet that the formula is typed into
 /// Throws FormulaError.
 Formula parseFormula(std::string_view text, Book& book, std::size_t sheet, const RegionalFormats& formats);

@@ -6,6 +6,7 @@ namespace {
 
 const CellValue emptyValue;
 const CellValue severalAreas = ErrorCode::Value;
+const CellValue unknownName = ErrorCode::Name;
 
 } // namespace
 
@@ -42,6 +43,8 @@ ValueGrid::ValueGrid(const Book& book, const Operand& operand) : m_book(book), m
         m_values = (*array)->values.data();
         m_rows = m_usedRows = (*array)->rows;
         m_columns = (*array)->columns;
+    } else if (std::holds_alternative<CalledName>(operand)) {
+        m_values = &unknownName;
     } else if (!areasOf(operand).empty()) {
         m_values = &severalAreas;
     }

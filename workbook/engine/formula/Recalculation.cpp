@@ -246,6 +246,8 @@ bool Calculation::evaluate(Visit& visit)
     }
     if (auto* const value = std::get_if<CellValue>(&evaluation))
         formula.cell->value = std::move(*value);
+    else if (isEmpty(formula.cell->value))
+        formula.cell->value = ErrorCode::Name; // typed just now: there is no stored value to keep
     m_formulas.setDone(visit.formula);
     return true;
 }
