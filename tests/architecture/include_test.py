@@ -21,6 +21,7 @@ ALLOWED = {
                            "workbook/engine/picture", "workbook/engine/xls", "workbook/spreadsheet"], True),
     "workbook/excel": (["app/base", "workbook/spreadsheet"], False),
     "workbook/sessions": (["app/base", "workbook/embedded", "workbook/excel", "workbook/spreadsheet"], False),
+    "workbook/printing": (["app/base", "drawing", "workbook/engine/picture", "workbook/engine/xls"], False),
     "workbook/summary": (["app/base", "workbook/engine", "workbook/engine/text", "workbook/engine/xls"], False),
     "workbook": (["app/base", "entry/data", "workbook/sessions", "workbook/spreadsheet"], False),
     "resources": (["app/base", "workbook/engine", "workbook/engine/formula", "workbook/engine/text",
@@ -29,11 +30,13 @@ ALLOWED = {
     "app/look": (["app/base", "settings"], True),
     "preview": (["app/base", "app/look", "drawing"], True),
     "entry": (["app/base", "app/look", "entry/data", "help", "preview", "settings", "workbook"], True),
-    "app": (["app/base", "app/look", "entry", "entry/data", "resources", "workbook/sessions", "workbook/summary"],
+    "app": (["app/base", "app/look", "entry", "entry/data", "resources", "workbook/printing", "workbook/sessions",
+             "workbook/summary"],
             True),
 }
 # Files of a room with windows that are plain C++ all the same.
-PLAIN = {"drawing/Drawing.h", "drawing/DrawingFile.h", "drawing/DrawingFile.cpp", "preview/ViewGeometry.h", "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
+PLAIN = {"drawing/Drawing.h", "drawing/DrawingFile.h", "drawing/DrawingFile.cpp", "drawing/Pages.h", "preview/ViewGeometry.h",
+         "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
 
 
 def offences(root):

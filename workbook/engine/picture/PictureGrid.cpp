@@ -10,6 +10,7 @@ namespace wagemill::engine {
 namespace {
 
 constexpr std::int64_t mostCells = 4'000'000;
+constexpr double digitOnPaper = 111 / 15.; ///< 0.556 of ten points, in whole twips
 
 /// The share of a hatched ground that takes the pattern colour, by pattern number ([MS-XLS] 2.5.159 FillPattern). At
 /// the size of a pixel a hatch is seen as that mixture.
@@ -40,8 +41,8 @@ int rowPixels(int twips)
     return (twips + twipsPerPixel / 2) / twipsPerPixel;
 }
 
-PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range)
-    : m_book(book), m_sheet(sheet), m_range(range)
+PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range, Medium medium)
+    : m_book(book), m_sheet(sheet), m_range(range), m_medium(medium)
 {
     if (std::int64_t{range.rows()} * range.columns() > mostCells)
         throw EngineError("The range " + addressText({range.firstRow, range.firstColumn}) + ":" +
@@ -50,14 +51,18 @@ PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& r
     const auto measure = [](int first, int last, auto pixelsOf, std::vector<int>& shown, std::vector<double>& edges) {
         edges.assign(1, 0);
         for (int index = first; index <= last; ++index) {
-            const int pixels = pixelsOf(index);
+            const double pixels = pixelsOf(index);
             if (pixels > 0)
                 shown.push_back(index);
             edges.push_back(edges.back() + pixels);
         }
     };
     measure(
-        range.firstColumn, range.lastColumn, [&](int column) { return columnPixels(sheet.columnWidth(column)); },
+        range.firstColumn, range.lastColumn,
+        [&](int column) {
+            const int width = sheet.columnWidth(column);
+            return medium == Medium::Screen ? columnPixels(width) : width * digitOnPaper / 256;
+        },
         m_columns, m_lefts);
     measure(
         range.firstRow, range.lastRow, [&](int row) { return rowPixels(sheet.rowHeightTwips(row)); }, m_rows, m_tops);

@@ -8,21 +8,26 @@
 
 namespace wagemill::engine {
 
-/// Pixels at 96 dots per inch of a column's width, given in 1/256 of a digit of the default font (Arial 10, whose
-/// digits are 7 pixels wide), margins included.
+/// Pixels at 96 dots per inch of a column's width on the screen, given in 1/256 of a digit of the default font (Arial
+/// 10, whose digits are 7 pixels wide there), margins included.
 int columnPixels(int width256);
 /// Pixels of a row's height, given in twips, 15 to the pixel.
 int rowPixels(int twips);
+
+/// On paper a digit of the default font is not rounded to whole pixels, so columns are a little wider there, and grid
+/// lines are those that the print set-up wants.
+enum class Medium { Screen, Paper };
 
 /// Where the cells of a range lie on its picture, and how they look: what every part of the picture asks.
 class PictureGrid {
 public:
     /// Throws EngineError when the range holds more than four million cells.
-    PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range);
+    PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range, Medium medium);
 
     const Book& book() const { return m_book; }
     const Sheet& sheet() const { return m_sheet; }
     const CellRect& range() const { return m_range; }
+    bool showsGridLines() const { return m_medium == Medium::Screen ? m_sheet.showGridLines : m_sheet.print.gridLines; }
     /// Those that are not hidden, ascending.
     const std::vector<int>& columns() const { return m_columns; }
     const std::vector<int>& rows() const { return m_rows; }
@@ -51,6 +56,7 @@ private:
     const Book& m_book;
     const Sheet& m_sheet;
     CellRect m_range;
+    Medium m_medium;
     std::vector<int> m_columns;
     std::vector<int> m_rows;
     std::vector<double> m_lefts; ///< of every column of the range, and the end of the last

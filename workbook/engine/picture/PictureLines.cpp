@@ -72,7 +72,7 @@ Edge LineFinder::borderOrGridLine(CellOrNone first, CellOrNone second, const Bor
     if (strengthOf(stronger.style) > 0)
         return {stronger.style, m_grid.book().styles.rgb(stronger.color, black)};
     const auto isFilled = [this](CellOrNone cell) { return cell && m_grid.fillAt(*cell); };
-    if (!m_grid.sheet().showGridLines || isFilled(first) || isFilled(second))
+    if (!m_grid.showsGridLines() || isFilled(first) || isFilled(second))
         return {};
     return {BorderStyle::Thin, gridLineColor};
 }

@@ -33,15 +33,9 @@ std::vector<drawing::Fill> pictureFills(const PictureGrid& grid)
 /// The fonts of the book under their own index there.
 std::vector<drawing::Font> pictureFonts(const Book& book)
 {
-    constexpr int bold = 600;
     std::vector<drawing::Font> fonts;
     for (const Font& font : book.styles.fonts)
-        fonts.push_back({.name = font.name,
-                         .heightTwips = font.heightTwips,
-                         .bold = font.weight >= bold,
-                         .italic = font.italic,
-                         .strikeout = font.strikeout,
-                         .underline = font.underline != 0});
+        fonts.push_back(drawingFont(font));
     if (fonts.empty())
         fonts.emplace_back();
     return fonts;
@@ -49,10 +43,21 @@ std::vector<drawing::Font> pictureFonts(const Book& book)
 
 } // namespace
 
-drawing::Drawing sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range,
-                              const RegionalFormats& formats)
+drawing::Font drawingFont(const Font& font)
 {
-    const PictureGrid grid(book, sheet, range);
+    constexpr int bold = 600;
+    return {.name = font.name,
+            .heightTwips = font.heightTwips,
+            .bold = font.weight >= bold,
+            .italic = font.italic,
+            .strikeout = font.strikeout,
+            .underline = font.underline != 0};
+}
+
+drawing::Drawing sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range,
+                              const RegionalFormats& formats, Medium medium)
+{
+    const PictureGrid grid(book, sheet, range, medium);
     PictureTexts texts = pictureTexts(grid, formats);
     drawing::Drawing picture;
     picture.width = grid.width() + 1;

@@ -3,6 +3,7 @@
 #include "app/base/RegionalFormats.h"
 #include "drawing/Drawing.h"
 #include "workbook/engine/Book.h"
+#include "workbook/engine/picture/PictureGrid.h"
 
 namespace wagemill::engine {
 
@@ -10,6 +11,9 @@ namespace wagemill::engine {
 /// lines are drawn where the sheet shows them. Rotated text is drawn level.
 /// Throws EngineError when the range holds more than four million cells.
 drawing::Drawing sheetPicture(const Book& book, const Sheet& sheet, const CellRect& range,
-                              const RegionalFormats& formats);
+                              const RegionalFormats& formats, Medium medium = Medium::Screen);
+
+/// The font as a drawing has it.
+drawing::Font drawingFont(const Font& font);
 
 } // namespace wagemill::engine
