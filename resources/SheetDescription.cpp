@@ -63,6 +63,9 @@ private:
     void centerOnPage(const DescriptionLine& line);
     void headerOrFooter(const DescriptionLine& line);
     void repeatedRows(const DescriptionLine& line);
+    void printedColumns(const DescriptionLine& line);
+    void nameArea(const char* name, const CellRect& named);
+    CellRect columns(const DescriptionLine& line) const;
     void pageBreaks(const DescriptionLine& line);
 
     CellRect area(const DescriptionLine& line) const;
@@ -99,6 +102,7 @@ const std::map<std::string, SheetReader::Statement>& SheetReader::statements()
         {"header", &SheetReader::headerOrFooter},
         {"footer", &SheetReader::headerOrFooter},
         {"repeat-rows", &SheetReader::repeatedRows},
+        {"print-columns", &SheetReader::printedColumns},
         {"page-breaks", &SheetReader::pageBreaks},
     };
     return table;
@@ -128,26 +132,33 @@ CellRect SheetReader::area(const DescriptionLine& line) const
     return *found;
 }
 
+/// The columns that the statement's first word names: "B", "D:E".
+CellRect SheetReader::columns(const DescriptionLine& line) const
+{
+    const std::size_t colon = line.words[0].find(':');
+    const std::string first = line.words[0].substr(0, colon);
+    const std::string last = colon == std::string::npos ? first : line.words[0].substr(colon + 1);
+    const auto named = engine::parseAddress(first + "1:" + last + "1");
+    if (!named || named->lastRow != 0) // more than letters before the row number
+        line.fail("\"" + line.words[0] + "\" names no columns");
+    return *named;
+}
+
 /// "width B 84", "width D:E 84": pixels.
 void SheetReader::width(const DescriptionLine& line)
 {
     constexpr int digitPixels = 7;
     constexpr int mostPixels = 255 * digitPixels;
     line.needWords(2, 2);
-    const std::size_t colon = line.words[0].find(':');
-    const std::string first = line.words[0].substr(0, colon);
-    const std::string last = colon == std::string::npos ? first : line.words[0].substr(colon + 1);
-    const auto columns = engine::parseAddress(first + "1:" + last + "1");
-    if (!columns || columns->lastRow != 0) // more than letters before the row number
-        line.fail("\"" + line.words[0] + "\" names no columns");
+    const CellRect described = columns(line);
     const int pixels = line.wholeNumber(1);
     if (pixels < 1 || pixels > mostPixels)
         line.fail("a column is 1 to " + std::to_string(mostPixels) + " pixels wide");
-    if (!m_sheet.columns.empty() && columns->firstColumn <= m_sheet.columns.back().last)
+    if (!m_sheet.columns.empty() && described.firstColumn <= m_sheet.columns.back().last)
         line.fail("columns must be described from left to right, each once");
     engine::ColumnRun run;
-    run.first = columns->firstColumn;
-    run.last = columns->lastColumn;
+    run.first = described.firstColumn;
+    run.last = described.lastColumn;
     run.width = static_cast<std::uint16_t>(pixels * 256 / digitPixels);
     m_sheet.columns.push_back(run);
 }
@@ -331,12 +342,26 @@ void SheetReader::repeatedRows(const DescriptionLine& line)
     const int last = line.wholeNumber(1);
     if (first < 1 || last < first || last > engine::maxRows)
         line.fail("these are no rows of a sheet");
-    engine::ReferenceToken rows;
-    rows.operandClass = engine::OperandClass::Reference;
-    rows.externSheet = m_book.externSheetFor(m_index);
-    rows.first = {first - 1, 0, false, false};
-    rows.last = engine::ReferencePart{last - 1, engine::maxColumns - 1, false, false};
-    m_book.names.push_back({"Print_Titles", static_cast<std::uint16_t>(m_index), {{rows}}, {}});
+    nameArea("Print_Titles", {first - 1, 0, last - 1, engine::maxColumns - 1});
+}
+
+/// "print-columns A:I": down to the last row that holds something.
+void SheetReader::printedColumns(const DescriptionLine& line)
+{
+    line.needWords(1, 1);
+    const CellRect printed = columns(line);
+    nameArea("Print_Area", {0, printed.firstColumn, engine::maxRows - 1, printed.lastColumn});
+}
+
+/// Gives a name that the file format knows to an area of the sheet.
+void SheetReader::nameArea(const char* name, const CellRect& named)
+{
+    engine::ReferenceToken area;
+    area.operandClass = engine::OperandClass::Reference;
+    area.externSheet = m_book.externSheetFor(m_index);
+    area.first = {named.firstRow, named.firstColumn, false, false};
+    area.last = engine::ReferencePart{named.lastRow, named.lastColumn, false, false};
+    m_book.names.push_back({name, static_cast<std::uint16_t>(m_index), {{area}}, {}});
 }
 
 /// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
