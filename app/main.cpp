@@ -8,6 +8,7 @@
 #include "entry/Form1.h"
 #include "entry/data/EmployeeCount.h"
 #include "resources/CustomResource.h"
+#include "workbook/printing/SavedSheet.h"
 #include "workbook/sessions/Session.h"
 #include "workbook/summary/StubSummary.h"
 
@@ -16,6 +17,7 @@
 #include <QDir>
 #include <QIcon>
 #include <QLocale>
+#include <QTime>
 
 namespace {
 
@@ -42,7 +44,12 @@ wagemill::Form1Setup productionSetup()
     const auto describeWorkbook = [formats = build.formats](const std::filesystem::path& workbook) {
         return describeStubs(workbook, formats);
     };
-    return {std::move(build), today, employeeCount(qgetenv("WAGEMILL_EMPLOYEES").toStdString()), describeWorkbook};
+    const auto sheetOf = [formats = build.formats](const std::filesystem::path& workbook) {
+        const QString time = userLocale().toString(QTime::currentTime(), QLocale::ShortFormat);
+        return savedSheet(workbook, formats, {shortDateText(today(), formats), time.toStdString()});
+    };
+    return {std::move(build), today, employeeCount(qgetenv("WAGEMILL_EMPLOYEES").toStdString()), describeWorkbook,
+            sheetOf};
 }
 
 QIcon programIcon()

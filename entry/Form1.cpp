@@ -337,8 +337,10 @@ PayrollData Form1::payrollData() const
 
 Form2& Form1::preview()
 {
-    if (!m_preview)
+    if (!m_preview) {
         m_preview = std::make_unique<Form2>([this] { takeTurn(); });
+        m_preview->setPrinting(m_setup.sheetOf);
+    }
     return *m_preview;
 }
 

@@ -5,6 +5,7 @@
 #include "app/base/RegionalFormats.h"
 #include "app/look/WindowPointer.h"
 #include "entry/EntryMetrics.h"
+#include "preview/Printing.h"
 #include "workbook/PayrollBuild.h"
 
 #include <QPointer>
@@ -35,6 +36,7 @@ struct Form1Setup {
     std::int16_t rows = 1;               ///< employees, at least 1
     /// What a saved workbook shows, in words; empty where that cannot be told. None: never told.
     std::function<std::string(const std::filesystem::path& workbook)> describeWorkbook = {};
+    SheetOf sheetOf = {}; ///< for printing
 };
 
 /// The entry window: one pay period, typed, kept and turned into a workbook. Making it is the whole start-up, up to and

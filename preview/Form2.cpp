@@ -78,6 +78,7 @@ std::string displayedPath(const std::filesystem::path& path)
 Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDialog> commonDialog)
     : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1")),
       PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2")),
+      PushButtonPrint(named(new PushButton(QStringLiteral("Print..."), this), "PushButtonPrint")),
       PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), this), "PushButton6")),
       PushButton8(named(new PushButton(QStringLiteral("< Back"), this), "PushButton8")),
       Frame1(named(new QGroupBox(QStringLiteral("Zoom:"), this), "Frame1")),
@@ -104,6 +105,7 @@ void Form2::layOutControls()
     Picture2->setAutoFillBackground(true);
     Picture1->setCursor(Qt::OpenHandCursor);
     Zoom_Ori->hide();
+    PushButtonPrint->setEnabled(false);
     applyDesignFont(*this);
 
     auto* zoomButtons = new QHBoxLayout(Frame1);
@@ -113,6 +115,7 @@ void Form2::layOutControls()
     auto* leave = new QHBoxLayout;
     const int belowZoomButtons = zoomButtons->contentsMargins().bottom() + Frame1->contentsMargins().bottom();
     leave->setContentsMargins(0, 0, 0, belowZoomButtons); // on one line with them
+    leave->addWidget(PushButtonPrint);
     leave->addWidget(PushButton6);
     leave->addWidget(PushButton8);
 
@@ -134,7 +137,7 @@ void Form2::layOutControls()
     rows->addLayout(tools);
     rows->addLayout(sheet, 1);
 
-    for (PushButton* button : {PushButton1, PushButton2, PushButton6, PushButton8})
+    for (PushButton* button : {PushButton1, PushButton2, PushButtonPrint, PushButton6, PushButton8})
         button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
     const QSizeF available = screen()->availableSize();
     if (rows->minimumSize().width() > available.width())
@@ -146,11 +149,12 @@ void Form2::layOutControls()
 
 void Form2::connectControls()
 {
-    m_pointer.watch(PointerMode::Hand, {PushButton1, PushButton2, PushButton6, PushButton8});
+    m_pointer.watch(PointerMode::Hand, {PushButton1, PushButton2, PushButtonPrint, PushButton6, PushButton8});
     m_pointer.watch(PointerMode::Arrow, {Frame1});
 
     connect(PushButton1, &QPushButton::clicked, this, &Form2::PushButton1_Click);
     connect(PushButton2, &QPushButton::clicked, this, &Form2::PushButton2_Click);
+    connect(PushButtonPrint, &QPushButton::clicked, this, [this] { handleEvent([this] { PushButtonPrint_Click(); }); });
     connect(PushButton6, &QPushButton::clicked, this, &Form2::PushButton6_Click);
     connect(PushButton8, &QPushButton::clicked, this, &Form2::PushButton8_Click);
     connect(Picture1, &PictureBox::MouseDown, this,
@@ -160,7 +164,8 @@ void Form2::connectControls()
     connect(HScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { HScroll1_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { VScroll1_Change(); }); });
 
-    QWidget* const tabOrder[] = {PushButton1, PushButton2, PushButton6, PushButton8, HScroll1, VScroll1};
+    QWidget* const tabOrder[] = {PushButton1, PushButton2, PushButtonPrint, PushButton6,
+                                 PushButton8, HScroll1,    VScroll1};
     for (std::size_t index = 1; index < std::size(tabOrder); ++index)
         setTabOrder(tabOrder[index - 1], tabOrder[index]);
 }
@@ -170,12 +175,12 @@ void Form2::setKeys()
 {
     PushButton1->setShortcut(Qt::ALT | Qt::Key_I);
     PushButton2->setShortcut(Qt::ALT | Qt::Key_O);
+    PushButtonPrint->setShortcut(Qt::ALT | Qt::Key_P);
     PushButton6->setShortcut(Qt::ALT | Qt::Key_S);
     PushButton8->setShortcut(Qt::ALT | Qt::Key_B);
     const std::pair<QKeyCombination, PushButton*> presses[] = {
-        {Qt::CTRL | Qt::Key_Plus, PushButton1},
-        {Qt::CTRL | Qt::Key_Equal, PushButton1}, // the same key without Shift
-        {Qt::CTRL | Qt::Key_Minus, PushButton2},
+        {Qt::CTRL | Qt::Key_Plus, PushButton1},  {Qt::CTRL | Qt::Key_Equal, PushButton1}, // the same key without Shift
+        {Qt::CTRL | Qt::Key_Minus, PushButton2}, {Qt::CTRL | Qt::Key_P, PushButtonPrint},
         {Qt::CTRL | Qt::Key_S, PushButton6},
     };
     for (const auto& [keys, button] : presses)
@@ -218,6 +223,13 @@ void Form2::setPicture(const QPixmap& picture)
     takeNaturalSize();
     scrollToOrigin();
     RedrawImage();
+}
+
+void Form2::setPrinting(SheetOf sheetOf, std::unique_ptr<PrintDialog> dialog)
+{
+    m_sheetOf = std::move(sheetOf);
+    m_printDialog = std::move(dialog);
+    PushButtonPrint->setEnabled(m_sheetOf != nullptr);
 }
 
 void Form2::describePicture(const std::string& description)
@@ -390,6 +402,11 @@ void Form2::Picture1_MouseUp()
     trap.step(30, [&] { vPercent = scrolledPercent(Picture1->y(), Picture1->height(), Picture2->height(), "high"); });
     trap.step(40, [&] { SetHScrollbarByPercent(*HScroll1, hPercent); });
     trap.step(50, [&] { SetVScrollbarByPercent(*VScroll1, vPercent); });
+}
+
+void Form2::PushButtonPrint_Click()
+{
+    printSheet(m_sheetOf(mExcelFile), *m_printDialog, *this);
 }
 
 void Form2::PushButton6_Click()

@@ -2,6 +2,7 @@
 
 #include "app/base/Messages.h"
 #include "app/look/WindowPointer.h"
+#include "preview/Printing.h"
 #include "preview/SaveFileDialog.h"
 #include "preview/ViewGeometry.h"
 
@@ -40,6 +41,9 @@ public:
     /// The temporary workbook that saving copies and leaving deletes.
     void setExcelFile(const std::filesystem::path& excelFile) { mExcelFile = excelFile; }
 
+    /// How the workbook is printed; without, the print button is disabled.
+    void setPrinting(SheetOf sheetOf, std::unique_ptr<PrintDialog> dialog = std::make_unique<PlatformPrintDialog>());
+
     /// What the picture shows, in words, for those who cannot see it.
     void describePicture(const std::string& description);
 
@@ -64,6 +68,7 @@ private:
 
     void PushButton1_Click();
     void PushButton2_Click();
+    void PushButtonPrint_Click();
     void PushButton6_Click();
     void PushButton8_Click();
     void Picture1_MouseDown(float x, float y);
@@ -86,6 +91,7 @@ private:
 
     PushButton* PushButton1;
     PushButton* PushButton2;
+    PushButton* PushButtonPrint;
     PushButton* PushButton6;
     PushButton* PushButton8;
     QGroupBox* Frame1;
@@ -95,6 +101,8 @@ private:
     QScrollBar* HScroll1;
     QScrollBar* VScroll1;
     std::unique_ptr<SaveFileDialog> CommonDialog1;
+    SheetOf m_sheetOf;
+    std::unique_ptr<PrintDialog> m_printDialog;
     WindowPointer m_pointer;
     std::function<void()> m_showEntryWindow;
 
