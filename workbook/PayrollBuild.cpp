@@ -142,8 +142,7 @@ void PayrollBuild::saveWorkbook()
     m_trap.step(410, [&] { present(m_session, "spreadsheet session").PutVisible(false); });
     m_trap.step(420, [&] { chooseWorkbookPath(); });
     m_trap.step(430, [&] {
-        const FileFormat format =
-            getSaveFileFormat(m_services.spreadsheet.createSession, m_session.get(), m_services.formats);
+        const FileFormat format = getSaveFileFormat(m_services.spreadsheet.createSession, m_session.get());
         present(m_workbook, "workbook").SaveAs(m_path.string(), format);
     });
     m_trap.step(440, [&] { present(m_session, "spreadsheet session").PutDisplayAlerts(false); });

@@ -27,13 +27,15 @@ constexpr const char* missingApplicationText =
     "\r\n\r\n"
     "4. All versions of Excel are supported by this software except for the rare Excel Starter and Student editions.";
 
-std::int16_t majorVersion(std::string_view version, const RegionalFormats& formats)
+/// A version is written with a full stop or a comma, whatever the user's regional format.
+std::int16_t majorVersion(std::string_view version)
 {
+    const RegionalFormats formats;
     const auto reading = readNumber(toLocalNumberText(version, formats), formats);
     const auto number = reading ? toDouble(reading->number) : std::nullopt;
     if (!number)
         throw std::invalid_argument("The spreadsheet application gives \"" + std::string(version) +
-                                    "\" as its version, which is no number.");
+                                    "\" as its version, which is not a number.");
     return toInt16(*number);
 }
 
@@ -78,7 +80,7 @@ std::unique_ptr<Application> openWorkbookInExcel(const SessionFactory& createSes
     return session;
 }
 
-FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* session, const RegionalFormats& formats)
+FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* session)
 {
     std::string version;
     if (session != nullptr) {
@@ -88,7 +90,7 @@ FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* s
         quitOnFailure(*asked, [&] { version = asked->Version(); });
         asked->Quit();
     }
-    return majorVersion(version, formats) < firstVersionWithExcel8 ? FileFormat::WorkbookNormal : FileFormat::Excel8;
+    return majorVersion(version) < firstVersionWithExcel8 ? FileFormat::WorkbookNormal : FileFormat::Excel8;
 }
 
 } // namespace wagemill

@@ -31,7 +31,7 @@ std::unique_ptr<Application> openWorkbookInExcel(const SessionFactory& createSes
 
 /// Excel8 from version 12 on, WorkbookNormal below.
 /// session  null: a session is created to ask, and quit again
-/// Throws std::invalid_argument when the version is no number.
-FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* session, const RegionalFormats& formats);
+/// Throws std::invalid_argument when the version is not a number.
+FileFormat getSaveFileFormat(const SessionFactory& createSession, Application* session);
 
 } // namespace wagemill
