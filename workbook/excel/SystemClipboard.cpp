@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <thread>
 
 namespace wagemill {
 
@@ -13,10 +15,16 @@ namespace {
 /// The clipboard, open for as long as this object lives. No other program can open it meanwhile.
 class OpenClipboardScope {
 public:
+    /// Waits for another program up to two milliseconds, which the system's timer cannot measure out.
     OpenClipboardScope()
     {
-        if (!::OpenClipboard(nullptr))
-            throw SpreadsheetError("the clipboard cannot be opened, because another program holds it");
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + std::chrono::milliseconds(2);
+        while (!::OpenClipboard(nullptr)) {
+            if (Clock::now() >= end)
+                throw SpreadsheetError("the clipboard cannot be opened, because another program holds it");
+            std::this_thread::yield();
+        }
     }
     OpenClipboardScope(const OpenClipboardScope&) = delete;
     OpenClipboardScope& operator=(const OpenClipboardScope&) = delete;
