@@ -2,15 +2,14 @@
 
 #include "app/base/WindowsText.h"
 
-#include <windows.h>
-
-#include <oleauto.h>
-
-#include <initializer_list>
 #include <stdexcept>
-#include <vector>
+#include <utility>
 
 namespace wagemill {
+
+using automation::Arguments;
+using automation::CallKind;
+using automation::Variant;
 
 namespace {
 
@@ -18,136 +17,72 @@ constexpr const wchar_t* controlClass = L"XtremeSkinFramework.SkinFramework";
 constexpr DISPID optionsIdentifier = 1;
 constexpr DISPID loadSkinIdentifier = 2;
 constexpr DISPID applyWindowIdentifier = 3;
-const std::string controlFailed = "The skinning control failed";
 
-/// A value of automation that frees what it holds.
-class Variant : public VARIANT {
-public:
-    Variant() { ::VariantInit(this); }
-    explicit Variant(std::int32_t number) : Variant()
-    {
-        vt = VT_I4;
-        lVal = number;
-    }
-    explicit Variant(bool value) : Variant()
-    {
-        vt = VT_BOOL;
-        boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-    }
-    explicit Variant(const std::wstring& text) : Variant()
-    {
-        bstrVal = ::SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-        if (bstrVal == nullptr)
-            throw std::bad_alloc();
-        vt = VT_BSTR;
-    }
-    Variant(const Variant&) = delete;
-    Variant& operator=(const Variant&) = delete;
-    ~Variant() { ::VariantClear(this); }
-};
-
-/// What a failed call tells of itself; frees its texts.
-class CallFailure : public EXCEPINFO {
-public:
-    CallFailure() : EXCEPINFO{} {}
-    CallFailure(const CallFailure&) = delete;
-    CallFailure& operator=(const CallFailure&) = delete;
-    ~CallFailure()
-    {
-        ::SysFreeString(bstrSource);
-        ::SysFreeString(bstrDescription);
-        ::SysFreeString(bstrHelpFile);
-    }
-
-    /// The control's own words where there are any, without a full stop.
-    std::string text(HRESULT result)
-    {
-        if (result == DISP_E_EXCEPTION && pfnDeferredFillIn != nullptr)
-            pfnDeferredFillIn(this);
-        std::string description;
-        if (bstrDescription != nullptr)
-            description = toUtf8({bstrDescription, ::SysStringLen(bstrDescription)});
-        description.erase(description.find_last_not_of(". \r\n") + 1);
-        if (!description.empty())
-            return description;
-        const bool hasCode = result == DISP_E_EXCEPTION && scode != S_OK;
-        return systemErrorText(static_cast<unsigned long>(hasCode ? scode : result));
-    }
-};
-
-/// kind  DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT
-/// failure  begins the text that is thrown: "<failure>: <reason>."
-void invoke(IDispatch& control, DISPID member, WORD kind, std::initializer_list<const VARIANT*> arguments,
-            const std::string& failure, VARIANT* result = nullptr)
+/// The control's own words where there are any, without a full stop.
+std::string reasonOf(const automation::CallFailure& failure)
 {
-    std::vector<VARIANT> reversed; // the order in which automation takes them; borrowed, not copied
-    for (auto argument = arguments.end(); argument != arguments.begin();)
-        reversed.push_back(**--argument);
-    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    DISPID valueName = DISPID_PROPERTYPUT;
-    if (kind == DISPATCH_PROPERTYPUT) {
-        parameters.rgdispidNamedArgs = &valueName;
-        parameters.cNamedArgs = 1;
-    }
-    CallFailure details;
-    const HRESULT status =
-        control.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, result, &details, nullptr);
-    if (FAILED(status))
-        throw std::runtime_error(failure + ": " + details.text(status) + ".");
+    std::string reason = failure.what();
+    reason.erase(reason.find_last_not_of(". \r\n") + 1);
+    return reason.empty() ? systemErrorText(static_cast<unsigned long>(failure.result)) : reason;
 }
 
 } // namespace
 
 std::unique_ptr<SkinningControl> createSkinningControl()
 {
-    CLSID id;
-    void* control = nullptr;
-    if (FAILED(::CLSIDFromProgID(controlClass, &id)) ||
-        FAILED(::CoCreateInstance(id, nullptr, CLSCTX_ALL, IID_IDispatch, &control)))
+    try {
+        return std::make_unique<AutomationSkin>(automation::Dispatch(controlClass, CLSCTX_ALL));
+    } catch (const automation::CallFailure&) {
         return nullptr; // not installed, as on most machines
-    return std::make_unique<AutomationSkin>(static_cast<IDispatch*>(control));
+    }
 }
 
-void AutomationSkin::Release::operator()(IDispatch* object) const
+/// failure  begins the text that is thrown: "<failure>: <reason>."
+automation::Variant AutomationSkin::invoke(const std::vector<DISPID>& ids, CallKind kind, const Arguments& arguments,
+                                           const std::string& failure) const
 {
-    object->Release();
+    try {
+        return m_control.invoke(ids, kind, arguments);
+    } catch (const automation::CallFailure& reason) {
+        throw std::runtime_error(failure + ": " + reasonOf(reason) + ".");
+    }
+}
+
+void AutomationSkin::put(DISPID property, Variant value) const
+{
+    invoke({property, DISPID_PROPERTYPUT}, CallKind::Put, automation::arguments(std::move(value)));
 }
 
 void AutomationSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view variant)
 {
-    const Variant file(skinFile.native());
-    const Variant variantName(toWide(variant));
-    invoke(*m_control, loadSkinIdentifier, DISPATCH_METHOD, {&file, &variantName},
+    invoke({loadSkinIdentifier}, CallKind::Call,
+           automation::arguments(Variant::ofText(skinFile.native()), Variant::ofText(variant)),
            "Cannot use the skin file \"" + toUtf8(skinFile.native()) + "\"");
 }
 
 std::int32_t AutomationSkin::options() const
 {
-    Variant value;
-    invoke(*m_control, optionsIdentifier, DISPATCH_PROPERTYGET, {}, controlFailed, &value);
-    const HRESULT status = ::VariantChangeType(&value, &value, 0, VT_I4);
-    if (FAILED(status))
-        throw std::runtime_error(controlFailed + ": its options are no whole number.");
-    return value.lVal;
+    Variant value = invoke({optionsIdentifier}, CallKind::Get, {});
+    if (!value.become(VT_I4))
+        throw std::runtime_error("The skinning control failed: its options are not a whole number.");
+    return value.raw().lVal;
 }
 
 void AutomationSkin::setOptions(std::int32_t options)
 {
-    const Variant value(options);
-    invoke(*m_control, optionsIdentifier, DISPATCH_PROPERTYPUT, {&value}, controlFailed);
+    put(optionsIdentifier, Variant::ofInt32(options));
 }
 
 void AutomationSkin::setFlag(int dispatchIdentifier, bool value)
 {
-    const Variant flag(value);
-    invoke(*m_control, dispatchIdentifier, DISPATCH_PROPERTYPUT, {&flag}, controlFailed);
+    put(dispatchIdentifier, Variant::ofBoolean(value));
 }
 
 void AutomationSkin::applyWindow(std::uintptr_t windowHandle)
 {
     // Of a window handle 32 bits count, in a 64-bit program too.
-    const Variant handle(static_cast<std::int32_t>(windowHandle));
-    invoke(*m_control, applyWindowIdentifier, DISPATCH_METHOD, {&handle}, controlFailed);
+    invoke({applyWindowIdentifier}, CallKind::Call,
+           automation::arguments(Variant::ofInt32(static_cast<std::int32_t>(windowHandle))));
 }
 
 } // namespace wagemill

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "app/base/Dispatch.h"
 #include "app/look/Look.h"
 
-#include <memory>
-
-struct IDispatch;
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace wagemill {
 
@@ -12,8 +13,7 @@ namespace wagemill {
 /// loses its skin.
 class AutomationSkin : public SkinningControl {
 public:
-    /// Takes over one reference to the control, which is not null.
-    explicit AutomationSkin(IDispatch* control) : m_control(control) {}
+    explicit AutomationSkin(automation::Dispatch control) : m_control(std::move(control)) {}
 
     void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) override;
     std::int32_t options() const override;
@@ -22,11 +22,12 @@ public:
     void applyWindow(std::uintptr_t windowHandle) override;
 
 private:
-    struct Release {
-        void operator()(IDispatch* object) const;
-    };
+    automation::Variant invoke(const std::vector<DISPID>& ids, automation::CallKind kind,
+                               const automation::Arguments& arguments,
+                               const std::string& failure = "The skinning control failed") const;
+    void put(DISPID property, automation::Variant value) const;
 
-    std::unique_ptr<IDispatch, Release> m_control;
+    automation::Dispatch m_control;
 };
 
 } // namespace wagemill

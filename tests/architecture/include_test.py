@@ -19,7 +19,7 @@ ALLOWED = {
     "workbook/engine/xls": (["app/base", "workbook/engine"], False),
     "workbook/embedded": (["app/base", "drawing", "workbook/engine", "workbook/engine/formula",
                            "workbook/engine/picture", "workbook/engine/xls", "workbook/spreadsheet"], True),
-    "workbook/excel": (["app/base", "workbook/spreadsheet"], False),
+    "workbook/excel": (["app/base", "workbook/engine", "workbook/spreadsheet"], False),
     "workbook/sessions": (["app/base", "workbook/embedded", "workbook/excel", "workbook/spreadsheet"], False),
     "workbook/printing": (["app/base", "drawing", "workbook/engine/picture", "workbook/engine/xls"], False),
     "workbook/summary": (["app/base", "workbook/engine", "workbook/engine/text", "workbook/engine/xls"], False),

@@ -1,9 +1,14 @@
 #include "workbook/excel/Automation.h"
 
+#include "tests/support/FakeDispatch.h"
+
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 using namespace wagemill;
 using namespace wagemill::automation;
+using wagemill::test::FakeDispatch;
 
 namespace {
 
@@ -13,48 +18,10 @@ HRESULT WINAPI describeLater(EXCEPINFO* exception)
     return S_OK;
 }
 
-/// An object whose every member ends as the test wants.
-class Answer final : public IDispatch {
-public:
-    HRESULT nameResult = S_OK;
-    HRESULT callResult = S_OK;
-    EXCEPINFO exception = {};
-    VARIANT value = {};
-    ULONG references = 1;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*wanted*/, void** object) override
-    {
-        *object = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* /*count*/) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** /*info*/) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* /*names*/, UINT /*count*/, LCID /*locale*/,
-                                            DISPID* ids) override
-    {
-        ids[0] = 1;
-        return nameResult;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID /*id*/, REFIID /*reserved*/, LCID /*locale*/, WORD /*kind*/,
-                                     DISPPARAMS* /*parameters*/, VARIANT* result, EXCEPINFO* given,
-                                     UINT* /*argument*/) override
-    {
-        *given = exception;
-        *result = value;
-        return callResult;
-    }
-};
-
-std::string failureOf(Answer& answer)
+std::string failureOf(FakeDispatch& answer)
 {
     try {
-        Object(&answer).call(L"SaveAs");
+        Object(Dispatch(&answer)).call(L"SaveAs");
     } catch (const SpreadsheetError& error) {
         return error.what();
     }
@@ -82,14 +49,14 @@ TEST(AutomationFailure, IsToldInExcelsWordsOrInOnesThatNameTheMember)
          "Excel failed at \"SaveAs\": this version of Excel does not know it."},
         {S_OK, DISP_E_BADINDEX, nullptr, false, 0,
          "Excel failed at \"SaveAs\": there is no item of that number or name."},
-        {S_OK, RPC_E_SERVERCALL_RETRYLATER, nullptr, false, 0,
-         "Excel failed at \"SaveAs\": Excel is busy with something else. Please close any message or dialog that it "
-         "shows."},
+        {S_OK, TYPE_E_INVDATAREAD, nullptr, false, 0,
+         "Excel failed at \"SaveAs\": Excel lacks the language pack of your regional format. Please install it, or "
+         "choose the regional format of Excel's own language in the settings of Windows."},
         {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), S_OK, nullptr, false, 0,
          "Excel failed at \"SaveAs\": Excel has ended, or its process no longer answers."},
     };
     for (const auto& [name, call, description, isDescribedLater, scode, expected] : cases) {
-        Answer answer;
+        FakeDispatch answer;
         answer.nameResult = name;
         answer.callResult = call;
         answer.exception.scode = scode;
@@ -103,12 +70,47 @@ TEST(AutomationFailure, IsToldInExcelsWordsOrInOnesThatNameTheMember)
 TEST(AutomationFailure, HasAWordForEveryNumber)
 {
     for (const HRESULT result : {E_INVALIDARG, static_cast<HRESULT>(0x8FFF1234), HRESULT_FROM_WIN32(ERROR_DISK_FULL)}) {
-        Answer answer;
+        FakeDispatch answer;
         answer.callResult = result;
         const std::string text = failureOf(answer);
         EXPECT_TRUE(text.starts_with("Excel failed at \"SaveAs\": ")) << text;
         EXPECT_GT(text.size(), std::string("Excel failed at \"SaveAs\": .").size() + 4) << text;
     }
+}
+
+/// A call that was turned away has not been made.
+TEST(AutomationCall, IsOfferedAgainWhileItIsTurnedAway)
+{
+    struct {
+        HRESULT turnedAway;
+        int times;
+        std::size_t calls; ///< a name asked for, and the call
+    } const cases[] = {
+        {RPC_E_CALL_REJECTED, 0, 2},         {RPC_E_CALL_REJECTED, 1, 3},
+        {RPC_E_SERVERCALL_RETRYLATER, 4, 6}, {static_cast<HRESULT>(0x800AC472), 2, 4},
+        {RPC_E_DISCONNECTED, 1, 1}, // another failure is final
+    };
+    for (const auto& [turnedAway, times, calls] : cases) {
+        FakeDispatch answer;
+        answer.turnedAway = turnedAway;
+        answer.timesTurnedAway = times;
+        EXPECT_EQ(failureOf(answer) == "no failure", turnedAway != RPC_E_DISCONNECTED);
+        EXPECT_EQ(answer.calls.size(), calls) << std::hex << turnedAway;
+    }
+}
+
+TEST(AutomationCall, FailsOnceAfterTenSecondsAndSaysThatExcelIsBusy)
+{
+    FakeDispatch answer;
+    answer.callResult = DISP_E_EXCEPTION;
+    answer.exception.scode = static_cast<SCODE>(0x800AC472);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(failureOf(answer),
+              "Excel failed at \"SaveAs\": Excel is busy. Please finish what you are doing in Excel, "
+              "close any message or dialog that it shows, and make the workbook again.");
+    const auto time = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(time, std::chrono::seconds(10));
+    EXPECT_LT(time, std::chrono::seconds(11));
 }
 
 TEST(AutomationResult, IsANumberATextOrAnObjectOrSaysThatItIsNot)
@@ -125,7 +127,7 @@ TEST(AutomationResult, IsANumberATextOrAnObjectOrSaysThatItIsNot)
     EXPECT_THROW(int32In(Variant::ofText("many"), L"count"), SpreadsheetError);
     EXPECT_THROW(textIn(std::move(null), L"Name"), SpreadsheetError);
 
-    Answer answer;
+    FakeDispatch answer;
     Variant object;
     object.receive()->vt = VT_DISPATCH;
     EXPECT_FALSE(objectIn(object)); // Nothing

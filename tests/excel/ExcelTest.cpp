@@ -3,12 +3,17 @@
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
 #include "app/base/RandomNumber.h"
+#include "app/look/UserRegion.h"
 #include "resources/CustomResource.h"
 #include "workbook/embedded/EmbeddedApplication.h"
+#include "workbook/excel/ExcelApplication.h"
 #include "workbook/excel/ExcelSession.h"
+
+#include <QLocale>
 
 #include <windows.h>
 
+#include <array>
 #include <chrono>
 #include <fstream>
 #include <string_view>
@@ -79,7 +84,7 @@ std::unique_ptr<Application> ExcelTest::createSession()
     platform::setEnvironmentPath("WAGEMILL_TEST_SERVER",
                                  m_sessions < instructions.size() ? instructions[m_sessions] : "");
     ++m_sessions;
-    return createExcelSession();
+    return createExcelSession(locale);
 }
 
 void ExcelTest::startAnew(std::vector<std::string> told)
@@ -111,7 +116,10 @@ BuildOutcome ExcelTest::buildDirectly(const PayrollData& data)
 {
     RecordedWindows windows;
     const auto createApplication = [this] {
-        return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_engineClipboard, [] { return 1.0; });
+        std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name = {};
+        ::LCIDToLocaleName(locale, name.data(), LOCALE_NAME_MAX_LENGTH, 0);
+        return std::make_unique<EmbeddedApplication>(regionalFormatsOf(QLocale(QString::fromWCharArray(name.data()))),
+                                                     m_engineClipboard, [] { return 1.0; });
     };
     buildPayrollWorkbook(data, windows, services({createApplication, &m_engineClipboard}));
     return std::move(windows.outcome);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -56,6 +57,8 @@ protected:
     /// What reached the Excels, in the form of CallLog.h; of the lines that begin with `kind` what follows it.
     std::vector<std::string> logged(const std::string& kind) const;
 
+    /// The regional format of the user who types, and of the engine.
+    std::uint32_t locale = 0x0409;
     std::vector<std::string> instructions; ///< of the first session, the second and so on; see Instructions.h
     RecordedMessages messages;
 

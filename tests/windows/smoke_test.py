@@ -204,11 +204,11 @@ def works_with_an_automation_server(windows):
     if not os.path.exists(server):
         print("Skipped: there is no automation server beside the tests")
         sys.exit(77)
-    windows.desktop.must_run(server, "/RegServer")
+    windows.desktop.register_automation_server(server)
     try:
         builds_previews_and_saves(windows)
     finally:
-        windows.desktop.run(server, "/UnregServer")
+        windows.desktop.register_automation_server(None)
 
 
 SCENARIOS = {scenario.__name__: scenario for scenario in (

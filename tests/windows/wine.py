@@ -17,6 +17,9 @@ SETTINGS = (
     [(r"HKCU\Control Panel\Desktop", "FontSmoothing", "REG_SZ", "2"),
      (r"HKCU\Control Panel\Desktop", "FontSmoothingType", "REG_DWORD", "2")])
 
+PROGRAM_ID_KEY = r"HKLM\Software\Classes\Excel.Application"
+SERVER_CLASS = "{5D3B1C52-7F0A-4E6E-9A41-2C6B58D017E3}"  # as in tests/excel/server/main.cpp
+
 
 class WineDesktop(Desktop):
     """A desktop whose programs are Windows programs. Its prefix is used by one desktop at a time: others wait."""
@@ -68,6 +71,15 @@ class WineDesktop(Desktop):
         if code:
             raise StepFailed(f"{program} {' '.join(arguments)} ended with {code}: {output}")
         return output
+
+    def register_automation_server(self, program):
+        """The program answers to "Excel.Application" from now on, until this is called with None."""
+        self.run("reg", "delete", PROGRAM_ID_KEY, "/f")
+        if program:
+            for key, value in ((PROGRAM_ID_KEY + r"\CLSID", SERVER_CLASS),
+                               (rf"HKLM\Software\Classes\CLSID\{SERVER_CLASS}\LocalServer32",
+                                "Z:" + os.path.abspath(program).replace("/", "\\"))):
+                self.must_run("reg", "add", key, "/ve", "/d", value, "/f")
 
     def size_of(self, window):
         """Width and height of a window, without its frame."""

@@ -1,6 +1,7 @@
 #include "workbook/excel/ExcelApplication.h"
 
 #include "app/base/NumberText.h"
+#include "workbook/engine/CellAddress.h"
 #include "workbook/excel/ExcelSession.h"
 
 #include <utility>
@@ -65,7 +66,7 @@ public:
         named.push_back({L"Operation", Variant::ofInt32(static_cast<std::int32_t>(operation))});
         named.push_back({L"SkipBlanks", Variant::ofBoolean(skipBlanks)});
         named.push_back({L"Transpose", Variant::ofBoolean(transpose)});
-        m_selection->call(L"PasteSpecial", {}, named);
+        m_selection->call(L"PasteSpecial", {}, std::move(named));
     }
 
 private:
@@ -90,8 +91,9 @@ public:
 
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
     {
-        m_sheet->put(L"Cells", arguments(Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))),
-                     Variant::ofText(text));
+        m_sheet->putTyped(L"Cells", arguments(Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))),
+                          Variant::ofText(text), m_sheet.typingLocale(),
+                          "cell " + engine::addressText({row - 1, column - 1}));
     }
 
 private:
@@ -122,7 +124,7 @@ public:
     {
         NamedArguments named;
         named.push_back({L"FileFormat", Variant::ofInt32(static_cast<std::int32_t>(fileFormat))});
-        m_workbook->call(L"SaveAs", arguments(Variant::ofText(path)), named);
+        m_workbook->call(L"SaveAs", arguments(Variant::ofText(path)), std::move(named));
     }
 
     void Close() override { m_workbook->call(L"Close"); }
@@ -219,7 +221,12 @@ bool isExcelSystem()
 
 std::unique_ptr<Application> createExcelSession()
 {
-    auto references = std::make_shared<ExcelReferences>();
+    return createExcelSession(::GetUserDefaultLCID());
+}
+
+std::unique_ptr<Application> createExcelSession(LCID typingLocale)
+{
+    auto references = std::make_shared<ExcelReferences>(typingLocale);
     auto application = automation::createObject(L"Excel.Application");
     return std::make_unique<ExcelApplication>(ExcelObject(std::move(references), std::move(application)));
 }

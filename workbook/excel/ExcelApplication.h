@@ -24,4 +24,7 @@ private:
     ExcelObject m_application;
 };
 
+/// createExcelSession with the regional format in which Excel reads what is typed into a cell; there it is the user's.
+std::unique_ptr<Application> createExcelSession(LCID typingLocale);
+
 } // namespace wagemill

@@ -1,8 +1,16 @@
 #include "workbook/excel/ExcelReferences.h"
 
+#include "workbook/excel/FailureText.h"
+
 #include <utility>
 
 namespace wagemill {
+
+ExcelReferences::ExcelReferences(LCID locale) : typingLocale(locale)
+{
+    if (FAILED(m_apartment.result()))
+        throw SpreadsheetError(failureText("its start", automation::CallFailure(m_apartment.result())));
+}
 
 ExcelReferences::Key ExcelReferences::add(automation::Object object)
 {

@@ -15,11 +15,16 @@ class ExcelReferences {
 public:
     using Key = std::uint64_t;
 
+    /// Throws SpreadsheetError where this thread cannot call other processes.
+    explicit ExcelReferences(LCID typingLocale);
+
     Key add(automation::Object object);
     void release(Key key) { m_objects.erase(key); }
     void releaseAll() { m_objects.clear(); }
     /// Throws SpreadsheetError once the session has ended.
     const automation::Object& at(Key key) const;
+
+    const LCID typingLocale; ///< of the user who types into the cells
 
 private:
     automation::Apartment m_apartment; // before, and so longer than, everything that calls
@@ -43,6 +48,7 @@ public:
 
     /// The object that a member of this one gave. Throws SpreadsheetError( `whenNothing` ) when it gave none.
     ExcelObject child(const automation::Variant& result, std::string_view whenNothing) const;
+    LCID typingLocale() const { return m_references->typingLocale; }
     /// Releases every reference of the session, this one too.
     void endSession() { m_references->releaseAll(); }
 

@@ -18,7 +18,9 @@ struct Reason {
 constexpr auto undescribedFailure = static_cast<HRESULT>(0x800A03EC);
 
 constexpr std::string_view ended = "Excel has ended, or its process no longer answers";
-constexpr std::string_view busy = "Excel is busy with something else. Please close any message or dialog that it shows";
+constexpr std::string_view busy =
+    "Excel is busy. Please finish what you are doing in Excel, close any message or dialog "
+    "that it shows, and make the workbook again";
 
 /// What the system says of these is meant for programmers.
 constexpr auto reasons = std::to_array<Reason>({
@@ -33,6 +35,8 @@ constexpr auto reasons = std::to_array<Reason>({
     {DISP_E_BADINDEX, "there is no item of that number or name"},
     {DISP_E_EXCEPTION, "Excel gives no reason"},
     {undescribedFailure, "Excel refuses it and gives no reason"},
+    {TYPE_E_INVDATAREAD, "Excel lacks the language pack of your regional format. Please install it, or choose the "
+                         "regional format of Excel's own language in the settings of Windows"},
     {E_FAIL, "Excel gives no reason"},
     {E_UNEXPECTED, "Excel gives no reason"},
     {E_OUTOFMEMORY, "there is not enough memory"},
@@ -51,42 +55,26 @@ constexpr auto reasons = std::to_array<Reason>({
     {RPC_E_SERVER_DIED_DNE, ended},
     {RPC_E_SERVERFAULT, ended},
     {CO_E_OBJNOTCONNECTED, ended},
-    {RPC_E_CALL_REJECTED, busy},
     {RPC_E_SERVERCALL_REJECTED, busy},
-    {RPC_E_SERVERCALL_RETRYLATER, busy},
     {RPC_E_CANTCALLOUT_ININPUTSYNCCALL, busy},
 });
 
 std::string reasonOf(HRESULT result)
 {
+    if (isTurnedAway(result))
+        return std::string(busy);
     const auto known = std::ranges::find(reasons, result, &Reason::result);
     return known == reasons.end() ? systemErrorText(static_cast<unsigned long>(result)) : std::string(known->text);
 }
 
-std::string descriptionIn(const EXCEPINFO& exception)
-{
-    if (exception.bstrDescription == nullptr)
-        return {};
-    return toUtf8({exception.bstrDescription, ::SysStringLen(exception.bstrDescription)});
-}
-
 } // namespace
 
-std::string failureText(std::string_view member, HRESULT result)
+std::string failureText(std::string_view place, const CallFailure& failure)
 {
-    return "Excel failed at \"" + std::string(member) + "\": " + reasonOf(result) + ".";
-}
-
-std::string failureText(std::string_view member, HRESULT result, EXCEPINFO& exception)
-{
-    if (result != DISP_E_EXCEPTION)
-        return failureText(member, result);
-    if (exception.pfnDeferredFillIn != nullptr)
-        exception.pfnDeferredFillIn(&exception);
-    const std::string description = descriptionIn(exception);
-    if (!description.empty())
-        return description;
-    return failureText(member, FAILED(exception.scode) ? exception.scode : result);
+    const std::string_view description = failure.what();
+    if (!description.empty() && !isTurnedAway(failure.result))
+        return std::string(description);
+    return "Excel failed at " + std::string(place) + ": " + reasonOf(failure.result) + ".";
 }
 
 } // namespace wagemill::automation

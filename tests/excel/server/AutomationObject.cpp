@@ -13,6 +13,9 @@ namespace {
 /// Numbers of members count from 1; those of a named argument are this and its position.
 constexpr DISPID firstArgumentId = 1000;
 
+/// The language of names and numbers.
+constexpr LCID english = 0x0409;
+
 bool isSameName(const std::string& one, const std::string& other)
 {
     return std::ranges::equal(
@@ -58,14 +61,14 @@ std::string kindText(WORD kind)
     }
 }
 
-/// The call as the log writes it; named arguments come first in DISPPARAMS, the others from the last to the first.
+/// The call as the log writes it; DISPPARAMS holds all from the last to the first, the named ones first.
 std::string callText(const Member& member, WORD kind, const DISPPARAMS& parameters)
 {
     std::vector<std::string> values;
     for (UINT index = parameters.cArgs; index-- > parameters.cNamedArgs;)
         values.push_back(argumentText(parameters.rgvarg[index]));
     std::string put;
-    for (UINT index = 0; index < parameters.cNamedArgs; ++index) {
+    for (UINT index = parameters.cNamedArgs; index-- > 0;) {
         const DISPID name = parameters.rgdispidNamedArgs[index];
         const std::string value = argumentText(parameters.rgvarg[index]);
         if (name == DISPID_PROPERTYPUT)
@@ -185,11 +188,13 @@ HRESULT AutomationObject::GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo
     return E_NOTIMPL;
 }
 
-HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UINT count, LCID /*locale*/, DISPID* ids)
+HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UINT count, LCID locale, DISPID* ids)
 {
+    if (locale != english)
+        return TYPE_E_INVDATAREAD; // as where its language is not installed
     std::fill_n(ids, count, DISPID_UNKNOWN);
     const std::string name = toUtf8(std::wstring_view(names[0]));
-    m_server.log.add("name " + m_className + "." + name);
+    m_server.log << "name " << m_className << "." << name << std::endl;
     const auto member =
         std::ranges::find_if(m_members, [&](const Member& each) { return isSameName(each.name, name); });
     if (member == m_members.end() || m_server.instructions.unknown.contains(member->name))
@@ -197,7 +202,7 @@ HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UI
     ids[0] = static_cast<DISPID>(member - m_members.begin()) + 1;
     for (UINT index = 1; index < count; ++index) {
         const std::string argument = toUtf8(std::wstring_view(names[index]));
-        m_server.log.add("name " + m_className + "." + name + " " + argument);
+        m_server.log << "name " << m_className << "." << name << " " << argument << std::endl;
         const auto& known = member->argumentNames;
         const auto found = std::ranges::find_if(known, [&](const auto& each) { return isSameName(each, argument); });
         if (found == known.end())
@@ -211,12 +216,12 @@ HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UI
 HRESULT AutomationObject::refusal(const Member& member, EXCEPINFO* exception)
 {
     const Instructions& wanted = m_server.instructions;
-    ::Sleep(static_cast<DWORD>(wanted.delay.count()));
+    ::Sleep(static_cast<DWORD>(wanted.delay));
+    if (wanted.asking.contains(member.name))
+        ::MessageBoxW(nullptr, L"Save in the older format?", L"Test question", MB_YESNO);
     const int call = ++m_server.calls;
     if (call == wanted.deadlyCall)
         ::TerminateProcess(::GetCurrentProcess(), 1);
-    if (wanted.busy.contains(member.name))
-        return RPC_E_SERVERCALL_RETRYLATER;
     if (call != wanted.failingCall && !wanted.refused.contains(member.name))
         return S_OK;
     return fail(exception, wanted.describesFailures ? "The test wants this call to fail." : "");
@@ -239,16 +244,20 @@ HRESULT AutomationObject::run(const Member& member, const CallArguments& argumen
     return S_OK;
 }
 
-HRESULT AutomationObject::Invoke(DISPID id, REFIID /*reserved*/, LCID /*locale*/, WORD kind, DISPPARAMS* parameters,
+HRESULT AutomationObject::Invoke(DISPID id, REFIID /*reserved*/, LCID locale, WORD kind, DISPPARAMS* parameters,
                                  VARIANT* result, EXCEPINFO* exception, UINT* /*badArgument*/)
 {
     const auto index = static_cast<std::size_t>(id) - 1;
     if (index >= m_members.size())
         return DISP_E_MEMBERNOTFOUND;
     const Member& member = m_members[index];
-    m_server.log.add("call " + m_className + "." + callText(member, kind, *parameters));
+    m_server.log << "call " << m_className << "." << callText(member, kind, *parameters)
+                 << std::endl; // at once: it may die
     if ((member.kinds & kind) == 0)
         return DISP_E_MEMBERNOTFOUND;
+    const bool isTyped = kind == DISPATCH_PROPERTYPUT && parameters->rgvarg[0].vt == VT_BSTR;
+    if (locale != (isTyped ? std::stoul(m_server.instructions.region, nullptr, 16) : english))
+        return TYPE_E_INVDATAREAD;
     if (const HRESULT refused = refusal(member, exception); refused != S_OK)
         return refused;
     try {

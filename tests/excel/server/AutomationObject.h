@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tests/excel/server/CallLog.h"
 #include "tests/excel/server/Instructions.h"
 
 #include <cstdint>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
@@ -19,7 +19,12 @@ namespace wagemill::test {
 /// What all objects of one served application share.
 struct Server {
     Instructions instructions;
-    CallLog log;
+    /// Receives everything that is asked, a line each; several servers one after the other add to one file:
+    ///   name Worksheet.Cells                                       a member was asked for
+    ///   name Selection.PasteSpecial Paste                          an argument of it was
+    ///   call Worksheet.Cells put(I2 4, I2 7) = TEXT 7.65%          get, put, call, or item: get with arguments
+    ///   call Selection.PasteSpecial call(Paste:=I4 -4104, ...)
+    std::ofstream log;
     int calls = 0;   ///< made so far
     int objects = 0; ///< that somebody refers to
 };

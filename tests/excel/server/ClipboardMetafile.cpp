@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <memory>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -68,24 +69,46 @@ Metafile metafileOf(const Bitmap& bitmap)
     return Metafile(::CloseEnhMetaFile(drawing));
 }
 
-/// The clipboard needs a window as its owner to take something from us.
-HWND clipboardOwner()
+std::vector<std::byte> copiedFile;
+
+/// The clipboard is open: by us, or by whoever fetches what is on it.
+void putCopiedFile()
 {
-    static const HWND window =
+    Metafile metafile = metafileOf(Bitmap(copiedFile));
+    if (::SetClipboardData(CF_ENHMETAFILE, metafile.get()) != nullptr)
+        std::ignore = metafile.release(); // the clipboard's from now on
+}
+
+LRESULT CALLBACK receive(HWND window, UINT message, WPARAM word, LPARAM longWord)
+{
+    if (message != WM_RENDERFORMAT)
+        return ::DefWindowProcW(window, message, word, longWord);
+    ::Sleep(100); // as long as drawing a large sheet
+    putCopiedFile();
+    return 0;
+}
+
+HWND makeClipboardOwner()
+{
+    const HWND window =
         ::CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&receive));
     return window;
 }
 
 } // namespace
 
-void copyAsMetafile(std::span<const std::byte> bitmapFile)
+void copyAsMetafile(std::vector<std::byte> bitmapFile, bool drawsLate)
 {
-    Metafile metafile = metafileOf(Bitmap(bitmapFile));
-    if (!::OpenClipboard(clipboardOwner()))
+    static const HWND owner = makeClipboardOwner();
+    if (!::OpenClipboard(owner))
         throw SpreadsheetError("CopyPicture failed: another program holds the clipboard.");
     ::EmptyClipboard();
-    if (::SetClipboardData(CF_ENHMETAFILE, metafile.get()) != nullptr)
-        std::ignore = metafile.release(); // the clipboard's from now on
+    copiedFile = std::move(bitmapFile);
+    if (drawsLate)
+        ::SetClipboardData(CF_ENHMETAFILE, nullptr);
+    else
+        putCopiedFile();
     ::CloseClipboard();
 }
 

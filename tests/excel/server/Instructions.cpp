@@ -11,24 +11,44 @@ namespace {
 
 using Setter = std::function<void(Instructions&, const std::string&)>;
 
-Setter addTo(std::set<std::string> Instructions::*members)
+Setter to(int Instructions::*number)
 {
-    return [members](Instructions& to, const std::string& member) { (to.*members).insert(member); };
+    return [number](Instructions& all, const std::string& value) { all.*number = std::stoi(value); };
+}
+
+Setter to(std::string Instructions::*text)
+{
+    return [text](Instructions& all, const std::string& value) { all.*text = value; };
+}
+
+Setter to(std::set<std::string> Instructions::*members)
+{
+    return [members](Instructions& all, const std::string& value) { (all.*members).insert(value); };
+}
+
+Setter to(bool Instructions::*flag, bool value)
+{
+    return [flag, value](Instructions& all, const std::string&) { all.*flag = value; };
 }
 
 const std::map<std::string, Setter>& setters()
 {
     static const std::map<std::string, Setter> all = {
-        {"fail", [](Instructions& to, const std::string& call) { to.failingCall = std::stoi(call); }},
-        {"die", [](Instructions& to, const std::string& call) { to.deadlyCall = std::stoi(call); }},
-        {"slow",
-         [](Instructions& to, const std::string& time) { to.delay = std::chrono::milliseconds(std::stoi(time)); }},
-        {"version", [](Instructions& to, const std::string& version) { to.version = version; }},
-        {"refuse", addTo(&Instructions::refused)},
-        {"unknown", addTo(&Instructions::unknown)},
-        {"busy", addTo(&Instructions::busy)},
-        {"nothing", addTo(&Instructions::nothing)},
-        {"silent", [](Instructions& to, const std::string&) { to.describesFailures = false; }},
+        {"fail", to(&Instructions::failingCall)},
+        {"die", to(&Instructions::deadlyCall)},
+        {"slow", to(&Instructions::delay)},
+        {"start", to(&Instructions::startTime)},
+        {"version", to(&Instructions::version)},
+        {"region", to(&Instructions::region)},
+        {"refuse", to(&Instructions::refused)},
+        {"unknown", to(&Instructions::unknown)},
+        {"ask", to(&Instructions::asking)},
+        {"nothing", to(&Instructions::nothing)},
+        {"busy", to(&Instructions::busyCall)},
+        {"busyfor", to(&Instructions::busyTime)},
+        {"hold", to(&Instructions::holdTime)},
+        {"late", to(&Instructions::drawsLate, true)},
+        {"silent", to(&Instructions::describesFailures, false)},
     };
     return all;
 }

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+/// Late-bound calls on automation objects. Built on Windows alone.
+/// https://learn.microsoft.com/windows/win32/api/oaidl/nn-oaidl-idispatch
+namespace wagemill::automation {
+
+/// A VARIANT that clears itself; empty at first.
+class Variant {
+public:
+    Variant() = default;
+    Variant(Variant&& other) noexcept;
+    Variant& operator=(Variant&& other) noexcept;
+    Variant(const Variant&) = delete;
+    Variant& operator=(const Variant&) = delete;
+    ~Variant();
+
+    static Variant ofInt16(std::int16_t number);     ///< VT_I2
+    static Variant ofInt32(std::int32_t number);     ///< VT_I4
+    static Variant ofBoolean(bool value);            ///< VT_BOOL
+    static Variant ofText(std::string_view utf8);    ///< VT_BSTR
+    static Variant ofText(const std::wstring& text); ///< VT_BSTR
+    static Variant omitted();                        ///< VT_ERROR DISP_E_PARAMNOTFOUND: an argument that is not given
+
+    const VARIANT& raw() const { return m_value; }
+    /// Where a call puts its result; what was there is cleared.
+    VARIANT* receive();
+    /// Converts the value in place; false when that cannot be. Nothing at all is not a value of any type.
+    bool become(VARTYPE type);
+
+private:
+    VARIANT m_value = {};
+};
+
+using Arguments = std::vector<Variant>;
+
+/// Arguments as a list; a list in braces would copy them.
+template <typename... Values>
+Arguments arguments(Values... values)
+{
+    Arguments list;
+    list.reserve(sizeof...(values));
+    (list.push_back(std::move(values)), ...);
+    return list;
+}
+
+/// A call that failed; what() is the object's own description, empty where it gave none.
+class CallFailure : public std::runtime_error {
+public:
+    explicit CallFailure(HRESULT number, const std::string& description = {})
+        : std::runtime_error(description), result(number)
+    {
+    }
+
+    HRESULT result; ///< where the object describes its failure: the number that it gives there, if any
+};
+
+/// The number of a call that the object's process turned away, being busy for a moment.
+bool isTurnedAway(HRESULT result);
+
+enum class CallKind : WORD {
+    Get = DISPATCH_PROPERTYGET,
+    GetItem =
+        DISPATCH_PROPERTYGET | DISPATCH_METHOD, // an item of a collection is a property to some, a method to others
+    Call = DISPATCH_METHOD,
+    Put = DISPATCH_PROPERTYPUT,
+};
+
+/// The language of names and numbers, whatever the user's.
+inline constexpr LCID englishUnitedStates = 0x0409;
+
+/// A counted reference to an automation object. A call that is turned away has not been made: it is offered again for
+/// ten seconds, and no window event runs meanwhile. What fails throws CallFailure.
+class Dispatch {
+public:
+    /// Takes over the reference, which is not null.
+    explicit Dispatch(IDispatch* reference) : m_reference(reference) {}
+    /// A new object of the class, such as "Scripting.FileSystemObject".
+    Dispatch(const wchar_t* programId, DWORD context);
+    Dispatch(Dispatch&& other) noexcept : m_reference(std::exchange(other.m_reference, nullptr)) {}
+    Dispatch& operator=(Dispatch&&) = delete;
+    Dispatch(const Dispatch&) = delete;
+    Dispatch& operator=(const Dispatch&) = delete;
+    ~Dispatch();
+
+    /// The identifiers of a member and, after it, of its named arguments.
+    std::vector<DISPID> identifiers(std::vector<std::wstring> names) const;
+    /// ids        the member; then the names of the last arguments, DISPID_PROPERTYPUT for the value that is put
+    /// arguments  in the order in which they are written down
+    /// locale     how texts among the arguments are read
+    Variant invoke(const std::vector<DISPID>& ids, CallKind kind, const Arguments& arguments = {},
+                   LCID locale = englishUnitedStates) const;
+
+private:
+    IDispatch* m_reference;
+};
+
+/// COM for as long as this lives, on this thread; harmless where the window system has initialised it already.
+class Apartment {
+public:
+    Apartment() : m_result(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+    ~Apartment();
+
+    /// S_OK or another success when this thread can call objects.
+    HRESULT result() const { return m_result == RPC_E_CHANGED_MODE ? S_OK : m_result; }
+
+private:
+    HRESULT m_result;
+};
+
+} // namespace wagemill::automation
