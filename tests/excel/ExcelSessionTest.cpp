@@ -3,6 +3,8 @@
 
 #include "workbook/excel/ExcelSession.h"
 
+#include <thread>
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -93,6 +95,45 @@ TEST_F(ExcelSessionTest, LetsNoWindowEventRunDuringACall)
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
         ::DispatchMessageW(&message);
     EXPECT_EQ(CountingWindow::events(), 2);
+}
+
+HWND shownWindow(const wchar_t* title)
+{
+    for (int attempt = 0; attempt < 300; ++attempt, ::Sleep(100))
+        if (const HWND window = ::FindWindowW(nullptr, title); window != nullptr && ::IsWindowVisible(window))
+            return window;
+    return nullptr;
+}
+
+void answer(HWND box, int button)
+{
+    ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+}
+
+/// Excel asks something that is behind other windows: after 20 seconds the user is led there.
+TEST_F(ExcelSessionTest, OffersToBringAnExcelToTheFrontThatDoesNotAnswer)
+{
+    startAnew({"ask=Version", "ask=Version"});
+    for (const bool isBroughtToTheFront : {true, false}) {
+        bool wasInFront = false;
+        bool isGone = false;
+        std::jthread user([&] {
+            const HWND excelsQuestion = shownWindow(L"Test question");
+            const HWND offer = shownWindow(L"Wagemill");
+            if (isBroughtToTheFront)
+                answer(offer, IDYES);
+            ::Sleep(1000);
+            wasInFront = ::GetForegroundWindow() == excelsQuestion;
+            answer(excelsQuestion, IDYES);
+            ::Sleep(1000);
+            isGone = !::IsWindow(offer);
+        });
+        const auto session = createSession();
+        EXPECT_EQ(session->Version(), "16.0");
+        user.join();
+        EXPECT_EQ(wasInFront, isBroughtToTheFront);
+        EXPECT_TRUE(isGone);
+    }
 }
 
 TEST_F(ExcelSessionTest, FiltersTheCallsOfItsThreadForAsLongAsOneSessionLives)

@@ -49,7 +49,7 @@ int excelProcesses()
     PROCESSENTRY32W process = {};
     process.dwSize = sizeof process;
     for (BOOL more = ::Process32FirstW(snapshot, &process); more; more = ::Process32NextW(snapshot, &process))
-        count += std::wstring_view(process.szExeFile) == L"automation_server.exe" ? 1 : 0;
+        count += std::wstring_view(process.szExeFile) == L"excel.exe" ? 1 : 0;
     ::CloseHandle(snapshot);
     return count;
 }

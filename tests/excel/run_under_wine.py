@@ -20,7 +20,7 @@ PATIENCE = 900  # seconds for all tests
 def run_tests(folder, arguments):
     """One desktop for everything: Wine's own processes do not outlive the display that they were started on."""
     with WineDesktop(os.path.join(folder, "wine")) as desktop:
-        desktop.register_automation_server(os.path.join(folder, "server", "automation_server.exe"))
+        desktop.register_automation_server(os.path.join(folder, "server", "excel.exe"))
         command = ["wine", os.path.join(folder, "excel_test.exe"), *arguments]
         return subprocess.run(command, env=desktop.environment, timeout=PATIENCE, check=False).returncode == 0
 

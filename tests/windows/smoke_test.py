@@ -2,7 +2,7 @@
 """Drives the Windows program under Wine by real keys and clicks: smoke_test.py FOLDER PROGRAM TOOLS SCENARIO
 
 FOLDER  where the Wine prefix is, and where the pictures of the screen are left
-TOOLS   the folder of clipboard_text.exe; automation_server.exe is looked for beside it in excel/server
+TOOLS   the folder of clipboard_text.exe; excel.exe is looked for beside it in excel/server
 Ends with 0 when everything happened, 77 when something it needs is missing, and 1 with a reason otherwise.
 """
 import glob
@@ -200,7 +200,7 @@ def works_without_excel_where_told_to(windows):
 
 
 def works_with_an_automation_server(windows):
-    server = os.path.join(windows.tools, "..", "excel", "server", "automation_server.exe")
+    server = os.path.join(windows.tools, "..", "excel", "server", "excel.exe")
     if not os.path.exists(server):
         print("Skipped: there is no automation server beside the tests")
         sys.exit(77)

@@ -1,6 +1,7 @@
 #include "workbook/excel/Automation.h"
 
 #include "app/base/WindowsText.h"
+#include "workbook/excel/CallWatch.h"
 #include "workbook/excel/FailureText.h"
 
 #include <utility>
@@ -18,6 +19,7 @@ std::string quoted(const wchar_t* member)
 template <typename Work>
 auto namingThePlace(const std::string& place, Work&& work)
 {
+    const CallWatch::Call call;
     try {
         return work();
     } catch (const CallFailure& failure) {

@@ -46,6 +46,7 @@ struct CallFilter::Previous {
 CallFilter::CallFilter() : m_previous(std::make_unique<Previous>())
 {
     static NoEventsWhileWaiting filter;
+    ::DisableProcessWindowsGhosting(); // no "(Not Responding)" in the title of a window that waits
     // Refused on a thread that waits without a message loop: there are no events to hold back there.
     ::CoRegisterMessageFilter(&filter, &m_previous->filter);
 }

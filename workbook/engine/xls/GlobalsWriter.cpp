@@ -105,6 +105,7 @@ public:
             {record::definedName, &Writer::writeNames},
             {record::recalculationId, &Writer::writeRecalculationId},
             {record::sharedStrings, &Writer::writeStrings},
+            {0x088C, nullptr, "\x8C\x08\0\0\0\0\0\0\0\0\0\0\1\0\0\0"sv}, // COMPAT12: Excel saves without checking
             {record::eof, &Writer::writeEnd},
         });
         writeSteps<Writer>(*this, steps, m_carried, m_target);
