@@ -1,173 +1,185 @@
 #include "entry/DatePicker.h"
 
-#include "app/base/DateText.h"
+#include "entry/Bubble.h"
+#include "entry/CalendarPopup.h"
 
-#include <QCalendarWidget>
 #include <QKeyEvent>
-#include <QMouseEvent>
-#include <QSignalBlocker>
-#include <QTextCharFormat>
-#include <QWheelEvent>
+#include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace wagemill {
 
 namespace {
 
-bool isDigit(const QString& typed)
+constexpr int charactersQuoted = 40; ///< of a text that is not a date
+
+constexpr struct {
+    Qt::Key key;
+    int days;
+    int months;
+} steps[] = {{Qt::Key_Up, 1, 0}, {Qt::Key_Down, -1, 0}, {Qt::Key_PageUp, 0, 1}, {Qt::Key_PageDown, 0, -1}};
+
+QDate toQDate(CalendarDate date)
 {
-    return typed.size() == 1 && typed[0].isDigit();
+    return {date.year, date.month, date.day};
 }
 
-/// The keys that stand between the parts of a date, whichever one the user's form has.
-bool isSeparator(const QString& typed)
+CalendarDate toCalendarDate(QDate date)
 {
-    return typed.size() == 1 && QStringLiteral("/-. ").contains(typed);
+    return {date.year(), date.month(), date.day()};
 }
 
-/// Weekends in the text's own colour; the red of the calendar is hard to read on most grounds.
-void calmCalendarColors(QCalendarWidget& calendar)
+QToolButton* calendarButton(QWidget* field)
 {
-    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday})
-        calendar.setWeekdayTextFormat(day, QTextCharFormat());
-}
-
-/// What a screen reader says of the parts of the calendar; their names are those that Qt gives them.
-void nameCalendarControls(QCalendarWidget& calendar)
-{
-    calendar.setAccessibleName(QStringLiteral("Calendar"));
-    const std::pair<const char*, const char*> names[] = {{"qt_calendar_calendarview", "Days of the month"},
-                                                         {"qt_calendar_prevmonth", "Previous month"},
-                                                         {"qt_calendar_nextmonth", "Next month"},
-                                                         {"qt_calendar_monthbutton", "Month"},
-                                                         {"qt_calendar_yearbutton", "Year"},
-                                                         {"qt_calendar_yearedit", "Year"}};
-    for (const auto& [control, name] : names)
-        if (auto* const found = calendar.findChild<QWidget*>(QString::fromLatin1(control)))
-            found->setAccessibleName(QString::fromLatin1(name));
+    auto* const button = new QToolButton(field);
+    button->setObjectName(QStringLiteral("calendarButton"));
+    button->setArrowType(Qt::DownArrow);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::NoFocus); // a click goes to the field, as the keys do
+    button->setCursor(Qt::ArrowCursor);
+    button->setAccessibleName(QStringLiteral("Open the calendar"));
+    button->setToolTip(QStringLiteral("Calendar (F4)"));
+    return button;
 }
 
 } // namespace
 
-DatePicker::DatePicker(QDate date, RegionalFormats formats, QWidget* parent)
-    : QDateEdit(date, parent), m_formats(std::move(formats))
+DatePicker::DatePicker(RegionalFormats formats, std::function<CalendarDate()> today, QWidget* parent)
+    : EntryField(parent), m_formats(std::move(formats)), m_today(std::move(today)), m_button(calendarButton(this))
 {
-    setMinimumDate({1601, 1, 1});    // as the Windows picker
-    setFocusPolicy(Qt::StrongFocus); // the wheel neither takes the focus from a field nor changes what is passed over
-    setDisplayFormat(QString::fromStdString(m_formats.shortDatePattern));
-    setCalendarPopup(true);
-    m_shown = this->date();
-    connect(this, &QDateEdit::dateChanged, this, &DatePicker::rememberChange);
+    refillDate(m_today());
+    setLeaveCheck([this] {
+        takeTypedText();
+        return true;
+    });
+    connect(this, &QLineEdit::textChanged, this, &DatePicker::readWhileTyping);
+    connect(m_button, &QToolButton::clicked, this, &DatePicker::openCalendar);
 }
 
-void DatePicker::refillDate(QDate date)
+void DatePicker::refillDate(CalendarDate date)
 {
-    const QSignalBlocker blocker(this);
-    setDate(date);
-    m_shown = this->date();
+    m_date = m_settled = date;
+    refillText(shown(date));
 }
 
-void DatePicker::replaceDate(QDate date)
+void DatePicker::replaceDate(CalendarDate date)
 {
-    const QSignalBlocker blocker(this);
-    setDate(date);
-    rememberChange();
+    m_date = m_settled = date;
+    replaceText(shown(date));
+    if (m_bubble != nullptr)
+        m_bubble->withdraw();
 }
 
-bool DatePicker::focusNextPrevChild(bool next)
+void DatePicker::takeTypedText()
 {
-    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call): the parent's stops at each part
+    const QString typed = text();
+    if (typed == shown(m_date) && m_date == m_settled)
+        return; // nothing was typed since
+    const auto date = typedDate();
+    pick(date.value_or(m_settled));
+    if (!date)
+        refuse(typed);
+}
+
+QString DatePicker::shown(CalendarDate date) const
+{
+    return QString::fromStdString(shortDateText(date, m_formats));
+}
+
+std::optional<CalendarDate> DatePicker::typedDate() const
+{
+    return readTypedDate(text().toStdString(), m_formats, m_today());
+}
+
+void DatePicker::readWhileTyping()
+{
+    if (m_bubble != nullptr)
+        m_bubble->withdraw();
+    if (!hasFocus()) { // dropped, or put in by an accessibility client: nobody is going to leave the field
+        takeTypedText();
+        return;
+    }
+    const auto date = typedDate();
+    if (!date || !isTypedToItsEnd(text().toStdString(), m_formats))
+        return;
+    if (cursorPosition() == text().size()) // a change in the middle may go on: "31" becomes "4" before it is "45"
+        m_settled = *date;
+    if (std::exchange(m_date, *date) != *date)
+        emit dateChanged();
+}
+
+void DatePicker::pick(CalendarDate date)
+{
+    const bool changes = date != m_date;
+    replaceDate(date);
+    if (changes)
+        emit dateChanged();
+}
+
+void DatePicker::refuse(const QString& typed)
+{
+    if (m_bubble == nullptr)
+        m_bubble = new Bubble(*this);
+    const QString quoted =
+        fontMetrics().elidedText(typed, Qt::ElideMiddle, fontMetrics().averageCharWidth() * charactersQuoted);
+    m_bubble->say(
+        QStringLiteral("\"%1\" could not be read as a date. Type %2, for example %3. The date is still %4.")
+            .arg(quoted, QString::fromStdString(dateOrder(m_formats)), shown({m_today().year, 12, 31}), shown(m_date)));
+}
+
+void DatePicker::step(int days, int months)
+{
+    const bool isDate = typedDate().has_value();
+    takeTypedText();
+    const CalendarDate date = toCalendarDate(toQDate(m_date).addDays(days).addMonths(months));
+    if (isDate && date >= firstPickedDate && date <= lastPickedDate)
+        pick(date);
+    selectAll();
+}
+
+void DatePicker::openCalendar()
+{
+    // It looks for its arrows in hundreds of places on the disk, which would make every start of the program wait.
+    if (m_calendar == nullptr) {
+        m_calendar = new CalendarPopup(this);
+        m_calendar->setDateRange(toQDate(firstPickedDate), toQDate(lastPickedDate));
+        connect(m_calendar, &CalendarPopup::picked, this, [this](QDate date) {
+            pick(toCalendarDate(date));
+            selectAll();
+        });
+    }
+    m_calendar->openAt(toQDate(typedDate().value_or(m_date)));
 }
 
 void DatePicker::keyPressEvent(QKeyEvent* event)
 {
-    if (event->matches(QKeySequence::Undo)) {
-        undo();
-        return;
-    }
-    m_isTyping = isDigit(event->text()) || isSeparator(event->text());
-    m_stepIsOpen = m_stepIsOpen && m_isTyping;
-    takeTypedKey(event);
-    m_isTyping = false;
-}
-
-void DatePicker::takeTypedKey(QKeyEvent* event)
-{
-    if (isSeparator(event->text())) {
-        m_typed += event->text();
-        if (!std::exchange(m_partWasCompleted, false))
-            goToNextPart();
-        return;
-    }
-    const int part = currentSectionIndex();
-    QDateEdit::keyPressEvent(event);
-    m_partWasCompleted = currentSectionIndex() > part && isDigit(event->text());
-    m_typed = isDigit(event->text()) ? m_typed + event->text() : QString();
-    takeWholeDate();
-}
-
-void DatePicker::rememberChange()
-{
-    const QDate before = std::exchange(m_shown, date());
-    if (before == m_shown)
-        return;
-    if (!m_stepIsOpen || !m_isTyping)
-        m_earlier.push_back(before);
-    m_stepIsOpen = m_isTyping;
-}
-
-void DatePicker::undo()
-{
-    m_typed.clear();
-    m_stepIsOpen = false;
-    if (m_earlier.empty())
-        return;
-    m_shown = m_earlier.back(); // nothing to remember
-    m_earlier.pop_back();
-    setDate(m_shown);
-}
-
-void DatePicker::takeWholeDate()
-{
-    const auto typed = readShortDate(m_typed.toStdString(), m_formats);
-    if (!typed || !m_typed.endsWith(QString::number(typed->year))) // "1/5/20" may go on
-        return;
-    m_typed.clear();
-    if (const QDate date(typed->year, typed->month, typed->day); date >= minimumDate() && date <= maximumDate())
-        setDate(date); // one out of range would become the nearest in it
-}
-
-void DatePicker::focusInEvent(QFocusEvent* event)
-{
-    QDateEdit::focusInEvent(event);
-    m_typed.clear();
-    m_stepIsOpen = false;
-}
-
-void DatePicker::goToNextPart()
-{
-    if (currentSectionIndex() + 1 < sectionCount())
-        setSelectedSection(sectionAt(currentSectionIndex() + 1));
-}
-
-void DatePicker::mousePressEvent(QMouseEvent* event)
-{
-    // The calendar is made here, at the first click: it looks for its arrows in hundreds of places on the disk, which
-    // would make every start of the program wait.
-    if (!std::exchange(m_calendarIsMade, true)) {
-        nameCalendarControls(*calendarWidget());
-        calmCalendarColors(*calendarWidget());
-    }
-    QDateEdit::mousePressEvent(event);
-}
-
-void DatePicker::wheelEvent(QWheelEvent* event)
-{
-    if (hasFocus())
-        QDateEdit::wheelEvent(event);
+    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    const auto* const stepped = std::ranges::find(steps, event->key(), [](const auto& step) { return int{step.key}; });
+    if ((event->key() == Qt::Key_F4 && modifiers == Qt::NoModifier) ||
+        (event->key() == Qt::Key_Down && modifiers == Qt::AltModifier))
+        openCalendar();
+    else if (stepped != std::end(steps) && modifiers == Qt::NoModifier)
+        step(stepped->days, stepped->months);
     else
-        event->ignore();
+        EntryField::keyPressEvent(event);
+}
+
+void DatePicker::focusOutEvent(QFocusEvent* event)
+{
+    if (event->reason() != Qt::PopupFocusReason)
+        takeTypedText();
+    EntryField::focusOutEvent(event);
+}
+
+void DatePicker::resizeEvent(QResizeEvent* event)
+{
+    EntryField::resizeEvent(event);
+    QRect place = rect().adjusted(2, 2, -2, -2);
+    place.setLeft(place.right() - place.height() + 1);
+    m_button->setGeometry(place);
+    setTextMargins(0, 0, place.width(), 0);
 }
 
 } // namespace wagemill

@@ -1,50 +1,61 @@
 #pragma once
 
-#include "app/base/RegionalFormats.h"
+#include "app/base/DateText.h"
+#include "entry/EntryField.h"
 
-#include <QDateEdit>
+#include <functional>
+#include <optional>
 
-#include <vector>
+class QToolButton;
 
 namespace wagemill {
 
-/// A date field that is one stop of the tab key; its parts are reached by the arrow keys and by typing what stands
-/// between them. A whole date that is typed, up to its year of four digits, is taken as it stands: part by part, the
-/// 31st would be refused while a shorter month is shown. The mouse wheel turns it only while it has the focus. Undo
-/// brings earlier dates back; what is typed in one go is one step.
-class DatePicker : public QDateEdit {
+class Bubble;
+class CalendarPopup;
+
+/// A field that holds a date: typed, stepped by the arrow and page keys, or picked from a calendar. A typed text is
+/// read as a whole when the field is left, and at once where it needs no further digit. One that is not a date changes
+/// nothing: the field shows its date again, and a bubble says what could not be read. Undo works on texts, as in every
+/// field.
+class DatePicker : public EntryField {
     Q_OBJECT
 
 public:
-    DatePicker(QDate date, RegionalFormats formats, QWidget* parent = nullptr);
+    /// today  the clock, which two digits of a year are measured from
+    DatePicker(RegionalFormats formats, std::function<CalendarDate()> today, QWidget* parent = nullptr);
 
+    CalendarDate date() const { return m_date; }
     /// Shows a date without a signal, as it was left in an earlier run: there is nothing to undo.
-    void refillDate(QDate date);
+    void refillDate(CalendarDate date);
     /// Replaces the date without a signal, so that undo brings the earlier one back.
-    void replaceDate(QDate date);
+    void replaceDate(CalendarDate date);
+    /// Reads what is in the field, as leaving it does.
+    void takeTypedText();
+
+signals:
+    void dateChanged();
 
 protected:
-    bool focusNextPrevChild(bool next) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void goToNextPart();
-    void takeTypedKey(QKeyEvent* event);
-    void takeWholeDate();
-    void rememberChange();
-    void undo();
+    QString shown(CalendarDate date) const;
+    std::optional<CalendarDate> typedDate() const;
+    void readWhileTyping();
+    void pick(CalendarDate date);
+    void step(int days, int months);
+    void refuse(const QString& typed);
+    void openCalendar();
 
     RegionalFormats m_formats;
-    QString m_typed;                 ///< digits and separators since the focus came or another key was pressed
-    bool m_partWasCompleted = false; ///< the last key filled its part, which moved on by itself
-    QDate m_shown;                   ///< before the change that is going on
-    std::vector<QDate> m_earlier;    ///< for undo, the latest last
-    bool m_isTyping = false;         ///< the change that is going on comes from a digit or separator
-    bool m_stepIsOpen = false;       ///< what is typed on belongs to the step that was remembered last
-    bool m_calendarIsMade = false;
+    std::function<CalendarDate()> m_today;
+    CalendarDate m_date;
+    CalendarDate m_settled; ///< what an unreadable text falls back on: typed to its end, stepped, picked or read
+    QToolButton* m_button;
+    CalendarPopup* m_calendar = nullptr; ///< made at its first opening
+    Bubble* m_bubble = nullptr;          ///< made with the first text that could not be read
 };
 
 } // namespace wagemill

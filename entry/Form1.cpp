@@ -39,16 +39,6 @@ constexpr float rowGapTwips = 120;
 constexpr float twipsPerPixel = 15;
 constexpr QSize roomForFrame(8, 40); ///< what the window manager puts around a window
 
-QDate toQDate(CalendarDate date)
-{
-    return {date.year, date.month, date.day};
-}
-
-CalendarDate toCalendarDate(QDate date)
-{
-    return {date.year(), date.month(), date.day()};
-}
-
 template <typename Widget>
 Widget* named(Widget* widget, const char* name)
 {
@@ -107,7 +97,7 @@ QGroupBox* Form1::headerFrame()
     companyLabel->setBuddy(txtCompanyName);
     auto* const dateLabel = named(new QLabel(QStringLiteral("Period ending:"), Frame1), "Label2");
     dateLabel->setFixedWidth(m_metrics.labelWidth);
-    dtPeriodEnding = named(new DatePicker(toQDate(m_setup.today()), m_setup.build.formats, Frame1), "dtPeriodEnding");
+    dtPeriodEnding = named(new DatePicker(m_setup.build.formats, m_setup.today, Frame1), "dtPeriodEnding");
     dtPeriodEnding->setFixedWidth(m_metrics.fieldWidth);
     dateLabel->setBuddy(dtPeriodEnding);
 
@@ -271,10 +261,10 @@ void Form1::refillPeriodEnding()
 {
     const std::string today = shortDateText(m_setup.today(), m_setup.build.formats);
     const std::string stored = GetSetting(settingsApplication, settingsSection, periodEndingKey, today);
-    const auto date = readShortDate(stored, m_setup.build.formats);
+    const auto date = readTypedDate(stored, m_setup.build.formats, m_setup.today());
     if (!date)
-        throw std::runtime_error("The stored period ending \"" + stored + "\" is no date.");
-    dtPeriodEnding->refillDate(toQDate(*date));
+        throw std::runtime_error("The stored period ending \"" + stored + "\" is not a date.");
+    dtPeriodEnding->refillDate(*date);
     dtPeriodEnding_Change();
 }
 
@@ -286,7 +276,7 @@ void Form1::assignCompanyName(const std::string& text)
 
 void Form1::assignPeriodEnding(CalendarDate date)
 {
-    dtPeriodEnding->replaceDate(toQDate(date));
+    dtPeriodEnding->replaceDate(date);
     dtPeriodEnding_Change();
 }
 
@@ -298,7 +288,7 @@ void Form1::txtCompanyName_Change()
 void Form1::dtPeriodEnding_Change()
 {
     SaveSetting(settingsApplication, settingsSection, periodEndingKey,
-                shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats));
+                shortDateText(dtPeriodEnding->date(), m_setup.build.formats));
 }
 
 void Form1::VScroll1_Change()
@@ -330,7 +320,7 @@ PayrollData Form1::payrollData() const
 {
     PayrollData payroll;
     payroll.header.companyName = txtCompanyName->text().toStdString();
-    payroll.header.periodEnding = shortDateText(toCalendarDate(dtPeriodEnding->date()), m_setup.build.formats);
+    payroll.header.periodEnding = shortDateText(dtPeriodEnding->date(), m_setup.build.formats);
     std::ranges::transform(picMainContainer, std::back_inserter(payroll.rows), &EmployeePanel::texts);
     return payroll;
 }
@@ -423,6 +413,7 @@ void Form1::closeEvent(QCloseEvent* event)
 
 void Form1::Form_Unload()
 {
+    dtPeriodEnding->takeTypedText();
     endProgram();
 }
 

@@ -105,9 +105,11 @@ bool skip(std::string_view& text, std::string_view start)
     return true;
 }
 
+constexpr std::string_view plainDigits = "0123456789";
+
 std::size_t digitCount(std::string_view text)
 {
-    return std::min(text.find_first_not_of("0123456789"), text.size());
+    return std::min(text.find_first_not_of(plainDigits), text.size());
 }
 
 std::optional<int> takeNumber(std::string_view& text, std::size_t maxDigits)
@@ -121,13 +123,10 @@ std::optional<int> takeNumber(std::string_view& text, std::size_t maxDigits)
     return number;
 }
 
+/// With two digits or four.
 std::optional<int> takeYear(std::string_view& text)
 {
-    const std::size_t digits = digitCount(text);
-    if (digits != 2 && digits != 4)
-        return std::nullopt;
-    const auto year = takeNumber(text, 4);
-    return digits == 2 ? yearOfTwoDigits(*year) : *year;
+    return digitCount(text) % 2 == 0 ? takeNumber(text, 4) : std::nullopt;
 }
 
 /// Takes a month name from the start of the text; the longest that fits, for "Juni" may begin with "Jun".
@@ -148,6 +147,11 @@ std::optional<int> takeMonthName(std::string_view& text, const RegionalFormats& 
     return month;
 }
 
+int& partOf(CalendarDate& date, const PatternPart& part)
+{
+    return part.field == 'y' ? date.year : part.field == 'M' ? date.month : date.day;
+}
+
 /// Takes one field into the date; false when the text does not begin with one.
 bool takeField(std::string_view& text, const PatternPart& part, const RegionalFormats& formats, CalendarDate& date)
 {
@@ -155,7 +159,7 @@ bool takeField(std::string_view& text, const PatternPart& part, const RegionalFo
     const auto number = part.field == 'y' ? takeYear(text) : named ? takeMonthName(text, formats) : takeNumber(text, 2);
     if (!number)
         return false;
-    (part.field == 'y' ? date.year : part.field == 'M' ? date.month : date.day) = *number;
+    partOf(date, part) = *number;
     return true;
 }
 
@@ -191,10 +195,22 @@ private:
 
 using Fields = std::vector<PatternPart>;
 
+/// The first date from `earliest` on whose year ends in the two digits of date.year.
+CalendarDate withFullYear(CalendarDate date, CalendarDate earliest)
+{
+    date.year += earliest.year / 100 * 100;
+    if (date < earliest)
+        date.year += 100;
+    return date;
+}
+
 /// Reads fields in the pattern's order. Literal text at the ends and day names may be missing.
-std::optional<CalendarDate> readInOrder(std::string_view text, const Fields& parts, const RegionalFormats& formats)
+/// earliest  where the hundred years begin that a year of two digits is one of
+std::optional<CalendarDate> readInOrder(std::string_view text, const Fields& parts, const RegionalFormats& formats,
+                                        CalendarDate earliest)
 {
     CalendarDate date;
+    bool shortYear = false;
     Separation separation;
     std::string literal;
     int fields = 0;
@@ -209,13 +225,33 @@ std::optional<CalendarDate> readInOrder(std::string_view text, const Fields& par
             return std::nullopt;
         skipBlanks(text);
         literal.clear();
+        shortYear = shortYear || (part.field == 'y' && digitCount(text) == 2);
         if (!takeField(text, part, formats, date))
             return std::nullopt;
         ++fields;
     }
     skipBlanks(text);
     skip(text, literal);
+    if (shortYear)
+        date = withFullYear(date, earliest);
     return fields == 3 && text.empty() && isValidDate(date) ? std::optional(date) : std::nullopt;
+}
+
+/// The first of the hundred years that two digits stand for in a cell.
+constexpr CalendarDate firstOfTwoDigitYears = {1930, 1, 1};
+
+/// Two digits each of day and month and four of the year, in the pattern's order.
+std::optional<CalendarDate> splitEightDigits(std::string_view text, const Fields& parts)
+{
+    CalendarDate date;
+    for (const PatternPart& part : parts) {
+        const std::size_t width = part.field == '\0' ? 0 : part.field == 'y' ? 4 : 2;
+        std::string_view number = text.substr(0, width);
+        text.remove_prefix(number.size());
+        if (const auto read = takeNumber(number, width))
+            partOf(date, part) = *read;
+    }
+    return text.empty() && isValidDate(date) ? std::optional(date) : std::nullopt;
 }
 
 /// The pattern without day names, which readers may leave out and the date determines.
@@ -239,6 +275,27 @@ std::string_view withoutDayName(std::string_view text, const RegionalFormats& fo
                 return text;
             }
     return text;
+}
+
+std::string nameOf(const PatternPart& field)
+{
+    return field.field == 'y' ? "year" : field.field == 'M' ? "month" : "day";
+}
+
+Fields fieldsOf(const RegionalFormats& formats)
+{
+    return withoutDayNames(partsOfPattern(formats.shortDatePattern));
+}
+
+/// plain, earliest  see plainCharacters and readInOrder
+std::optional<CalendarDate> readYearFirstOrInOrder(std::string_view plain, const RegionalFormats& formats,
+                                                   CalendarDate earliest)
+{
+    static const Fields yearFirst = partsOfPattern("yyyy-M-d");
+    if (digitCount(plain) == 4)
+        if (const auto date = readInOrder(plain, yearFirst, formats, earliest))
+            return date;
+    return readInOrder(withoutDayName(plain, formats), fieldsOf(formats), formats, earliest);
 }
 
 } // namespace
@@ -279,18 +336,38 @@ std::string shortDateText(CalendarDate date, const RegionalFormats& formats)
 
 std::optional<CalendarDate> readShortDate(std::string_view text, const RegionalFormats& formats)
 {
-    static const Fields yearFirst = partsOfPattern("yyyy-M-d");
+    return readYearFirstOrInOrder(plainCharacters(text, formats), formats, firstOfTwoDigitYears);
+}
+
+std::optional<CalendarDate> readTypedDate(std::string_view text, const RegionalFormats& formats, CalendarDate today)
+{
     const std::string plain = plainCharacters(text, formats);
-    if (digitCount(plain) == 4)
-        if (const auto date = readInOrder(plain, yearFirst, formats))
-            return date;
-    const Fields parts = withoutDayNames(partsOfPattern(formats.shortDatePattern));
-    return readInOrder(withoutDayName(plain, formats), parts, formats);
+    const bool eightDigits = plain.size() == 8 && digitCount(plain) == 8;
+    const auto date = eightDigits ? splitEightDigits(plain, fieldsOf(formats))
+                                  : readYearFirstOrInOrder(plain, formats, {today.year - 50, today.month, today.day});
+    return date && *date >= firstPickedDate ? date : std::nullopt;
+}
+
+bool isTypedToItsEnd(std::string_view text, const RegionalFormats& formats)
+{
+    const std::string plain = plainCharacters(text, formats);
+    const std::size_t end = plain.find_last_of(plainDigits) + 1; // 0 where there is no digit
+    const std::size_t lastDigits = end - (plain.substr(0, end).find_last_not_of(plainDigits) + 1);
+    return lastDigits >= 4 || (lastDigits >= 2 && digitCount(plain) >= 4);
+}
+
+std::string dateOrder(const RegionalFormats& formats)
+{
+    std::string order;
+    for (const PatternPart& part : fieldsOf(formats))
+        if (part.field != '\0')
+            order += (order.empty() ? "" : ", ") + nameOf(part);
+    return order;
 }
 
 int yearOfTwoDigits(int year)
 {
-    return year + (year < 30 ? 2000 : 1900);
+    return withFullYear({year, 1, 1}, firstOfTwoDigitYears).year;
 }
 
 std::optional<int> monthOfName(std::string_view name, const RegionalFormats& formats)

@@ -49,7 +49,7 @@ QGroupBox::title {
     padding: 0 3px;
 }
 
-QLineEdit, QDateEdit {
+QLineEdit {
     background-color: palette(base);
     color: palette(text);
     border: 1px solid palette(mid);
@@ -59,28 +59,12 @@ QLineEdit, QDateEdit {
     selection-color: palette(highlighted-text);
 }
 
-QLineEdit:focus, QDateEdit:focus {
+QLineEdit:focus {
     border-color: palette(highlight);
 }
 
-/* The line edit inside the date picker has no frame of its own. */
-QDateEdit QLineEdit, QDateEdit QLineEdit:focus {
+/* Inside the date field. */
+QToolButton#calendarButton {
+    background-color: transparent;
     border: none;
-    padding: 0;
-}
-
-QDateEdit::drop-down {
-    subcontrol-origin: padding;
-    subcontrol-position: center right;
-    width: 16px;
-    border: none;
-}
-
-/* A triangle: the upper one of three borders that meet in a point. */
-QDateEdit::down-arrow {
-    width: 0;
-    height: 0;
-    border-left: 4px solid palette(base);
-    border-right: 4px solid palette(base);
-    border-top: 5px solid palette(text);
 }

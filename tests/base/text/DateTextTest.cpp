@@ -53,24 +53,10 @@ TEST(DateText, WritesThePatternWithFullYear)
     EXPECT_EQ(shortDateText({2026, 3, 31}, indianFormats()), "३१/३/२०२६");
 }
 
-TEST(DateText, ReadsTheUsersOrderWithOtherSeparators)
+TEST(DateText, ReadsShortYearsOfACellInOneFixedCentury)
 {
-    const CalendarDate day{2026, 3, 31};
-    for (const char* text : {"3/31/2026", "03/31/26", "3-31-2026", "3.31.2026", "3 31 2026", " 3 / 31 / 2026 ",
-                             "2026-03-31", "2026/3/31", "３/31/2026"})
-        EXPECT_EQ(readShortDate(text, unitedStates), day) << text;
-    for (const char* text : {"31.3.2026", "31/3/26", "31-03-2026"})
-        EXPECT_EQ(readShortDate(text, germanFormats()), day) << text;
-    EXPECT_EQ(readShortDate("٣١/٣/٢٠٢٦", arabicFormats()), day);
     EXPECT_EQ(readShortDate("1/1/30", unitedStates), (CalendarDate{1930, 1, 1}));
     EXPECT_EQ(readShortDate("1/1/29", unitedStates), (CalendarDate{2029, 1, 1}));
-}
-
-TEST(DateText, RefusesWhatIsNoDay)
-{
-    for (const char* text : {"", "3/31", "31/3/2026", "2/29/2023", "3/31/2026x", "3//31/2026", "3/31/202", "3/31/6",
-                             "3/31-2026", "3312026", "0/1/2026", "3/31/0000", "2026-31-03", "three/31/2026"})
-        EXPECT_EQ(readShortDate(text, unitedStates), std::nullopt) << text;
     EXPECT_EQ(readShortDate(std::string(100000, '/'), unitedStates), std::nullopt);
 }
 

@@ -1,0 +1,85 @@
+#include "entry/Bubble.h"
+
+#include <QAccessibleWidget>
+
+#include <algorithm>
+
+namespace wagemill {
+
+namespace {
+
+constexpr int shownMilliseconds = 15'000;
+constexpr int charactersInLine = 60;
+
+/// Makes a screen reader speak as soon as the bubble appears, which it does not for a label.
+QAccessibleInterface* accessibleBubble(const QString& className, QObject* object)
+{
+    if (className != QLatin1String(Bubble::staticMetaObject.className()))
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Notification);
+}
+
+} // namespace
+
+Bubble::Bubble(QWidget& about) : QLabel(about.window()), m_about(about)
+{
+    QAccessible::installFactory(accessibleBubble); // once, however often it is asked
+    setObjectName(QStringLiteral("Bubble"));
+    setFont(about.font());
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    setMargin(fontMetrics().height() / 2);
+    setFrameStyle(QFrame::Box);
+    setBackgroundRole(QPalette::Base);
+    setForegroundRole(QPalette::Text);
+    setAutoFillBackground(true);
+    hide();
+    m_end.setSingleShot(true);
+    m_end.setInterval(shownMilliseconds);
+    connect(&m_end, &QTimer::timeout, this, [this] { isActiveWindow() ? withdraw() : m_end.start(); });
+}
+
+void Bubble::say(const QString& text)
+{
+    setText(text);
+    // After the focus has moved on, which makes a screen reader break off what it says.
+    QMetaObject::invokeMethod(this, "appear", Qt::QueuedConnection);
+}
+
+void Bubble::appear()
+{
+    placeBelow();
+    show();
+    raise();
+    m_end.start();
+    setAccessibleName(text());
+    m_about.setAccessibleDescription(text());
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+void Bubble::withdraw()
+{
+    if (isHidden())
+        return;
+    hide();
+    m_about.setAccessibleDescription({});
+}
+
+/// Ends where the control ends, and stays inside the window.
+void Bubble::placeBelow()
+{
+    const QRect room = window()->rect();
+    const int width = std::min(fontMetrics().averageCharWidth() * charactersInLine, room.width());
+    QRect place(0, 0, width, heightForWidth(width));
+    place.moveTopRight(m_about.mapTo(window(), m_about.rect().bottomRight()) + QPoint(0, 2));
+    place.translate(std::max(0, -place.left()), std::min(0, room.bottom() - place.bottom()));
+    setGeometry(place);
+}
+
+void Bubble::mousePressEvent(QMouseEvent* /*event*/)
+{
+    withdraw();
+}
+
+} // namespace wagemill
