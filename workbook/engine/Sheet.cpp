@@ -76,7 +76,7 @@ Cell& Sheet::at(CellAddress address)
     auto position = cellPosition(wanted.cells, address.column);
     if (position == wanted.cells.end() || position->column != address.column) {
         Cell made;
-        made.column = address.column;
+        made.column = static_cast<std::int16_t>(address.column); // checked to be inside the sheet
         if (wanted.format)
             made.format = *wanted.format;
         else if (const ColumnRun* run = columnRun(columns, address.column))

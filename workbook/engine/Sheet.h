@@ -42,8 +42,9 @@ struct ArrayArea {
 };
 
 struct Cell {
-    int column = 0;
+    std::int16_t column = 0;
     std::uint16_t format = defaultCellFormat; ///< index into StyleTable::formats
+    std::uint32_t waiting = 0;                ///< only while the workbook is computed: the formula that gives the value
     CellValue value;                          ///< the content, or the last result of the formula
     std::shared_ptr<const Formula> formula;   ///< none: a constant; shared between equal cells, never changed in place
     std::shared_ptr<const std::vector<TextRun>> runs; ///< only of a text constant

@@ -190,6 +190,7 @@ TEST(Arrays, FillTheCellsOfAnArrayFormula)
         {"=CHOOSE(B1:B2,\"one\",\"two\")", text("one"), text("two"), notThere, text("one")},
         {"=SUM(LEN(A1:A3&\"!\"))", 5.0, 5.0, 5.0, 5.0},
         {"=ROW()", 1.0, 1.0, 1.0, 1.0}, // of its first cell
+        {"=D2+1", 0.0, 0.0, 0.0, 0.0},  // circular
     };
     Book& book = calculator.book;
     for (const auto& [formula, inD1, inD2, inD3, inE1] : cases) {

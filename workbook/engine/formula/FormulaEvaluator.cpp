@@ -49,7 +49,7 @@ ReferencePart partSeenFrom(CellAddress cell, ReferencePart part)
     return part;
 }
 
-CellValue intersection(const Book& book, const Area& area, CellAddress cell)
+CellValue intersection(const ComputedBook& book, const Area& area, CellAddress cell)
 {
     const CellRect& cells = area.cells;
     const bool oneRow = cells.firstRow == cells.lastRow;
@@ -61,6 +61,12 @@ CellValue intersection(const Book& book, const Area& area, CellAddress cell)
     if (oneRow && cell.column >= cells.firstColumn && cell.column <= cells.lastColumn)
         return cellValue(book, area.sheet, {cells.firstRow, cell.column});
     return ErrorCode::Value;
+}
+
+/// A formula that answers an empty cell is 0.
+CellValue filled(CellValue value)
+{
+    return isEmpty(value) ? CellValue(0.0) : std::move(value);
 }
 
 /// Rows and columns that results for each element of several operands have.
@@ -200,7 +206,7 @@ ReferenceToken FormulaEvaluator::TokenRun::relocated(const ReferenceToken& token
 
 bool FormulaEvaluator::TokenRun::isForeign(std::uint16_t externSheet) const
 {
-    const Book& book = m_evaluator.m_book;
+    const Book& book = m_evaluator.m_book.model();
     if (externSheet >= book.externSheets.size())
         return true;
     const std::size_t supporting = book.externSheets[externSheet].supportingBook;
@@ -216,9 +222,8 @@ void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
     Area first;
     std::vector<Area> all;
     std::size_t count = 0;
-    forEachArea(m_evaluator.m_book, m_evaluator.m_sheet, inName ? relocated(token) : token, [&](const Area& area) {
-        if (inName)
-            m_evaluator.ready(area);
+    const Book& book = m_evaluator.m_book.model();
+    forEachArea(book, m_evaluator.m_sheet, inName ? relocated(token) : token, [&](const Area& area) {
         if (count++ == 0)
             first = area;
         else if (count == 2)
@@ -237,7 +242,7 @@ void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
 /// The name of an add-in's or later function that the token stands for; empty when it stands for a formula.
 std::string_view FormulaEvaluator::TokenRun::calledName(const NameToken& token) const
 {
-    const Book& book = m_evaluator.m_book;
+    const Book& book = m_evaluator.m_book.model();
     const auto index = static_cast<std::size_t>(token.index) - 1;
     if (token.externSheet && isForeign(*token.externSheet)) {
         if (*token.externSheet >= book.externSheets.size())
@@ -260,7 +265,7 @@ void FormulaEvaluator::TokenRun::operator()(const NameToken& token)
         return push(CalledName{called});
     if (m_evaluator.m_nameDepth >= maxNameDepth)
         throw CannotEvaluate{};
-    const DefinedName& name = m_evaluator.m_book.names[static_cast<std::size_t>(token.index) - 1];
+    const DefinedName& name = m_evaluator.m_book.model().names[static_cast<std::size_t>(token.index) - 1];
     ++m_evaluator.m_nameDepth; // evaluate() starts from 0 again, whatever is thrown
     Operand operand = m_evaluator.run(name.formula.tokens);
     --m_evaluator.m_nameDepth;
@@ -314,8 +319,6 @@ void FormulaEvaluator::TokenRun::joinReferences(Operator op)
     if (const auto* const error = std::get_if<ErrorCode>(&joined))
         return push(errorOperand(*error));
     const auto& areas = std::get<std::vector<Area>>(joined);
-    if (op == Operator::Range)
-        m_evaluator.ready(areas.front()); // it may span cells that neither operand names
     if (areas.size() == 1)
         return push(areas.front());
     push(std::make_shared<const std::vector<Area>>(areas));
@@ -509,18 +512,18 @@ void FormulaEvaluator::TokenRun::chooseChoice(const AttributeToken& token)
     goBehindFunction(token.targets.back());
 }
 
-FormulaEvaluator::FormulaEvaluator(const Book& book, const CalculationSettings& settings,
-                                   std::function<bool(const Area&)> isPending)
+FormulaEvaluator::FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings,
+                                   std::size_t& valuesLeft)
     : m_book(book),
       m_settings(settings),
-      m_isPending(std::move(isPending)),
-      m_rules{settings.formats, settings.now, book.dates1904},
-      m_allValuesLeft(settings.mostArrayValues)
+      m_rules{settings.formats, settings.now, book.model().dates1904},
+      m_allValuesLeft(valuesLeft)
 {
 }
 
 template <class Compute>
-Evaluation FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell, Compute compute)
+std::optional<std::invoke_result_t<Compute&>> FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell,
+                                                                          Compute compute)
 {
     m_sheet = sheet;
     m_cell = cell;
@@ -529,34 +532,31 @@ Evaluation FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell, Comp
     m_valuesLeft = maxValuesPerFormula;
     m_stack.clear();
     try {
-        CellValue value = compute();
-        return isEmpty(value) ? CellValue(0.0) : std::move(value); // a formula that answers an empty cell is 0
+        return compute();
     } catch (const FormulaFailure& failure) {
         return CellValue(failure.error);
-    } catch (const PendingArea& pending) {
-        return pending;
-    } catch (const CannotEvaluate& cannot) {
-        return cannot;
+    } catch (const CannotEvaluate&) {
+        return std::nullopt;
     }
 }
 
-Evaluation FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
+std::optional<CellValue> FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
 {
-    return evaluated(sheet, cell, [&] { return single(run(formula.tokens)); });
+    return evaluated(sheet, cell, [&] { return filled(single(run(formula.tokens))); });
 }
 
-Evaluation FormulaEvaluator::evaluateElement(const Formula& formula, std::size_t sheet, CellAddress cell,
-                                             const CellRect& area)
+std::optional<Operand> FormulaEvaluator::evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area)
 {
     return evaluated(sheet, {area.firstRow, area.firstColumn}, [&] {
-        if (m_arrayFormula != &formula) {
-            m_wantsArrays = true;
-            m_arrayAnswer = run(formula.tokens);
-            m_arrayFormula = &formula;
-        }
-        if (std::holds_alternative<CalledName>(m_arrayAnswer))
+        m_wantsArrays = true;
+        Operand answer = run(formula.tokens);
+        if (std::holds_alternative<CalledName>(answer))
             throw CannotEvaluate{};
-        return element(ValueGrid(m_book, m_arrayAnswer), cell.row - area.firstRow, cell.column - area.firstColumn);
+        if (!std::holds_alternative<Area>(answer))
+            return answer;
+        const ValueGrid grid(m_book, answer);
+        return arrayOf(*this, {std::min(grid.rows(), area.rows()), std::min(grid.columns(), area.columns())},
+                       [&](int row, int column) { return grid.at(row, column); });
     });
 }
 
@@ -565,11 +565,9 @@ Operand FormulaEvaluator::run(const std::vector<Token>& tokens)
     return TokenRun(*this, tokens).result();
 }
 
-Area FormulaEvaluator::ready(const Area& area) const
+CellValue FormulaEvaluator::elementOf(const Operand& answer, int row, int column) const
 {
-    if (m_isPending(area))
-        throw PendingArea{area};
-    return area;
+    return filled(element(ValueGrid(m_book, answer), row, column));
 }
 
 CellValue FormulaEvaluator::single(const Operand& operand) const

@@ -6,8 +6,8 @@
 #include "workbook/engine/formula/Recalculation.h"
 
 #include <cstddef>
-#include <functional>
-#include <variant>
+#include <optional>
+#include <type_traits>
 #include <vector>
 
 namespace wagemill::engine {
@@ -17,37 +17,29 @@ struct FormulaFailure {
     ErrorCode error = ErrorCode::Value;
 };
 
-/// The formula needs cells that are not computed yet; it is to be evaluated again afterwards.
-struct PendingArea {
-    Area area;
-};
-
-/// The formula holds a part that we cannot evaluate.
+/// Thrown while a formula is evaluated: it holds a part that we cannot evaluate. Never leaves the evaluator.
 struct CannotEvaluate {};
 
-/// What a formula answers; a value is never Empty.
-using Evaluation = std::variant<CellValue, PendingArea, CannotEvaluate>;
-
-/// Evaluates formulas of one workbook, one after the other.
+/// Evaluates formulas of one workbook, one after the other. Cells that one of them reads may have to be computed before
+/// it goes on, by another evaluator.
 class FormulaEvaluator {
 public:
-    /// isPending  whether an area holds cells whose value is not computed yet. It is asked only about references that
-    ///            cannot be read off the formula: those that functions compute and those behind a name.
-    FormulaEvaluator(const Book& book, const CalculationSettings& settings, std::function<bool(const Area&)> isPending);
+    /// valuesLeft  of CalculationSettings::mostArrayValues, for all formulas together
+    FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings, std::size_t& valuesLeft);
 
-    Evaluation evaluate(const Formula& formula, std::size_t sheet, CellAddress cell);
-    /// The element of an array formula's answer that belongs into the cell, one of `area`.
-    /// The book's values that it refers to must stay as they are until all its cells are computed.
-    Evaluation evaluateElement(const Formula& formula, std::size_t sheet, CellAddress cell, const CellRect& area);
+    /// The value, never Empty; nothing when the formula holds a part that we cannot evaluate.
+    std::optional<CellValue> evaluate(const Formula& formula, std::size_t sheet, CellAddress cell);
+    /// The answer of an array formula for the cells of `area`, a value or an array.
+    std::optional<Operand> evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area);
+    /// What that answer gives to the cell in a place of the area, counting from 0; never Empty.
+    CellValue elementOf(const Operand& answer, int row, int column) const;
 
     // What functions see of the evaluation:
-    const Book& book() const { return m_book; }
+    const ComputedBook& book() const { return m_book; }
     const CalculationSettings& settings() const { return m_settings; }
     const CoercionRules& rules() const { return m_rules; }
     std::size_t sheet() const { return m_sheet; }
     CellAddress cell() const { return m_cell; }
-    /// An area that a function computed, checked to be ready. Throws PendingArea.
-    Area ready(const Area& area) const;
     /// The one value that the operand stands for: of several cells the one in the formula's row or column, of an array
     /// the first.
     CellValue single(const Operand& operand) const;
@@ -59,25 +51,21 @@ private:
     class TokenRun;
     friend class TokenRun;
 
-    /// What compute() answers, as the value of the cell.
+    /// What compute() answers; an error that it throws is an answer.
     template <class Compute>
-    Evaluation evaluated(std::size_t sheet, CellAddress cell, Compute compute);
-    /// Evaluates tokens and answers the one operand that they leave. Throws FormulaFailure, PendingArea or
-    /// CannotEvaluate.
+    std::optional<std::invoke_result_t<Compute&>> evaluated(std::size_t sheet, CellAddress cell, Compute compute);
+    /// Evaluates tokens and answers the one operand that they leave. Throws FormulaFailure or CannotEvaluate.
     Operand run(const std::vector<Token>& tokens);
 
-    const Book& m_book;
+    const ComputedBook& m_book;
     const CalculationSettings& m_settings;
-    std::function<bool(const Area&)> m_isPending;
     CoercionRules m_rules;
     std::size_t m_sheet = 0;
     CellAddress m_cell;
     int m_nameDepth = 0;
-    bool m_wantsArrays = false;              ///< the formula is that of an array: it never reads one cell of several
-    std::size_t m_valuesLeft = 0;            ///< for the present formula
-    std::size_t m_allValuesLeft;             ///< for those that follow too
-    const Formula* m_arrayFormula = nullptr; ///< the last one, computed once for all its cells
-    Operand m_arrayAnswer;
+    bool m_wantsArrays = false;   ///< the formula is that of an array: it never reads one cell of several
+    std::size_t m_valuesLeft = 0; ///< for the present formula
+    std::size_t& m_allValuesLeft; ///< for those that follow too
     std::vector<Operand> m_stack; ///< kept from formula to formula, so that evaluation seldom allocates
 };
 

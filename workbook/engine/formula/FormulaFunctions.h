@@ -19,7 +19,7 @@ public:
     }
 
     FormulaEvaluator& evaluator() const { return m_evaluator; }
-    const Book& book() const { return m_evaluator.book(); }
+    const ComputedBook& book() const { return m_evaluator.book(); }
     const CoercionRules& rules() const { return m_evaluator.rules(); }
     bool dates1904() const { return rules().dates1904; }
 

@@ -214,14 +214,14 @@ Operand offset(const FunctionCall& call)
     const auto cells = insideSheet(row, column, rows, columns);
     if (!cells)
         return errorOperand(ErrorCode::Reference);
-    return call.evaluator().ready({areas.front().sheet, *cells});
+    return Area{areas.front().sheet, *cells};
 }
 
 /// The reference that a text or a defined name spells; #REF! when it spells none.
 Operand indirect(const FunctionCall& call)
 {
     const std::string text = call.text(0);
-    const Book& book = call.book();
+    const Book& book = call.book().model();
     std::size_t sheet = call.evaluator().sheet();
     std::string_view rest = text;
     if (const auto sheets = readSheets(rest)) {
@@ -235,7 +235,7 @@ Operand indirect(const FunctionCall& call)
     if (!written || written->length != rest.size() || !call.logical(1, true))
         return errorOperand(ErrorCode::Reference);
     const ReferencePart& last = written->last ? *written->last : written->first;
-    return call.evaluator().ready({sheet, {written->first.row, written->first.column, last.row, last.column}});
+    return Area{sheet, {written->first.row, written->first.column, last.row, last.column}};
 }
 
 /// type  1: $A$1, 2: A$1, 3: $A1, 4: A1; R1C1 notation when the fourth argument is false

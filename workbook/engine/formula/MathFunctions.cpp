@@ -174,8 +174,6 @@ void forEachMatch(const FunctionCall& call, Visit visit)
         added.cells.firstColumn = areas.front().cells.firstColumn;
         added.cells.lastRow = std::min(added.cells.firstRow + tested.rows(), maxRows) - 1;
         added.cells.lastColumn = std::min(added.cells.firstColumn + tested.columns(), maxColumns) - 1;
-        if (added != areas.front())
-            call.evaluator().ready(added);
     }
     const int rows = std::min(tested.usedRows(), added.cells.rows());
     const int columns = std::min(tested.columns(), added.cells.columns());

@@ -8,7 +8,7 @@ namespace wagemill::engine {
 
 /// Calls visit(const CellValue&) for each value in the cells or the array that the operand is; none for a single value.
 template <class Visit>
-void forEachPlace(const Book& book, const Operand& operand, Visit visit)
+void forEachPlace(const ComputedBook& book, const Operand& operand, Visit visit)
 {
     for (const Area& area : areasOf(operand))
         forEachCell(book, area, [&](CellAddress, const Cell& cell) { visit(cell.value); });
@@ -27,17 +27,20 @@ inline bool isPlaces(const Operand& operand)
 template <class Visit>
 void forEachNumber(const FunctionCall& call, std::size_t first, Visit visit)
 {
+    const auto visitPlace = [&](const CellValue& value) {
+        if (const auto* const number = std::get_if<double>(&value))
+            visit(*number);
+        else if (const auto* const error = std::get_if<ErrorCode>(&value))
+            throw FormulaFailure{*error};
+    };
     for (std::size_t i = first; i < call.count(); ++i) {
-        if (!isPlaces(call.operand(i))) {
+        const Operand& operand = call.operand(i);
+        if (!isPlaces(operand))
             visit(call.number(i));
-            continue;
-        }
-        forEachPlace(call.book(), call.operand(i), [&](const CellValue& value) {
-            if (const auto* const number = std::get_if<double>(&value))
-                visit(*number);
-            else if (const auto* const error = std::get_if<ErrorCode>(&value))
-                throw FormulaFailure{*error};
-        });
+        for (const Area& area : areasOf(operand))
+            forEachValue(call.book(), area, visitPlace, visit);
+        if (const auto* const array = std::get_if<std::shared_ptr<const ValueArray>>(&operand))
+            std::ranges::for_each((*array)->values, visitPlace);
     }
 }
 

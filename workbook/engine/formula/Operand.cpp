@@ -19,17 +19,7 @@ std::span<const Area> areasOf(const Operand& operand)
     return {};
 }
 
-const CellValue& cellValue(const Book& book, std::size_t sheet, CellAddress address)
-{
-    const auto& rows = book.sheets[sheet]->rows();
-    if (static_cast<std::size_t>(address.row) >= rows.size())
-        return emptyValue;
-    const auto& cells = rows[static_cast<std::size_t>(address.row)].cells;
-    const auto cell = std::ranges::lower_bound(cells, address.column, {}, &Cell::column);
-    return cell != cells.end() && cell->column == address.column ? cell->value : emptyValue;
-}
-
-ValueGrid::ValueGrid(const Book& book, const Operand& operand) : m_book(book), m_values(&emptyValue)
+ValueGrid::ValueGrid(const ComputedBook& book, const Operand& operand) : m_book(book), m_values(&emptyValue)
 {
     if (const auto* const value = std::get_if<CellValue>(&operand)) {
         m_values = value;
@@ -37,8 +27,8 @@ ValueGrid::ValueGrid(const Book& book, const Operand& operand) : m_book(book), m
         m_area = area;
         m_rows = area->cells.rows();
         m_columns = area->cells.columns();
-        const int sheetRows = static_cast<int>(book.sheets[area->sheet]->rows().size());
-        m_usedRows = std::clamp(sheetRows - area->cells.firstRow, 0, m_rows);
+        m_usedRows = std::clamp(static_cast<int>(book.rows(area->sheet).size()) - area->cells.firstRow, 0, m_rows);
+        book.countRows(m_usedRows);
     } else if (const auto* const array = std::get_if<std::shared_ptr<const ValueArray>>(&operand)) {
         m_values = (*array)->values.data();
         m_rows = m_usedRows = (*array)->rows;

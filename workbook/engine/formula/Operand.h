@@ -1,8 +1,7 @@
 #pragma once
 
-#include "workbook/engine/Book.h"
+#include "workbook/engine/formula/ComputedBook.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -11,14 +10,6 @@
 #include <vector>
 
 namespace wagemill::engine {
-
-/// A block of cells of one sheet of the book.
-struct Area {
-    std::size_t sheet = 0; ///< position in Book::sheets
-    CellRect cells;
-
-    bool operator==(const Area&) const = default;
-};
 
 /// Values in rows and columns, row by row; never empty.
 struct ValueArray {
@@ -49,28 +40,11 @@ inline Operand errorOperand(ErrorCode error)
 /// The areas that the operand refers to; none when it is a value.
 std::span<const Area> areasOf(const Operand& operand);
 
-/// Calls visit(CellAddress, const Cell&) for each cell of the area that is there, row by row.
-template <class Visit>
-void forEachCell(const Book& book, const Area& area, Visit visit)
-{
-    const auto& rows = book.sheets[area.sheet]->rows();
-    const int lastRow = std::min(area.cells.lastRow, static_cast<int>(rows.size()) - 1);
-    for (int row = area.cells.firstRow; row <= lastRow; ++row) {
-        const auto& cells = rows[static_cast<std::size_t>(row)].cells;
-        auto cell = std::ranges::lower_bound(cells, area.cells.firstColumn, {}, &Cell::column);
-        for (; cell != cells.end() && cell->column <= area.cells.lastColumn; ++cell)
-            visit(CellAddress{row, cell->column}, *cell);
-    }
-}
-
-/// The value of one cell, Empty where there is none.
-const CellValue& cellValue(const Book& book, std::size_t sheet, CellAddress address);
-
 /// Rows and columns of values, be they cells, an array or one value. Refers to the book and the operand.
 class ValueGrid {
 public:
     /// operand  anything but several areas, which read as #VALUE!
-    ValueGrid(const Book& book, const Operand& operand);
+    ValueGrid(const ComputedBook& book, const Operand& operand);
 
     int rows() const { return m_rows; }
     int columns() const { return m_columns; }
@@ -82,7 +56,7 @@ public:
     const Area* area() const { return m_area; }
 
 private:
-    const Book& m_book;
+    const ComputedBook& m_book;
     const Area* m_area = nullptr;
     const CellValue* m_values = nullptr;
     int m_rows = 1;

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
+#include <deque>
+#include <limits>
+#include <map>
 #include <vector>
 
 namespace wagemill::engine {
@@ -13,266 +15,177 @@ namespace {
 
 using FormulaIndex = std::uint32_t;
 
+/// A formula, or that of an array, which gives all its cells their values.
 struct FormulaCell {
-    Cell* cell = nullptr;
+    Cell* cell = nullptr; ///< of an array the first one
     std::uint32_t sheet = 0;
     std::int32_t row = 0;
+    std::uint32_t number = 0; ///< order in which its computation began, from 1; 0: not yet
 };
 
-/// All formulas of the workbook, sheet by sheet, row by row, and which of them are computed.
-class FormulaList {
-public:
-    explicit FormulaList(Book& book);
-
-    std::size_t size() const { return m_cells.size(); }
-    const FormulaCell& operator[](FormulaIndex index) const { return m_cells[index]; }
-    bool isDone(FormulaIndex index) const { return m_done[index] != 0; }
-    void setDone(FormulaIndex index);
-    /// The first formula in the area from `from` on that is not computed yet.
-    std::optional<FormulaIndex> nextPending(const Area& area, FormulaIndex from) const;
-
-private:
-    struct SheetIndex {
-        std::vector<FormulaIndex> firstOfRow; ///< one more than rows: where the next row's formulas begin
-        FormulaIndex firstPending = 0;        ///< every formula of the sheet before it is computed
-    };
-
-    std::vector<FormulaCell> m_cells;
-    std::vector<std::uint8_t> m_done;
-    std::vector<SheetIndex> m_sheets;
+/// A formula that is computed, as far as that has come.
+struct Visit {
+    FormulaIndex formula = 0;
+    std::uint32_t lowest = std::numeric_limits<std::uint32_t>::max(); ///< number of a formula in a circle with it
+    std::size_t circlesBefore = 0;                                    ///< cells in circles when it began
 };
 
-FormulaList::FormulaList(Book& book)
-{
-    for (std::size_t i = 0; i < book.sheets.size(); ++i) {
-        Sheet& sheet = *book.sheets[i];
-        SheetIndex index;
-        index.firstPending = static_cast<FormulaIndex>(m_cells.size());
-        const auto rows = static_cast<int>(sheet.rows().size());
-        for (int row = 0; row < rows; ++row) {
-            index.firstOfRow.push_back(static_cast<FormulaIndex>(m_cells.size()));
-            for (Cell& cell : sheet.row(row).cells)
-                if (cell.formula)
-                    m_cells.push_back({&cell, static_cast<std::uint32_t>(i), row});
-        }
-        index.firstOfRow.push_back(static_cast<FormulaIndex>(m_cells.size()));
-        m_sheets.push_back(std::move(index));
-    }
-    m_done.resize(m_cells.size());
-}
-
-void FormulaList::setDone(FormulaIndex index)
-{
-    m_done[index] = 1;
-    SheetIndex& sheet = m_sheets[m_cells[index].sheet];
-    while (sheet.firstPending < sheet.firstOfRow.back() && m_done[sheet.firstPending] != 0)
-        ++sheet.firstPending;
-}
-
-std::optional<FormulaIndex> FormulaList::nextPending(const Area& area, FormulaIndex from) const
-{
-    const SheetIndex& sheet = m_sheets[area.sheet];
-    const auto rows = static_cast<int>(sheet.firstOfRow.size()) - 1;
-    if (area.cells.firstRow >= rows || sheet.firstPending == sheet.firstOfRow.back())
-        return std::nullopt;
-    const auto boundary = [&](int row) { return sheet.firstOfRow[static_cast<std::size_t>(std::min(row, rows))]; };
-    const FormulaIndex end = boundary(area.cells.lastRow + 1);
-    for (FormulaIndex i = std::max({from, sheet.firstPending, boundary(area.cells.firstRow)}); i < end; ++i) {
-        const int column = m_cells[i].cell->column;
-        if (m_done[i] == 0 && column >= area.cells.firstColumn && column <= area.cells.lastColumn)
-            return i;
-    }
-    return std::nullopt;
-}
-
-/// Whether the token at `index` is the argument of a function that asks where a reference is, not what is in it.
-bool isAskedForPlaceOnly(const std::vector<Token>& tokens, std::size_t index)
-{
-    constexpr std::uint16_t row = 8;
-    constexpr std::uint16_t column = 9;
-    constexpr std::uint16_t rows = 76;
-    constexpr std::uint16_t columns = 77;
-    const auto* const function = index + 1 < tokens.size() ? std::get_if<FunctionToken>(&tokens[index + 1]) : nullptr;
-    return function != nullptr && function->arguments == 1 &&
-           (function->function == row || function->function == column || function->function == rows ||
-            function->function == columns);
-}
-
-/// Where a formula's search for precedents that are not computed yet stands.
-struct PrecedentCursor {
-    std::size_t token = 0;
-    std::size_t areasPassed = 0; ///< of that token
-    FormulaIndex from = 0;       ///< inside the present area
-};
-
-/// Depth-first over the precedents with a stack of our own, however long the chain; the cells that depend on themselves
-/// are the strongly connected components (Tarjan, "Depth-first search and linear graph algorithms", 1972).
+/// Computes a formula when its value is first read, by evaluating it there and then. Where too many wait for one
+/// another, all give up and stay on a path of our own, however long the chain, and are evaluated again from its end.
+/// Only a cell that is read while it waits is circular; the circles are the strongly connected components of what is
+/// read (Tarjan, "Depth-first search and linear graph algorithms", 1972).
 class Calculation {
 public:
-    Calculation(Book& book, const CalculationSettings& settings)
-        : m_book(book),
-          m_formulas(book),
-          m_evaluator(book, settings, [this](const Area& area) { return m_formulas.nextPending(area, 0).has_value(); }),
-          m_number(m_formulas.size()),
-          m_lowest(m_formulas.size())
-    {
-    }
-
-    void run()
-    {
-        for (FormulaIndex i = 0; i < m_formulas.size(); ++i)
-            if (!m_formulas.isDone(i))
-                compute(i);
-    }
+    Calculation(Book& book, const CalculationSettings& settings);
+    void run();
 
 private:
-    struct Visit {
-        FormulaIndex formula = 0;
-        PrecedentCursor cursor;
-        std::optional<PendingArea> computedArea; ///< that evaluation met and that has to be computed first
-        FormulaIndex computedFrom = 0;
-        bool dependsOnItself = false;
-    };
-
-    void compute(FormulaIndex first);
-    void enter(FormulaIndex formula);
-    std::optional<FormulaIndex> nextPrecedent(Visit& visit) const;
-    std::optional<FormulaIndex> nextStaticPrecedent(Visit& visit) const;
-    void leaveOrEvaluate();
-    bool evaluate(Visit& visit);
+    bool compute(const Cell& cell);
+    void enter(FormulaIndex index);
+    void evaluateLast();
+    void evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula);
     void leave();
-    void setCycleToZero(FormulaIndex root);
+    template <class Action>
+    void forEachCellOf(const FormulaCell& formula, Action action);
 
     Book& m_book;
-    FormulaList m_formulas;
-    FormulaEvaluator m_evaluator;
-    std::vector<FormulaIndex> m_number; ///< order in which a formula was entered, from 1; 0: not yet
-    std::vector<FormulaIndex> m_lowest; ///< lowest number that the formula leads back to
-    FormulaIndex m_entered = 0;
+    const CalculationSettings& m_settings;
+    ComputedBook m_computed;
+    std::size_t m_arrayValuesLeft;
+    std::vector<FormulaCell> m_formulas;       ///< sheet by sheet, row by row; Cell::waiting counts them from 1
+    std::deque<FormulaEvaluator> m_evaluators; ///< one for each formula that is evaluated inside of others
+    std::size_t m_depth = 0;                   ///< of those
+    bool m_gaveUp = false;                     ///< what is being evaluated will be evaluated again
+    std::uint32_t m_entered = 0;
     std::vector<Visit> m_path;
-    std::vector<FormulaIndex> m_open; ///< entered, and not known yet to be free of cycles
+    std::vector<FormulaIndex> m_circular; ///< evaluated, and in a circle with a formula on the path
 };
 
-void Calculation::enter(FormulaIndex formula)
+Calculation::Calculation(Book& book, const CalculationSettings& settings)
+    : m_book(book),
+      m_settings(settings),
+      m_computed(book, [this](const Cell& cell) { return compute(cell); }),
+      m_arrayValuesLeft(settings.mostArrayValues)
 {
-    m_number[formula] = m_lowest[formula] = ++m_entered;
-    m_path.push_back({formula, {}, std::nullopt, 0, false});
-    m_open.push_back(formula);
+    std::map<const ArrayArea*, std::uint32_t> arrays;
+    for (std::size_t i = 0; i < book.sheets.size(); ++i)
+        for (int row = 0; row < static_cast<int>(book.sheets[i]->rows().size()); ++row)
+            for (Cell& cell : book.sheets[i]->row(row).cells) {
+                cell.waiting = 0;
+                if (!cell.formula)
+                    continue;
+                const auto next = static_cast<std::uint32_t>(m_formulas.size()) + 1;
+                cell.waiting = cell.array ? arrays.try_emplace(cell.array.get(), next).first->second : next;
+                if (cell.waiting == next)
+                    m_formulas.push_back({&cell, static_cast<std::uint32_t>(i), row});
+            }
 }
 
-void Calculation::compute(FormulaIndex first)
+void Calculation::run()
 {
-    enter(first);
-    while (!m_path.empty()) {
-        Visit& visit = m_path.back();
-        const auto precedent = nextPrecedent(visit);
-        if (!precedent) {
-            leaveOrEvaluate();
-        } else if (m_number[*precedent] == 0) {
-            enter(*precedent);
-        } else {
-            m_lowest[visit.formula] = std::min(m_lowest[visit.formula], m_number[*precedent]);
-            visit.dependsOnItself = visit.dependsOnItself || *precedent == visit.formula;
+    for (FormulaIndex i = 0; i < m_formulas.size(); ++i) {
+        if (m_formulas[i].cell->waiting == 0)
+            continue;
+        enter(i);
+        while (!m_path.empty()) {
+            m_gaveUp = false;
+            evaluateLast();
         }
     }
 }
 
-std::optional<FormulaIndex> Calculation::nextPrecedent(Visit& visit) const
+template <class Action>
+void Calculation::forEachCellOf(const FormulaCell& formula, Action action)
 {
-    if (!visit.computedArea)
-        return nextStaticPrecedent(visit);
-    const auto found = m_formulas.nextPending(visit.computedArea->area, visit.computedFrom);
-    if (found)
-        visit.computedFrom = *found + 1;
-    else
-        visit.computedArea.reset();
-    return found;
+    const ArrayArea* const array = formula.cell->array.get();
+    if (array == nullptr)
+        return action(formula.row, *formula.cell);
+    Sheet& sheet = *m_book.sheets[formula.sheet];
+    const int lastRow = std::min(array->cells.lastRow, static_cast<int>(sheet.rows().size()) - 1);
+    for (int row = array->cells.firstRow; row <= lastRow; ++row)
+        for (Cell& cell : sheet.row(row).cells)
+            if (cell.array.get() == array)
+                action(row, cell);
 }
 
-std::optional<FormulaIndex> Calculation::nextStaticPrecedent(Visit& visit) const
+/// Of a cell that waits and is read. False when those that wait for it gave up.
+bool Calculation::compute(const Cell& cell)
 {
-    const FormulaCell& formula = m_formulas[visit.formula];
-    const auto& tokens = formula.cell->formula->tokens;
-    PrecedentCursor& cursor = visit.cursor;
-    for (; cursor.token < tokens.size(); cursor = {cursor.token + 1, 0, 0}) {
-        const auto* const reference = std::get_if<ReferenceToken>(&tokens[cursor.token]);
-        if (reference == nullptr || isAskedForPlaceOnly(tokens, cursor.token))
-            continue;
-        std::optional<FormulaIndex> found;
-        std::size_t position = 0;
-        forEachArea(m_book, formula.sheet, *reference, [&](const Area& area) {
-            if (position++ < cursor.areasPassed || found)
-                return;
-            found = m_formulas.nextPending(area, cursor.from);
-            cursor.areasPassed += found ? 0 : 1;
-            cursor.from = found ? *found + 1 : 0;
-        });
-        if (found)
-            return found;
-    }
-    return std::nullopt;
-}
-
-/// All precedents are computed, or lead back to here.
-void Calculation::leaveOrEvaluate()
-{
-    Visit& visit = m_path.back();
-    const bool leadsBack = m_lowest[visit.formula] < m_number[visit.formula];
-    if (leadsBack)
-        return leave();
-    if (visit.dependsOnItself || m_open.back() != visit.formula) {
-        setCycleToZero(visit.formula);
-        return leave();
-    }
-    if (!evaluate(visit))
-        return; // it needs other cells first
-    m_open.pop_back();
-    leave();
-}
-
-/// Whether the formula is computed; else the visit knows the area that it needs.
-bool Calculation::evaluate(Visit& visit)
-{
-    const FormulaCell& formula = m_formulas[visit.formula];
-    const Cell& cell = *formula.cell;
-    const CellAddress address{formula.row, cell.column};
-    Evaluation evaluation = cell.array
-                                ? m_evaluator.evaluateElement(*cell.formula, formula.sheet, address, cell.array->cells)
-                                : m_evaluator.evaluate(*cell.formula, formula.sheet, address);
-    if (const auto* const pending = std::get_if<PendingArea>(&evaluation)) {
-        visit.computedArea = *pending;
-        visit.computedFrom = 0;
+    if (m_gaveUp)
         return false;
+    const FormulaIndex index = cell.waiting - 1;
+    const FormulaCell& formula = m_formulas[index];
+    if (formula.number == 0) {
+        enter(index);
+        evaluateLast();
     }
-    if (auto* const value = std::get_if<CellValue>(&evaluation))
-        formula.cell->value = std::move(*value);
-    else if (isEmpty(formula.cell->value))
-        formula.cell->value = ErrorCode::Name; // typed just now: there is no stored value to keep
-    m_formulas.setDone(visit.formula);
+    if (m_gaveUp || cell.waiting == 0)
+        return !m_gaveUp;
+    m_path.back().lowest = std::min(m_path.back().lowest, formula.number);
+    if (cell.value != CellValue(0.0))
+        forEachCellOf(formula, [](int, Cell& circular) { circular.value = 0.0; });
     return true;
+}
+
+void Calculation::enter(FormulaIndex index)
+{
+    m_formulas[index].number = ++m_entered;
+    m_path.push_back({index, std::numeric_limits<std::uint32_t>::max(), m_circular.size()});
+}
+
+/// Evaluates the formula at the end of the path, which leaves the path unless it gave up.
+void Calculation::evaluateLast()
+{
+    constexpr std::size_t maxDepth = 32; // some kilobytes of the program's stack each
+    m_gaveUp = m_depth == maxDepth;
+    if (m_gaveUp)
+        return;
+    if (m_depth == m_evaluators.size())
+        m_evaluators.emplace_back(m_computed, m_settings, m_arrayValuesLeft);
+    FormulaEvaluator& evaluator = m_evaluators[m_depth++];
+    evaluate(evaluator, m_formulas[m_path.back().formula]);
+    --m_depth;
+    if (!m_gaveUp)
+        leave();
+}
+
+/// Gives its cells their values, unless it gave up or is circular.
+void Calculation::evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula)
+{
+    Cell& first = *formula.cell;
+    const CellRect place = first.array ? first.array->cells : CellRect{formula.row, first.column, 0, 0};
+    std::optional<Operand> answer;
+    if (first.array)
+        answer = evaluator.evaluateArray(*first.formula, formula.sheet, place);
+    else
+        answer = evaluator.evaluate(*first.formula, formula.sheet, {formula.row, first.column});
+    if (m_gaveUp || m_path.back().lowest <= formula.number)
+        return;
+    forEachCellOf(formula, [&](int row, Cell& cell) {
+        if (answer)
+            cell.value = evaluator.elementOf(*answer, row - place.firstRow, cell.column - place.firstColumn);
+        else if (isEmpty(cell.value))
+            cell.value = ErrorCode::Name; // typed just now: there is no stored value to keep
+    });
 }
 
 void Calculation::leave()
 {
-    const FormulaIndex left = m_path.back().formula;
+    const Visit visit = m_path.back();
+    const FormulaCell& formula = m_formulas[visit.formula];
     m_path.pop_back();
-    if (!m_path.empty()) {
-        FormulaIndex& lowest = m_lowest[m_path.back().formula];
-        if (!m_formulas.isDone(left))
-            lowest = std::min(lowest, m_lowest[left]);
+    if (visit.lowest > formula.number)
+        return forEachCellOf(formula, [](int, Cell& cell) { cell.waiting = 0; });
+    m_circular.push_back(visit.formula);
+    if (visit.lowest < formula.number) {
+        m_path.back().lowest = std::min(m_path.back().lowest, visit.lowest);
+        return;
     }
-}
-
-void Calculation::setCycleToZero(FormulaIndex root)
-{
-    for (;;) {
-        const FormulaIndex formula = m_open.back();
-        m_open.pop_back();
-        m_formulas[formula].cell->value = 0.0;
-        m_formulas.setDone(formula);
-        if (formula == root)
-            return;
-    }
+    for (; m_circular.size() > visit.circlesBefore; m_circular.pop_back())
+        forEachCellOf(m_formulas[m_circular.back()], [](int, Cell& cell) {
+            cell.value = 0.0;
+            cell.waiting = 0;
+        });
 }
 
 } // namespace

@@ -15,8 +15,8 @@ struct CalculationSettings {
 };
 
 /// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
-/// values. Cells that depend on themselves become 0. A formula with parts we cannot evaluate keeps its stored
-/// value; one that was typed and has none becomes #NAME?.
+/// values. Cells that read themselves, if only by way of others, become 0. A formula with parts we cannot evaluate
+/// keeps its stored value; one that was typed and has none becomes #NAME?.
 void recalculate(Book& book, const CalculationSettings& settings);
 
 } // namespace wagemill::engine

@@ -269,10 +269,11 @@ Operand subtotal(const FunctionCall& call)
     std::optional<ErrorCode> error;
     for (std::size_t i = 1; i < call.count(); ++i)
         for (const Area& area : areasOf(call.operand(i))) {
-            const auto filtered = filteredRows(call.book(), area.sheet);
+            const auto filtered = filteredRows(call.book().model(), area.sheet);
             forEachCell(call.book(), area, [&](CellAddress address, const Cell& cell) {
                 const bool skips = number > skipHidden || (filtered && filtered->contains({address.row, 0}));
-                if (isSubtotal(cell) || (skips && call.book().sheets[area.sheet]->findRow(address.row)->hidden))
+                if (isSubtotal(cell) ||
+                    (skips && call.book().rows(area.sheet)[static_cast<std::size_t>(address.row)].hidden))
                     return;
                 filled += isEmpty(cell.value) ? 0 : 1;
                 if (const auto* const found = std::get_if<double>(&cell.value))

@@ -60,7 +60,7 @@ std::optional<CellRect> visibleArea(const Book& book, const Sheet& sheet)
     for (int row = 0; row < static_cast<int>(sheet.rows().size()); ++row)
         for (const Cell& cell : sheet.rows()[static_cast<std::size_t>(row)].cells)
             if (isVisible(book, cell))
-                area = CellRect{0, 0, row, std::max(area ? area->lastColumn : 0, cell.column)};
+                area = CellRect{0, 0, row, std::max<int>(area ? area->lastColumn : 0, cell.column)};
     for (const CellRect& merged : sheet.merged)
         if (area && area->contains({merged.firstRow, merged.firstColumn})) {
             area->lastRow = std::max(area->lastRow, merged.lastRow);

@@ -201,7 +201,7 @@ private:
         if (place == cells.end() || place->column != column)
             place = cells.emplace(place);
         *place = Cell{};
-        place->column = column;
+        place->column = static_cast<std::int16_t>(column); // checked above
         place->format = m_context.cellFormat(fileFormat);
         place->value = std::move(value);
         return *place;
