@@ -7,7 +7,6 @@
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
-#include <QPrintDialog>
 #include <QPrinter>
 
 #include <algorithm>
@@ -122,8 +121,9 @@ void printPages(QPrinter& printer, const std::vector<Page>& pages)
 {
     const std::vector<const Page*> chosen = chosenPages(printer, pages);
     if (chosen.empty())
-        throw std::runtime_error("There is nothing to print: the sheet has " + std::to_string(pages.size()) +
-                                 (pages.size() == 1 ? " page." : " pages."));
+        throw std::runtime_error(
+            "There is nothing to print: " +
+            (pages.empty() ? "the sheet is empty." : "the pages are 1 to " + std::to_string(pages.size()) + "."));
     QPainter painter;
     if (!painter.begin(&printer))
         throwFailure(printer, reasonNotToBegin(printer));
@@ -139,12 +139,6 @@ void printPages(QPrinter& printer, const std::vector<Page>& pages)
 }
 
 } // namespace
-
-bool PlatformPrintDialog::choose(QPrinter& printer, QWidget& owner)
-{
-    QPrintDialog dialog(&printer, &owner);
-    return dialog.exec() == QDialog::Accepted;
-}
 
 void printSheet(const drawing::PrintableSheet& sheet, PrintDialog& dialog, QWidget& owner)
 {

@@ -23,8 +23,8 @@ tar xf qt6-base_*.debian.tar.* -C source
 (cd source && grep -vE '^(#|$)|cross.patch|build_path' debian/patches/series |
     while read -r patch; do patch -p1 -s <"debian/patches/$patch"; done)
 
-# Tablet events need a header that Debian's source leaves out; DirectWrite 3 does not link statically in this version.
-left_out=(sql network dbus opengl printsupport concurrent xml zstd system_zlib direct2d vulkan tabletevent directwrite3)
+# Tablet events need a header that Debian's source leaves out; DirectWrite does not link without Direct2D in this version.
+left_out=(sql network dbus opengl concurrent xml zstd system_zlib direct2d vulkan tabletevent directwrite directwrite3)
 options=("${left_out[@]/#/-DFEATURE_}")
 options=("${options[@]/%/=OFF}")
 cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_INSTALL_PREFIX="$prefix" \

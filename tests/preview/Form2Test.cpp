@@ -70,6 +70,9 @@ protected:
         setProgramEnd([this] { ++programEnds; });
         std::ofstream(workbook()) << "figures";
         form.setExcelFile(workbook());
+        form.setPrinting([](const fs::path& file) -> drawing::PrintableSheet {
+            throw std::runtime_error("No paper for " + file.filename().string());
+        });
         form.layout()->activate();
     }
     ~Form2Test() override
@@ -142,6 +145,7 @@ TEST_F(Form2Test, ShowsCaptionsAndKeepsEveryControlInside)
     EXPECT_EQ(control<QGroupBox>("Frame1").title(), "Zoom:");
     const std::pair<const char*, const char*> captions[] = {{"PushButton1", "Zoom In"},
                                                             {"PushButton2", "Zoom Out"},
+                                                            {"PushButtonPrint", "Print..."},
                                                             {"PushButton6", "Save Results To Excel File"},
                                                             {"PushButton8", "< Back"}};
     for (const auto& [name, caption] : captions) {
@@ -307,7 +311,8 @@ TEST_F(Form2Test, TheKeyboardReachesAndPressesEverything)
     control<QWidget>("PushButton1").setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_EQ(picture().width(), naturalWidth * 5 / 4);
-    for (const char* next : {"PushButton2", "PushButton6", "PushButton8", "HScroll1", "VScroll1", "PushButton1"}) {
+    for (const char* next :
+         {"PushButton2", "PushButtonPrint", "PushButton6", "PushButton8", "HScroll1", "VScroll1", "PushButton1"}) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         EXPECT_EQ(QApplication::focusWidget()->objectName(), next);
     }
@@ -367,10 +372,9 @@ TEST_F(Form2Test, AccessKeysPressTheButtonsAndTheCaptionsShowNone)
     struct {
         const char* button;
         QKeyCombination keys;
-    } const cases[] = {{"PushButton1", Qt::ALT | Qt::Key_I},
-                       {"PushButton2", Qt::ALT | Qt::Key_O},
-                       {"PushButton6", Qt::ALT | Qt::Key_S},
-                       {"PushButton6", Qt::CTRL | Qt::Key_S},
+    } const cases[] = {{"PushButton1", Qt::ALT | Qt::Key_I},     {"PushButton2", Qt::ALT | Qt::Key_O},
+                       {"PushButtonPrint", Qt::ALT | Qt::Key_P}, {"PushButtonPrint", Qt::CTRL | Qt::Key_P},
+                       {"PushButton6", Qt::ALT | Qt::Key_S},     {"PushButton6", Qt::CTRL | Qt::Key_S},
                        {"PushButton8", Qt::ALT | Qt::Key_B}};
     for (const auto& [name, keys] : cases) {
         auto& button = control<QAbstractButton>(name);
@@ -405,6 +409,16 @@ TEST_F(Form2Test, SpeaksOfThePicture)
     EXPECT_EQ(spoken->text(QAccessible::Description), "Pay stub of Ned: gross pay $2.00, net pay $1.00.");
     form.describePicture("");
     EXPECT_EQ(spoken->text(QAccessible::Description), "") << "the figures of an earlier build";
+}
+
+TEST_F(Form2Test, AFailedPrintIsAMessageAndNothingIsLost)
+{
+    open({10, 10});
+    click("PushButtonPrint");
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"No paper for kvarno01234567.xls"});
+    EXPECT_TRUE(fileExists(workbook()));
+    form.setPrinting({});
+    EXPECT_FALSE(control<QWidget>("PushButtonPrint").isEnabled());
 }
 
 TEST_F(Form2Test, SavesUnderANewName)

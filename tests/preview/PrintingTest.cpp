@@ -116,7 +116,7 @@ TEST_F(PrintingTest, SaysWhatCouldNotBePrintedAndWhy)
     EXPECT_EQ(failureOf(missing, 1), "The file \"" + missing + "\" could not be written: No such file or directory.");
     EXPECT_EQ(failureOf("/dev/full", 1),
               "The file \"/dev/full\" could not be written: its end is missing. Is there room on the disk?");
-    EXPECT_EQ(failureOf(folder / "none.pdf", 7), "There is nothing to print: the sheet has 3 pages.");
+    EXPECT_EQ(failureOf(folder / "none.pdf", 7), "There is nothing to print: the pages are 1 to 3.");
 }
 
 } // namespace
