@@ -17,6 +17,7 @@ namespace wagemill {
 namespace {
 
 constexpr int readableLine = 80; // characters
+constexpr int titleButtons = 5;  // icon and buttons of a title bar, in line heights
 
 /// Qt draws a bare carriage return as nothing.
 QString withLineFeeds(const std::string& text)
@@ -45,17 +46,20 @@ QMessageBox::StandardButtons boxButtons(MessageButtons buttons)
     return buttons == MessageButtons::YesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok;
 }
 
-/// A line breaks after so many characters at the earliest, so that an address stays whole.
-void giveRoom(const QMessageBox& box, const QString& text)
+/// A line breaks after so many characters at the earliest, so that an address stays whole; and the title is read whole.
+void giveRoom(const QMessageBox& box)
 {
     auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
     if (label == nullptr)
         return;
     label->ensurePolished();
     const QFontMetrics metrics = label->fontMetrics();
-    const int widest = metrics.boundingRect({}, Qt::TextExpandTabs, text).width() + metrics.averageCharWidth();
-    const int screenWidth = box.screen()->availableSize().width();
-    label->setMinimumWidth(std::min({widest, metrics.averageCharWidth() * readableLine, screenWidth * 3 / 4}));
+    const int widest = metrics.boundingRect({}, Qt::TextExpandTabs, box.text()).width() + metrics.averageCharWidth();
+    const int readable = std::min(widest, metrics.averageCharWidth() * readableLine);
+    QFont bold = label->font();
+    bold.setBold(true);
+    const int title = QFontMetrics(bold).horizontalAdvance(box.windowTitle()) + metrics.height() * titleButtons;
+    label->setMinimumWidth(std::min(std::max(readable, title), box.screen()->availableSize().width() * 3 / 4));
 }
 
 void nameButtons(const QMessageBox& box)
@@ -75,9 +79,10 @@ MessageAnswer QtMessages::show(const Message& message)
     QMessageBox box(boxIcon(message.icon), QString::fromStdString(title), QString(), boxButtons(message.buttons),
                     QApplication::activeWindow());
     box.setObjectName(QStringLiteral("MessageBox"));
+    applyDesignFont(box);
     box.setTextFormat(Qt::PlainText); // before the text: a message is never read as markup
     box.setText(withLineFeeds(message.text));
-    giveRoom(box, box.text());
+    giveRoom(box);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box.setEscapeButton(isQuestion ? QMessageBox::No : QMessageBox::Ok);
     box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok);

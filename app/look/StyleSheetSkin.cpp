@@ -1,6 +1,7 @@
 #include "app/look/StyleSheetSkin.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QStringDecoder>
 #include <QWidget>
 
@@ -11,6 +12,17 @@ namespace wagemill {
 namespace {
 
 constexpr qint64 largestSkin = 1 << 20; // bytes
+
+/// Qt takes what it cannot read without a word to the user, as if nothing was there. A style sheet is a row of
+/// "selector { name: value; name: value }", with comments anywhere.
+bool isStyleSheet(QString text)
+{
+    static const QRegularExpression comment(QStringLiteral(R"(/\*.*?\*/)"),
+                                            QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression rules(
+        QStringLiteral(R"(\A\s*+(?>[^{};]++\{\s*+(?>[\w-]++\s*+:[^{};]++(?>;\s*+)*+)*+\}\s*+)*+\z)"));
+    return rules.match(text.remove(comment)).hasMatch();
+}
 
 [[noreturn]] void refuseSkin(const std::filesystem::path& file, const std::string& reason)
 {
@@ -26,6 +38,8 @@ std::unique_ptr<SkinningControl> createSkinningControl()
 
 void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view /*variant*/)
 {
+    if (std::error_code error; !std::filesystem::is_regular_file(skinFile, error))
+        refuseSkin(skinFile, "it is not a plain file"); // opening a pipe would wait for somebody to write to it
     QFile file(skinFile);
     if (!file.open(QIODevice::ReadOnly))
         refuseSkin(skinFile, file.errorString().toStdString());
@@ -35,7 +49,9 @@ void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString text = decoder(bytes);
     if (decoder.hasError() || text.contains(QChar(0)))
-        refuseSkin(skinFile, "it is no text");
+        refuseSkin(skinFile, "it is not text");
+    if (!isStyleSheet(text))
+        refuseSkin(skinFile, "it is not a style sheet");
     m_styleSheet = text;
 }
 

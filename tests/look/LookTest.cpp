@@ -17,9 +17,11 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <regex>
 #include <stdexcept>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace wagemill {
@@ -77,6 +79,7 @@ protected:
     }
 
     test::TemporaryFolder folder;
+    StyleSheetSkin styleSheet;
     Window on;
 };
 
@@ -102,7 +105,7 @@ TEST_F(LookTest, AsksTheSkinningControlInItsOrder)
 TEST_F(LookTest, TheMainWindowsPictureBoxesAreNeutralAndThePreviewsAreNot)
 {
     putSkin("");
-    applyMainWindowSkin(on.window);
+    applyMainWindowSkin(on.window, &styleSheet);
     for (const QWidget* widget :
          std::initializer_list<const QWidget*>{&on.window, &on.label, &on.option, &on.check, &on.frame, &on.pictureBox})
         EXPECT_TRUE(isNeutral(*widget)) << widget->metaObject()->className();
@@ -127,26 +130,47 @@ TEST_F(LookTest, TheBackgroundFollowsThePalette)
 TEST_F(LookTest, ASkinIsAStyleSheet)
 {
     putSkin("QLineEdit { min-height: 77px; }");
-    applyMainWindowSkin(on.window);
+    applyMainWindowSkin(on.window, &styleSheet);
     EXPECT_GE(on.textField.minimumSizeHint().height(), 77);
 }
 
-TEST_F(LookTest, AnUnusableSkinLeavesTheWindowUsable)
+TEST_F(LookTest, AnUnusableSkinIsReportedAtOnceAndLeavesTheWindowUsable)
 {
-    for (const std::string& content :
-         {std::string("QLabel { } } \xC3\x28"), std::string("a\0b", 3), std::string(2 * 1024 * 1024, ' ')}) {
-        putSkin(content);
+    std::filesystem::create_directory(folder / "x");
+    const std::filesystem::path skin = folder / "x/o.cjs";
+    const auto pipe = [&] { ASSERT_EQ(::mkfifo(skin.c_str(), 0600), 0); };
+    const auto folderOfThatName = [&] { std::filesystem::create_directory(skin); };
+    const auto text = [&](std::string content) { return [this, content] { putSkin(content); }; };
+    struct {
+        std::function<void()> put;
+        const char* reason; ///< none: it is a style sheet
+    } const cases[] = {
+        {pipe, "it is not a plain file"},
+        {folderOfThatName, "it is not a plain file"},
+        {text("QLabel { } } \xC3\x28"), "it is not text"},
+        {text(std::string("a\0b", 3)), "it is not text"},
+        {text(std::string(2 * 1024 * 1024, ' ')), "it is larger than 1 MiB"},
+        {text(std::string(1024 * 1024, '{')), "it is not a style sheet"},
+        {text("Dear colleagues, the skin will follow."), "it is not a style sheet"},
+        {text("}{ ;;; @@"), "it is not a style sheet"},
+        {text("QLabel { color: red"), "it is not a style sheet"},
+        {text("QLabel { no declaration }"), "it is not a style sheet"},
+        {text("/* { */ QLabel#a, QComboBox::drop-down:!hover > *[b=\"1\"] { color : palette(text) ; ; margin: 1px }"),
+         nullptr},
+        {text(" \n/* nothing */"), nullptr},
+    };
+    for (const auto& [put, reason] : cases) {
+        std::filesystem::remove(skin);
+        put();
+        std::string refusal;
         try {
-            applyMainWindowSkin(on.window);
-            ADD_FAILURE() << content.size() << " bytes were taken";
+            applyMainWindowSkin(on.window, &styleSheet);
         } catch (const std::runtime_error& error) {
-            EXPECT_NE(std::string(error.what()).find((folder / "x/o.cjs").string()), std::string::npos);
+            refusal = error.what();
         }
-        EXPECT_TRUE(isNeutral(on.window));
+        EXPECT_EQ(refusal, reason ? "Cannot use the skin file \"" + skin.string() + "\": " + reason + "." : "");
+        EXPECT_TRUE(isNeutral(on.window) && !on.window.grab().isNull());
     }
-    putSkin("}{ ;;; @@ no style sheet at all");
-    applyMainWindowSkin(on.window);
-    EXPECT_FALSE(on.window.grab().isNull());
 }
 
 TEST_F(LookTest, TheShippedSkinNamesPaletteColoursOnlyAndNoHover)

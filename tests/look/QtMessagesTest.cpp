@@ -56,6 +56,7 @@ TEST(QtMessages, ShowsPlainSelectableLines)
         ASSERT_NE(label, nullptr);
         EXPECT_EQ(label->text(), "<b>Cannot</b>\nin Form1.Form_Load at line 10\n\nPlease & thanks");
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        EXPECT_EQ(label->font().family(), "Arial");
         EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
         EXPECT_EQ(box.buttons().size(), 1);
         press(box, "OK");
@@ -84,6 +85,7 @@ TEST(QtMessages, BearsTheApplicationTitleWhereNoneIsNamed)
     makeApplicationTitle(productPhrase);
     show({.text = "Done.", .title = {}}, [](QMessageBox& box) {
         EXPECT_EQ(box.windowTitle(), "Wagemill Payroll Workbook");
+        EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(box.windowTitle()) + 80) << "the title is cut";
         EXPECT_EQ(box.icon(), QMessageBox::NoIcon);
     });
 }
