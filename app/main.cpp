@@ -9,6 +9,7 @@
 #include "entry/data/EmployeeCount.h"
 #include "resources/CustomResource.h"
 #include "workbook/printing/SavedSheet.h"
+#include "settings/Settings.h"
 #include "workbook/sessions/Session.h"
 #include "workbook/summary/StubSummary.h"
 
@@ -52,6 +53,19 @@ wagemill::Form1Setup productionSetup()
             sheetOf};
 }
 
+/// What the settings store has refused is tried once more, and again when the user has removed the cause.
+void endProgramWithAllStored()
+{
+    using namespace wagemill;
+    setProgramEnd(nullptr); // closing once more ends it at once
+    if (const std::string failure = retrySettings(); !failure.empty()) {
+        showMessage({failure + " What you typed last is not stored yet. Please remove the cause, then press OK.", "",
+                     MessageIcon::Warning, MessageButtons::Ok});
+        retrySettings();
+    }
+    endProgram();
+}
+
 QIcon programIcon()
 {
     QIcon icon;
@@ -66,6 +80,7 @@ void prepareProgram()
     static QtMessages messages;
     setMessages(&messages);
     setProgramFolder(QDir(QCoreApplication::applicationDirPath()).filesystemPath());
+    setProgramEnd(endProgramWithAllStored);
     setWindowEventPump([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
     QLocale::setDefault(userLocale());
     QApplication::setWindowIcon(programIcon());

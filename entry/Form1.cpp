@@ -25,6 +25,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -66,6 +67,9 @@ Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new Window
     Form_Load();
     placeRows(); // the skin has changed the sizes
     resize(m_area->sizeWithin(screen()->availableSize() - roomForFrame));
+    auto* const secondChance = new QTimer(this);
+    connect(secondChance, &QTimer::timeout, this, &retrySettings);
+    secondChance->start(std::chrono::seconds(1));
     setMaximumSize(m_area->sizeHint().expandedTo(size())); // more room would only be empty
 }
 

@@ -2,6 +2,9 @@
 
 #include "settings/UserStore.h"
 
+#include <array>
+#include <map>
+#include <stdexcept>
 #include <utility>
 
 namespace wagemill {
@@ -21,11 +24,38 @@ SettingsStore& userStore()
     return *openStore();
 }
 
+/// Values that are not stored yet, by application, section and key. Empty but while the store cannot be written.
+std::map<std::array<std::string, 3>, std::string>& unstored()
+{
+    static std::map<std::array<std::string, 3>, std::string> values;
+    return values;
+}
+
+void storeUnstored()
+{
+    for (auto next = unstored().begin(); next != unstored().end(); next = unstored().erase(next)) {
+        const auto& [application, section, key] = next->first;
+        userStore().write(application, section, key, next->second);
+    }
+}
+
 } // namespace
 
 void SaveSetting(std::string_view application, std::string_view section, std::string_view key, std::string_view value)
 {
-    userStore().write(application, section, key, value);
+    unstored().insert_or_assign({std::string(application), std::string(section), std::string(key)}, value);
+    if (const std::string failure = retrySettings(); !failure.empty())
+        throw std::runtime_error(failure + " What you typed stays in the window and is stored as soon as possible.");
+}
+
+std::string retrySettings()
+{
+    try {
+        storeUnstored();
+        return {};
+    } catch (const std::exception& error) {
+        return error.what();
+    }
 }
 
 std::string GetSetting(std::string_view application, std::string_view section, std::string_view key,
@@ -37,6 +67,7 @@ std::string GetSetting(std::string_view application, std::string_view section, s
 void setUserStore(std::unique_ptr<SettingsStore> store)
 {
     openStore() = std::move(store);
+    unstored().clear();
 }
 
 } // namespace wagemill

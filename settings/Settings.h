@@ -23,8 +23,9 @@ public:
                        std::string_view value) = 0;
 };
 
-/// Stores a text at once, overwriting any earlier one.
-/// Throws std::runtime_error, naming the store and the reason, when it cannot be written.
+/// Stores a text at once, overwriting any earlier one, and before it what could not be stored earlier.
+/// Throws std::runtime_error, naming the store and the reason, when it cannot be written; the text is then kept for
+/// the next call, and for retrySettings().
 void SaveSetting(std::string_view application, std::string_view section, std::string_view key, std::string_view value);
 
 /// The stored text, or `fallback` when the key or section is missing.
@@ -32,7 +33,10 @@ void SaveSetting(std::string_view application, std::string_view section, std::st
 std::string GetSetting(std::string_view application, std::string_view section, std::string_view key,
                        std::string_view fallback);
 
-/// Replaces the user's own store, for tests; null brings the user's own back.
+/// Tries again to store what could not be stored. Why it fails again; empty: everything is stored.
+std::string retrySettings();
+
+/// Replaces the user's own store, for tests; null brings the user's own back. What is not stored yet is dropped.
 void setUserStore(std::unique_ptr<SettingsStore> store);
 
 } // namespace wagemill

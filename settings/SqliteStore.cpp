@@ -21,15 +21,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// How often a transaction that meets another program's looks again, a millisecond apart. SQLite's own waiting grows to
-/// a tenth of a second at a time, and then never falls into the gaps between the writes of a busy program.
-constexpr int mostWaits = 10'000;
-
-int waitForOther(void* /*unused*/, int waits)
-{
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    return waits < mostWaits ? 1 : 0;
-}
+/// How long a read or write waits for another program's transaction: the window answers within a second.
+constexpr auto longestWait = std::chrono::milliseconds(800);
 
 /// EXTRA: the journal's end, too, is on the disk when a write returns, so the power may fail then.
 constexpr const char* preparation = "PRAGMA journal_mode=DELETE;"
@@ -89,9 +82,23 @@ SqliteStore::SqliteStore(fs::path file) : m_file(std::move(file))
 
 SqliteStore::~SqliteStore() = default;
 
+void SqliteStore::beginWaiting()
+{
+    m_waitUntil = std::chrono::steady_clock::now() + (m_waitWasInVain ? std::chrono::milliseconds(0) : longestWait);
+}
+
+/// Looks again after a millisecond. SQLite's own waiting grows to a tenth of a second at a time, and then never falls
+/// into the gaps between the writes of a busy program.
+int SqliteStore::waitForOther(void* store, int /*waits*/)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return std::chrono::steady_clock::now() < static_cast<SqliteStore*>(store)->m_waitUntil ? 1 : 0;
+}
+
 std::optional<std::string> SqliteStore::read(std::string_view application, std::string_view section,
                                              std::string_view key)
 {
+    beginWaiting();
     std::error_code error;
     if (!fs::exists(m_file, error) && !error)
         return std::nullopt;
@@ -120,6 +127,7 @@ void SqliteStore::write(std::string_view application, std::string_view section, 
         prepare(open, "INSERT OR REPLACE INTO settings VALUES (?1, ?2, ?3, ?4)", {application, section, key, value});
     if (!statement || sqlite3_step(statement.get()) != SQLITE_DONE)
         giveUp("written");
+    m_waitWasInVain = false;
 }
 
 sqlite3* SqliteStore::database()
@@ -146,7 +154,7 @@ void SqliteStore::open()
         sqlite3_open_v2(m_file.c_str(), &raw, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
     m_database.reset(raw);
     if (outcome == SQLITE_OK)
-        outcome = sqlite3_busy_handler(raw, waitForOther, nullptr);
+        outcome = sqlite3_busy_handler(raw, waitForOther, this);
     if (outcome == SQLITE_OK && writable)
         outcome = sqlite3_exec(raw, preparation, nullptr, nullptr, nullptr);
     if (outcome != SQLITE_OK)
@@ -157,7 +165,10 @@ void SqliteStore::open()
 void SqliteStore::giveUp(std::string_view what)
 {
     const int outcome = sqlite3_errcode(m_database.get());
-    const std::string reason = sqlite3_errmsg(m_database.get());
+    const bool isLocked = outcome == SQLITE_BUSY;
+    const std::string reason = isLocked ? "another program has locked them" : sqlite3_errmsg(m_database.get());
+    if (isLocked)
+        m_waitWasInVain = true;
     m_database.reset();
     const std::string name = "\"" + m_file.string() + "\"";
     if (outcome != SQLITE_NOTADB && outcome != SQLITE_CORRUPT)

@@ -2,6 +2,7 @@
 
 #include "settings/Settings.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -29,6 +30,10 @@ private:
         void operator()(sqlite3* database) const;
     };
 
+    /// A lock of another program is waited for from now on. Once that was in vain, every call tries only once until a
+    /// write succeeds: a window of 25 employees reads 427 values.
+    void beginWaiting();
+    static int waitForOther(void* store, int waits);
     /// Opens the database when it is not open; a file that was taken away or replaced meanwhile is opened anew.
     sqlite3* database();
     void open();
@@ -39,6 +44,8 @@ private:
     bool fileIsStillTheOpenOne() const;
 
     std::filesystem::path m_file;
+    std::chrono::steady_clock::time_point m_waitUntil;
+    bool m_waitWasInVain = false;
     std::unique_ptr<sqlite3, CloseDatabase> m_database;
     std::uintmax_t m_device = 0; ///< of the open file, to see whether the path still names it
     std::uintmax_t m_inode = 0;

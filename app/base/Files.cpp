@@ -178,8 +178,8 @@ bool isProcessingWindowEvents()
 
 void endProgram()
 {
-    if (programWide<ProgramEnd>().run)
-        programWide<ProgramEnd>().run();
+    if (const auto end = programWide<ProgramEnd>().run) // a copy: it may set another end
+        end();
     else
         platform::endProcess();
 }

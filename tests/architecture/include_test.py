@@ -30,7 +30,7 @@ ALLOWED = {
     "app/look": (["app/base", "settings"], True),
     "preview": (["app/base", "app/look", "drawing"], True),
     "entry": (["app/base", "app/look", "entry/data", "help", "preview", "settings", "workbook"], True),
-    "app": (["app/base", "app/look", "entry", "entry/data", "resources", "workbook/printing", "workbook/sessions",
+    "app": (["app/base", "app/look", "entry", "entry/data", "resources", "settings", "workbook/printing", "workbook/sessions",
              "workbook/summary"],
             True),
 }

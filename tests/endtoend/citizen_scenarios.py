@@ -1,6 +1,7 @@
 """Scenarios of the program as a citizen of the desktop: without a mouse, by ear, on small screens, for many employees."""
 import os
 import re
+import sqlite3
 
 from desktop import Desktop, StepFailed
 from wagemill_guide import PREVIEW, START, Guide
@@ -132,5 +133,32 @@ def expect_on_screen(box, name, desktop):
            f"\"{name}\" is not whole on a screen of {desktop.size}: {box.x}, {box.y}, {box.width} x {box.height}")
 
 
+def stores_what_a_lock_kept_waiting(program):
+    with Desktop() as desktop:
+        guide = Guide(desktop, program)
+        other = sqlite3.connect(os.path.join(desktop.home, ".config", "wagemill", "settings.sqlite"),
+                                isolation_level=None)
+
+        def stored():
+            return other.execute("SELECT value FROM settings WHERE key = 'txtName0'").fetchone()[0]
+
+        def type_under_lock(letter):
+            other.execute("BEGIN EXCLUSIVE")
+            desktop.type(letter)
+            guide.expect_message("another program has locked them. What you typed stays in the window")
+
+        guide.screen.click("text", "Name:")
+        type_under_lock("Z")
+        expect(guide.screen.text("Name:") == "Z", "the key is not in its field")
+        other.execute("ROLLBACK")
+        desktop.wait_for(lambda: stored() == "Z", "the key to be stored without another one", 3)
+        type_under_lock("o")
+        guide.close_window()
+        desktop.wait_for(lambda: "What you typed last is not stored yet." in guide.message(), "the warning")
+        other.execute("ROLLBACK")
+        desktop.key("Return")
+        expect(guide.process.wait(5) == 0 and stored() == "Zo", f"closing lost a key: {stored()} is stored")
+
+
 CITIZEN_SCENARIOS = (names_every_control_for_a_screen_reader, needs_no_mouse, pays_twenty_five_employees,
-                     fits_a_small_screen)
+                     fits_a_small_screen, stores_what_a_lock_kept_waiting)

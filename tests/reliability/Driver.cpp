@@ -211,6 +211,8 @@ int fillStore(const std::string& who, int count)
         handleEvent([&] {
             SaveSetting(settingsApplication, settingsSection, who + std::to_string(number), std::to_string(number));
         });
+    while (!retrySettings().empty()) // as the entry window does
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return 0;
 }
 

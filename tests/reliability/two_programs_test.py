@@ -16,7 +16,8 @@ def together(what, count, home, **changes):
     two = [start(what, who, count, home=home, **changes) for who in ("Ada", "Bob")]
     told = [driver.communicate()[0].splitlines() for driver in two]
     for driver, lines in zip(two, told):
-        news = [line for line in lines if not line.startswith("built ")]
+        # On a busy machine the other one's writes may leave no gap for 0.8 s: the key is then reported, and kept.
+        news = [line for line in lines if not line.startswith("built ") and "is stored as soon as possible." not in line]
         if driver.returncode != 0 or news != ["done"]:
             sys.exit(f"{what}, TEMP {changes.get('TEMP', 'unset')}: ended with {driver.returncode}: {news[:5]}")
     print(f"2 x {count} x {what}, TEMP {'shared' if changes else 'unset'}: {time.monotonic() - begin:.1f} s")

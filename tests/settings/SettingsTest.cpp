@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
+#include <functional>
 #include <signal.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -88,6 +91,57 @@ TEST_F(SettingsTest, SurviveAKilledProgram)
             EXPECT_EQ(get(("key" + std::to_string(key)).c_str()), "v" + std::to_string(key));
         save("after", "1"); // nothing is locked
         reopen();
+    }
+}
+
+/// Another program in the middle of a transaction.
+class Lock {
+public:
+    Lock(const fs::path& file, const char* kind)
+    {
+        EXPECT_EQ(sqlite3_open(file.c_str(), &m_database), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(m_database, kind, nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    ~Lock() { sqlite3_close(m_database); }
+
+private:
+    sqlite3* m_database = nullptr;
+};
+
+TEST_F(SettingsTest, AnswerWithinASecondWhileLockedAndStoreWhatWaitedWithTheNextChance)
+{
+    const struct {
+        const char* lock;
+        std::function<void()> nextChance;
+    } cases[] = {
+        {"BEGIN IMMEDIATE", [&] { save("next", "1"); }}, // others may read
+        {"BEGIN EXCLUSIVE", [&] { save("next", "2"); }},
+        {"BEGIN EXCLUSIVE", [] { EXPECT_EQ(retrySettings(), ""); }},
+    };
+    for (const auto& [kind, nextChance] : cases) {
+        reopen();
+        save("company", "before");
+        {
+            const Lock lock(file, kind);
+            for (const char* key : {"company", "name", "company", "wage"}) {
+                const auto begin = std::chrono::steady_clock::now();
+                try {
+                    save(key, std::string(key) + " typed");
+                    ADD_FAILURE() << "stored under a lock";
+                } catch (const std::runtime_error& error) {
+                    EXPECT_TRUE(std::string(error.what())
+                                    .ends_with(": another program has locked them. What you typed stays in the window "
+                                               "and is stored as soon "
+                                               "as possible."))
+                        << error.what();
+                }
+                EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+            }
+            EXPECT_NE(retrySettings(), "");
+        }
+        nextChance();
+        for (const char* key : {"company", "name", "wage"})
+            EXPECT_EQ(get(key), std::string(key) + " typed") << kind;
     }
 }
 
