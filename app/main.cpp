@@ -20,6 +20,8 @@
 #include <QLocale>
 #include <QTime>
 
+#include <algorithm>
+
 namespace {
 
 wagemill::CalendarDate today()
@@ -34,7 +36,7 @@ double pictureScale()
     return qApp->devicePixelRatio();
 }
 
-wagemill::Form1Setup productionSetup()
+wagemill::Form1Setup productionSetup(std::int16_t employees)
 {
     using namespace wagemill;
     BuildServices build;
@@ -49,8 +51,15 @@ wagemill::Form1Setup productionSetup()
         const QString time = userLocale().toString(QTime::currentTime(), QLocale::ShortFormat);
         return savedSheet(workbook, formats, {shortDateText(today(), formats), time.toStdString()});
     };
-    return {std::move(build), today, employeeCount(qgetenv("WAGEMILL_EMPLOYEES").toStdString()), describeWorkbook,
-            sheetOf};
+    return {std::move(build), today, employees, describeWorkbook, sheetOf};
+}
+
+void reportEmployeeCount(const std::string& wanted, std::int16_t employees)
+{
+    using namespace wagemill;
+    showMessage({"WAGEMILL_EMPLOYEES is \"" + wanted + "\", but the window can hold 1 to " +
+                     std::to_string(maxEmployees) + " employees. It opens with " + std::to_string(employees) + ".",
+                 "", MessageIcon::Warning, MessageButtons::Ok});
 }
 
 /// What the settings store has refused is tried once more, and again when the user has removed the cause.
@@ -92,11 +101,16 @@ void prepareProgram()
 
 int main(int argc, char* argv[])
 {
-    QApplication application(argc, argv);
+    int program = std::min(argc, 1); // the command line is not read, not even for the switches of Qt
+    QApplication application(program, argv);
     prepareProgram();
     wagemill::endProgramOnSignals();
     wagemill::handleEvent([] { wagemill::ensureTemporaryFolder(); });
-    wagemill::Form1 entryWindow(productionSetup());
+    const std::string wanted = qgetenv("WAGEMILL_EMPLOYEES").toStdString();
+    const auto [employees, isAsWanted] = wagemill::employeeCount(wanted);
+    wagemill::Form1 entryWindow(productionSetup(employees));
+    if (!isAsWanted)
+        reportEmployeeCount(wanted, employees);
     entryWindow.show();
     return QApplication::exec();
 }

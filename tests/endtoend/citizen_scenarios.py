@@ -96,7 +96,8 @@ def refuse_to_overwrite(desktop, guide, name):
 
 def pays_twenty_five_employees(program):
     with Desktop() as desktop:
-        guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25")
+        guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="99", message="WAGEMILL_EMPLOYEES is \"99\", but the window "
+                      "can hold 1 to 25 employees. It opens with 25.")
         desktop.key("alt+l")
         guide.screen.click("label", "Serial Number : 1")
         desktop.wheel_down(24)

@@ -49,9 +49,10 @@ class Desktop:
         shutil.rmtree(self.home, ignore_errors=True)
 
     def start_program(self, path, **environment):
-        """Starts a program in this desktop; its output goes to home/program.log."""
+        """Starts a program in this desktop; its output goes to home/program.log. It must not heed its command line,
+        which would leave it without a window."""
         log = open(os.path.join(self.home, "program.log"), "ab")
-        return self._start(path, stdout=log, stderr=log, env={**self.environment, **environment})
+        return self._start(path, "-platform", "offscreen", stdout=log, stderr=log, env={**self.environment, **environment})
 
     def program_output(self):
         with open(os.path.join(self.home, "program.log"), encoding="utf-8", errors="replace") as log:

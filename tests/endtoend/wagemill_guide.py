@@ -10,10 +10,13 @@ START = "Start Creating Template"
 
 
 class Guide:
-    def __init__(self, desktop, program, **environment):
+    def __init__(self, desktop, program, message=None, **environment):
+        """message: what the program says before its window shows."""
         self.desktop = desktop
         self.process = desktop.start_program(program, **environment)
         self.screen = Screen(desktop)
+        if message:
+            self.expect_message(message)
         self.screen.find("push button", START)
 
     def load_sample_data(self):

@@ -251,16 +251,25 @@ TEST_F(EntryKeys, TurnsTheWheelToTheNextEmployee)
     EXPECT_EQ(turn(1), 1);
 }
 
-TEST(EmployeeCount, IsOneToTwentyFiveInPlainDigits)
+TEST(EmployeeCount, IsTheNearestFromOneToTwentyFiveAndOnlyPlainDigitsAreAsWanted)
 {
     struct {
-        const char* wanted;
-        std::int16_t expected;
-    } const cases[] = {{"", 1},     {"1", 1},     {"2", 2},  {"25", 25}, {"007", 7},   {"26", 1},
-                       {"0", 1},    {"-3", 1},    {"+3", 1}, {" 3", 1},  {"3 ", 1},    {"3.0", 1},
-                       {"0x10", 1}, {"three", 1}, {"3,", 1}, {"1e1", 1}, {"65561", 1}, {"99999999999999999999", 1}};
-    for (const auto& [wanted, expected] : cases)
-        EXPECT_EQ(employeeCount(wanted), expected) << '"' << wanted << '"';
+        std::vector<const char*> wanted;
+        std::int16_t count;
+        bool isAsWanted;
+    } const cases[] = {
+        {{"", "1", "01"}, 1, true},
+        {{"2", "2", "002"}, 2, true},
+        {{"25"}, 25, true},
+        {{"26", "99", "65561", "99999999999999999999"}, 25, false},
+        {{"0", "-3", "-99999999999999999999"}, 1, false},
+        {{"three", "+3", " 3", "3 ", "3.0", "0x10", "3,", "1e1", "-", "-0"}, 1, false},
+    };
+    for (const auto& [texts, count, isAsWanted] : cases)
+        for (const char* wanted : texts) {
+            EXPECT_EQ(employeeCount(wanted).count, count) << '"' << wanted << '"';
+            EXPECT_EQ(employeeCount(wanted).isAsWanted, isAsWanted) << '"' << wanted << '"';
+        }
 }
 
 } // namespace
