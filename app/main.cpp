@@ -8,8 +8,8 @@
 #include "entry/Form1.h"
 #include "entry/data/EmployeeCount.h"
 #include "resources/CustomResource.h"
-#include "workbook/printing/SavedSheet.h"
 #include "settings/Settings.h"
+#include "workbook/printing/SavedSheet.h"
 #include "workbook/sessions/Session.h"
 #include "workbook/summary/StubSummary.h"
 

@@ -40,14 +40,16 @@ QString qtText(std::string_view text)
 
 } // namespace
 
-EmployeePanel::EmployeePanel(std::int16_t row, const EntryMetrics& metrics, RegionalFormats formats,
-                             std::function<void(std::int16_t)> rowEntered, QWidget* parent)
-    : QFrame(parent), m_row(row), m_formats(std::move(formats)), m_rowEntered(std::move(rowEntered))
+EmployeePanel::EmployeePanel(std::int16_t row, std::int16_t rows, const EntryMetrics& metrics, RegionalFormats formats,
+                             QWidget* parent)
+    : QFrame(parent), m_row(row), m_formats(std::move(formats))
 {
     setObjectName(arrayName("picMainContainer", row));
     auto* const serialNumber = new QLabel(QString("Serial Number : %1").arg(row + 1), this);
     serialNumber->setObjectName(arrayName("lblSerialNo", row));
-    setAccessibleName(serialNumber->text()); // tells one "Name:" from another
+    if (rows > 1)
+        serialNumber->setAccessibleName(QString("%1 of %2").arg(serialNumber->text()).arg(rows));
+    setAccessibleName(serialNumber->accessibleName()); // tells one "Name:" from another
     QFont heading = serialNumber->font();
     heading.setBold(true);
     serialNumber->setFont(heading);
@@ -104,7 +106,6 @@ EntryField* EmployeePanel::makeField(std::size_t index, const EntryMetrics& metr
     field->setFixedWidth(metrics.fieldWidth);
 
     connect(field, &QLineEdit::textChanged, this, [this, index] { handleEvent([&] { store(index); }); });
-    connect(field, &EntryField::focusGained, this, [this] { m_rowEntered(m_row); });
     if (description.kind != FieldKind::FreeText) {
         field->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter); // figures in Arabic too
         field->setLeaveCheck([this, index] { return validate(index); });
@@ -128,7 +129,10 @@ void EmployeePanel::refill(std::size_t index)
         GetSetting(settingsApplication, settingsSection, rowFieldKey(description, m_row), description.fallback);
     const bool isMoney = description.kind == FieldKind::Currency;
     if (isMoney && !isNumericText(stored, m_formats))
-        throw std::runtime_error("The stored \"" + std::string(description.caption) + "\" cannot be shown: \"" +
+        throw std::runtime_error((m_row == 0
+                                      ? "The stored \"" + std::string(description.caption) + "\" cannot be shown: "
+                                      : std::string()) + // the report of the others names the field
+                                 "\"" +
                                  stored + "\" is not a number.");
     m_fields[index]->refillText(QString::fromStdString(isMoney ? currencyTextOf(stored, m_formats) : stored));
     if (m_row == 0 || stored != description.fallback) // rows that were never filled would cost a first start seconds
@@ -152,6 +156,7 @@ bool EmployeePanel::validate(std::size_t index)
     EntryField& field = *m_fields[index];
     const std::string text = field.text().toStdString();
     if (!isNumericText(text, m_formats)) {
+        emit field.needsView();
         showMessage({"Please enter a valid input.", "", MessageIcon::Information, MessageButtons::Ok});
         field.selectAll();
         return false;

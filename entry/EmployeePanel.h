@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <string>
 
 class QGridLayout;
@@ -20,17 +19,18 @@ namespace wagemill {
 /// The label and the 17 fields of one employee row. Every change of a field goes to the settings store at once.
 class EmployeePanel : public QFrame {
 public:
-    /// row         index of the employee, from 0
-    /// rowEntered  called with that index when one of the fields gains the focus
-    EmployeePanel(std::int16_t row, const EntryMetrics& metrics, RegionalFormats formats,
-                  std::function<void(std::int16_t)> rowEntered, QWidget* parent);
+    /// row   index of the employee, from 0
+    /// rows  employees in all
+    EmployeePanel(std::int16_t row, std::int16_t rows, const EntryMetrics& metrics, RegionalFormats formats,
+                  QWidget* parent);
 
     std::int16_t row() const { return m_row; }
     EntryField& field(std::size_t index) { return *m_fields.at(index); }
+    const std::array<EntryField*, rowFields.size()>& fields() const { return m_fields; }
     EmployeeRow texts() const;
 
     /// Fills one field from the store, money in currency form. Throws when the store cannot be read or written, or when
-    /// the stored money is no number: the field then keeps its text.
+    /// the stored money is not a number: the field then keeps its text.
     void refill(std::size_t index);
     /// Puts a text into a field as a change of the user would: the text is stored at once. Throws when it cannot be.
     void assign(std::size_t index, const std::string& text);
@@ -40,12 +40,11 @@ private:
     QLabel* makeLabel(std::size_t index, const EntryMetrics& metrics);
     EntryField* makeField(std::size_t index, const EntryMetrics& metrics);
     void store(std::size_t index);
-    /// Checks and tidies the figure before the focus leaves. False when it is no number and the user has been told.
+    /// Checks and tidies the number before the focus leaves. False when it is not one and the user has been told.
     bool validate(std::size_t index);
 
     std::int16_t m_row;
     RegionalFormats m_formats;
-    std::function<void(std::int16_t)> m_rowEntered;
     std::array<EntryField*, rowFields.size()> m_fields = {};
 };
 

@@ -4,8 +4,8 @@
 
 namespace wagemill {
 
-/// Holds the content of the entry window. Where the screen is too small for it the content scrolls, and the control
-/// that has the focus is kept in view.
+/// Holds the content of the entry window, centred where there is room for more. Where the screen is too small for it
+/// the content scrolls, and the control that has the focus is kept in view.
 class EntryArea : public QScrollArea {
     Q_OBJECT
 
@@ -17,12 +17,11 @@ public:
     QSize minimumSizeHint() const override;
     /// As much of it as `available` holds, with the scroll bars that this takes.
     QSize sizeWithin(QSize available) const;
+    /// Scrolls until a control of the content is in view.
+    void showWhole(const QWidget& control);
 
 protected:
     bool focusNextPrevChild(bool next) override;
-
-private:
-    void showWhole(const QWidget& control);
 };
 
 } // namespace wagemill

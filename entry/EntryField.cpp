@@ -1,12 +1,15 @@
 #include "entry/EntryField.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QFocusEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QRegularExpression>
 #include <QSignalBlocker>
+#include <QStyleOptionFrame>
+#include <QTextDocument>
+#include <QToolTip>
 #include <QValidator>
 #include <QWindow>
 
@@ -14,11 +17,20 @@ namespace wagemill {
 
 namespace {
 
-/// Whether the focus moves by the user's will within the program, not because a window or menu came or went.
+/// Whether the focus moves within the program, not because a window or menu came or went.
 bool isOwnMove(Qt::FocusReason reason)
 {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::MouseFocusReason ||
-           reason == Qt::ShortcutFocusReason;
+           reason == Qt::ShortcutFocusReason || reason == Qt::OtherFocusReason;
+}
+
+/// Whether the event is a key, or what an input method makes of keys. Shift, Ctrl and their like alone are none.
+bool isTyped(const QEvent& event)
+{
+    if (event.type() != QEvent::KeyPress)
+        return event.type() == QEvent::InputMethod;
+    const int key = static_cast<const QKeyEvent&>(event).key();
+    return (key < Qt::Key_Shift || key > Qt::Key_ScrollLock) && key != Qt::Key_AltGr;
 }
 
 /// The widget that a press on `pressed` would give the focus to, null when there is none.
@@ -59,6 +71,7 @@ void EntryField::refillText(const QString& text)
 {
     const QSignalBlocker blocker(this);
     setText(text);
+    showBeginning();
 }
 
 void EntryField::replaceText(const QString& text)
@@ -68,24 +81,48 @@ void EntryField::replaceText(const QString& text)
     const QSignalBlocker blocker(this);
     selectAll();
     insert(text);
+    showBeginning();
+}
+
+void EntryField::showBeginning()
+{
+    home(false);
+}
+
+bool EntryField::isCut() const
+{
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    const QRect contents = style()->subElementRect(QStyle::SE_LineEditContents, &option, this);
+    return fontMetrics().horizontalAdvance(text()) > contents.marginsRemoved(textMargins()).width() - 4;
+}
+
+bool EntryField::event(QEvent* event)
+{
+    if (isTyped(*event))
+        emit needsView();
+    if (event->type() != QEvent::ToolTip)
+        return QLineEdit::event(event);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                       isCut() ? Qt::convertFromPlainText(text()) : QString(), this);
+    return true;
 }
 
 void EntryField::focusInEvent(QFocusEvent* event)
 {
     QLineEdit::focusInEvent(event);
-    if (!isOwnMove(event->reason()) && event->reason() != Qt::OtherFocusReason)
+    if (!isOwnMove(event->reason()))
         return;
     selectAll();
     m_selectAfterPress = event->reason() == Qt::MouseFocusReason;
-    emit focusGained();
+    emit needsView();
 }
 
 void EntryField::focusOutEvent(QFocusEvent* event)
 {
     QLineEdit::focusOutEvent(event);
-    // Tab and mouse have asked before the focus moved; what is left are shortcuts, which move it unasked.
-    if (event->reason() == Qt::ShortcutFocusReason && !mayLeave())
-        QMetaObject::invokeMethod(this, "setFocus", Qt::QueuedConnection);
+    if (isOwnMove(event->reason()))
+        showBeginning();
 }
 
 void EntryField::keyPressEvent(QKeyEvent* event)
@@ -117,26 +154,18 @@ LeaveGuard::LeaveGuard(QWidget* window) : QObject(window), m_window(window)
 
 bool LeaveGuard::eventFilter(QObject* watched, QEvent* event)
 {
-    switch (event->type()) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick:
-        // Seen at the platform's window, before the press reaches a widget: by then the focus would have moved.
-        return watched == m_window->windowHandle() &&
-               isRefused(focusTargetOfPress(m_window->childAt(static_cast<QMouseEvent*>(event)->position().toPoint())));
-    case QEvent::Shortcut: {
-        auto* const button = qobject_cast<QAbstractButton*>(watched); // it is pressed without getting the focus
-        return button != nullptr && button->window() == m_window && isRefused(button);
-    }
-    default:
+    const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (!isPress || watched != m_window->windowHandle()) // a widget sees the press when the focus has moved already
         return false;
-    }
+    const QPoint point = static_cast<QMouseEvent*>(event)->position().toPoint();
+    const QWidget* const target = focusTargetOfPress(m_window->childAt(point));
+    return target != nullptr && !allows(*target);
 }
 
-bool LeaveGuard::isRefused(const QWidget* target) const
+bool LeaveGuard::allows(const QWidget& target) const
 {
     auto* const field = qobject_cast<EntryField*>(QApplication::focusWidget());
-    return target != nullptr && field != nullptr && field->window() == m_window && target != field &&
-           !field->mayLeave();
+    return field == nullptr || field->window() != m_window || field == &target || field->mayLeave();
 }
 
 } // namespace wagemill

@@ -6,8 +6,9 @@
 namespace wagemill {
 
 /// A text field of the entry window. It selects its whole text when it gains the focus from inside the program, and
-/// asks before it lets the focus go elsewhere in the window; switching to another program asks nothing. Line breaks, as
-/// in a pasted address, become blanks; those at the end go.
+/// asks before it lets the focus go elsewhere in the window; switching to another program asks nothing. Without the
+/// focus it shows the beginning of its text, and a tool tip the whole where that is cut. Line breaks, as in a pasted
+/// address, become blanks; those at the end go.
 class EntryField : public QLineEdit {
     Q_OBJECT
 
@@ -26,9 +27,11 @@ public:
     void replaceText(const QString& text);
 
 signals:
-    void focusGained();
+    /// The field has gained the focus, is about to take a key, or refuses to let the focus go.
+    void needsView();
 
 protected:
+    bool event(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -36,26 +39,30 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
+    bool isCut() const;
+    void showBeginning();
+
     std::function<bool()> m_leaveCheck;
     QString m_decimalSeparator;
     bool m_selectAfterPress = false; ///< the press that brought the focus would otherwise undo the selection
 };
 
-/// Keeps a mouse press elsewhere in the window from taking the focus, and from doing anything else, while the focused
-/// field refuses to let it go; likewise a key that presses a button. Lives as long as the window that is its parent.
+/// Asks the focused field whether the focus may go elsewhere in the window. A mouse press that it refuses does nothing
+/// at all; whatever else moves the focus, or presses a button, asks by itself. Lives as long as the window that is its
+/// parent.
 class LeaveGuard : public QObject {
     Q_OBJECT
 
 public:
     explicit LeaveGuard(QWidget* window);
 
+    /// Whether the focus may go from the field that has it to `target`; if not, the user has been told.
+    bool allows(const QWidget& target) const;
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// Whether the focus may not go from the field that has it to `target`; the user has been told.
-    bool isRefused(const QWidget* target) const;
-
     QWidget* m_window;
 };
 

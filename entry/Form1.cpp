@@ -9,6 +9,7 @@
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
 #include "entry/EntryField.h"
+#include "entry/RefillReport.h"
 #include "entry/SampleData.h"
 #include "entry/SettingsNames.h"
 #include "help/HelpMessage.h"
@@ -29,6 +30,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <ranges>
 
 namespace wagemill {
 
@@ -55,7 +57,8 @@ float stripTop(float panelHeight, std::int16_t value)
     return (panelHeight + rowGapTwips) * static_cast<float>(negated);
 }
 
-Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new WindowPointer(*this))
+Form1::Form1(Form1Setup setup)
+    : m_setup(std::move(setup)), m_pointer(new WindowPointer(*this)), m_leaveGuard(new LeaveGuard(this))
 {
     setObjectName(QStringLiteral("Form1"));
     applyDesignFont(*this);
@@ -63,14 +66,13 @@ Form1::Form1(Form1Setup setup) : m_setup(std::move(setup)), m_pointer(new Window
     layOut();
     connectHandlers();
     setKeys();
-    new LeaveGuard(this);
     Form_Load();
     placeRows(); // the skin has changed the sizes
     resize(m_area->sizeWithin(screen()->availableSize() - roomForFrame));
     auto* const secondChance = new QTimer(this);
     connect(secondChance, &QTimer::timeout, this, &retrySettings);
     secondChance->start(std::chrono::seconds(1));
-    setMaximumSize(m_area->sizeHint().expandedTo(size())); // more room would only be empty
+    txtCompanyName->setFocus();
 }
 
 Form1::~Form1() = default;
@@ -79,7 +81,7 @@ void Form1::layOut()
 {
     auto* const content = new QWidget;
     auto* const column = new QVBoxLayout(content);
-    column->setContentsMargins(m_metrics.line, m_metrics.smallGap(), m_metrics.line, m_metrics.line);
+    column->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.line);
     column->setSpacing(m_metrics.groupGap());
     column->addWidget(headerFrame());
     column->addWidget(employeeFrame(), 1);
@@ -132,13 +134,13 @@ QGroupBox* Form1::employeeFrame()
     Picture3 = named(new QFrame(Picture1), "Picture3");
     VScroll1 = named(new QScrollBar(Qt::Vertical, Frame3), "VScroll1");
     VScroll1->setRange(0, m_setup.rows - 1);
+    VScroll1->setEnabled(m_setup.rows > 1);
     VScroll1->setPageStep(1); // a turn of the wheel, or a click beside the thumb, is one employee
+    VScroll1->setTracking(false);
     VScroll1->setAccessibleName(QStringLiteral("Employee shown"));
 
     for (std::int16_t row = 0; row < m_setup.rows; ++row)
-        picMainContainer.push_back(new EmployeePanel(
-            row, m_metrics, m_setup.build.formats, [this](std::int16_t entered) { VScroll1->setValue(entered); },
-            Picture3));
+        picMainContainer.push_back(new EmployeePanel(row, m_setup.rows, m_metrics, m_setup.build.formats, Picture3));
 
     auto* const row = new QHBoxLayout(Frame3);
     row->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap());
@@ -150,8 +152,12 @@ QGroupBox* Form1::employeeFrame()
 
 void Form1::placeRows()
 {
-    for (QWidget* control : findChildren<QWidget*>())
+    for (QWidget* control : findChildren<QWidget*>()) {
         control->ensurePolished(); // only then does it know its size
+        control->updateGeometry();
+    }
+    for (QLayout* layout : findChildren<QLayout*>())
+        layout->invalidate();
     const QSize panel = picMainContainer.front()->sizeHint();
     for (EmployeePanel* container : picMainContainer) {
         const float top = -stripTop(static_cast<float>(panel.height()) * twipsPerPixel, container->row());
@@ -200,16 +206,35 @@ void Form1::setKeys()
     PushButton22->setShortcut(Qt::ALT | Qt::Key_S);
     PushButton7->setShortcut(Qt::ALT | Qt::Key_L);
     PushButton6->setShortcut(Qt::ALT | Qt::Key_H);
-    connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, this, [] { showHelpMessage(); });
-    const auto goTo = [this](Qt::Key letter, auto target) {
-        connect(new QShortcut(Qt::ALT | letter, this), &QShortcut::activated, this,
-                [target] { target()->setFocus(Qt::ShortcutFocusReason); });
+    const auto onKey = [this](QKeyCombination key, auto action) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, action);
     };
-    goTo(Qt::Key_C, [this]() -> QWidget* { return txtCompanyName; });
-    goTo(Qt::Key_P, [this]() -> QWidget* { return dtPeriodEnding; });
-    goTo(Qt::Key_E, [this]() -> QWidget* {
-        return &picMainContainer[static_cast<std::size_t>(VScroll1->value())]->field(employeeIdField);
-    });
+    onKey(Qt::Key_F1, [this] { PushButton6_Click(); });
+    onKey(Qt::ALT | Qt::Key_C, [this] { goTo(*txtCompanyName); });
+    onKey(Qt::ALT | Qt::Key_P, [this] { goTo(*dtPeriodEnding); });
+    onKey(Qt::ALT | Qt::Key_E,
+          [this] { goTo(picMainContainer[static_cast<std::size_t>(VScroll1->value())]->field(employeeIdField)); });
+    onKey(Qt::CTRL | Qt::Key_PageDown, [this] { goToEmployee(VScroll1->value() + 1); });
+    onKey(Qt::CTRL | Qt::Key_PageUp, [this] { goToEmployee(VScroll1->value() - 1); });
+}
+
+void Form1::goTo(QWidget& target)
+{
+    if (m_leaveGuard->allows(target))
+        target.setFocus(Qt::ShortcutFocusReason);
+}
+
+/// To the field that has the focus in another employee, from elsewhere to the first.
+void Form1::goToEmployee(int row)
+{
+    if (row < VScroll1->minimum() || row > VScroll1->maximum())
+        return;
+    std::size_t index = employeeIdField;
+    for (const EmployeePanel* container : picMainContainer)
+        if (const auto focused = std::ranges::find_if(container->fields(), &QWidget::hasFocus);
+            focused != container->fields().end())
+            index = static_cast<std::size_t>(focused - container->fields().begin());
+    goTo(picMainContainer[static_cast<std::size_t>(row)]->field(index));
 }
 
 void Form1::connectHandlers()
@@ -217,22 +242,37 @@ void Form1::connectHandlers()
     connect(txtCompanyName, &QLineEdit::textChanged, this, [this] { handleEvent([&] { txtCompanyName_Change(); }); });
     connect(dtPeriodEnding, &DatePicker::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &Form1::VScroll1_Change);
-    connect(PushButton6, &QPushButton::clicked, this, [] { showHelpMessage(); });
-    connect(PushButton7, &QPushButton::clicked, this, &Form1::PushButton7_Click);
-    connect(PushButton22, &QPushButton::clicked, this, &Form1::PushButton22_Click);
+    connect(VScroll1, &QScrollBar::sliderMoved, this, &Form1::VScroll1_Scroll);
+    for (const auto& [button, handler] :
+         {std::pair(PushButton6, &Form1::PushButton6_Click), std::pair(PushButton7, &Form1::PushButton7_Click),
+          std::pair(PushButton22, &Form1::PushButton22_Click)})
+        connect(button, &QPushButton::clicked, this, [this, pressed = button, click = handler] {
+            if (m_leaveGuard->allows(*pressed)) // an access key, or a screen reader, presses without moving the focus
+                (this->*click)();
+        });
+    for (EntryField* field : {txtCompanyName, static_cast<EntryField*>(dtPeriodEnding)})
+        connect(field, &EntryField::needsView, m_area, [this, field] { m_area->showWhole(*field); });
 
     m_pointer->watch(PointerMode::Hand, {PushButton6, PushButton7, PushButton22});
     m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3, txtCompanyName});
     m_pointer->watch(PointerMode::Arrow, {m_area->widget(), PushButton6->parentWidget()}); // they cover the background
-    for (EmployeePanel* container : picMainContainer)
-        for (std::size_t field = 0; field < rowFields.size(); ++field)
-            m_pointer->watch(PointerMode::Arrow, {&container->field(field)});
+    for (const EmployeePanel* container : picMainContainer)
+        for (EntryField* field : container->fields()) {
+            m_pointer->watch(PointerMode::Arrow, {field});
+            connect(field, &EntryField::needsView, this, [this, field, row = container->row()] {
+                VScroll1->setValue(row);
+                m_area->showWhole(*field);
+            });
+        }
 }
 
 void Form1::Form_Load()
 {
     ErrorTrap trap("Form1.Form_Load");
-    trap.step(10, [&] { applyMainWindowSkin(*this); });
+    trap.step(10, [&] {
+        SkinFramework1 = createSkinningControl();
+        applyMainWindowSkin(*this, SkinFramework1.get());
+    });
     trap.step(20, [&] { setWindowTitle(QString::fromUtf8(productTitle.data())); });
     trap.step(30, [&] { makeApplicationTitle(productPhrase); });
     const std::filesystem::path cursor = besideProgram("/HAND-M.CUR");
@@ -249,9 +289,24 @@ void Form1::refill(ErrorTrap& trap)
 {
     trap.step(60, [&] { refillCompanyName(); });
     trap.step(70, [&] { refillPeriodEnding(); });
-    for (EmployeePanel* container : picMainContainer)
+    for (std::size_t field = 0; field < rowFields.size(); ++field)
+        trap.step(100 + static_cast<int>(field), [&] { picMainContainer.front()->refill(field); });
+    trap.step(120, [&] { refillOtherRows(); });
+}
+
+/// What cannot be refilled is reported together: a store that cannot be used fails for each of up to 408 fields.
+void Form1::refillOtherRows()
+{
+    std::vector<RefillFailure> failures;
+    for (EmployeePanel* container : picMainContainer | std::views::drop(1))
         for (std::size_t field = 0; field < rowFields.size(); ++field)
-            trap.step(100 + static_cast<int>(field), [&] { container->refill(field); });
+            try {
+                container->refill(field);
+            } catch (const std::exception& error) {
+                failures.push_back({container->row(), field, error.what()});
+            }
+    if (!failures.empty())
+        throw std::runtime_error(refillReport(failures));
 }
 
 void Form1::refillCompanyName()
@@ -297,8 +352,19 @@ void Form1::dtPeriodEnding_Change()
 
 void Form1::VScroll1_Change()
 {
+    placeStrip();
+}
+
+/// The strip follows the thumb while it is dragged; the value changes when it is let go.
+void Form1::VScroll1_Scroll()
+{
+    placeStrip();
+}
+
+void Form1::placeStrip()
+{
     const float panelHeight = static_cast<float>(picMainContainer.front()->height()) * twipsPerPixel;
-    const float top = stripTop(panelHeight, static_cast<std::int16_t>(VScroll1->value()));
+    const float top = stripTop(panelHeight, static_cast<std::int16_t>(VScroll1->sliderPosition()));
     Picture3->move(Picture3->x(), static_cast<int>(top / twipsPerPixel));
 }
 
@@ -309,9 +375,15 @@ void Form1::PushButton22_Click()
     returnFreedMemory(); // a build takes much that nobody needs while the stubs are looked at
 }
 
+void Form1::PushButton6_Click()
+{
+    showHelpMessage();
+}
+
 void Form1::PushButton7_Click()
 {
     ErrorTrap trap("Form1.PushButton7_Click");
+    VScroll1->setValue(0);
     trap.step(10, [&] { assignCompanyName(std::string(sampleCompanyName)); });
     trap.step(20, [&] { assignPeriodEnding(samplePeriodEnding(m_setup.today())); });
     EmployeePanel& first = *picMainContainer.front();
@@ -403,6 +475,14 @@ void Form1::wheelEvent(QWheelEvent* event)
         QCoreApplication::sendEvent(VScroll1, event);
     else
         event->ignore();
+}
+
+/// The field that has the focus when the window opens, or comes back, is selected like any other.
+void Form1::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (auto* const field = qobject_cast<EntryField*>(focusWidget()); field != nullptr && !event->spontaneous())
+        field->selectAll();
 }
 
 /// Asked for while the turn was passed on, a close is the preview's, which knows the workbook to delete.

@@ -27,7 +27,9 @@ class EmployeePanel;
 class EntryArea;
 class EntryField;
 class Form2;
+class LeaveGuard;
 class PushButton;
+class SkinningControl;
 
 /// What the entry window is given.
 struct Form1Setup {
@@ -52,6 +54,7 @@ public:
     void resetPointer() { m_pointer->resetPointer(); }
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
@@ -68,14 +71,20 @@ private:
     void Form_Load();
     void Form_Unload();
     void refill(ErrorTrap& trap);
+    void refillOtherRows();
     void refillCompanyName();
     void refillPeriodEnding();
     void txtCompanyName_Change();
     void dtPeriodEnding_Change();
     void VScroll1_Change();
+    void VScroll1_Scroll();
     void PushButton22_Click();
+    void PushButton6_Click();
     void PushButton7_Click();
 
+    void goTo(QWidget& target);
+    void goToEmployee(int row);
+    void placeStrip();
     void assignCompanyName(const std::string& text);
     void assignPeriodEnding(CalendarDate date);
     PayrollData payrollData() const;
@@ -95,6 +104,7 @@ private:
     Form1Setup m_setup;
     EntryMetrics m_metrics;
     WindowPointer* m_pointer;
+    LeaveGuard* m_leaveGuard;
     EntryArea* m_area = nullptr;
     bool handCursorPresent = false;
 
@@ -109,8 +119,9 @@ private:
     PushButton* PushButton6 = nullptr;
     PushButton* PushButton7 = nullptr;
     PushButton* PushButton22 = nullptr;
-    std::unique_ptr<Form2> m_preview; ///< made by the first build, then kept
-    QPointer<QWidget> m_focusBefore;  ///< when the turn was passed on
+    std::unique_ptr<SkinningControl> SkinFramework1; ///< null where none is installed
+    std::unique_ptr<Form2> m_preview;                ///< made by the first build, then kept
+    QPointer<QWidget> m_focusBefore;                 ///< when the turn was passed on
 };
 
 /// Top edge of the strip in twips, so that the panel of row `value` stands at the top of the viewport.

@@ -65,13 +65,6 @@ bool isListed(const std::filesystem::path& path)
 
 } // namespace
 
-void applyMainWindowSkin(QWidget& mainWindow)
-{
-    const std::shared_ptr<SkinningControl> skin = createSkinningControl();
-    QObject::connect(&mainWindow, &QObject::destroyed, [skin] {}); // keeps the control as long as its window
-    applyMainWindowSkin(mainWindow, skin.get());
-}
-
 void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
 {
     const std::filesystem::path skinFile = besideProgram(skinName);

@@ -42,8 +42,6 @@ std::unique_ptr<SkinningControl> createSkinningControl();
 /// Throws std::runtime_error when the skin file cannot be used; the window then keeps the neutral background.
 /// skin  null: the window is plain
 void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin);
-/// With the platform's skinning control, which then belongs to the window.
-void applyMainWindowSkin(QWidget& mainWindow);
 
 /// The neutral background, the palette's button colour, on a window and its labels, option buttons, check boxes and
 /// frames. A picture box keeps its own colour: it may be a drawing surface.

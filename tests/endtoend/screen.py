@@ -17,7 +17,7 @@ class Screen:
         return self.desktop.wait_for(lambda: next(self.all(role, name), None), f"the {role} \"{name}\"", seconds)
 
     def all(self, role, name=None):
-        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
+        for control in self.walk():
             try:
                 if control.getRoleName() == role and name in (None, control.name) and self._is_showing(control):
                     yield control
@@ -26,7 +26,7 @@ class Screen:
 
     def focusable(self):
         """The showing controls that the keyboard may reach; the cells of a table count as one control."""
-        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
+        for control in self.walk():
             try:
                 state = control.getState()
                 if (state.contains(self.pyatspi.STATE_FOCUSABLE) and state.contains(self.pyatspi.STATE_SHOWING)
@@ -55,6 +55,10 @@ class Screen:
 
     def _is_showing(self, control):
         return control.getState().contains(self.pyatspi.STATE_SHOWING)
+
+    def walk(self):
+        """Everything that is there, shown or not."""
+        return self._walk(self.pyatspi.Registry.getDesktop(0))
 
     def _walk(self, control):
         try:

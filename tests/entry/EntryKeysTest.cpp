@@ -1,7 +1,9 @@
 #include "entry/data/EmployeeCount.h"
 #include "tests/entry/EntryWindow.h"
 
+#include <QClipboard>
 #include <QFrame>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QScrollBar>
 
@@ -42,16 +44,21 @@ TEST_F(EntryKeys, AsksAboutARefusedFigureOnceForEveryMoveInsideTheWindow)
         {"close", [&] { form->close(); }, false},
         {"access key of a button", [&] { press(Qt::Key_S, Qt::AltModifier); }, true},
         {"access key of a field", [&] { press(Qt::Key_C, Qt::AltModifier); }, true},
+        {"next employee", [&] { press(Qt::Key_PageDown, Qt::ControlModifier); }, true},
+        {"screen reader: start", [&] { pressAsScreenReader("PushButton22"); }, true},
+        {"screen reader: sample", [&] { pressAsScreenReader("PushButton7"); }, true},
+        {"screen reader: help", [&] { pressAsScreenReader("PushButton6"); }, true},
         {"F1", [&] { press(Qt::Key_F1); }, false}, // moves no focus; the message is the help
     };
     for (const RowField& description : rowFields | std::views::filter(isNumeric))
         for (const auto& [way, leave, asks] : ways) {
-            open();
+            open(2);
             messages.shown.clear();
             ended = 0;
             type(rowName(description).c_str(), "abc");
             leave();
             QApplication::processEvents();
+            EXPECT_TRUE(!asks || QTest::qWaitFor([&] { return !messages.shown.empty(); })) << way;
             const auto asked = std::ranges::count(messages.texts(), "Please enter a valid input.");
             EXPECT_EQ(asked, asks ? 1 : 0) << description.name << " left by " << way;
             EXPECT_EQ(text(rowName(description).c_str()), "abc");
@@ -86,6 +93,9 @@ TEST_F(EntryKeys, PressesEveryButtonByEnterSpaceAndItsAccessKey)
         press(accessKey, Qt::AltModifier);
         EXPECT_TRUE(QTest::qWaitFor([&pressed] { return pressed == 4; })) << name;
         EXPECT_FALSE(button->text().contains('&'));
+        messages.shown.clear();
+        press(Qt::Key_F1); // help, wherever the focus is
+        EXPECT_EQ(messages.shown.size(), 1U);
     }
 }
 
@@ -100,17 +110,65 @@ TEST_F(EntryKeys, GoesToFieldsByTheirAccessKeys)
     }
 }
 
-TEST_F(EntryKeys, ShowsHelpByF1FromAnywhere)
+TEST_F(EntryKeys, GoesToTheSameFieldOfTheNextEmployee)
 {
-    open();
-    for (QWidget* focus : {static_cast<QWidget*>(field("txtOT(0)")), static_cast<QWidget*>(field("dtPeriodEnding")),
-                           static_cast<QWidget*>(control<PushButton>("PushButton22"))}) {
-        messages.shown.clear();
-        focus->setFocus();
-        press(Qt::Key_F1);
-        ASSERT_EQ(messages.shown.size(), 1U);
-        EXPECT_TRUE(messages.shown[0].text.starts_with("Questions? "));
+    open(3);
+    field("txtOT(0)")->setFocus();
+    for (const auto& [key, target] : {std::pair(Qt::Key_PageDown, "txtOT(1)"), std::pair(Qt::Key_PageDown, "txtOT(2)"),
+                                      std::pair(Qt::Key_PageDown, "txtOT(2)"), std::pair(Qt::Key_PageUp, "txtOT(1)"),
+                                      std::pair(Qt::Key_PageUp, "txtOT(0)"), std::pair(Qt::Key_PageUp, "txtOT(0)")}) {
+        press(key, Qt::ControlModifier);
+        EXPECT_EQ(focused(), target);
+        EXPECT_FALSE(QApplication::focusWidget()->visibleRegion().isEmpty());
     }
+    field("txtCompanyName")->setFocus();
+    press(Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_EQ(focused(), "txtEmployeeID(1)");
+}
+
+TEST_F(EntryKeys, BringsAFieldIntoViewBeforeItChanges)
+{
+    QApplication::clipboard()->setText("7");
+    struct {
+        const char* what;
+        std::function<void()> act;
+        bool isShown = true;
+    } const cases[] = {
+        {"a letter", [] { QTest::keyClicks(QApplication::focusWidget(), "x"); }},
+        {"delete", [] { press(Qt::Key_Delete); }},
+        {"paste", [] { press(Qt::Key_V, Qt::ControlModifier); }},
+        {"paste by Insert", [] { press(Qt::Key_Insert, Qt::ShiftModifier); }},
+        {"undo", [] { press(Qt::Key_Z, Qt::ControlModifier); }},
+        {"input method",
+         [] {
+             QInputMethodEvent composed;
+             composed.setCommitString("x");
+             QApplication::sendEvent(QApplication::focusWidget(), &composed);
+         }},
+        {"refused Tab", [] { pressTab(); }},
+        {"refused click", [&] { clickOn(field("txtName(2)")); }},
+        {"Ctrl alone", [] { press(Qt::Key_Control, Qt::ControlModifier); }, false},
+        {"Shift alone", [] { press(Qt::Key_Shift, Qt::ShiftModifier); }, false},
+        {"nothing", [] {}, false},
+    };
+    for (const QSize size : {QSize(800, 560), QSize(455, 256)})
+        for (const auto& [what, act, isShown] : cases) {
+            open(3);
+            form->resize(size);
+            messages.shown.clear();
+            EntryField* const wage = field("txtHourlyWage(0)");
+            type("txtHourlyWage(0)", "abc");
+            field("txtName(2)")->setFocus();
+            wage->setFocus();
+            const auto isVisible = [&] { return wage->visibleRegion().boundingRect() == wage->rect(); };
+            QObject::connect(wage, &EntryField::textChanged, form.get(),
+                             [&, name = what] { EXPECT_TRUE(isVisible()) << name; });
+            control<QScrollBar>("VScroll1")->setValue(2);
+            ASSERT_FALSE(isVisible());
+            act();
+            EXPECT_EQ(isVisible(), isShown) << what;
+            EXPECT_EQ(focused(), "txtHourlyWage(0)") << what;
+        }
 }
 
 TEST_F(EntryKeys, LosesNothingToEscape)
@@ -172,17 +230,24 @@ TEST_F(EntryKeys, UndoesWhatTidyingReplaced)
     }
 }
 
-TEST_F(EntryKeys, UndoesWhatTheSampleReplaced)
+TEST_F(EntryKeys, LoadsTheSampleIntoTheFirstEmployeeAndUndoesIt)
 {
-    open();
+    open(3);
     type("txtCompanyName", "Mill");
     type("dtPeriodEnding", "2/3/2025");
     for (const RowField& description : rowFields)
         type(rowName(description).c_str(), "77");
     const auto before = store.values;
-    click("PushButton7");
-    EXPECT_EQ(store.values["txtTaxStatus0"], "");
-    EXPECT_EQ(store.values["dtPeriodEnding"], "2/28/2026");
+    control<QScrollBar>("VScroll1")->setValue(2);
+    for (int presses = 0; presses < 2; ++presses)
+        click("PushButton7");
+    EXPECT_EQ(control<QScrollBar>("VScroll1")->value(), 0);
+    for (const auto& [key, sample] :
+         {std::pair("txtCompanyName", "ACME Inc"), std::pair("dtPeriodEnding", "2/28/2026"),
+          std::pair("txtEmployeeID0", "E118"), std::pair("txtHourlyWage0", "$15.00"), std::pair("txtTaxStatus0", ""),
+          std::pair("txtStateTax0", "10"), std::pair("txtOTRate0", "$10.25"), std::pair("txtOtherDeduction0", "$2.00")})
+        EXPECT_EQ(store.values[key], sample) << key;
+    EXPECT_FALSE(store.values.contains("txtName2"));
     std::vector<QWidget*> all = {field("txtCompanyName"), field("dtPeriodEnding")};
     for (const RowField& description : rowFields)
         all.push_back(field(description));

@@ -9,6 +9,7 @@
 #include "tests/support/RecordedMessages.h"
 #include "tests/workbook/FakeSpreadsheet.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QTest>
 
@@ -29,6 +30,7 @@ public:
         std::map<std::string, std::string> values;
         std::vector<std::string> written;
         bool failing = false;
+        bool locked = false; ///< neither read nor written
     };
     explicit MemoryStore(State& state) : m_state(state) {}
 
@@ -37,12 +39,14 @@ public:
     {
         EXPECT_EQ(application, "Quellory");
         EXPECT_EQ(section, "Wagemill");
+        if (m_state.locked)
+            throw std::runtime_error("The settings are locked.");
         const auto found = m_state.values.find(std::string(key));
         return found == m_state.values.end() ? std::nullopt : std::optional(found->second);
     }
     void write(std::string_view, std::string_view, std::string_view key, std::string_view value) override
     {
-        if (m_state.failing)
+        if (m_state.failing || m_state.locked)
             throw std::runtime_error("The disk is full.");
         m_state.written.emplace_back(key);
         m_state.values[std::string(key)] = value;
@@ -101,6 +105,13 @@ protected:
         QTest::keyClicks(field(name), QString::fromUtf8(typed));
     }
     void click(const char* button) const { clickOn(control<PushButton>(button)); }
+    /// The press that a screen reader asks for.
+    void pressAsScreenReader(const char* button) const
+    {
+        QAccessible::queryAccessibleInterface(control<PushButton>(button))
+            ->actionInterface()
+            ->doAction(QAccessibleActionInterface::pressAction());
+    }
     /// A press and release at the middle of a widget, as the platform reports it to the window.
     void clickOn(QWidget* widget) const
     {
