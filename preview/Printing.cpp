@@ -31,7 +31,7 @@ QPageSize usualPaper()
     constexpr QLocale::Territory usesLetter[] = {QLocale::UnitedStates, QLocale::Canada, QLocale::Mexico,
                                                  QLocale::PuertoRico, QLocale::Philippines};
     const bool isLetter = std::ranges::find(usesLetter, QLocale().territory()) != std::end(usesLetter);
-    return QPageSize(isLetter ? QPageSize::Letter : QPageSize::A4);
+    return {isLetter ? QPageSize::Letter : QPageSize::A4};
 }
 
 void askForWishes(QPrinter& printer, const drawing::PrintableSheet& sheet)

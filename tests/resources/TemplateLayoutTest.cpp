@@ -104,9 +104,9 @@ TEST(StubLayout, LongNamesAndTaxStatusesBreakIntoTheirRows)
 {
     Book book = payrollTemplate();
     engine::Sheet& stubs = *book.sheets[2];
-    stubs.at({2, 5}).value = "Maximiliana Featherstonehaugh-Cholmondeley";
+    stubs.at({2, 5}).value = "Maximiliana Bartholomea Featherstonehaugh-Cholmondeley van den Oudenhoven Junior";
     stubs.at({4, 3}).value = "Married filing jointly";
-    stubs.at({1, 2}).value = "The Honourable Company of Northern Shipwrights and Chandlers, Incorporated";
+    stubs.at({1, 2}).value = std::string(255, 'W');
     const drawing::Drawing picture = pictureOf(book, 2);
     for (const drawing::Text& text : picture.texts) {
         const QString words = QString::fromStdString(text.text);

@@ -154,9 +154,9 @@ def builds_previews_and_saves(windows, **environment):
     shutil.rmtree(folder, ignore_errors=True)
     os.mkdir(folder)
     temporary = os.path.join(folder, "kvarno*.xls")
-    saved = desktop.disk("saved by the test.xls")
-    if os.path.exists(saved):
-        os.remove(saved)
+    saved, printed = desktop.disk("saved by the test.xls"), desktop.disk("printed by the test.pdf")
+    for earlier in filter(os.path.exists, (saved, printed)):
+        os.remove(earlier)
     desktop.run("reg", "delete", KEY, "/f")
     desktop.must_run("reg", "add", r"HKCU\Environment", "/v", "TEMP", "/d", "C:\\" + FOLDER, "/f")
     desktop.restart()
@@ -175,6 +175,14 @@ def builds_previews_and_saves(windows, **environment):
     desktop.wait_for(lambda: abs(blue_pixels(windows.picture(preview, "zoomed-back")) - natural) < 0.05 * natural,
                      "the stub in its first size again")
     expect(len(glob.glob(temporary)) == 1, f"the temporary folder holds {glob.glob(temporary)}")
+    desktop.key("ctrl+p")  # Wine has no printer
+    desktop.window("Print to File (PDF)", 30)
+    windows.settled(None, "print")
+    desktop.key("ctrl+a")
+    desktop.type("C:\\printed by the test.pdf")
+    desktop.key("Return")
+    desktop.wait_for(lambda: os.path.exists(printed) and open(printed, "rb").read().strip().endswith(b"%%EOF"),
+                     "the stub in a PDF file")
     desktop.click_in(preview, *SAVE)
     desktop.window("Save File", 30)
     windows.settled(None, "save")

@@ -100,6 +100,15 @@ TEST_F(SheetPagesTest, RepeatsTitlesAndKeepsToThePrintArea)
     EXPECT_EQ(shown(), "A1-B8 | A1-B1 A9-B15 | A1-B1 A16-B20") << "whole columns end with the last row";
 }
 
+TEST_F(SheetPagesTest, PaperWithoutRoomIsNoEndlessPrint)
+{
+    sheet.at({9999, 1}).value = 1.0;
+    sheet.print.fitToPages = true;
+    sheet.print.pagesWide = sheet.print.pagesHigh = 0;
+    sheet.print.left = sheet.print.top = 48;
+    EXPECT_THROW(pages(), EngineError);
+}
+
 TEST_F(SheetPagesTest, CentersOnThePage)
 {
     fill(1, 1);

@@ -17,6 +17,7 @@ namespace {
 
 constexpr double pixelsPerInch = 96;
 constexpr int minScale = 10; ///< percent
+constexpr std::size_t maxPages = 10'000;
 
 /// Rows or columns that lie side by side.
 struct Span {
@@ -165,6 +166,9 @@ private:
         const std::vector<Span> rows = down.pages(roomHigh() / scale);
         const std::vector<Span> columns = across.pages(roomWide() / scale);
         const std::size_t count = rows.size() * columns.size();
+        if (count > maxPages)
+            throw EngineError("The sheet \"" + m_sheet.name + "\" would take " + std::to_string(count) +
+                              " pages on this paper. Please choose a larger one.");
         for (std::size_t page = 0; page < count; ++page) {
             const std::size_t row = m_print.overThenDown ? page / columns.size() : page % rows.size();
             const std::size_t column = m_print.overThenDown ? page % columns.size() : page / rows.size();
