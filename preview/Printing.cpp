@@ -44,7 +44,6 @@ void askForWishes(QPrinter& printer, const drawing::PrintableSheet& sheet)
     printer.setPageOrientation(sheet.landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
     printer.setCopyCount(std::clamp(sheet.copies, 1, 999));
     printer.setDocName(QString::fromStdString(sheet.title));
-    printer.setFullPage(true); // margins are the sheet's own
 }
 
 PaperSize paperOf(const QPrinter& printer)
@@ -64,13 +63,12 @@ std::vector<const Page*> chosenPages(const QPrinter& printer, const std::vector<
     if (printer.pageOrder() == QPrinter::LastPageFirst)
         std::ranges::reverse(chosen);
     if (printer.supportsMultipleCopies())
-        return chosen; // it makes the copies
+        return chosen;                                                    // it makes the copies
+    const auto inTurn = printer.collateCopies() ? std::ssize(chosen) : 1; // pages
     std::vector<const Page*> copies;
-    for (int copy = 0; printer.collateCopies() && copy < printer.copyCount(); ++copy)
-        copies.insert(copies.end(), chosen.begin(), chosen.end());
-    for (const Page* page : chosen)
-        if (!printer.collateCopies())
-            copies.insert(copies.end(), static_cast<std::size_t>(printer.copyCount()), page);
+    for (auto first = chosen.begin(); first != chosen.end(); first += inTurn)
+        for (int copy = 0; copy < printer.copyCount(); ++copy)
+            copies.insert(copies.end(), first, first + inTurn);
     return copies;
 }
 
@@ -144,8 +142,10 @@ void printSheet(const drawing::PrintableSheet& sheet, PrintDialog& dialog, QWidg
 {
     QPrinter printer(QPrinter::HighResolution);
     askForWishes(printer, sheet);
-    if (dialog.choose(printer, owner))
-        printPages(printer, sheet.pagesOn(paperOf(printer)));
+    if (!dialog.choose(printer, owner))
+        return;
+    printer.setFullPage(true); // margins are the sheet's own
+    printPages(printer, sheet.pagesOn(paperOf(printer)));
 }
 
 } // namespace wagemill

@@ -121,7 +121,11 @@ TEST_F(SheetPagesTest, CentersOnThePage)
 TEST_F(SheetPagesTest, AnEmptySheetHasNoPages)
 {
     sheet.at({4, 4}).format = defaultCellFormat;
+    name("Print_Area", "A1:I65536");
     EXPECT_TRUE(pages().empty());
+    sheet.at({4, 4}).value = 1.0;
+    sheet.columns.front().hidden = true;
+    EXPECT_EQ(pages().size(), 1U) << "nothing of it is wide";
 }
 
 TEST_F(SheetPagesTest, HeaderAndFooterKeepTheirDistances)

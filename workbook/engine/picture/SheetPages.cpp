@@ -39,8 +39,10 @@ std::vector<CellRect> namedAreas(const Book& book, std::size_t sheet, std::strin
             continue;
         for (const Token& token : defined.formula.tokens)
             if (const auto* reference = std::get_if<ReferenceToken>(&token); reference != nullptr && !reference->bad) {
-                const ReferencePart last = reference->last.value_or(reference->first);
-                areas.push_back({reference->first.row, reference->first.column, last.row, last.column});
+                ReferencePart first = reference->first;
+                ReferencePart last = reference->last.value_or(first);
+                orderCorners(first, last);
+                areas.push_back({first.row, first.column, last.row, last.column});
             }
     }
     return areas;
@@ -127,15 +129,17 @@ public:
 
     std::vector<drawing::Page> pages()
     {
-        std::vector<CellRect> areas = namedAreas(m_book, m_index, "Print_Area");
         const std::optional<CellRect> visible = visibleArea(m_book, m_sheet);
-        if (areas.empty() && visible)
+        if (!visible)
+            return {};
+        std::vector<CellRect> areas = namedAreas(m_book, m_index, "Print_Area");
+        if (areas.empty())
             areas.push_back(*visible);
         for (CellRect& area : areas) {
-            if (visible && area.rows() == maxRows)
-                area.lastRow = std::max(area.firstRow, visible->lastRow); // whole columns
-            if (visible && area.columns() == maxColumns)
-                area.lastColumn = std::max(area.firstColumn, visible->lastColumn);
+            if (area.rows() == maxRows) // whole columns
+                area.lastRow = visible->lastRow;
+            if (area.columns() == maxColumns)
+                area.lastColumn = visible->lastColumn;
             addPages(area);
         }
         return std::move(m_pages);
@@ -166,8 +170,8 @@ private:
         const std::vector<Span> rows = down.pages(roomHigh() / scale);
         const std::vector<Span> columns = across.pages(roomWide() / scale);
         const std::size_t count = rows.size() * columns.size();
-        if (count > maxPages)
-            throw EngineError("The sheet \"" + m_sheet.name + "\" would take " + std::to_string(count) +
+        if (m_pages.size() + count > maxPages)
+            throw EngineError("The sheet \"" + m_sheet.name + "\" would take more than " + std::to_string(maxPages) +
                               " pages on this paper. Please choose a larger one.");
         for (std::size_t page = 0; page < count; ++page) {
             const std::size_t row = m_print.overThenDown ? page / columns.size() : page % rows.size();
@@ -180,7 +184,7 @@ private:
     int scaleFor(const Division& down, const Division& across) const
     {
         if (!m_print.fitToPages) {
-            const int fitting = static_cast<int>(100 * roomWide() / across.longest());
+            const int fitting = static_cast<int>(100 * roomWide() / std::max(1.0, across.longest()));
             return std::max(minScale, std::min<int>(m_print.scalePercent, fitting));
         }
         const auto fits = [](const Division& division, double room, std::uint16_t pages) {
