@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -38,9 +40,12 @@ TEST(Template, IsATemplateThatSaysWhereItComesFrom)
     EXPECT_TRUE(book.isTemplate);
     EXPECT_TRUE(book.notices.empty());
     EXPECT_EQ(book.activeSheet, 0U);
-    EXPECT_EQ(book.properties.title, "Payroll workbook");
-    EXPECT_EQ(book.properties.application, "Wagemill");
-    EXPECT_NE(book.properties.created, 0U);
+    const auto summary = std::ranges::find(book.carriedStreams, std::vector<std::string>{"\x05SummaryInformation"},
+                                           &engine::CarriedStream::path);
+    ASSERT_NE(summary, book.carriedStreams.end());
+    const std::string_view said(reinterpret_cast<const char*>(summary->data.data()), summary->data.size());
+    for (const char* part : {"Payroll workbook", "Wagemill"})
+        EXPECT_NE(said.find(part), std::string_view::npos) << part;
 }
 
 TEST(Template, InputCellsAreNotLockedAndFormulasAre)

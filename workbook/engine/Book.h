@@ -45,7 +45,8 @@ struct DefinedName {
     CarriedRecord record; ///< the LBL record as in the file; empty for a name of our own making
 };
 
-/// Times in 100 ns since 1 January 1601 UTC; 0 is not set.
+/// What a workbook of our own says about itself. One that was read keeps the streams it came with, under the times set
+/// here. Times in 100 ns since 1 January 1601 UTC; 0 is not set.
 struct DocumentProperties {
     std::string title;
     std::string author;

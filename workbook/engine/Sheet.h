@@ -100,6 +100,7 @@ class Sheet {
 public:
     std::string name; ///< 1 to 31 characters
     bool hidden = false;
+    bool veryHidden = false;        ///< a hidden one that the application does not offer to show
     bool isFiltered = false;        ///< a filter hides rows
     std::vector<ColumnRun> columns; ///< ascending, never overlapping
     std::vector<CellRect> merged;

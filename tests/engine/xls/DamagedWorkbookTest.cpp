@@ -111,6 +111,10 @@ TEST(DamagedWorkbook, ReadsOnWithoutItsRefinements)
         {"not a number", {{0x0203, "0000 0000 0F00 000000000000F87F"}}, ErrorCode::Number},
         {"an unknown error code", {{0x0205, "0000 0000 0F00 63 01"}}, ErrorCode::NotAvailable},
         {"a text in the record itself", {{0x0204, "0000 0000 0F00 0200 00 6869"}}, std::string("hi")},
+        {"a text without its flags", {{0x0204, "0000 0000 0F00 0200 6869"}}, std::string("hi")},
+        {"a formula under an older number",
+         {{0x0406, "0000 0000 0F00 0000000000001440 0000 00000000 0300 1E 0500"}},
+         5.0},
         {"a text with runs of its own", {{0x00D6, "0000 0000 0F00 0200 00 6869 0100 0000 0600"}}, std::string("hi")},
         {"a formula that is no expression", {{0x0006, "0000 0000 0F00 0000000000001440 0000 00000000 0100 03"}}, 5.0},
         {"a part of a shared formula that is missing",
@@ -170,24 +174,38 @@ TEST(DamagedWorkbook, ExpandsSharedFormulas)
 
 TEST(DamagedWorkbook, MakesFormatsRegularThatAreNot)
 {
-    // three formats of cells and none of styles, the second bold; an undefined number format
+    // three formats of cells and none of styles, the second bold; a number format without flags and an undefined one
     const std::vector<RawRecord> globals = {
         {0x0031, "C8000000FF7F9001000000000000 05 00 417269616C"},
         {0x0031, "C8000100FF7FBC02000000000000 05 00 417269616C"},
-        {0x00E0, "0000 0000 0100 20 00 00 00 00000000 00000000 C020"},
+        {0x041E, "A400 0400 302E3030"},
+        {0x00E0, "0000 A400 0100 20 00 00 00 00000000 00000000 C020"},
         {0x00E0, "0100 0A00 0100 20 00 00 00 00000000 00000000 C020"},
         {0x00E0, "0400 2C01 0100 20 00 00 00 00000000 00000000 C020"},
     };
-    const Book book = writtenAndRead(readWorkbook(
-        workbookOf({{0x0201, "0000 0000 0100"}, {0x0201, "0000 0100 0200"}, {0x0201, "0000 0200 0900"}}, globals),
-        "test.xls"));
+    const Book book = writtenAndRead(readWorkbook(workbookOf({{0x0201, "0000 0000 0100"},
+                                                              {0x0201, "0000 0100 0200"},
+                                                              {0x0201, "0000 0200 0900"},
+                                                              {0x0201, "0000 0300 0000"}},
+                                                             globals),
+                                                  "test.xls"));
     const auto format = [&](int column) { return book.styles.format(book.sheets[0]->find({0, column})->format); };
     EXPECT_EQ(book.styles.fontOf(format(0)).weight, 700);
     EXPECT_EQ(format(0).numberFormat, 10);
     EXPECT_EQ(format(1).numberFormat, 0);
     EXPECT_EQ(format(1).font, 0);
     EXPECT_EQ(book.sheets[0]->find({0, 2})->format, defaultCellFormat);
+    EXPECT_EQ(book.styles.numberFormatCode(format(3).numberFormat), "0.00");
     EXPECT_TRUE(book.styles.formats[0].isStyle);
+}
+
+TEST(DamagedWorkbook, KeepsTheHeightOfAnAutomaticRow)
+{
+    const std::vector<RawRecord> records = {{0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"},
+                                            {0x0203, "0000 0000 0F00 0000000000001440"}};
+    const Row row = writtenAndRead(readWorkbook(workbookOf(records), "test.xls")).sheets[0]->rows()[0];
+    EXPECT_EQ(row.heightTwips, 510);
+    EXPECT_FALSE(row.heightSetByHand);
 }
 
 TEST(DamagedWorkbook, KeepsWhatLiesInsideAChartOrCustomView)

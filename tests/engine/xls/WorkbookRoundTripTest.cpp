@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cmath>
 #include <limits>
 
@@ -102,7 +104,7 @@ TEST(WorkbookRoundTrip, NumbersThatAreNoneBecomeErrors)
 TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
 {
     Book book = smallBook();
-    book.sheets[0]->hidden = true;
+    book.sheets[0]->hidden = book.sheets[0]->veryHidden = true;
     Sheet& sheet = *book.sheets[1];
     sheet.showGridLines = false;
     sheet.defaultColumnWidth = 12;
@@ -119,7 +121,7 @@ TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
 
     ASSERT_EQ(read.sheets.size(), 2U);
     const Sheet& readSheet = *read.sheets[1];
-    EXPECT_TRUE(read.sheets[0]->hidden);
+    EXPECT_TRUE(read.sheets[0]->hidden && read.sheets[0]->veryHidden);
     EXPECT_EQ(read.activeSheet, 1U);
     EXPECT_EQ(readSheet.name, sheet.name);
     EXPECT_EQ(readSheet.merged, sheet.merged);
@@ -137,7 +139,6 @@ TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
     EXPECT_TRUE(readSheet.rows()[6].isPlain());
     EXPECT_EQ(read.externSheets, book.externSheets);
     EXPECT_EQ(*readSheet.find({1, 2})->formula, *sheet.find({1, 2})->formula);
-    EXPECT_EQ(read.properties.title, "Payroll");
 }
 
 TEST(WorkbookRoundTrip, KeepsFontsFormatsAndColors)
@@ -248,7 +249,13 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
                    .horizontalResolution = 300,
                    .verticalResolution = 1200,
                    .otherFlags = 0x0618};
-    book.carriedStreams = {{{"macros"}, true, {}}, {{"macros", "code"}, false, fromHex("0102")}};
+    book.carriedStreams = {{{"macros"}, true, {}},
+                           {{"macros", "code"}, false, fromHex("0102")},
+                           {{"\x05SummaryInformation"}, false, fromHex("03")},
+                           {{"\x05"
+                             "DocumentSummaryInformation"},
+                            false,
+                            fromHex("04")}};
     book.names.push_back({"rate", std::nullopt, {{areaToken({0, 0, 1, 1}, false)}}, {}});
     book.supportingBooks.push_back({SupportingBook::Kind::AddIn, {}, {}, {}});
     const Book read = writtenAndRead(book);
@@ -263,9 +270,9 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
     EXPECT_EQ(carried, sheet.carried) << "and in their order";
     EXPECT_EQ(read.sheets[0]->panes, sheet.panes);
     EXPECT_EQ(read.sheets[0]->print, sheet.print);
-    ASSERT_EQ(read.carriedStreams.size(), 2U);
-    EXPECT_EQ(read.carriedStreams[1].path, (std::vector<std::string>{"macros", "code"}));
-    EXPECT_EQ(read.carriedStreams[1].data, fromHex("0102"));
+    ASSERT_EQ(read.carriedStreams.size(), book.carriedStreams.size());
+    for (const CarriedStream& stream : book.carriedStreams)
+        EXPECT_EQ(std::ranges::find(read.carriedStreams, stream.path, &CarriedStream::path)->data, stream.data);
     ASSERT_EQ(read.names.size(), 1U);
     EXPECT_EQ(read.names[0].name, "rate");
     EXPECT_EQ(read.names[0].formula, book.names[0].formula);

@@ -5,7 +5,6 @@
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/GlobalsReader.h"
-#include "workbook/engine/xls/PropertySet.h"
 #include "workbook/engine/xls/SheetReader.h"
 #include "workbook/engine/xls/Unicode.h"
 
@@ -119,6 +118,7 @@ void readSheets(std::span<const std::byte> stream, ReadContext& context)
             throw DamagedFile("the sheet \"" + bound.name + "\" lies outside the workbook; the file may be cut off");
         Sheet& sheet = book.addSheet(allowedSheetName(bound.name, book));
         sheet.hidden = bound.hidden;
+        sheet.veryHidden = bound.veryHidden;
         readSheet(stream, bound.offset, context, sheet);
     }
 }
@@ -143,10 +143,6 @@ Book readBook(std::span<const std::byte> bytes)
         throw EngineError(hasOlderWorkbook
                               ? "it was saved by a version before Excel 97; save it anew as \"Excel 97-2003 workbook\""
                               : "it holds no workbook; it may be a document of another program");
-    if (const auto summary = takeStream(book.carriedStreams, summaryStreamName))
-        readSummary(*summary, book.properties);
-    takeStream(book.carriedStreams, documentSummaryStreamName);
-
     ReadContext context{book, {}, {}, {}, {}};
     readGlobals(*workbook, context);
     readSheets(*workbook, context);

@@ -95,6 +95,7 @@ inline constexpr std::uint16_t dataTable = 0x0236;
 inline constexpr std::uint16_t window2 = 0x023E;
 inline constexpr std::uint16_t rk = 0x027E;
 inline constexpr std::uint16_t style = 0x0293;
+inline constexpr std::uint16_t olderFormula = 0x0406; ///< as some programs still number a formula of this format
 inline constexpr std::uint16_t numberFormat = 0x041E;
 inline constexpr std::uint16_t sharedFormula = 0x04BC;
 inline constexpr std::uint16_t bof = 0x0809;

@@ -48,9 +48,16 @@ std::vector<std::byte> writeWorkbook(const Book& book, FileKind kind)
 {
     std::vector<CarriedStream> streams;
     streams.push_back({{"Workbook"}, false, workbookStream(book, kind)});
-    streams.push_back({{summaryStreamName}, false, writeSummary(book.properties)});
-    streams.push_back({{documentSummaryStreamName}, false, writeDocumentSummary()});
     streams.insert(streams.end(), book.carriedStreams.begin(), book.carriedStreams.end());
+    const auto named = [&](const char* name) {
+        return std::ranges::find(streams, std::vector<std::string>{name}, &CarriedStream::path);
+    };
+    if (const auto summary = named(summaryStreamName); summary != streams.end())
+        stampSummary(summary->data, book.properties);
+    else
+        streams.push_back({{summaryStreamName}, false, writeSummary(book.properties)});
+    if (named(documentSummaryStreamName) == streams.end())
+        streams.push_back({{documentSummaryStreamName}, false, writeDocumentSummary()});
     return writeCompoundFile(streams);
 }
 

@@ -5,6 +5,7 @@
 #include "workbook/engine/xls/DamagedFile.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace wagemill::engine::xls {
@@ -14,6 +15,7 @@ namespace {
 constexpr std::size_t smallestFile = 512;
 constexpr std::size_t mostEntries = 10000;
 constexpr std::size_t deepestStorage = 32;
+constexpr std::size_t linkSize = 4;
 
 struct Header {
     std::uint16_t majorVersion = 3;
@@ -93,13 +95,15 @@ public:
         while (reader.remaining() >= 4)
             m_links.push_back(reader.u32());
     }
-    /// All bytes of the chain, whole sectors.
-    std::vector<std::byte> chain(std::uint32_t start)
+    /// The bytes of the chain, whole sectors, until there are `size`: what the chain holds beyond is not used, and
+    /// other chains may. The end that a cut last sector lacks is zero.
+    std::vector<std::byte> chain(std::uint32_t start, std::uint64_t size = std::numeric_limits<std::uint64_t>::max())
     {
         std::vector<std::byte> joined;
-        for (std::uint32_t sector = start; sector != endOfChain; sector = m_links[sector]) {
+        for (std::uint32_t sector = start; sector != endOfChain && joined.size() < size; sector = m_links[sector]) {
             const auto bytes = take(sector);
             joined.insert(joined.end(), bytes.begin(), bytes.end());
+            joined.resize(joined.size() + m_sectorSize - bytes.size());
             if (sector >= m_links.size())
                 throw DamagedFile("a chain of sectors leads outside its table");
         }
@@ -109,9 +113,9 @@ public:
     {
         if (size == 0)
             return {};
-        if (size > m_bytes.size())
+        if (size > sectors() * m_sectorSize)
             throw DamagedFile("a stream claims more bytes than the file has");
-        std::vector<std::byte> bytes = chain(start);
+        std::vector<std::byte> bytes = chain(start, size);
         if (bytes.size() < size)
             throw DamagedFile("a stream is longer than its chain of sectors; the file may be cut off");
         bytes.resize(static_cast<std::size_t>(size));
@@ -185,6 +189,11 @@ std::vector<DirectoryEntry> readDirectory(const std::vector<std::byte>& bytes, s
     if (entries.empty() || entries.front().type != EntryType::Root)
         throw DamagedFile("its directory has no root");
     return entries;
+}
+
+bool isSmallStream(const DirectoryEntry& entry)
+{
+    return entry.type == EntryType::Stream && entry.size > 0 && entry.size < miniStreamCutoff;
 }
 
 /// Walks the tree of names below the root, each entry once.
@@ -261,10 +270,12 @@ std::vector<CarriedStream> readCompoundFile(std::span<const std::byte> bytes)
     readFat(header, sectors);
     const auto entries = readDirectory(sectors.chain(header.firstDirectorySector), header.majorVersion);
 
-    const std::vector<std::byte> miniStream = sectors.stream(entries.front().start, entries.front().size);
+    std::vector<std::byte> miniStream;
+    if (std::ranges::any_of(entries, isSmallStream))
+        miniStream = sectors.stream(entries.front().start, entries.front().size);
     SectorChains miniSectors(miniStream, miniSectorSize);
-    if (header.firstMiniFatSector != freeSector)
-        miniSectors.appendLinks(sectors.chain(header.firstMiniFatSector));
+    if (!miniStream.empty())
+        miniSectors.appendLinks(sectors.chain(header.firstMiniFatSector, miniSectors.sectors() * linkSize));
     return DirectoryWalk(entries, sectors, miniSectors).streams();
 }
 

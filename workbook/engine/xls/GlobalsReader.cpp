@@ -130,7 +130,7 @@ private:
     {
         ByteReader reader = record.reader();
         const std::uint16_t identifier = reader.u16();
-        m_numberFormats.emplace_back(identifier, readString(reader));
+        m_numberFormats.emplace_back(identifier, readLastString(reader));
     }
 
     void readFormat(const Record& record)
@@ -151,7 +151,9 @@ private:
         ByteReader reader = record.reader();
         BoundSheet sheet;
         sheet.offset = reader.u32();
-        sheet.hidden = (reader.u8() & 3U) != 0;
+        const unsigned visibility = reader.u8() & 3U;
+        sheet.hidden = visibility != 0;
+        sheet.veryHidden = visibility == 2;
         reader.skip(1);
         sheet.name = readShortString(reader);
         m_context.boundSheets.push_back(std::move(sheet));

@@ -17,6 +17,7 @@ namespace wagemill::engine::xls {
 struct BoundSheet {
     std::size_t offset = 0; ///< of its BOF
     bool hidden = false;
+    bool veryHidden = false;
     std::string name; ///< as in the file
 };
 

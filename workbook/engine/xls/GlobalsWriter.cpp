@@ -217,7 +217,7 @@ private:
             ByteWriter& data = m_target.begin(record::boundSheet);
             m_sheetOffsets.push_back(data.size());
             data.u32(0);
-            data.u8(sheet->hidden ? 1 : 0);
+            data.u8(!sheet->hidden ? 0 : sheet->veryHidden ? 2 : 1);
             data.u8(boundSheetType(substreamType(*sheet)));
             writeShortString(data, sheet->name);
             m_target.finish();

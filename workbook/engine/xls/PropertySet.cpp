@@ -1,14 +1,13 @@
 #include "workbook/engine/xls/PropertySet.h"
 
-#include "app/base/Utf8.h"
 #include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/DamagedFile.h"
-#include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace wagemill::engine::xls {
 
@@ -23,13 +22,11 @@ constexpr FormatId documentSummaryFormat = {0x02, 0xD5, 0xCD, 0xD5, 0x9C, 0x2E, 
 // Types of values, [MS-OLEPS] 2.2.
 constexpr std::uint16_t shortType = 0x02;
 constexpr std::uint16_t textType = 0x1E;
-constexpr std::uint16_t wideTextType = 0x1F;
 constexpr std::uint16_t timeType = 0x40;
 
 constexpr std::uint32_t codePageProperty = 1;
-constexpr std::uint32_t mostProperties = 1000;
+constexpr std::size_t firstSectionOffset = 44;
 
-constexpr std::uint16_t utf16CodePage = 1200;
 constexpr std::uint16_t westernCodePage = 1252;
 constexpr std::uint16_t utf8CodePage = 65001;
 
@@ -53,111 +50,34 @@ constexpr auto timeProperties = std::to_array<TimeProperty>({
     {13, &DocumentProperties::saved},
 });
 
-/// Code page 1252 from 0x80 to 0x9F; the rest is Latin-1. Zero where it has no character.
-constexpr std::array<char16_t, 32> westernCharacters = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                                        0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
-                                                        0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                                        0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
-
-char16_t westernCharacter(std::uint8_t byte)
+void put(std::span<std::byte> place, std::uint64_t value)
 {
-    if (byte < 0x80 || byte >= 0xA0)
-        return byte;
-    const char16_t character = westernCharacters[byte - 0x80U];
-    return character == 0 ? char16_t{0xFFFD} : character;
+    for (std::size_t i = 0; i < place.size(); ++i)
+        place[i] = static_cast<std::byte>(value >> 8 * i);
 }
 
-/// Nothing when the code page lacks a character.
-std::optional<std::string> westernText(std::string_view utf8)
+/// Some programs leave out what fills the last four bytes of the section.
+void fillSection(std::vector<std::byte>& stream, std::size_t section)
 {
-    std::string text;
-    for (const char16_t unit : toUtf16(utf8)) {
-        if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF)) {
-            text.push_back(static_cast<char>(unit));
-            continue;
-        }
-        const auto found = std::ranges::find(westernCharacters, unit);
-        if (found == westernCharacters.end())
-            return std::nullopt;
-        text.push_back(static_cast<char>(0x80 + (found - westernCharacters.begin())));
-    }
-    return text;
-}
-
-std::string decodedText(std::span<const std::byte> bytes, std::uint16_t codePage)
-{
-    ByteReader reader(bytes);
-    std::string text;
-    if (codePage == utf16CodePage) {
-        text = readCharacters(reader, bytes.size() / 2, true);
-    } else if (codePage == utf8CodePage) {
-        text = toUtf8(toUtf16({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
-    } else {
-        std::u16string units;
-        while (!reader.atEnd())
-            units.push_back(westernCharacter(reader.u8()));
-        text = toUtf8(units);
-    }
-    return text.substr(0, text.find('\0'));
-}
-
-struct Property {
-    std::uint32_t id;
-    std::size_t offset; ///< in the section
-};
-
-/// The first section of a property set stream.
-class PropertySection {
-public:
-    explicit PropertySection(std::span<const std::byte> stream)
-    {
-        ByteReader reader(stream);
-        reader.seek(44);
-        const std::size_t offset = reader.u32();
-        reader.seek(offset);
-        m_section = reader.rest();
-        ByteReader section(m_section);
-        section.skip(4);
-        const std::uint32_t count = std::min(section.u32(), mostProperties);
-        for (std::uint32_t index = 0; index < count; ++index) {
-            const std::uint32_t id = section.u32();
-            m_properties.push_back({id, section.u32()});
-        }
-    }
-
-    /// The value behind its type; nothing when the property is missing.
-    std::optional<ByteReader> value(std::uint32_t id, std::uint16_t& type) const
-    {
-        const auto found = std::ranges::find(m_properties, id, &Property::id);
-        if (found == m_properties.end())
-            return std::nullopt;
-        ByteReader reader(m_section);
-        reader.seek(found->offset);
-        type = reader.u16();
-        reader.skip(2);
-        return reader;
-    }
-
-private:
-    std::span<const std::byte> m_section;
-    std::vector<Property> m_properties;
-};
-
-void readText(const PropertySection& section, std::uint32_t id, std::uint16_t codePage, std::string& target)
-{
-    std::uint16_t type = 0;
-    auto value = section.value(id, type);
-    if (!value || (type != textType && type != wideTextType))
+    ByteReader reader(stream);
+    reader.seek(section);
+    const std::size_t size = reader.u32();
+    if (section + size != stream.size())
         return;
-    const std::size_t count = value->u32();
-    target = type == textType ? decodedText(value->bytes(count), codePage)
-                              : decodedText(value->bytes(count * 2), utf16CodePage);
+    const std::size_t whole = (size + 3) / 4 * 4;
+    stream.resize(section + whole);
+    put(std::span(stream).subspan(section, 4), whole);
+}
+
+bool isAscii(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 /// A property set stream in the making: one section.
 class PropertySetWriter {
 public:
-    explicit PropertySetWriter(std::uint16_t codePage) : m_codePage(codePage)
+    explicit PropertySetWriter(std::uint16_t codePage)
     {
         begin(codePageProperty, shortType);
         m_values.u32(codePage);
@@ -170,11 +90,10 @@ public:
     }
     void text(std::uint32_t id, const std::string& utf8)
     {
-        const std::string bytes = m_codePage == westernCodePage ? westernText(utf8).value_or(utf8) : utf8;
         begin(id, textType);
-        m_values.u32(static_cast<std::uint32_t>(bytes.size() + 1));
-        m_values.bytes(std::as_bytes(std::span(bytes)));
-        m_values.zeros(4 - bytes.size() % 4);
+        m_values.u32(static_cast<std::uint32_t>(utf8.size() + 1));
+        m_values.bytes(std::as_bytes(std::span(utf8)));
+        m_values.zeros(4 - utf8.size() % 4);
     }
 
     std::vector<std::byte> stream(const FormatId& format) const
@@ -206,26 +125,31 @@ private:
         m_values.u32(type);
     }
 
-    std::uint16_t m_codePage;
-    std::vector<Property> m_properties;
+    std::vector<std::pair<std::uint32_t, std::size_t>> m_properties; ///< id, offset in the values
     ByteWriter m_values;
 };
 
 } // namespace
 
-void readSummary(std::span<const std::byte> stream, DocumentProperties& properties)
+void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& properties)
 {
     try {
-        const PropertySection section(stream);
-        std::uint16_t type = 0;
-        auto codePageValue = section.value(codePageProperty, type);
-        const std::uint16_t codePage = codePageValue && type == shortType ? codePageValue->u16() : westernCodePage;
-        for (const auto& [id, member] : textProperties)
-            readText(section, id, codePage, properties.*member);
-        for (const auto& [id, member] : timeProperties) {
-            auto value = section.value(id, type);
-            if (value && type == timeType)
-                properties.*member = value->u64();
+        ByteReader reader(stream);
+        reader.seek(firstSectionOffset);
+        const std::size_t section = reader.u32();
+        fillSection(stream, section);
+        reader = ByteReader(stream);
+        reader.seek(section + 4);
+        for (std::uint32_t left = reader.u32(); left > 0; --left) {
+            const std::uint32_t id = reader.u32();
+            const std::size_t place = section + reader.u32();
+            const auto* const found = std::ranges::find(timeProperties, id, &TimeProperty::id);
+            if (found == timeProperties.end() || properties.*found->member == 0)
+                continue;
+            ByteReader value(stream);
+            value.seek(place);
+            if (value.u32() == timeType && value.remaining() >= sizeof(std::uint64_t))
+                put(std::span(stream).subspan(value.position(), sizeof(std::uint64_t)), properties.*found->member);
         }
     } catch (const DamagedFile&) {
         return; // a workbook is not refused for what it says about itself
@@ -234,10 +158,9 @@ void readSummary(std::span<const std::byte> stream, DocumentProperties& properti
 
 std::vector<std::byte> writeSummary(const DocumentProperties& properties)
 {
-    const bool western = std::ranges::all_of(textProperties, [&](const TextProperty& property) {
-        return westernText(properties.*property.member).has_value();
-    });
-    PropertySetWriter writer(western ? westernCodePage : utf8CodePage);
+    const bool isPlain = std::ranges::all_of(
+        textProperties, [&](const TextProperty& property) { return isAscii(properties.*property.member); });
+    PropertySetWriter writer(isPlain ? westernCodePage : utf8CodePage);
     for (const auto& [id, member] : textProperties)
         if (!(properties.*member).empty())
             writer.text(id, properties.*member);

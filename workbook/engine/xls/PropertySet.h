@@ -12,12 +12,12 @@ inline constexpr const char* summaryStreamName = "\x05SummaryInformation";
 inline constexpr const char* documentSummaryStreamName = "\x05"
                                                          "DocumentSummaryInformation";
 
-/// Takes title, authors, application and times from a SummaryInformation stream ([MS-OLEPS] 2.21,
-/// [MS-OSHARED] 2.3.3.2.1). What is damaged or of another type is left as it was. Texts are read in code pages 1200,
-/// 1252 and 65001; in another one, what lies beyond ASCII is read as 1252.
-void readSummary(std::span<const std::byte> stream, DocumentProperties& properties);
+/// Puts the times of `properties` that are set in the place of those that a SummaryInformation stream holds
+/// ([MS-OLEPS] 2.21, [MS-OSHARED] 2.3.3.2.1), and fills the section as the format wants it. A damaged stream stays as
+/// it is.
+void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& properties);
 
-/// A SummaryInformation stream: texts in code page 1252 where it has all their characters, else in 65001 (UTF-8).
+/// A SummaryInformation stream; texts beyond ASCII are written as UTF-8 (code page 65001).
 std::vector<std::byte> writeSummary(const DocumentProperties& properties);
 
 /// A DocumentSummaryInformation stream that says nothing but its code page; programs expect one.

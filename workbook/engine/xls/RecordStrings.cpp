@@ -85,6 +85,12 @@ std::string readString(ByteReader& source)
     return readStringWithoutCount(source, count);
 }
 
+std::string readLastString(ByteReader& source)
+{
+    const std::size_t count = source.u16();
+    return source.remaining() == count ? readCharacters(source, count, false) : readStringWithoutCount(source, count);
+}
+
 void writeShortString(ByteWriter& target, std::string_view utf8)
 {
     const Characters characters(utf8);

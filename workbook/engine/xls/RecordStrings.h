@@ -28,6 +28,9 @@ std::string readCharacters(ByteReader& source, std::size_t count, bool wide);
 std::string readShortString(ByteReader& source);
 std::string readString(ByteReader& source);
 
+/// The same at the end of a record, where some programs leave out the flags before one-byte characters.
+std::string readLastString(ByteReader& source);
+
 /// The characters behind a count that stands elsewhere ([MS-XLS] 2.5.296 XLUnicodeStringNoCch).
 std::string readStringWithoutCount(ByteReader& source, std::size_t count);
 

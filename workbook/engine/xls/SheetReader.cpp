@@ -90,6 +90,7 @@ private:
         static const auto table = [] {
             std::vector<std::pair<std::uint16_t, Handler>> handlersById = {
                 {record::formula, &SheetReader::readFormulaCell},
+                {record::olderFormula, &SheetReader::readFormulaCell},
                 {record::number, &SheetReader::readNumber},
                 {record::rk, &SheetReader::readRk},
                 {record::multipleRk, &SheetReader::readMultipleRk},
@@ -265,7 +266,7 @@ private:
     {
         ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
-        put(head, readString(reader));
+        put(head, readLastString(reader));
     }
 
     void readRichString(const Record& record)
@@ -454,9 +455,9 @@ private:
         read.collapsed = (flags & 0x10) != 0;
         read.hidden = (flags & hiddenRowFlag) != 0;
         read.heightSetByHand = (flags & 0x40) != 0;
-        const bool isDefault = (height & 0x8000U) != 0 || height == m_sheet.defaultRowHeightTwips || height == 0;
-        if (!isDefault || read.heightSetByHand)
-            read.heightTwips = std::clamp<std::uint16_t>(height & 0x7FFF, 2, 8192);
+        const std::uint16_t twips = height & 0x7FFF; // the rest says that it is automatic
+        if ((twips != 0 && twips != m_sheet.defaultRowHeightTwips) || read.heightSetByHand)
+            read.heightTwips = std::clamp<std::uint16_t>(twips, 2, 8192);
         if ((flags & 0x80) != 0)
             read.format = m_context.cellFormat(format & 0xFFF);
     }
