@@ -2,6 +2,7 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
+#include "app/base/Messages.h"
 #include "app/base/NumberText.h"
 #include "workbook/Excel1.h"
 
@@ -205,7 +206,9 @@ void PayrollBuild::cleanUp()
 
 void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const BuildServices& services)
 {
-    PayrollBuild(data, windows, services).run();
+    PayrollBuild(data, windows, services).run(); // and gives the folder back before the user is asked to read
+    if (const std::string notice = services.spreadsheet.takeNotice(); !notice.empty())
+        showMessage({notice, "", MessageIcon::Information, MessageButtons::Ok});
 }
 
 std::int16_t stubRowOf(std::int16_t row)

@@ -44,6 +44,7 @@ struct BuildServices {
 
 /// Fills the template with the payroll figures, saves it under a fresh name in the temporary folder, takes its picture
 /// and shows the preview. Runs to its end: a failing step is reported in the error dialog, and the next step follows.
+/// What the spreadsheet application has to say about the workbook is said last.
 void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const BuildServices& services);
 
 /// First row, from 1, of an employee's block on the sheet of stubs. Throws std::overflow_error beyond 16 bits.

@@ -95,6 +95,27 @@ TEST_F(EmbeddedApplicationTest, KeepsSeveralWorkbooksApart)
     EXPECT_NE(shown(folder / "second.xls", 2, "C2"), "first");
 }
 
+TEST_F(EmbeddedApplicationTest, TellsWhatItDoesNotCompute)
+{
+    std::string told;
+    EmbeddedApplication session(
+        RegionalFormats{}, clipboard, [] { return 1.0; }, [&told](std::string text) { told = std::move(text); });
+    const auto book = session.Workbooks()->Open(templatePath.string());
+    for (const int row : {9, 6, 7})
+        book->Sheets(1)->PutCells(row, 3, "=IF(B" + std::to_string(row) + ">0,DDB(2400,300,10,1),0)");
+    book->Sheets(1)->PutCells(8, 3, "=Foo(1)");
+    book->Sheets(1)->PutCells(5, 3, "=IF(B5<0,DDB(2400,300,10,1),Smith)");
+    book->SaveAs(savedPath.string(), FileFormat::Excel8);
+    EXPECT_EQ(
+        told,
+        "The workbook holds formulas that Wagemill does not compute:\n"
+        "- DDB, first in cell C6 of the sheet \"Employee information\"\n"
+        "- Foo, first in cell C8 of the sheet \"Employee information\"\n"
+        "Cells with such a formula keep the value they were saved with; where you typed one, the cell shows #NAME?.");
+    for (const char* cell : {"C5", "C6", "C8"})
+        EXPECT_EQ(shown(savedPath, 0, cell), "#NAME?") << cell;
+}
+
 TEST_F(EmbeddedApplicationTest, RefusesWhatItCannotDoWithAMessage)
 {
     const auto session = newSession();

@@ -170,6 +170,16 @@ TEST_F(PayrollBuildTest, ReportsAFailingCellAndGoesOnWithTheNext)
     EXPECT_EQ(windows.calls.back(), "arrow");
 }
 
+TEST_F(PayrollBuildTest, SaysLastWhatTheSpreadsheetHasToTell)
+{
+    services.spreadsheet.takeNotice = [&] {
+        EXPECT_FALSE(fileExists(folder / "template.xlt")) << "the build is over";
+        return std::string("DDB is not computed.");
+    };
+    build({employee("E1")});
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"DDB is not computed."});
+}
+
 TEST(StubRow, GrowsByTwelveUntilSixteenBitsAreFull)
 {
     EXPECT_EQ(stubRowOf(0), 2);

@@ -89,6 +89,7 @@ struct EmbeddedApplication::Session {
     RegionalFormats formats;
     EmbeddedPictureClipboard& pictures;
     std::function<double()> pictureScale;
+    std::function<void(std::string)> tellMissing;
     std::vector<std::shared_ptr<OpenBook>> books;
     std::shared_ptr<OpenBook> activeBook;
     std::optional<CopiedRows> copied;
@@ -148,6 +149,24 @@ void tellNotices(const engine::Book& book, std::string_view path)
     showMessage({text, "", MessageIcon::Information, MessageButtons::Ok});
 }
 
+std::string missingText(const engine::Book& book, const engine::MissingParts& missing)
+{
+    constexpr std::size_t maxParts = 20;
+    std::string text = "The workbook holds formulas that Wagemill does not compute:";
+    std::size_t left = missing.size();
+    for (const auto& [part, place] : missing) {
+        if (missing.size() - left == maxParts)
+            break;
+        --left;
+        text += "\n- " + part + ", first in cell " + addressText(place.cell) + " of the sheet \"" +
+                book.sheets[place.sheet]->name + '"';
+    }
+    if (left > 0)
+        text += "\n- and " + std::to_string(left) + " more";
+    return text + "\nCells with such a formula keep the value they were saved with; where you typed one, the cell "
+                  "shows #NAME?.";
+}
+
 bool isWholeRows(const CellRect& range)
 {
     return range.firstColumn == 0 && range.lastColumn == engine::maxColumns - 1;
@@ -200,7 +219,9 @@ void EmbeddedApplication::Session::recalculate(OpenBook& book) const
 {
     if (!book.needsRecalculation)
         return;
-    engine::recalculate(book.book, {formats, serialNow()});
+    const engine::MissingParts missing = engine::recalculate(book.book, {formats, serialNow()});
+    if (!missing.empty() && tellMissing)
+        tellMissing(missingText(book.book, missing));
     book.needsRecalculation = false; // not before: where memory ran out, the next one tries again
 }
 
@@ -470,9 +491,10 @@ private:
 };
 
 EmbeddedApplication::EmbeddedApplication(RegionalFormats formats, EmbeddedPictureClipboard& pictures,
-                                         std::function<double()> pictureScale)
-    : m_session(std::make_shared<Session>(
-          Session{std::move(formats), pictures, std::move(pictureScale), {}, nullptr, std::nullopt}))
+                                         std::function<double()> pictureScale,
+                                         std::function<void(std::string)> tellMissing)
+    : m_session(std::make_shared<Session>(Session{
+          std::move(formats), pictures, std::move(pictureScale), std::move(tellMissing), {}, nullptr, std::nullopt}))
 {
 }
 

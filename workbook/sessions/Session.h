@@ -17,6 +17,8 @@ using SessionFactory = std::function<std::unique_ptr<Application>()>;
 struct SpreadsheetPlatform {
     SessionFactory createSession;
     PictureClipboard* clipboard = nullptr; ///< lives as long as the program
+    /// Answers, once, what the application has to say about the workbooks that it computed; "" is nothing.
+    std::function<std::string()> takeNotice = [] { return std::string(); };
 };
 
 /// The application chosen for this machine, or by the environment variable WAGEMILL_SPREADSHEET ("excel", "embedded").

@@ -5,6 +5,7 @@
 #include "workbook/sessions/Session.h"
 
 #include <filesystem>
+#include <string>
 #include <utility>
 
 namespace wagemill {
@@ -24,10 +25,12 @@ SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats, std::fun
     if (isExcelWanted())
         return {createExcelSession, &systemPictureClipboard()};
     static EmbeddedPictureClipboard clipboard;
+    static std::string notice;
     return {[formats, scale = std::move(pictureScale)] {
-                return std::make_unique<EmbeddedApplication>(formats, clipboard, scale);
+                return std::make_unique<EmbeddedApplication>(formats, clipboard, scale,
+                                                             [](std::string text) { notice = std::move(text); });
             },
-            &clipboard};
+            &clipboard, [] { return std::exchange(notice, {}); }};
 }
 
 } // namespace wagemill

@@ -144,7 +144,7 @@ private:
     void calculate(Operator op);
     void calculateSigned(Operator op);
 
-    const FunctionBinding* bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
+    const FunctionBinding& bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
     Operand call(const FunctionBinding& function, std::span<Operand> arguments);
     Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument);
 
@@ -217,7 +217,7 @@ bool FormulaEvaluator::TokenRun::isForeign(std::uint16_t externSheet) const
 void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
 {
     if (token.externSheet && isForeign(*token.externSheet))
-        throw CannotEvaluate{};
+        throw CannotEvaluate{"a reference to another workbook"};
     const bool inName = m_evaluator.m_nameDepth > 0;
     Area first;
     std::vector<Area> all;
@@ -350,19 +350,26 @@ void FormulaEvaluator::TokenRun::calculateSigned(Operator op)
                  [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
 }
 
-/// What computes the function, null when nothing does; takes the name that function 255 calls off the arguments.
-const FunctionBinding* FormulaEvaluator::TokenRun::bindingOf(const FunctionToken& token,
+/// What computes the function; takes the name that function 255 calls off the arguments.
+const FunctionBinding& FormulaEvaluator::TokenRun::bindingOf(const FunctionToken& token,
                                                              std::span<Operand>& arguments) const
 {
-    if (token.function != addInFunction)
-        return takes(findFunction(token.function), arguments.size()) ? findBinding(token.function) : nullptr;
-    const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
-    if (called == nullptr)
-        return nullptr;
-    arguments = arguments.subspan(1);
-    const FunctionBinding* const function = findBinding(called->name);
-    const bool fits = function == nullptr || takes(findFunction(function->name), arguments.size());
-    return fits ? function : nullptr;
+    const FunctionInfo* info = findFunction(token.function);
+    std::string_view name = info == nullptr ? "" : info->name;
+    if (token.function == addInFunction) {
+        const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
+        if (called == nullptr)
+            throw CannotEvaluate{};
+        arguments = arguments.subspan(1);
+        name = called->name;
+        info = nullptr;
+    }
+    const FunctionBinding* const function = info == nullptr ? findBinding(name) : findBinding(token.function);
+    if (function == nullptr && !name.empty())
+        throw CannotEvaluate{std::string(name)};
+    if (function == nullptr || !takes(findFunction(function->name), arguments.size()))
+        throw CannotEvaluate{};
+    return *function;
 }
 
 void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
@@ -371,12 +378,10 @@ void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
     if (stack.size() < m_base + token.arguments)
         throw CannotEvaluate{};
     auto arguments = std::span(stack).last(token.arguments);
-    const FunctionBinding* const function = bindingOf(token, arguments);
-    if (function == nullptr)
-        throw CannotEvaluate{};
+    const FunctionBinding& function = bindingOf(token, arguments);
     const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
-    Operand answer = forEachElement ? callForEachElement(*function, arguments, choosesArgument(token.function))
-                                    : call(*function, arguments);
+    Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument(token.function))
+                                    : call(function, arguments);
     stack.resize(stack.size() - token.arguments);
     pushAs(token.operandClass, std::move(answer));
 }
@@ -535,7 +540,8 @@ std::optional<std::invoke_result_t<Compute&>> FormulaEvaluator::evaluated(std::s
         return compute();
     } catch (const FormulaFailure& failure) {
         return CellValue(failure.error);
-    } catch (const CannotEvaluate&) {
+    } catch (const CannotEvaluate& cannot) {
+        m_missingPart = cannot.part;
         return std::nullopt;
     }
 }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -18,7 +19,9 @@ struct FormulaFailure {
 };
 
 /// Thrown while a formula is evaluated: it holds a part that we cannot evaluate. Never leaves the evaluator.
-struct CannotEvaluate {};
+struct CannotEvaluate {
+    std::string part = "a formula of a kind that is not supported"; ///< for the user: a function's name, or in words
+};
 
 /// Evaluates formulas of one workbook, one after the other. Cells that one of them reads may have to be computed before
 /// it goes on, by another evaluator.
@@ -31,6 +34,8 @@ public:
     std::optional<CellValue> evaluate(const Formula& formula, std::size_t sheet, CellAddress cell);
     /// The answer of an array formula for the cells of `area`, a value or an array.
     std::optional<Operand> evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area);
+    /// The part that could not be evaluated, when the last answer was nothing.
+    const std::string& missingPart() const { return m_missingPart; }
     /// What that answer gives to the cell in a place of the area, counting from 0; never Empty.
     CellValue elementOf(const Operand& answer, int row, int column) const;
 
@@ -66,6 +71,7 @@ private:
     bool m_wantsArrays = false;   ///< the formula is that of an array: it never reads one cell of several
     std::size_t m_valuesLeft = 0; ///< for the present formula
     std::size_t& m_allValuesLeft; ///< for those that follow too
+    std::string m_missingPart;
     std::vector<Operand> m_stack; ///< kept from formula to formula, so that evaluation seldom allocates
 };
 

@@ -37,7 +37,7 @@ struct Visit {
 class Calculation {
 public:
     Calculation(Book& book, const CalculationSettings& settings);
-    void run();
+    MissingParts run();
 
 private:
     bool compute(const Cell& cell);
@@ -58,6 +58,7 @@ private:
     bool m_gaveUp = false;                     ///< what is being evaluated will be evaluated again
     std::uint32_t m_entered = 0;
     std::vector<Visit> m_path;
+    MissingParts m_missing;
     std::vector<FormulaIndex> m_circular; ///< evaluated, and in a circle with a formula on the path
 };
 
@@ -81,7 +82,7 @@ Calculation::Calculation(Book& book, const CalculationSettings& settings)
             }
 }
 
-void Calculation::run()
+MissingParts Calculation::run()
 {
     for (FormulaIndex i = 0; i < m_formulas.size(); ++i) {
         if (m_formulas[i].cell->waiting == 0)
@@ -92,6 +93,7 @@ void Calculation::run()
             evaluateLast();
         }
     }
+    return std::move(m_missing);
 }
 
 template <class Action>
@@ -161,6 +163,11 @@ void Calculation::evaluate(FormulaEvaluator& evaluator, const FormulaCell& formu
         answer = evaluator.evaluate(*first.formula, formula.sheet, {formula.row, first.column});
     if (m_gaveUp || m_path.back().lowest <= formula.number)
         return;
+    if (!answer) {
+        const CellPlace here{formula.sheet, {formula.row, first.column}};
+        CellPlace& known = m_missing.try_emplace(evaluator.missingPart(), here).first->second;
+        known = std::min(known, here);
+    }
     forEachCellOf(formula, [&](int row, Cell& cell) {
         if (answer)
             cell.value = evaluator.elementOf(*answer, row - place.firstRow, cell.column - place.firstColumn);
@@ -190,9 +197,9 @@ void Calculation::leave()
 
 } // namespace
 
-void recalculate(Book& book, const CalculationSettings& settings)
+MissingParts recalculate(Book& book, const CalculationSettings& settings)
 {
-    Calculation(book, settings).run();
+    return Calculation(book, settings).run();
 }
 
 } // namespace wagemill::engine

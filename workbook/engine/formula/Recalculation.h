@@ -3,6 +3,10 @@
 #include "app/base/RegionalFormats.h"
 #include "workbook/engine/Book.h"
 
+#include <cstddef>
+#include <map>
+#include <string>
+
 namespace wagemill::engine {
 
 /// What evaluation needs from outside, handed in so that a test can set it.
@@ -14,9 +18,19 @@ struct CalculationSettings {
     std::size_t mostArrayValues = std::size_t{1} << 23;
 };
 
+struct CellPlace {
+    std::size_t sheet = 0; ///< position in Book::sheets
+    CellAddress cell;
+
+    auto operator<=>(const CellPlace&) const = default;
+};
+
+/// What formulas hold that we cannot evaluate, functions by their names, and the first cell with each.
+using MissingParts = std::map<std::string, CellPlace>;
+
 /// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
 /// values. Cells that read themselves, if only by way of others, become 0. A formula with parts we cannot evaluate
 /// keeps its stored value; one that was typed and has none becomes #NAME?.
-void recalculate(Book& book, const CalculationSettings& settings);
+MissingParts recalculate(Book& book, const CalculationSettings& settings);
 
 } // namespace wagemill::engine
