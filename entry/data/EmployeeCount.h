@@ -14,6 +14,7 @@ inline constexpr std::int16_t maxEmployees = 25;
 struct EmployeeCount {
     std::int16_t count = 1;
     bool isAsWanted = true;
+    bool operator==(const EmployeeCount&) const = default;
 };
 
 /// How many employees the window is to hold, as asked for in plain digits: 1 to 25, one when nothing is asked for. Of

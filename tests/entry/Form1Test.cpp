@@ -44,80 +44,77 @@ TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
 
 TEST_F(Form1Test, RefillsFromTheStoreAndReportsWhatCannotBeShown)
 {
-    store.values = {{"txtCompanyName", "Jos\xC3\xA9 & Co"},
-                    {"dtPeriodEnding", "someday"},
-                    {"txtHourlyWage0", "abc"},
-                    {"txtOTRate0", "12.5"},
-                    {"txtStateTax0", "7.25"},
-                    {"txtFedIT0", "7"},
-                    {"txtOT0", "eight"},
-                    {"txtName0", "Ned"}};
-    open();
-    EXPECT_EQ(text("txtCompanyName"), "Jos\xC3\xA9 & Co");
-    EXPECT_EQ(text("txtName(0)"), "Ned");
-    EXPECT_EQ(text("txtHourlyWage(0)"), "");
-    EXPECT_EQ(text("txtOTRate(0)"), "$12.50");
-    EXPECT_EQ(store.values["txtOTRate0"], "$12.50");
-    EXPECT_EQ(text("txtStateTax(0)"), "7.25");
-    EXPECT_EQ(text("txtFedIT(0)"), "7");
-    EXPECT_EQ(text("txtOT(0)"), "eight"); // hours are shown as they were kept
-    EXPECT_EQ(store.values["txtHourlyWage0"], "abc");
+    store.values = {{"dtPeriodEnding", "someday"}};
+    struct {
+        const char* field;
+        const char* key;
+        const char* stored;
+        const char* shown;
+    } const cases[] = {
+        {"txtCompanyName", "txtCompanyName", "Jos\xC3\xA9 & Co", "Jos\xC3\xA9 & Co"},
+        {"txtName(0)", "txtName0", "Ned", "Ned"},
+        {"txtHourlyWage(0)", "txtHourlyWage0", "abc", ""},
+        {"txtOTRate(0)", "txtOTRate0", "12.5", "$12.50"},
+        {"txtStateTax(0)", "txtStateTax0", "7.25", "7.25"},
+        {"txtFedIT(0)", "txtFedIT0", "7", "7"},
+        {"txtOT(0)", "txtOT0", "eight", "eight"}, // hours are shown as they were kept
+        {"txtHourlyWage(24)", "txtHourlyWage24", "12.5", "$12.50"},
+    };
+    for (const auto& [name, key, stored, shown] : cases)
+        store.values[key] = stored;
+    open(25);
+    for (const auto& [name, key, stored, shown] : cases) {
+        EXPECT_EQ(text(name), shown) << name;
+        EXPECT_EQ(store.values[key], *shown == '\0' ? stored : shown) << name;
+    }
     EXPECT_EQ(text("dtPeriodEnding"), "3/15/2026");
-    ASSERT_EQ(messages.shown.size(), 2U);
-    for (const Message& message : messages.shown)
-        EXPECT_NE(message.text.find("\r\nin Wagemill2021/08/31.Form1.Form_Load at line "), std::string::npos);
+    EXPECT_FALSE(store.values.contains("txtName2")) << "a row never filled costs the first start nothing";
+    ASSERT_EQ(messages.failedSteps(), (std::vector<int>{70, 102}));
     EXPECT_NE(messages.shown[0].text.find("someday"), std::string::npos);
-    EXPECT_EQ(messages.shown[1].text.substr(0, messages.shown[1].text.find('\r')),
-              "The stored \"Hourly Wage:\" cannot be shown: \"abc\" is not a number.");
+    EXPECT_TRUE(
+        messages.shown[1].text.starts_with("The stored \"Hourly Wage:\" cannot be shown: \"abc\" is not a number."
+                                           "\r\nin Wagemill2021/08/31.Form1.Form_Load at line "));
 }
 
 TEST_F(Form1Test, StoresEveryKeystroke)
 {
-    open();
+    open(25);
     store.written.clear();
     type("txtName(0)", "Al");
     EXPECT_EQ(store.written, (std::vector<std::string>{"txtName0", "txtName0"}));
     EXPECT_EQ(store.values["txtName0"], "Al");
     type("txtName(0)", "");
     EXPECT_EQ(store.values["txtName0"], "");
-    type("txtCompanyName", "Mill");
-    EXPECT_EQ(store.values["txtCompanyName"], "Mill");
-}
-
-TEST_F(Form1Test, TakesPastedLineBreaksAsBlanks)
-{
-    open();
-    QApplication::clipboard()->setText("12 Mill Lane\r\nQuellory\n\n");
-    type("txtCompanyName", "");
-    QTest::keyClick(field("txtCompanyName"), Qt::Key_V, Qt::ControlModifier);
+    field("txtOT(24)")->setFocus();
+    QTest::keyClicks(field("txtOT(24)"), "7");
+    EXPECT_EQ(store.values["txtOT24"], "7");
+    QApplication::clipboard()->setText("12 Mill Lane\r\nQuellory\n\n"); // line breaks become blanks
+    field("txtCompanyName")->setFocus();
+    press(Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(text("txtCompanyName"), "12 Mill Lane Quellory");
     EXPECT_EQ(store.values["txtCompanyName"], "12 Mill Lane Quellory");
 }
 
-TEST_F(Form1Test, TidiesAFigureThatIsLeft)
+TEST_F(Form1Test, TidiesANumberThatIsLeftAndUndoesThat)
 {
     open();
-    struct {
-        const char* field;
-        const char* typed;
-        const char* tidy;
-    } const cases[] = {
-        {"txtHourlyWage", "12.5", "$12.50"},
-        {"txtHourlyWage", "$12.50", "$12.50"},
-        {"txtHourlyWage", "1.005", "$1.01"},
-        {"txtInsuranceDeduction", "-5", "($5.00)"},
-        {"txtRegHoursWorked", "1234", "1,234.00"},
-        {"txtStateTax", "7.25", "7.25"},
-        {"txtMedicareTax", ".5", "0.50"},
-        {"txtOTRate", "(3)", "($3.00)"},
-        {"txtTaxStatus", "abc", "abc"},
-        {"txtFedAllowance", "", ""},
-    };
-    for (const auto& [name, typed, tidy] : cases) {
-        type((std::string(name) + "(0)").c_str(), typed);
+    for (const RowField& description : rowFields) {
+        const std::string name = rowName(description);
+        const std::string tidy = description.kind == FieldKind::Currency ? "($1,234.50)"
+                                 : description.kind == FieldKind::Number ? "-1,234.50"
+                                                                         : "-1234.5";
+        type(name.c_str(), "-1234.5");
         pressTab();
-        EXPECT_EQ(text((std::string(name) + "(0)").c_str()), tidy) << name << " typed " << typed;
-        EXPECT_EQ(store.values[std::string(name) + "0"], tidy);
+        EXPECT_EQ(store.values[rowFieldKey(description, 0)], tidy) << name;
+        field(description)->setFocus();
+        pressTab(); // a second time it changes nothing
+        EXPECT_EQ(text(name.c_str()), tidy) << name;
+        if (tidy == "-1234.5")
+            continue;
+        field(description)->setFocus();
+        press(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(text(name.c_str()), "-1234.5") << name;
+        EXPECT_EQ(store.values[rowFieldKey(description, 0)], "-1234.5") << name;
     }
     EXPECT_TRUE(messages.shown.empty());
 }
@@ -183,11 +180,10 @@ TEST_F(Form1Test, ReportsAFailingStoreOncePerChangeAndKeepsTheText)
 {
     open();
     store.failing = true;
-    type("txtName(0)", "Al");
-    const std::string report =
-        "The disk is full. What you typed stays in the window and is stored as soon as possible.";
-    EXPECT_EQ(messages.texts(), (std::vector<std::string>{report, report}));
-    EXPECT_EQ(text("txtName(0)"), "Al");
+    type("txtName(0)", "A");
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"The disk is full. What you typed stays in the window and is "
+                                                         "stored as soon as possible."});
+    EXPECT_EQ(text("txtName(0)"), "A");
     messages.shown.clear();
     click("PushButton7");
     EXPECT_EQ(messages.shown.size(), 19U); // each assignment is a step of its own
@@ -199,33 +195,26 @@ TEST_F(Form1Test, ReportsAFailingStoreOncePerChangeAndKeepsTheText)
 
 TEST_F(Form1Test, ReportsTheFieldsOfFurtherEmployeesTogether)
 {
+    const auto report = [&] {
+        messages.shown.clear();
+        open(25);
+        return messages.shown.back().text.substr(0, messages.shown.back().text.find('\r'));
+    };
+    const std::string begin = "What is stored for these employees cannot be shown:\nEmployee 2, ";
     store.values = {{"txtHourlyWage1", "abc"}, {"txtOTRate1", "abc"}, {"txtOTRate24", "x"}};
-    open(25);
-    ASSERT_EQ(messages.failedSteps(), std::vector<int>{120});
-    EXPECT_TRUE(messages.shown[0].text.starts_with("What is stored for these employees cannot be shown:\n"
-                                                   "Employee 2, Hourly Wage: \"abc\" is not a number.\n"
-                                                   "Employee 2, Overtime Rate: \"abc\" is not a number.\n"
-                                                   "Employee 25, Overtime Rate: \"x\" is not a number.\r\n"))
-        << messages.shown[0].text;
+    EXPECT_EQ(report(), begin + "Hourly Wage: \"abc\" is not a number.\n"
+                                "Employee 2, Overtime Rate: \"abc\" is not a number.\n"
+                                "Employee 25, Overtime Rate: \"x\" is not a number.");
+    EXPECT_EQ(messages.failedSteps(), std::vector<int>{120});
     EXPECT_EQ(text("txtHourlyWage(1)"), "");
-
-    messages.shown.clear();
-    store.locked = true;
-    open(25);
-    EXPECT_EQ(messages.shown.size(), 2 + rowFields.size() + 1);
-    EXPECT_TRUE(messages.shown.back().text.starts_with(
-        "What is stored for these employees cannot be shown:\n"
-        "Employee 2, Employee Id to employee 25, Other Deduction: The settings are locked.\r\n"))
-        << messages.shown.back().text;
-
-    messages.shown.clear();
-    store.locked = false;
-    for (int row = 1; row < 25; ++row) // a region in which no stored amount can be read
+    for (int row = 1; row < 25; ++row) // stored in a region whose amounts cannot be read in this one
         store.values["txtHourlyWage" + std::to_string(row)] = std::to_string(row) + " EUR";
-    open(25);
-    ASSERT_EQ(messages.shown.size(), 1U);
-    EXPECT_EQ(std::ranges::count(messages.shown[0].text, '\n'), 14) << "the dialog fits the screen";
-    EXPECT_NE(messages.shown[0].text.find("\nand 14 more, up to employee 25, Overtime Rate."), std::string::npos);
+    const std::string many = report();
+    EXPECT_EQ(std::ranges::count(many, '\n'), 13) << "it fits the screen";
+    EXPECT_TRUE(many.ends_with("\nand 14 more, up to employee 25, Overtime Rate.")) << many;
+    store.locked = true;
+    EXPECT_EQ(report(), begin + "Employee Id to employee 25, Other Deduction: The settings are locked.");
+    EXPECT_EQ(messages.shown.size(), 2 + rowFields.size() + 1) << "the first employee's are reported one by one";
 }
 
 TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
@@ -233,7 +222,8 @@ TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
     open(3);
     auto* const scrollBar = control<QScrollBar>("VScroll1");
     auto* const strip = control<QFrame>("Picture3");
-    const int step = control<QFrame>("picMainContainer(0)")->height() + 8;
+    const int step = control<QFrame>("picMainContainer(0)")->height() + 8; // 120 twips
+    EXPECT_EQ(stripTop(1000, 2), -2240.0F);
     EXPECT_EQ(scrollBar->maximum(), 2);
     EXPECT_EQ(control<QLabel>("lblSerialNo(2)")->text(), "Serial Number : 3");
     for (const char* told : {"lblSerialNo(2)", "picMainContainer(2)"})
@@ -253,25 +243,6 @@ TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
     open(1);
     EXPECT_FALSE(control<QScrollBar>("VScroll1")->isEnabled());
     EXPECT_EQ(control<QLabel>("lblSerialNo(0)")->accessibleName(), "");
-}
-
-TEST(StripTop, IsTheHeightOfTheRowsAboveInTwips)
-{
-    EXPECT_EQ(stripTop(1000, 0), 0.0F);
-    EXPECT_EQ(stripTop(1000, 2), -2240.0F);
-}
-
-TEST_F(Form1Test, EndsTheProgramWhenClosedAndBeforeItIsShownWithoutASpreadsheet)
-{
-    open();
-    form->close();
-    EXPECT_EQ(ended, 1);
-    spreadsheet.fails = [](int) { return true; };
-    messages.shown.clear();
-    open();
-    EXPECT_EQ(ended, 2);
-    ASSERT_EQ(messages.shown.size(), 1U);
-    EXPECT_TRUE(messages.shown[0].text.starts_with("Error 842001. "));
 }
 
 /// Asks every control for its children and, as screen readers do while windows change, for more than there are.
@@ -333,55 +304,26 @@ TEST_F(Form1Test, ShowsNoEarlierFiguresWhenAPictureFails)
     EXPECT_LE(picture->width(), 2);
 }
 
-TEST_F(Form1Test, TurnsIntoThePreviewAndComesBackAsItWas)
-{
-    const TemporaryFolder folder;
-    const ScopedEnvironment temp("TEMP", folder.path().string());
-    open();
-    type("txtName(0)", "Ned");
-    // The fake clipboard's picture is none, so its loading is the one step that fails here.
-    click("PushButton22");
-    ASSERT_EQ(messages.failedSteps().size(), 1U);
-    EXPECT_FALSE(form->isVisible());
-    EXPECT_TRUE(form->updatesEnabled());
-    QWidget* const preview = previewWindow();
-    ASSERT_NE(preview, nullptr);
-    EXPECT_TRUE(preview->isVisible());
-    QTest::mouseClick(preview->findChild<PushButton*>("PushButton8"), Qt::LeftButton);
-    EXPECT_TRUE(form->isVisible());
-    EXPECT_FALSE(preview->isVisible());
-    EXPECT_EQ(text("txtName(0)"), "Ned");
-    EXPECT_EQ(ended, 0);
-    preview->close();
-    EXPECT_EQ(ended, 1);
-}
-
 TEST_F(Form1Test, ShowsTheHandOverButtonsAlone)
 {
     setProgramFolder(WAGEMILL_SOURCE_DIR "/resources");
     open();
     const QRect help = control<PushButton>("PushButton6")->rect();
-    const auto inForm = [&](const char* name, QPoint point) {
-        return control<QWidget>(name)->mapTo(form.get(), point);
-    };
-    const struct {
-        const char* place;
-        QPoint point;
-    } grounds[] = {
-        {"between two buttons", inForm("PushButton6", {help.right() + 3, help.center().y()})},
-        {"left of the buttons", inForm("PushButton6", {-4, help.center().y()})},
-        {"below the buttons", inForm("PushButton6", {help.center().x(), help.bottom() + 4})},
-        {"between the frames", inForm("Frame3", {100, -3})},
-        {"a frame", inForm("Frame1", {100, 4})},
-        {"a field", inForm("txtName(0)", {10, 10})},
-    };
-    const auto hover = [&](QPoint point) {
-        QTest::mouseMove(form->windowHandle(), point);
+    const auto hover = [&](const char* name, QPoint point) {
+        QTest::mouseMove(form->windowHandle(), control<QWidget>(name)->mapTo(form.get(), point));
         return form->cursor().shape();
     };
-    for (const auto& [place, point] : grounds) {
-        EXPECT_EQ(hover(inForm("PushButton6", help.center())), Qt::BitmapCursor);
-        EXPECT_EQ(hover(point), Qt::ArrowCursor) << place;
+    const std::pair<const char*, QPoint> elsewhere[] = {
+        {"PushButton6", {help.right() + 3, help.center().y()}}, // between two buttons
+        {"PushButton6", {-4, help.center().y()}},               // left of them
+        {"PushButton6", {help.center().x(), help.bottom() + 4}},
+        {"Frame3", {100, -3}}, // between the frames
+        {"Frame1", {100, 4}},
+        {"txtName(0)", {10, 10}},
+    };
+    for (const auto& [control, point] : elsewhere) {
+        EXPECT_EQ(hover("PushButton6", help.center()), Qt::BitmapCursor);
+        EXPECT_EQ(hover(control, point), Qt::ArrowCursor) << control << ' ' << point.x() << ' ' << point.y();
     }
 }
 
