@@ -50,10 +50,6 @@ DatePicker::DatePicker(RegionalFormats formats, std::function<CalendarDate()> to
     : EntryField(parent), m_formats(std::move(formats)), m_today(std::move(today)), m_button(calendarButton(this))
 {
     refillDate(m_today());
-    setLeaveCheck([this] {
-        takeTypedText();
-        return true;
-    });
     connect(this, &QLineEdit::textChanged, this, &DatePicker::readWhileTyping);
     connect(m_button, &QToolButton::clicked, this, &DatePicker::openCalendar);
 }
@@ -101,11 +97,11 @@ void DatePicker::readWhileTyping()
         takeTypedText();
         return;
     }
+    if (text().size() <= 1) // typed over from the start: what was whole before was meant
+        m_settled = m_date;
     const auto date = typedDate();
     if (!date || !isTypedToItsEnd(text().toStdString(), m_formats))
         return;
-    if (cursorPosition() == text().size()) // a change in the middle may go on: "31" becomes "4" before it is "45"
-        m_settled = *date;
     if (std::exchange(m_date, *date) != *date)
         emit dateChanged();
 }

@@ -52,7 +52,7 @@ private:
     RegionalFormats m_formats;
     std::function<CalendarDate()> m_today;
     CalendarDate m_date;
-    CalendarDate m_settled; ///< what an unreadable text falls back on: typed to its end, stepped, picked or read
+    CalendarDate m_settled; ///< the date before the typing that goes on: an unreadable text brings it back
     QToolButton* m_button;
     CalendarPopup* m_calendar = nullptr; ///< made at its first opening
     Bubble* m_bubble = nullptr;          ///< made with the first text that could not be read
