@@ -19,8 +19,6 @@ bool isCodePoint(char32_t character)
 /// Bytes that follow the first byte of a sequence, -1 when no sequence begins with it.
 int continuationBytes(std::uint8_t first)
 {
-    if (first < 0x80)
-        return 0;
     if (first >= 0xC2 && first < 0xE0)
         return 1;
     if (first >= 0xE0 && first < 0xF0)
@@ -28,14 +26,12 @@ int continuationBytes(std::uint8_t first)
     return first >= 0xF0 && first < 0xF5 ? 3 : -1;
 }
 
-/// Reads one sequence and moves `position` behind it; behind one byte when it is none.
-char32_t readCodePoint(std::string_view text, std::size_t& position)
+/// Of several bytes.
+char32_t readSequence(std::string_view text, std::size_t& position)
 {
     constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};
     const auto first = static_cast<std::uint8_t>(text[position++]);
     const int count = continuationBytes(first);
-    if (count == 0)
-        return first;
     if (count < 0 || text.size() - position < static_cast<std::size_t>(count))
         return replacementCharacter;
     char32_t character = first & (0x3FU >> count);
@@ -51,17 +47,32 @@ char32_t readCodePoint(std::string_view text, std::size_t& position)
     return character;
 }
 
-void appendUtf8(std::string& text, char32_t character)
+/// Of a character beyond ASCII.
+void appendSequence(std::string& text, char32_t character)
 {
-    if (character < 0x80) {
-        text += static_cast<char>(character);
-        return;
-    }
     const int count = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
     constexpr unsigned leads[] = {0, 0xC0, 0xE0, 0xF0};
     text += static_cast<char>(leads[count] | character >> (6U * static_cast<unsigned>(count)));
     for (int i = count - 1; i >= 0; --i)
         text += static_cast<char>(0x80U | (character >> (6U * static_cast<unsigned>(i)) & 0x3FU));
+}
+
+void appendUtf8(std::string& text, char32_t character)
+{
+    if (character < 0x80)
+        text += static_cast<char>(character);
+    else
+        appendSequence(text, isCodePoint(character) ? character : replacementCharacter);
+}
+
+/// Reads one sequence and moves `position` behind it; behind one byte when it is none.
+char32_t readCodePoint(std::string_view text, std::size_t& position)
+{
+    const auto first = static_cast<std::uint8_t>(text[position]);
+    if (first >= 0x80)
+        return readSequence(text, position);
+    ++position;
+    return first;
 }
 
 } // namespace
@@ -80,7 +91,7 @@ std::string toUtf8(std::u32string_view text)
     std::string bytes;
     bytes.reserve(text.size());
     for (const char32_t character : text)
-        appendUtf8(bytes, isCodePoint(character) ? character : replacementCharacter);
+        appendUtf8(bytes, character);
     return bytes;
 }
 
@@ -106,7 +117,7 @@ std::string toUtf8(std::u16string_view text)
         char32_t character = text[i];
         if (isHalf(text[i], 0xD800) && i + 1 < text.size() && isHalf(text[i + 1], 0xDC00))
             character = 0x10000U + ((character & 0x3FFU) << 10U) + (text[++i] & 0x3FFU);
-        appendUtf8(bytes, isCodePoint(character) ? character : replacementCharacter);
+        appendUtf8(bytes, character);
     }
     return bytes;
 }

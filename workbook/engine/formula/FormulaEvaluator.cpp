@@ -355,6 +355,7 @@ const FunctionBinding& FormulaEvaluator::TokenRun::bindingOf(const FunctionToken
                                                              std::span<Operand>& arguments) const
 {
     const FunctionInfo* info = findFunction(token.function);
+    const FunctionBinding* function = findBinding(token.function);
     std::string_view name = info == nullptr ? "" : info->name;
     if (token.function == addInFunction) {
         const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
@@ -362,12 +363,12 @@ const FunctionBinding& FormulaEvaluator::TokenRun::bindingOf(const FunctionToken
             throw CannotEvaluate{};
         arguments = arguments.subspan(1);
         name = called->name;
-        info = nullptr;
+        function = findBinding(name);
+        info = function == nullptr ? nullptr : findFunction(function->name);
     }
-    const FunctionBinding* const function = info == nullptr ? findBinding(name) : findBinding(token.function);
     if (function == nullptr && !name.empty())
         throw CannotEvaluate{std::string(name)};
-    if (function == nullptr || !takes(findFunction(function->name), arguments.size()))
+    if (function == nullptr || !takes(info, arguments.size()))
         throw CannotEvaluate{};
     return *function;
 }
