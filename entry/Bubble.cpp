@@ -69,12 +69,12 @@ void Bubble::withdraw()
 /// Ends where the control ends, and stays inside the window.
 void Bubble::placeBelow()
 {
-    const QRect room = window()->rect();
+    const QSize room = window()->size();
     const int width = std::min(fontMetrics().averageCharWidth() * charactersInLine, room.width());
-    QRect place(0, 0, width, heightForWidth(width));
-    place.moveTopRight(m_about.mapTo(window(), m_about.rect().bottomRight()) + QPoint(0, 2));
-    place.translate(std::max(0, -place.left()), std::min(0, room.bottom() - place.bottom()));
-    setGeometry(place);
+    const int height = std::min(heightForWidth(width), room.height());
+    const QPoint corner = m_about.mapTo(window(), QPoint(m_about.width() - width, m_about.height() + 1));
+    setGeometry(std::clamp(corner.x(), 0, room.width() - width), std::clamp(corner.y(), 0, room.height() - height),
+                width, height);
 }
 
 void Bubble::mousePressEvent(QMouseEvent* /*event*/)

@@ -48,7 +48,8 @@ CalendarPopup::CalendarPopup(QWidget* field) : QCalendarWidget(field)
     setVerticalHeaderFormat(NoVerticalHeader);
     setDateEditEnabled(false); // what is typed into it would become a date without being shown whole
     nameCalendarControls(*this);
-    findChild<QFrame*>(QString::fromLatin1(daysOfMonth))->setFrameShape(QFrame::Box);
+    if (auto* const days = findChild<QFrame*>(QString::fromLatin1(daysOfMonth)))
+        days->setFrameShape(QFrame::Box); // the popup has no frame of its own
     connect(this, &QCalendarWidget::currentPageChanged, this, &CalendarPopup::selectInPage);
     connect(this, &QCalendarWidget::clicked, this, &CalendarPopup::take);
     connect(this, &QCalendarWidget::activated, this, &CalendarPopup::take);
