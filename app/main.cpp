@@ -30,18 +30,12 @@ wagemill::CalendarDate today()
     return {date.year(), date.month(), date.day()};
 }
 
-/// The sharpest screen decides how finely pictures are drawn: the preview may stand on any of them.
-double pictureScale()
-{
-    return qApp->devicePixelRatio();
-}
-
 wagemill::Form1Setup productionSetup(std::int16_t employees)
 {
     using namespace wagemill;
     BuildServices build;
     build.formats = userRegionalFormats();
-    build.spreadsheet = spreadsheetPlatform(build.formats, pictureScale);
+    build.spreadsheet = spreadsheetPlatform(build.formats);
     build.templateResource = [] { return customResource(payrollTemplateResource); };
     build.randomNumber = randomWholeNumber;
     const auto describeWorkbook = [formats = build.formats](const std::filesystem::path& workbook) {

@@ -3,13 +3,11 @@
 
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
+#include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
 #include "settings/SqliteStore.h"
 #include "tests/support/TemporaryFolder.h"
-#include "workbook/embedded/PicturePainter.h"
 #include "workbook/engine/picture/SheetPicture.h"
-
-#include <QGuiApplication>
 
 #include <cstdio>
 #include <functional>
@@ -42,7 +40,7 @@ void picture(const std::filesystem::path& folder)
     static const engine::Book book = filledBook(25);
     const engine::Sheet& stubs = *book.sheets[book.activeSheet];
     const auto drawn = engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
-    writeBytesToFile(bitmapFileOf(drawn, 1), folder / "picture.bmp");
+    writeBytesToFile(drawingFile(drawn), folder / "picture");
 }
 
 void settings(const std::filesystem::path& folder)
@@ -72,10 +70,9 @@ int run(const Job& job)
 
 int main(int argc, char* argv[])
 {
-    const QGuiApplication application(argc, argv); // pictures need its fonts
     const std::string_view wanted = argc == 2 ? argv[1] : "";
     if (wanted == "--built-with")
-        return std::printf("compiler %s, Qt %s\n", __VERSION__, qVersion()) < 0;
+        return std::printf("compiler %s\n", __VERSION__) < 0;
     if (wanted == "--jobs") {
         for (const Job& job : jobs)
             std::puts(job.name);

@@ -40,9 +40,8 @@ Form1Setup setupOf(int employees, EmbeddedPictureClipboard& clipboard)
 {
     setUserStore(filledStore(payroll(employees)));
     BuildServices build;
-    build.spreadsheet = {
-        [&] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard, [] { return 1.0; }); },
-        &clipboard};
+    build.spreadsheet = {[&] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard); },
+                         &clipboard};
     build.templateResource = [] { return customResource(payrollTemplateResource); };
     build.randomNumber = randomWholeNumber;
     return {std::move(build), [] { return CalendarDate{2026, 4, 7}; }, static_cast<std::int16_t>(employees)};

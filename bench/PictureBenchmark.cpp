@@ -2,8 +2,8 @@
 #include "bench/Repeated.h"
 
 #include "app/base/Files.h"
+#include "drawing/DrawingFile.h"
 #include "tests/support/TemporaryFolder.h"
-#include "workbook/embedded/PicturePainter.h"
 #include "workbook/engine/picture/SheetPicture.h"
 
 #include <QImage>
@@ -33,13 +33,13 @@ drawing::Drawing pictureOf(const engine::Book& book)
     return engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
 }
 
-/// The picture of the used range at scale 1, from the cells to the stored bitmap file.
+/// The picture of the used range at scale 1, from the cells to the stored drawing.
 void picture(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
     const engine::Book book = filledBook(static_cast<int>(state.range(0)));
     for (auto _ : state)
-        storeAnew(bitmapFileOf(pictureOf(book), 1), folder / "picture.bmp");
+        storeAnew(drawingFile(pictureOf(book)), folder / "picture.bmp");
 }
 BENCHMARK(picture)->Apply(employees);
 

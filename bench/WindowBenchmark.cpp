@@ -4,11 +4,9 @@
 #include "bench/Repeated.h"
 #include "preview/Form2.h"
 #include "settings/SqliteStore.h"
-#include "workbook/embedded/PicturePainter.h"
 #include "workbook/engine/picture/SheetPicture.h"
 
 #include <QCoreApplication>
-#include <QImage>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -99,9 +97,9 @@ BENCHMARK(keystroke)->Apply(timedByItself);
 /// The preview window, shown with a picture.
 class Preview {
 public:
-    explicit Preview(const QImage& picture)
+    explicit Preview(drawing::Drawing picture)
     {
-        m_window.setPicture(QPixmap::fromImage(picture));
+        m_window.setPicture(drawingPicture(std::move(picture)));
         showActive(m_window);
     }
 
@@ -150,23 +148,48 @@ private:
     PaintWatch m_windowWatch{"Form2"}; ///< a picture moved within view is not painted, but what it uncovers
 };
 
-QImage stubs(int employees)
+drawing::Drawing stubs(int employees)
 {
     const engine::Book book = filledBook(employees);
     const engine::Sheet& sheet = *book.sheets[book.activeSheet];
-    return paintedPicture(engine::sheetPicture(book, sheet, sheet.usedRange().value(), {}), 1);
+    return engine::sheetPicture(book, sheet, sheet.usedRange().value(), {});
 }
 
-/// The stubs' picture stretched to the largest size that the preview paints.
-QImage largestPicture()
+void move(drawing::Rect& rect, double right, double down)
 {
-    return stubs(1).scaled(13999, 4999, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    rect.left += right;
+    rect.top += down;
 }
 
-QImage pictureOf(const benchmark::State& state)
+/// Stubs beside and below each other up to the largest size that the preview paints.
+drawing::Drawing largestPicture()
 {
-    static const QImage largest = largestPicture();
-    return state.range(0) == 0 ? largest : stubs(static_cast<int>(state.range(0)));
+    constexpr double width = 13990 * 4;
+    constexpr double height = 4990 * 4;
+    const drawing::Drawing stub = stubs(1);
+    drawing::Drawing sheet;
+    sheet.fonts = stub.fonts;
+    for (; sheet.height + stub.height < height; sheet.height += stub.height)
+        for (sheet.width = 0; sheet.width + stub.width < width; sheet.width += stub.width) {
+            for (drawing::Fill fill : stub.fills) {
+                move(fill.area, sheet.width, sheet.height);
+                sheet.fills.push_back(fill);
+            }
+            for (const drawing::Line& line : stub.lines)
+                sheet.lines.push_back({line.x1 + sheet.width, line.y1 + sheet.height, line.x2 + sheet.width,
+                                       line.y2 + sheet.height, line.style, line.color});
+            for (drawing::Text text : stub.texts) {
+                move(text.cell, sheet.width, sheet.height);
+                move(text.room, sheet.width, sheet.height);
+                sheet.texts.push_back(std::move(text));
+            }
+        }
+    return sheet;
+}
+
+drawing::Drawing pictureOf(const benchmark::State& state)
+{
+    return state.range(0) == 0 ? largestPicture() : stubs(static_cast<int>(state.range(0)));
 }
 
 /// The slowest of all steps that the buttons offer: up from the natural size, down to the smallest and back.

@@ -87,7 +87,7 @@ struct Text {
     Rect room;        ///< where the text may be drawn: the cell, and the empty cells beside it that it may run over
     std::string text; ///< UTF-8, line feeds are line breaks
     std::uint16_t font = 0; ///< index into Drawing::fonts
-    Color color;
+    Color color = {};
     Align align = Align::Left;
     VerticalAlign vertical = VerticalAlign::Bottom;
     bool wrap = false;
@@ -96,7 +96,7 @@ struct Text {
     bool hashesWhenTooWide = false; ///< a number: "###" where it does not fit the cell
     bool alwaysHashes = false;      ///< "###" whatever the width: a negative date
     /// Shorter forms of a number, longest first, to be tried before "###".
-    std::vector<std::string> shorterForms;
+    std::vector<std::string> shorterForms = {};
 
     bool operator==(const Text&) const = default;
 };
@@ -106,10 +106,10 @@ struct Text {
 struct Drawing {
     double width = 0;
     double height = 0;
-    std::vector<Fill> fills;
-    std::vector<Line> lines;
-    std::vector<Font> fonts; ///< of the texts
-    std::vector<Text> texts;
+    std::vector<Fill> fills = {};
+    std::vector<Line> lines = {};
+    std::vector<Font> fonts = {}; ///< of the texts
+    std::vector<Text> texts = {};
 
     bool operator==(const Drawing&) const = default;
 };

@@ -169,6 +169,8 @@ DrawingPainter::DrawingPainter(const drawing::Drawing& drawing) : m_drawing(draw
 {
     for (const drawing::Font& font : drawing.fonts)
         m_fonts.push_back(drawnFont(font));
+    for (const drawing::Text& text : drawing.texts)
+        m_rooms.push_back(rectOf(text.room));
 }
 
 void DrawingPainter::paint(QPainter& painter, const QRectF& part) const
@@ -183,9 +185,9 @@ void DrawingPainter::paint(QPainter& painter, const QRectF& part) const
         if (boundsOf(line).intersects(near))
             lines.draw(line);
     painter.scale(1 / twipsPerPixel, 1 / twipsPerPixel);
-    for (const drawing::Text& text : m_drawing.texts)
-        if (rectOf(text.room).intersects(near))
-            paintText(painter, text);
+    for (std::size_t index = 0; index < m_rooms.size(); ++index)
+        if (m_rooms[index].intersects(near))
+            paintText(painter, m_drawing.texts[index]);
     painter.restore();
 }
 
@@ -195,17 +197,23 @@ void DrawingPainter::paintText(QPainter& painter, const drawing::Text& text) con
     const QRectF inner = innerCell(text);
     const TextBlock block = shownBlock(text, m_fonts[text.font]);
     const double top = topOf(text, block.height);
-    painter.save();
-    painter.setClipRect(QRectF(QPointF(text.room.left, text.room.top) * twipsPerPixel,
-                               QSizeF(text.room.width, text.room.height) * twipsPerPixel),
-                        Qt::IntersectClip);
+    const QRectF room = rectOf(text.room);
+    // Most texts fit, and a clip takes longer than a text.
+    const bool isCut = top < room.top() || top + block.height > room.bottom() ||
+                       leftOf(text.align, inner, block.width) < room.left() ||
+                       leftOf(text.align, inner, block.width) + block.width > room.right();
+    if (isCut) {
+        painter.save();
+        painter.setClipRect(QRectF(room.topLeft() * twipsPerPixel, room.size() * twipsPerPixel), Qt::IntersectClip);
+    }
     painter.setPen(colorOf(text.color));
     for (int index = 0; index < block.layout->lineCount(); ++index) {
         const QTextLine line = block.layout->lineAt(index);
         const double left = leftOf(text.align, inner, line.naturalTextWidth() / twipsPerPixel);
         line.draw(&painter, QPointF(left, top) * twipsPerPixel);
     }
-    painter.restore();
+    if (isCut)
+        painter.restore();
 }
 
 } // namespace wagemill

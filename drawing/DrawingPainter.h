@@ -26,7 +26,8 @@ private:
     void paintText(QPainter& painter, const drawing::Text& text) const;
 
     const drawing::Drawing& m_drawing;
-    std::vector<QFont> m_fonts; ///< of the drawing, made once: looking for a font takes longer than drawing with it
+    std::vector<QFont> m_fonts;  ///< of the drawing, made once: looking for a font takes longer than drawing with it
+    std::vector<QRectF> m_rooms; ///< of the texts, close together in memory: most of a large drawing is out of view
 };
 
 } // namespace wagemill

@@ -1,7 +1,6 @@
 #include "entry/Form1.h"
 
 #include "app/base/Files.h"
-#include "app/base/FreedMemory.h"
 #include "app/look/DrawingLock.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
@@ -372,7 +371,6 @@ void Form1::PushButton22_Click()
 {
     passTurn();
     buildPayrollWorkbook(payrollData(), *this, m_setup.build);
-    returnFreedMemory(); // a build takes much that nobody needs while the stubs are looked at
 }
 
 void Form1::PushButton6_Click()

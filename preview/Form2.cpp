@@ -56,11 +56,11 @@ QScrollBar* makeScrollBar(Qt::Orientation orientation, const char* name, const c
 }
 
 /// The range of one scroll bar, and the unit of its steps. The thumb shows how much of the picture is in view.
-std::int16_t setUpScrollBar(QScrollBar& scrollBar, int pictureExtent, int viewportExtent)
+std::int16_t setUpScrollBar(QScrollBar& scrollBar, float pictureExtent, float viewportExtent)
 {
-    const ScrollRange range = scrollRange(static_cast<float>(pictureExtent - viewportExtent));
+    const ScrollRange range = scrollRange(pictureExtent - viewportExtent);
     scrollBar.setEnabled(range.unit != 0);
-    scrollBar.setPageStep(std::max(1, viewportExtent / std::max<int>(1, range.unit)));
+    scrollBar.setPageStep(std::max(1, static_cast<int>(viewportExtent) / std::max<int>(1, range.unit)));
     if (range.unit != 0) {
         scrollBar.setMaximum(range.maximum);
         scrollBar.setValue(0);
@@ -137,6 +137,8 @@ void Form2::layOutControls()
     rows->addLayout(tools);
     rows->addLayout(sheet, 1);
 
+    for (QWidget* control : findChildren<QWidget*>())
+        control->ensurePolished(); // only then does it know its size
     for (PushButton* button : {PushButton1, PushButton2, PushButtonPrint, PushButton6, PushButton8})
         button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
     const QSizeF available = screen()->availableSize();
@@ -170,7 +172,8 @@ void Form2::connectControls()
         setTabOrder(tabOrder[index - 1], tabOrder[index]);
 }
 
-/// Keys beside the tab key; the captions show none of them. Arrow and page keys scroll wherever the focus is.
+/// Keys beside the tab key; the captions show none of them. Arrow, page, Home and End keys scroll
+/// wherever the focus is.
 void Form2::setKeys()
 {
     PushButton1->setShortcut(Qt::ALT | Qt::Key_I);
@@ -192,6 +195,8 @@ void Form2::setKeys()
         {Qt::Key_Down, VScroll1, QAbstractSlider::SliderSingleStepAdd},
         {Qt::Key_PageUp, VScroll1, QAbstractSlider::SliderPageStepSub},
         {Qt::Key_PageDown, VScroll1, QAbstractSlider::SliderPageStepAdd},
+        {Qt::Key_Home, VScroll1, QAbstractSlider::SliderToMinimum},
+        {Qt::Key_End, VScroll1, QAbstractSlider::SliderToMaximum},
     };
     for (const auto& [key, scrollBar, action] : scrolls)
         connect(new QShortcut(key, this), &QShortcut::activated, scrollBar, [bar = scrollBar, scroll = action] {
@@ -212,17 +217,32 @@ void Form2::Form_Load()
     });
 }
 
-void Form2::setPicture(const QPixmap& picture)
+void Form2::setPicture(const SharedPicture& picture)
 {
+    Picture1->setVisible(picture != nullptr);
     Picture1->setPicture(picture);
     Picture1->sizeToPicture();
-    if (SetupPending)
-        return; // the first activation does the rest
+    if (SetupPending) {
+        fitWindow(); // the first activation does the rest
+        return;
+    }
     Zoom_Ori->setPicture(picture);
     Zoom_Ori->resize(Picture1->size());
     takeNaturalSize();
     scrollToOrigin();
     RedrawImage();
+}
+
+/// Makes the window a little smaller, so that the ends of the scroll bars are the ends of the picture.
+void Form2::fitWindow()
+{
+    layout()->setGeometry(rect()); // not shown yet, it may be laid out for an earlier size
+    const auto surplus = [](int picture, int viewport) {
+        const float natural = static_cast<float>(naturalExtent(static_cast<double>(toUnits(picture))));
+        return toPixels(missingOverhang(natural - toUnits(viewport)));
+    };
+    setFixedSize(size() -
+                 QSize(surplus(Picture1->width(), Picture2->width()), surplus(Picture1->height(), Picture2->height())));
 }
 
 void Form2::setPrinting(SheetOf sheetOf, std::unique_ptr<PrintDialog> dialog)
@@ -239,14 +259,16 @@ void Form2::describePicture(const std::string& description)
 
 void Form2::takeNaturalSize()
 {
-    OrigWidth = naturalExtent(Zoom_Ori->width());
-    OrigHeight = naturalExtent(Zoom_Ori->height());
+    OrigWidth = naturalExtent(static_cast<double>(toUnits(Zoom_Ori->width())));
+    OrigHeight = naturalExtent(static_cast<double>(toUnits(Zoom_Ori->height())));
 }
 
 void Form2::Form_Activate()
 {
-    if (!SetupPending || m_isSettingUp) // the error dialog of a step activates the window again
-        return;
+    if (!SetupPending || Picture1->picture() == nullptr)
+        return; // a build that failed has no picture to set up the scroll bars for
+    if (m_isSettingUp)
+        return; // the error dialog of a step activates the window again
     m_isSettingUp = true;
     ErrorTrap trap("Form2.Form_Activate");
     trap.step(10, [&] { Picture1->sizeToPicture(); });
@@ -275,13 +297,13 @@ void Form2::RedrawImage()
         return;
     }
     trap.step(70, [&] { Picture1->clearPicture(); });
-    trap.step(80, [&] { Picture1->resize(ZoomWidth, ZoomHeight); });
+    trap.step(80, [&] { Picture1->resize(QSize(ZoomWidth, ZoomHeight) * toPixels(1)); });
     trap.step(90, [&] {
         Picture1->paintPicture(Zoom_Ori->picture(), QSize(OrigWidth, OrigHeight), QSize(ZoomWidth, ZoomHeight));
     });
     trap.step(100, [&] { scrollToOrigin(); });
-    trap.step(110, [&] { HScroll1->setEnabled(Picture2->width() < ZoomWidth); });
-    trap.step(120, [&] { VScroll1->setEnabled(Picture2->height() < ZoomHeight); });
+    trap.step(110, [&] { HScroll1->setEnabled(toUnits(Picture2->width()) < static_cast<float>(ZoomWidth)); });
+    trap.step(120, [&] { VScroll1->setEnabled(toUnits(Picture2->height()) < static_cast<float>(ZoomHeight)); });
 }
 
 /// Tells the change handler itself, because an exception must not pass through a signal of Qt.
@@ -309,8 +331,8 @@ void Form2::scrollToOrigin()
 void Form2::SetupScrollBars()
 {
     Picture1->move(0, 0);
-    HScrollUnit = setUpScrollBar(*HScroll1, Picture1->width(), Picture2->width());
-    VScrollUnit = setUpScrollBar(*VScroll1, Picture1->height(), Picture2->height());
+    HScrollUnit = setUpScrollBar(*HScroll1, toUnits(Picture1->width()), toUnits(Picture2->width()));
+    VScrollUnit = setUpScrollBar(*VScroll1, toUnits(Picture1->height()), toUnits(Picture2->height()));
 }
 
 void Form2::PushButton1_Click()
@@ -340,12 +362,12 @@ void Form2::SetZoom(float factor)
 
 void Form2::HScroll1_Change()
 {
-    Picture1->move(scrolledPosition(HScrollUnit, toInt16(HScroll1->value())), Picture1->y());
+    Picture1->move(toPixels(scrolledPosition(HScrollUnit, toInt16(HScroll1->value()))), Picture1->y());
 }
 
 void Form2::VScroll1_Change()
 {
-    Picture1->move(Picture1->x(), scrolledPosition(VScrollUnit, toInt16(VScroll1->value())));
+    Picture1->move(Picture1->x(), toPixels(scrolledPosition(VScrollUnit, toInt16(VScroll1->value()))));
 }
 
 void Form2::SetHScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
@@ -376,20 +398,20 @@ void Form2::Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y)
     float newLeft = 0;
     float newTop = 0;
     trap.step(10, [&] {
-        newLeft = draggedPosition({.position = static_cast<float>(Picture1->x()),
+        newLeft = draggedPosition({.position = toUnits(Picture1->x()),
                                    .dragStart = DragStartX,
                                    .pointer = x,
-                                   .viewportInner = static_cast<float>(Picture2->width()),
-                                   .pictureOuter = static_cast<float>(Picture1->width())});
+                                   .viewportInner = toUnits(Picture2->width()),
+                                   .pictureOuter = toUnits(Picture1->width())});
     });
     trap.step(20, [&] {
-        newTop = draggedPosition({.position = static_cast<float>(Picture1->y()),
+        newTop = draggedPosition({.position = toUnits(Picture1->y()),
                                   .dragStart = DragStartY,
                                   .pointer = y,
-                                  .viewportInner = static_cast<float>(Picture2->height()),
-                                  .pictureOuter = static_cast<float>(Picture1->height())});
+                                  .viewportInner = toUnits(Picture2->height()),
+                                  .pictureOuter = toUnits(Picture1->height())});
     });
-    trap.step(30, [&] { Picture1->move(toInt32(newLeft), toInt32(newTop)); });
+    trap.step(30, [&] { Picture1->move(toPixels(newLeft), toPixels(newTop)); });
 }
 
 void Form2::Picture1_MouseUp()
@@ -466,6 +488,14 @@ bool Form2::event(QEvent* event)
     if (event->type() == QEvent::WindowActivate)
         Form_Activate();
     return isHandled;
+}
+
+/// However the window was left, it opens with the focus on its first control.
+void Form2::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (!event->spontaneous())
+        PushButton1->setFocus();
 }
 
 void Form2::closeEvent(QCloseEvent* event)

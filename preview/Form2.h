@@ -2,6 +2,7 @@
 
 #include "app/base/Messages.h"
 #include "app/look/WindowPointer.h"
+#include "preview/PreviewPicture.h"
 #include "preview/Printing.h"
 #include "preview/SaveFileDialog.h"
 #include "preview/ViewGeometry.h"
@@ -15,7 +16,6 @@
 #include <string>
 
 class QGroupBox;
-class QPixmap;
 class QScrollBar;
 
 namespace wagemill {
@@ -24,8 +24,8 @@ class PictureBox;
 class PushButton;
 
 /// The preview of a finished workbook: its picture with zoom, scroll bars and drag panning, saving it, and the way
-/// back. Its size is fixed once it is made, because the scroll ranges belong to one size of the viewport; it fills most
-/// of the screen it is made on.
+/// back. Its size is fixed once it has its first picture, because the scroll ranges belong to one size of the viewport;
+/// it fills most of the screen it is made on.
 class Form2 : public QWidget {
     Q_OBJECT
 
@@ -34,10 +34,10 @@ public:
     explicit Form2(std::function<void()> showEntryWindow,
                    std::unique_ptr<SaveFileDialog> commonDialog = std::make_unique<PlatformSaveFileDialog>());
 
-    /// The picture of the workbook; its device pixel ratio counts. Handed over again, it replaces the earlier one: it
-    /// is shown from its upper left corner at the zoom of now, so that window and zoom never speak of different builds.
-    /// Scroll ranges stay those of the first picture.
-    void setPicture(const QPixmap& picture);
+    /// The picture of the workbook; null: it has none. Handed over again, it replaces the earlier one: it is shown from
+    /// its upper left corner at the zoom of now, so that window and zoom never speak of different builds. Scroll ranges
+    /// stay those of the first picture.
+    void setPicture(const SharedPicture& picture);
     /// The temporary workbook that saving copies and leaving deletes.
     void setExcelFile(const std::filesystem::path& excelFile) { mExcelFile = excelFile; }
 
@@ -52,6 +52,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
@@ -84,6 +85,7 @@ private:
     void SetHScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent);
     void SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent);
 
+    void fitWindow();
     void takeNaturalSize();
     void scrollTo(QScrollBar& scrollBar, std::int16_t value);
     void scrollToOrigin();
@@ -117,7 +119,7 @@ private:
     std::int32_t ZoomHeight = 0;
     float ZoomFactor = 1;
     int m_zoomTurn = 0;       ///< of the wheel since the last zoom step, in eighths of a degree
-    bool SetupPending = true; ///< until the window was active for the first time
+    bool SetupPending = true; ///< until the window was active with a picture for the first time
     bool m_isSettingUp = false;
 };
 

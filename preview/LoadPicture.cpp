@@ -1,10 +1,11 @@
 #include "preview/LoadPicture.h"
 
+#include "drawing/DrawingFile.h"
 #include "preview/Metafile.h"
 #include "preview/MetafilePicture.h"
 
 #include <QFile>
-#include <QGuiApplication>
+#include <QImage>
 #include <QImageReader>
 #include <QPainter>
 
@@ -18,9 +19,9 @@ namespace wagemill {
 
 namespace {
 
-constexpr int largestPictureMegabytes = 2048;         // 14000 x 5000 units at ratio 2 take 1068
-constexpr qint64 largestMetafile = qint64{256} << 20; // bytes
-constexpr qint64 metafileStart = 128;                 // bytes that show what a file is
+constexpr int maxBitmapMegabytes = 2048;
+constexpr qint64 maxFileBytes = qint64{256} << 20; // of a drawing or metafile
+constexpr qint64 startBytes = 128;                 // that show what a file is
 constexpr double inchesInMetre = 39.3701;
 constexpr double dotsInchOfRatioOne = 96;
 
@@ -73,9 +74,9 @@ QImage onPaper(const QImage& picture)
     return opaque;
 }
 
-QImage readBitmap(QFile& file)
+SharedPicture readBitmap(QFile& file)
 {
-    const AllocationLimit limit(largestPictureMegabytes);
+    const AllocationLimit limit(maxBitmapMegabytes);
     QImageReader reader(&file);
     QImage picture = reader.read();
     if (picture.isNull())
@@ -83,30 +84,29 @@ QImage readBitmap(QFile& file)
     if (picture.hasAlphaChannel())
         picture = onPaper(picture);
     picture.setDevicePixelRatio(devicePixelRatio(picture));
-    return picture;
+    return bitmapPicture(picture);
 }
 
-QImage readMetafile(QFile& file)
-{
-    if (file.size() > largestMetafile)
-        throw std::runtime_error("the metafile is larger than 256 MiB");
-    const QByteArray bytes = file.read(largestMetafile);
-    return metafilePicture(bytesOf(bytes), qApp->devicePixelRatio()); // sharp enough for the sharpest screen
-}
-
-QImage readPicture(QFile& file)
+SharedPicture readPicture(QFile& file)
 {
     if (!file.open(QIODevice::ReadOnly))
         throw std::runtime_error(file.errorString().toStdString());
-    return isMetafile(bytesOf(file.peek(metafileStart))) ? readMetafile(file) : readBitmap(file);
+    const QByteArray start = file.peek(startBytes);
+    const bool isDrawing = isDrawingFile(bytesOf(start));
+    if (!isDrawing && !isMetafile(bytesOf(start)))
+        return readBitmap(file);
+    if (file.size() > maxFileBytes)
+        throw std::runtime_error("it is larger than 256 MiB");
+    const QByteArray whole = file.readAll();
+    return isDrawing ? drawingPicture(readDrawingFile(bytesOf(whole))) : metafilePicture(bytesOf(whole));
 }
 
 } // namespace
 
-QPixmap loadPicture(const std::filesystem::path& file)
+SharedPicture loadPicture(const std::filesystem::path& file)
 try {
     QFile bytes(file);
-    return QPixmap::fromImage(readPicture(bytes));
+    return readPicture(bytes);
 } catch (const std::runtime_error& error) {
     throw std::runtime_error("Cannot read the picture \"" + file.string() + "\": " + error.what() + ".");
 }

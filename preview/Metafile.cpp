@@ -20,7 +20,6 @@ constexpr std::size_t shortestHeader = 88;
 constexpr std::size_t shortestRecord = 8;
 constexpr double frameUnitsInInch = 2540; // hundredths of a millimetre
 constexpr double dotsInInch = 96;
-constexpr double mostPixels = 14000.0 * 5000.0;
 
 /// The little-endian number at a place inside the file.
 std::uint32_t numberAt(std::span<const std::byte> file, std::size_t at)
@@ -68,21 +67,13 @@ bool isMetafile(std::span<const std::byte> file)
 MetafileSize checkedMetafileSize(std::span<const std::byte> file)
 {
     if (!isMetafile(file))
-        throw std::runtime_error("it is no enhanced metafile");
+        throw std::runtime_error("it is not an enhanced metafile");
     checkRecords(file);
     const double width = frameEdge(file, 2) - frameEdge(file, 0);
     const double height = frameEdge(file, 3) - frameEdge(file, 1);
     if (width <= 0 || height <= 0)
         throw std::runtime_error("the metafile is empty");
     return {pixels(width), pixels(height)};
-}
-
-double metafileScale(MetafileSize size, double sharpness)
-{
-    const double largest = std::sqrt(mostPixels / (size.width * size.height));
-    if (largest < 1)
-        throw std::runtime_error("the metafile is too large to be shown");
-    return std::min(sharpness, largest);
 }
 
 } // namespace wagemill

@@ -19,9 +19,4 @@ struct MetafileSize {
 /// to the last one and which is not empty: whoever plays the records may then walk along them.
 MetafileSize checkedMetafileSize(std::span<const std::byte> file);
 
-/// At how many pixels per natural pixel a metafile is drawn: `sharpness`, or less where the picture would be larger
-/// than 14000 by 5000 pixels, the most that the preview shows. Throws std::runtime_error when it would be larger even
-/// at scale 1.
-double metafileScale(MetafileSize size, double sharpness);
-
 } // namespace wagemill

@@ -4,7 +4,7 @@
 
 namespace wagemill {
 
-QImage metafilePicture(std::span<const std::byte> /*file*/, double /*sharpness*/)
+SharedPicture metafilePicture(std::span<const std::byte> /*file*/)
 {
     throw std::runtime_error("it is an enhanced metafile, which only Windows shows");
 }

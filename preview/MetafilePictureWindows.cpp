@@ -1,11 +1,12 @@
 #include "preview/Metafile.h"
 #include "preview/MetafilePicture.h"
 
-#include <QSize>
+#include <QImage>
+#include <QPainter>
+#include <QTransform>
 
 #include <windows.h>
 
-#include <cmath>
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
@@ -28,68 +29,83 @@ struct DeleteContext {
 template <class Handle, class Delete>
 using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Delete>;
 
-/// A white bitmap in memory that the system draws on.
+/// A white bitmap in memory that the system draws on: `part` of the device that the picture is painted on.
 class Canvas {
 public:
-    explicit Canvas(QSize size) : m_size(size), m_context(::CreateCompatibleDC(nullptr))
+    explicit Canvas(const QRect& part) : m_part(part), m_context(::CreateCompatibleDC(nullptr))
     {
         BITMAPINFO info = {};
         info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = size.width();
-        info.bmiHeader.biHeight = -size.height(); // the first row is the top one
+        info.bmiHeader.biWidth = part.width();
+        info.bmiHeader.biHeight = -part.height(); // the first row is the top one
         info.bmiHeader.biPlanes = 1;
         info.bmiHeader.biBitCount = bitsPerPixel;
         m_bitmap.reset(::CreateDIBSection(m_context.get(), &info, DIB_RGB_COLORS, &m_pixels, nullptr, 0));
         if (m_bitmap == nullptr || ::SelectObject(m_context.get(), m_bitmap.get()) == nullptr)
             throw std::runtime_error("there is not enough memory for its picture");
-        ::PatBlt(m_context.get(), 0, 0, size.width(), size.height(), WHITENESS);
+        ::PatBlt(m_context.get(), 0, 0, part.width(), part.height(), WHITENESS);
     }
 
-    void play(HENHMETAFILE metafile)
+    /// whole  where all of the picture is on the device
+    void play(HENHMETAFILE metafile, const QRect& whole)
     {
-        const RECT whole = {0, 0, m_size.width(), m_size.height()};
+        const QRect onCanvas = whole.translated(-m_part.topLeft());
+        const RECT bounds = {onCanvas.left(), onCanvas.top(), onCanvas.right() + 1, onCanvas.bottom() + 1};
         // Fails also when a single record cannot be drawn; the rest is drawn all the same, so that is what is shown.
-        ::PlayEnhMetaFile(m_context.get(), metafile, &whole);
+        ::PlayEnhMetaFile(m_context.get(), metafile, &bounds);
         ::GdiFlush();
     }
 
+    /// The drawn pixels, for as long as the canvas lives.
     QImage picture() const
     {
         constexpr int rowAlignment = 4;
-        const int rowBytes = (m_size.width() * bitsPerPixel / 8 + rowAlignment - 1) / rowAlignment * rowAlignment;
-        const QImage drawn(static_cast<const uchar*>(m_pixels), m_size.width(), m_size.height(), rowBytes,
-                           QImage::Format_BGR888);
-        return drawn.copy();
+        const int rowBytes = (m_part.width() * bitsPerPixel / 8 + rowAlignment - 1) / rowAlignment * rowAlignment;
+        return {static_cast<const uchar*>(m_pixels), m_part.width(), m_part.height(), rowBytes, QImage::Format_BGR888};
     }
 
 private:
-    QSize m_size;
+    QRect m_part;
     void* m_pixels = nullptr;
     // The context goes first: a bitmap cannot be deleted while it is selected.
     Owned<HBITMAP, DeleteBitmap> m_bitmap;
     Owned<HDC, DeleteContext> m_context;
 };
 
-int scaled(double length, double scale)
-{
-    return static_cast<int>(std::lround(length * scale));
-}
+class MetafilePicture : public PreviewPicture {
+public:
+    explicit MetafilePicture(std::span<const std::byte> file)
+        : m_size(checkedMetafileSize(file)),
+          m_metafile(::SetEnhMetaFileBits(static_cast<UINT>(file.size()), reinterpret_cast<const BYTE*>(file.data())))
+    {
+        if (m_metafile == nullptr)
+            throw std::runtime_error("the system does not take the metafile");
+    }
+
+    QSizeF naturalSize() const override { return {m_size.width, m_size.height}; }
+
+    void paint(QPainter& painter, const QRectF& part) const override
+    {
+        const QTransform toDevice = painter.deviceTransform();
+        const QRect whole = toDevice.mapRect(QRectF(QPointF(), naturalSize())).toRect();
+        const QRect painted = toDevice.mapRect(part).toAlignedRect() & whole;
+        if (painted.isEmpty())
+            return;
+        Canvas canvas(painted);
+        canvas.play(m_metafile.get(), whole);
+        painter.drawImage(toDevice.inverted().mapRect(QRectF(painted)), canvas.picture());
+    }
+
+private:
+    MetafileSize m_size;
+    Owned<HENHMETAFILE, DeleteMetafile> m_metafile;
+};
 
 } // namespace
 
-QImage metafilePicture(std::span<const std::byte> file, double sharpness)
+SharedPicture metafilePicture(std::span<const std::byte> file)
 {
-    const MetafileSize natural = checkedMetafileSize(file);
-    const double scale = metafileScale(natural, sharpness);
-    const Owned<HENHMETAFILE, DeleteMetafile> metafile(
-        ::SetEnhMetaFileBits(static_cast<UINT>(file.size()), reinterpret_cast<const BYTE*>(file.data())));
-    if (metafile == nullptr)
-        throw std::runtime_error("the system does not take the metafile");
-    Canvas canvas({scaled(natural.width, scale), scaled(natural.height, scale)});
-    canvas.play(metafile.get());
-    QImage picture = canvas.picture();
-    picture.setDevicePixelRatio(scale);
-    return picture;
+    return std::make_shared<MetafilePicture>(file);
 }
 
 } // namespace wagemill

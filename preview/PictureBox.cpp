@@ -1,36 +1,29 @@
 #include "preview/PictureBox.h"
 
+#include "preview/ViewGeometry.h"
+
 #include <QAccessibleWidget>
-#include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
+#include <qdrawutil.h>
 
 #include <cmath>
+#include <utility>
 
 namespace wagemill {
 
 namespace {
 
-constexpr int margin = 1;
-constexpr int tilePixels = 256;
+constexpr int frame = 1;    ///< in units
+constexpr int hairline = 1; ///< in pixels
 
-QSize naturalSize(const QPixmap& picture)
+/// The size of the sheet of paper in whole units.
+QSize sheetSize(const SharedPicture& picture)
 {
-    return picture.deviceIndependentSize().toSize();
-}
-
-/// Where an edge of a tile lies in the source; that of its neighbour lies there, too.
-int scaledEdge(int edge, int targetExtent, int sourceExtent)
-{
-    return static_cast<int>(std::lround(double(edge) * sourceExtent / targetExtent));
-}
-
-/// A part of a picture without a copy of its pixels, which are to outlive it.
-QImage viewOf(const QImage& picture, const QRect& part)
-{
-    const int bytesPerPixel = picture.depth() / 8;
-    const uchar* const corner = picture.constScanLine(part.top()) + qsizetype(part.left()) * bytesPerPixel;
-    return {corner, part.width(), part.height(), picture.bytesPerLine(), picture.format()};
+    if (picture == nullptr)
+        return {0, 0};
+    const QSizeF sheet = picture->naturalSize() + QSizeF(2 * hairline, 2 * hairline);
+    return {static_cast<int>(std::ceil(toUnits(sheet.width()))), static_cast<int>(std::ceil(toUnits(sheet.height())))};
 }
 
 /// Makes a screen reader speak of a picture rather than of an empty area.
@@ -46,102 +39,68 @@ QAccessibleInterface* accessiblePicture(const QString& className, QObject* objec
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent)
 {
     QAccessible::installFactory(accessiblePicture); // once, however often it is asked
-    QPalette paper = palette();                     // a sheet is white on a dark desktop too
-    paper.setColor(QPalette::Window, Qt::white);
-    setPalette(paper);
-    setAutoFillBackground(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-void PictureBox::setPicture(const QPixmap& picture)
+void PictureBox::setPicture(SharedPicture picture)
 {
-    m_picture = picture;
-    paintPicture(picture, naturalSize(picture), naturalSize(picture));
-    m_target.translate(margin, margin);
+    m_picture = std::move(picture);
+    paintPicture(m_picture, sheetSize(m_picture), sheetSize(m_picture));
+    m_target.translate(toPixels(frame), toPixels(frame));
 }
 
 void PictureBox::sizeToPicture()
 {
-    resize(naturalSize(m_picture) + QSize(2 * margin, 2 * margin));
+    resize((sheetSize(m_picture) + QSize(2 * frame, 2 * frame)) * toPixels(1));
 }
 
-void PictureBox::paintPicture(const QPixmap& source, QSize sourceSize, QSize targetSize)
+void PictureBox::paintPicture(const SharedPicture& source, QSize sourceSize, QSize targetSize)
 {
-    const QSizeF pixels = QSizeF(sourceSize) * source.devicePixelRatio();
     m_source = source;
-    m_sourcePixels = QRect(QPoint(0, 0), pixels.toSize()) & source.rect();
-    m_target = QRect(QPoint(0, 0), targetSize);
-    m_smallerTiles.clear();
+    m_target = QRect(QPoint(0, 0), targetSize * toPixels(1));
+    m_scale = {static_cast<double>(targetSize.width()) / sourceSize.width(),
+               static_cast<double>(targetSize.height()) / sourceSize.height()};
     update();
 }
 
 void PictureBox::clearPicture()
 {
-    paintPicture(QPixmap(), QSize(0, 0), QSize(0, 0));
+    m_source.reset();
+    update();
 }
 
 void PictureBox::paintEvent(QPaintEvent* event)
 {
-    if (m_target.isEmpty() || m_sourcePixels.isEmpty())
-        return;
     QPainter painter(this);
-    if (targetPixels().width() < m_sourcePixels.width()) {
-        paintSmaller(painter, event->rect());
-    } else {
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawPixmap(m_target, m_source, m_sourcePixels);
+    painter.fillRect(event->rect(), Qt::white); // a sheet is white on a dark desktop too
+    if (m_source == nullptr)
+        return;
+    painter.save();
+    painter.translate(m_target.topLeft());
+    painter.scale(m_scale.width(), m_scale.height());
+    painter.translate(hairline, hairline);
+    for (const QRect& exposed : event->region()) { // a drag uncovers two strips
+        const QRectF part = painter.worldTransform().inverted().mapRect(QRectF(exposed));
+        painter.setClipRect(part);
+        m_source->paint(painter, part);
     }
-}
-
-QSize PictureBox::targetPixels() const
-{
-    return (QSizeF(m_target.size()) * devicePixelRatioF()).toSize();
-}
-
-/// Tile by tile, for of a large picture only a small part is in view.
-void PictureBox::paintSmaller(QPainter& painter, const QRect& exposed)
-{
-    const double ratio = devicePixelRatioF();
-    const QRect area = (exposed & m_target).translated(-m_target.topLeft());
-    const auto tileOf = [ratio](int position) { return static_cast<int>(position * ratio) / tilePixels; };
-    for (int row = tileOf(area.top()); row <= tileOf(area.bottom() + 1); ++row)
-        for (int column = tileOf(area.left()); column <= tileOf(area.right() + 1); ++column)
-            painter.drawPixmap(m_target.topLeft() + QPointF(column, row) * tilePixels / ratio,
-                               smallerTile(column, row));
-}
-
-/// Averages the pixels: stretching while painting would skip some, and thin digits with them.
-const QPixmap& PictureBox::smallerTile(int column, int row)
-{
-    QPixmap& tile = m_smallerTiles[{column, row}];
-    const QRect part = QRect(column * tilePixels, row * tilePixels, tilePixels, tilePixels) & QRect({}, targetPixels());
-    if (!tile.isNull() || part.isEmpty())
-        return tile;
-    const QSize target = targetPixels();
-    const QRect source(QPoint(scaledEdge(part.left(), target.width(), m_sourcePixels.width()),
-                              scaledEdge(part.top(), target.height(), m_sourcePixels.height())),
-                       QPoint(scaledEdge(part.right() + 1, target.width(), m_sourcePixels.width()) - 1,
-                              scaledEdge(part.bottom() + 1, target.height(), m_sourcePixels.height()) - 1));
-    tile = QPixmap::fromImage(
-        viewOf(m_source.toImage(), source).scaled(part.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-    tile.setDevicePixelRatio(devicePixelRatioF());
-    return tile;
+    painter.restore();
+    qDrawPlainRect(&painter, m_target, palette().color(QPalette::Mid), hairline);
 }
 
 void PictureBox::mousePressEvent(QMouseEvent* event)
 {
-    emit MouseDown(event->button(), static_cast<float>(event->position().x()),
-                   static_cast<float>(event->position().y()));
+    emit MouseDown(event->button(), toUnits(event->position().x()), toUnits(event->position().y()));
 }
 
 void PictureBox::mouseMoveEvent(QMouseEvent* event)
 {
-    emit MouseMove(event->buttons(), static_cast<float>(event->position().x()),
-                   static_cast<float>(event->position().y()));
+    emit MouseMove(event->buttons(), toUnits(event->position().x()), toUnits(event->position().y()));
 }
 
 void PictureBox::mouseReleaseEvent(QMouseEvent* event)
 {
-    emit MouseUp(event->button(), static_cast<float>(event->position().x()), static_cast<float>(event->position().y()));
+    emit MouseUp(event->button(), toUnits(event->position().x()), toUnits(event->position().y()));
 }
 
 } // namespace wagemill

@@ -1,32 +1,28 @@
 #pragma once
 
-#include <QPixmap>
+#include "preview/PreviewPicture.h"
+
 #include <QWidget>
-
-#include <map>
-#include <utility>
-
-class QPainter;
 
 namespace wagemill {
 
-/// A picture on a white ground, drawn again from its own copy whenever the platform asks for it. Its resolution counts:
-/// a picture of device pixel ratio 2 has half its pixels as its natural size, and is as sharp as the screen allows.
+/// A picture on white paper with a hairline around it, drawn again whenever the platform asks for it. Sizes and
+/// positions are in layout units.
 class PictureBox : public QWidget {
     Q_OBJECT
 
 public:
     explicit PictureBox(QWidget* parent);
 
-    /// The picture that the box was given last; scaling leaves it alone.
-    const QPixmap& picture() const { return m_picture; }
-    void setPicture(const QPixmap& picture);
-    /// The box takes the picture's natural size and a white margin of one unit on every side.
+    /// The picture that the box was given last; scaling leaves it alone. Null: none.
+    const SharedPicture& picture() const { return m_picture; }
+    void setPicture(SharedPicture picture);
+    /// The box takes the size of the picture with its hairline, in whole units, and a frame of one unit on every side.
     void sizeToPicture();
 
-    /// Shows the upper left part of `source` that is `sourceSize` units large, stretched over `targetSize` units from
-    /// the box's own upper left corner.
-    void paintPicture(const QPixmap& source, QSize sourceSize, QSize targetSize);
+    /// Shows the upper left part of `source` that is `sourceSize` large, stretched over `targetSize` from the box's own
+    /// upper left corner.
+    void paintPicture(const SharedPicture& source, QSize sourceSize, QSize targetSize);
     void clearPicture();
 
 signals:
@@ -42,16 +38,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    QSize targetPixels() const;
-    void paintSmaller(QPainter& painter, const QRect& exposed);
-    const QPixmap& smallerTile(int column, int row);
-
-    QPixmap m_picture;
-    QPixmap m_source; ///< what is drawn, ...
-    QRect m_sourcePixels;
-    QRect m_target;
-    std::map<std::pair<int, int>, QPixmap> m_smallerTiles; ///< ... and where it is drawn smaller than it is, those
-                                                           ///< parts of it, by column and row, that came into view
+    SharedPicture m_picture;
+    SharedPicture m_source; ///< what is drawn, ...
+    QRect m_target;         ///< ... the sheet of paper that it is drawn on, in pixels, ...
+    QSizeF m_scale;         ///< ... and pixels a natural one, across and down
 };
 
 } // namespace wagemill

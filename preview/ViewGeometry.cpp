@@ -12,6 +12,7 @@ namespace wagemill {
 
 namespace {
 
+constexpr double pixelsPerUnit = 4;
 constexpr float zoomStep = 0.25F;
 constexpr float smallestZoom = 0.25F;
 constexpr float largestZoom = 3.75F;
@@ -27,6 +28,16 @@ double valueAtPercent(std::int16_t percent, std::int16_t maximum)
 }
 
 } // namespace
+
+float toUnits(double pixels)
+{
+    return static_cast<float>(pixels / pixelsPerUnit);
+}
+
+int toPixels(float units)
+{
+    return static_cast<int>(std::lround(static_cast<double>(units) * pixelsPerUnit));
+}
 
 float steppedZoom(float zoom, ZoomDirection direction)
 {
@@ -60,6 +71,14 @@ ScrollRange scrollRange(float overhang)
     if (overhang <= largestOverhangInSingleUnits)
         return {.maximum = toInt16(static_cast<double>(overhang)), .unit = 1};
     return {.maximum = toInt16(static_cast<double>(overhang) / coarseUnit), .unit = coarseUnit};
+}
+
+float missingOverhang(float overhang)
+{
+    if (overhang <= 0)
+        return 0;
+    const float unit = overhang <= largestOverhangInSingleUnits ? 1.0F : coarseUnit;
+    return std::ceil(overhang / unit) * unit - overhang;
 }
 
 std::int16_t scrolledPosition(std::int16_t unit, std::int16_t value)

@@ -5,8 +5,13 @@
 
 namespace wagemill {
 
-// The arithmetic of the preview. Positions and extents are in the layout unit of the window, the device-independent
-// pixel; a position is that of the picture's left or top edge in the viewport, zero or negative where it was scrolled.
+// The arithmetic of the preview. Positions and extents are in the layout unit of the window, four device-independent
+// pixels; a position is that of the picture's left or top edge in the viewport, zero or negative where it was scrolled.
+
+/// Between units and pixels; these two are the only place where one becomes the other.
+float toUnits(double pixels);
+/// Rounded to the nearest pixel.
+int toPixels(float units);
 
 enum class ZoomDirection { In, Out };
 
@@ -36,6 +41,9 @@ struct ScrollRange {
 /// The range that covers the overhang of the picture beyond the viewport, in units of 1, or of 10 beyond 100.
 /// Throws std::overflow_error when that takes more than 16 bits.
 ScrollRange scrollRange(float overhang);
+
+/// How much more overhang there must be for the range to end exactly where the picture ends: 0 or more, below 10.
+float missingOverhang(float overhang);
 
 /// Where a scroll bar puts the picture: -(unit * value). Throws std::overflow_error when the product exceeds 16 bits.
 std::int16_t scrolledPosition(std::int16_t unit, std::int16_t value);

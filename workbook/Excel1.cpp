@@ -3,26 +3,19 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 
-#include <system_error>
-
 namespace wagemill {
 
 namespace {
 
 constexpr int mostAttempts = 1000;
 
-/// Writes the picture in its own format. A file that was there is replaced, not written into: it may be longer, or a
-/// link.
+/// Writes the picture in its own format, whole or not at all. A file or link that was there is replaced.
 void SavePicture(const std::optional<Picture>& picture, const std::filesystem::path& path)
 {
     if (!picture)
         throw std::runtime_error("Cannot write the picture \"" + path.string() +
                                  "\": the clipboard gave no picture. Another program may be holding it.");
-    std::error_code error;
-    std::filesystem::remove(path, error);
-    if (error)
-        throw std::runtime_error("Cannot replace the picture \"" + path.string() + "\": " + error.message() + ".");
-    writeBytesToFile(*picture->fileBytes, path);
+    writeWholeFile(*picture->fileBytes, path, FileLife::Temporary);
 }
 
 } // namespace

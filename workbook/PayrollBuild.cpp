@@ -168,6 +168,8 @@ void PayrollBuild::takePicture()
     std::unique_ptr<Application> session;
     std::unique_ptr<Workbook> workbook;
     m_trap.step(500, [&] {
+        std::error_code ignored;
+        std::filesystem::remove(m_picture, ignored); // a killed run's must not pass for this build's
         requireOwnFile(m_path);
         session = openWorkbookInExcel(m_services.spreadsheet.createSession, m_path.string());
     });

@@ -1,11 +1,8 @@
+#include "drawing/DrawingPainter.h"
 #include "drawing/TextBlock.h"
-#include "workbook/embedded/PictureClipboard.h"
-#include "workbook/embedded/PicturePainter.h"
 
-#include <QBuffer>
-#include <QFontInfo>
 #include <QImage>
-#include <QImageReader>
+#include <QPainter>
 
 #include <gtest/gtest.h>
 
@@ -45,6 +42,17 @@ Drawing pictureOf(const Text& text, double width = 400, double height = 100)
     return picture;
 }
 
+QImage paintedPicture(const Drawing& picture, double scale)
+{
+    QImage image(static_cast<int>(std::ceil(picture.width * scale)),
+                 static_cast<int>(std::ceil(picture.height * scale)), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.scale(scale, scale);
+    DrawingPainter(picture).paint(painter, QRectF(0, 0, picture.width, picture.height));
+    return image;
+}
+
 /// The smallest rectangle that holds everything dark, in pixels at 96 dots per inch.
 QRectF inkOf(const QImage& image, double scale)
 {
@@ -62,7 +70,7 @@ QRectF inkOf(const Text& text, double scale = 1)
     return inkOf(paintedPicture(pictureOf(text), scale), scale);
 }
 
-TEST(PicturePainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
+TEST(DrawingPainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
 {
     Drawing picture;
     picture.width = 101;
@@ -87,7 +95,7 @@ TEST(PicturePainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
     }
 }
 
-TEST(PicturePainter, ArialHasTheWidthsOfArial)
+TEST(DrawingPainter, ArialHasTheWidthsOfArial)
 {
     // Advance widths of the font's own table, in 1/2048 em: the digits 1139, "M" 1706, "i" 455.
     const double pixelsPerUnit = 10.0 * 96 / 72 / 2048;
@@ -96,7 +104,7 @@ TEST(PicturePainter, ArialHasTheWidthsOfArial)
     EXPECT_NEAR(widthOf("MMMMiiii"), (4 * 1706 + 4 * 455) * pixelsPerUnit, 0.2);
 }
 
-TEST(PicturePainter, TextStandsInsideItsCellByItsAlignment)
+TEST(DrawingPainter, TextStandsInsideItsCellByItsAlignment)
 {
     const Rect cell = {100, 30, 200, 40};
     for (const Align align : {Align::Left, Align::Center, Align::Right})
@@ -114,7 +122,7 @@ TEST(PicturePainter, TextStandsInsideItsCellByItsAlignment)
         }
 }
 
-TEST(PicturePainter, TextOfEveryScriptStandsInItsCell)
+TEST(DrawingPainter, TextOfEveryScriptStandsInItsCell)
 {
     // Hebrew, Arabic, Chinese and Greek names; those that run leftwards keep the cell's alignment.
     for (const char* const name : {"\u05D9\u05D5\u05E1\u05D9", "\u0645\u062D\u0645\u062F", "\u738B\u4F1F",
@@ -128,7 +136,7 @@ TEST(PicturePainter, TextOfEveryScriptStandsInItsCell)
         }
 }
 
-TEST(PicturePainter, LayoutDoesNotDependOnTheScale)
+TEST(DrawingPainter, LayoutDoesNotDependOnTheScale)
 {
     Text text = textIn({10, 10, 120, 80}, "Federal Income Tax (Percentage based on Federal Allowance)");
     text.wrap = true;
@@ -142,7 +150,7 @@ TEST(PicturePainter, LayoutDoesNotDependOnTheScale)
     }
 }
 
-TEST(PicturePainter, CutsWrapsAndShrinks)
+TEST(DrawingPainter, CutsWrapsAndShrinks)
 {
     const char* const name = "Maximiliana Featherstonehaugh-Cholmondeley the Third";
     Text text = textIn({10, 10, 100, 60}, name);
@@ -163,7 +171,7 @@ TEST(PicturePainter, CutsWrapsAndShrinks)
     EXPECT_LT(shrunk.height(), 8);
 }
 
-TEST(PicturePainter, ANumberThatDoesNotFitShowsAShorterFormOrHashes)
+TEST(DrawingPainter, ANumberThatDoesNotFitShowsAShorterFormOrHashes)
 {
     const struct {
         const char* rule;
@@ -186,77 +194,6 @@ TEST(PicturePainter, ANumberThatDoesNotFitShowsAShorterFormOrHashes)
         const Text expected = textIn({0, 0, each.width, 20}, each.sameAs);
         EXPECT_EQ(paintedPicture(pictureOf(number), 1), paintedPicture(pictureOf(expected), 1)) << each.rule;
     }
-}
-
-TEST(BitmapFile, HoldsWhatIsPaintedAndItsResolution)
-{
-    Drawing picture = pictureOf(textIn({10, 10, 120, 20}, "Gross Pay"), 151, 41);
-    picture.fills = {{{20, 5, 40, 20}, red}};
-    for (const double scale : {1.0, 1.5, 2.0}) {
-        const std::vector<std::byte> bytes = bitmapFileOf(picture, scale);
-        const QImage loaded =
-            QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size()), "BMP");
-        ASSERT_FALSE(loaded.isNull());
-        EXPECT_EQ(loaded.convertToFormat(QImage::Format_RGB32), paintedPicture(picture, scale)) << scale;
-        EXPECT_EQ(std::lround(loaded.dotsPerMeterX() * 0.0254), 96 * scale);
-        EXPECT_EQ(loaded.dotsPerMeterX(), loaded.dotsPerMeterY());
-    }
-}
-
-TEST(BitmapFile, IsDrawnInStripsWithoutSeams)
-{
-    // A sheet longer than a painter can address: its texts near and across the strips' borders are whole.
-    Drawing picture;
-    picture.width = 40;
-    picture.height = 70000;
-    picture.fonts = {{}};
-    for (int top = 4090; top < 70000; top += 4096 + 2)
-        picture.texts.push_back(textIn({0, static_cast<double>(top), 40, 20}, "Net"));
-    const std::vector<std::byte> bytes = bitmapFileOf(picture, 1);
-    const QImage loaded =
-        QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size()), "BMP")
-            .convertToFormat(QImage::Format_RGB32);
-    ASSERT_EQ(loaded.height(), 70000);
-    const QImage first = loaded.copy(0, 4090, 40, 20);
-    EXPECT_TRUE(QRectF(0, 0, 40, 20).contains(inkOf(first, 1)));
-    EXPECT_GT(inkOf(first, 1).height(), 8);
-    for (const Text& text : picture.texts)
-        EXPECT_EQ(loaded.copy(0, static_cast<int>(text.cell.top), 40, 20), first) << text.cell.top;
-    EXPECT_THROW(paintedPicture(picture, 1), SpreadsheetError) << "one image cannot hold it";
-}
-
-TEST(EmbeddedPictureClipboard, HoldsOneBitmapAndSaysWhenThereIsNone)
-{
-    EmbeddedPictureClipboard clipboard;
-    EXPECT_THROW(clipboard.GetData(0), SpreadsheetError);
-
-    clipboard.copy(pictureOf(textIn({0, 0, 50, 20}, "Net Pay")), 2);
-    for (const std::int16_t bitmap : {std::int16_t{0}, std::int16_t{2}, std::int16_t{8}})
-        EXPECT_EQ(*clipboard.GetData(bitmap).fileBytes, *clipboard.GetData(0).fileBytes);
-    EXPECT_THROW(clipboard.GetData(14), SpreadsheetError) << "an enhanced metafile";
-
-    Drawing endless;
-    endless.width = 1000;
-    endless.height = 1e6;
-    try {
-        clipboard.copy(endless, 1);
-        FAIL() << "three gigabytes";
-    } catch (const SpreadsheetError& error) {
-        EXPECT_NE(std::string(error.what()).find("too large for a picture"), std::string::npos);
-    }
-    EXPECT_THROW(clipboard.GetData(0), SpreadsheetError) << "the picture before is gone";
-}
-
-TEST(ScaleThatFits, GivesUpSharpnessBeforeThePicture)
-{
-    Drawing stubs; // 400 pay stubs
-    stubs.width = 850;
-    stubs.height = 105000;
-    EXPECT_EQ(scaleThatFits(stubs, 1), 1);
-    EXPECT_LT(scaleThatFits(stubs, 2), 2);
-    EXPECT_GE(scaleThatFits(stubs, 2), 1);
-    stubs.height = 7000;
-    EXPECT_EQ(scaleThatFits(stubs, 2), 2);
 }
 
 } // namespace

@@ -21,7 +21,7 @@ protected:
 
     std::unique_ptr<EmbeddedApplication> newSession()
     {
-        return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard, [] { return 1.0; });
+        return std::make_unique<EmbeddedApplication>(RegionalFormats{}, clipboard);
     }
 
     /// What a cell of the saved file shows, read from its bytes.
@@ -98,8 +98,7 @@ TEST_F(EmbeddedApplicationTest, KeepsSeveralWorkbooksApart)
 TEST_F(EmbeddedApplicationTest, TellsWhatItDoesNotCompute)
 {
     std::string told;
-    EmbeddedApplication session(
-        RegionalFormats{}, clipboard, [] { return 1.0; }, [&told](std::string text) { told = std::move(text); });
+    EmbeddedApplication session(RegionalFormats{}, clipboard, [&told](std::string text) { told = std::move(text); });
     const auto book = session.Workbooks()->Open(templatePath.string());
     for (const int row : {9, 6, 7})
         book->Sheets(1)->PutCells(row, 3, "=IF(B" + std::to_string(row) + ">0,DDB(2400,300,10,1),0)");

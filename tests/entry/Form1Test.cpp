@@ -291,7 +291,7 @@ TEST_F(Form1Test, ShowsNoEarlierFiguresWhenAPictureFails)
     const TemporaryFolder folder;
     const ScopedEnvironment temp("TEMP", folder.path().string());
     open();
-    const auto broken = std::exchange(spreadsheet.pictureBytes, bitmap({300, 200}));
+    const auto broken = std::exchange(spreadsheet.pictureBytes, bitmap({298, 198})); // and a hairline
     click("PushButton22");
     ASSERT_TRUE(QTest::qWaitForWindowActive(previewWindow()));
     auto* const picture = previewWindow()->findChild<QWidget*>("Picture1");
@@ -301,7 +301,7 @@ TEST_F(Form1Test, ShowsNoEarlierFiguresWhenAPictureFails)
     spreadsheet.pictureBytes = broken;
     click("PushButton22");
     EXPECT_EQ(messages.shown.size(), 1U);
-    EXPECT_LE(picture->width(), 2);
+    EXPECT_FALSE(picture->isVisible());
 }
 
 TEST_F(Form1Test, ShowsTheHandOverButtonsAlone)

@@ -119,7 +119,7 @@ BuildOutcome ExcelTest::buildDirectly(const PayrollData& data)
         std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name = {};
         ::LCIDToLocaleName(locale, name.data(), LOCALE_NAME_MAX_LENGTH, 0);
         return std::make_unique<EmbeddedApplication>(regionalFormatsOf(QLocale(QString::fromWCharArray(name.data()))),
-                                                     m_engineClipboard, [] { return 1.0; });
+                                                     m_engineClipboard);
     };
     buildPayrollWorkbook(data, windows, services({createApplication, &m_engineClipboard}));
     return std::move(windows.outcome);

@@ -9,8 +9,8 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QGroupBox>
+#include <QImage>
 #include <QLayout>
-#include <QPixmap>
 #include <QScrollBar>
 #include <QTest>
 #include <QWheelEvent>
@@ -54,11 +54,14 @@ std::string contentOf(const fs::path& file)
     return content.str();
 }
 
-QPixmap plainPicture(QSize size, const QColor& color)
+constexpr int unit = 4; ///< pixels of a layout unit
+
+/// A picture whose sheet, with its hairline, is so many units large.
+SharedPicture plainPicture(QSize units, const QColor& color)
 {
-    QPixmap picture(size);
+    QImage picture(units * unit - QSize(2, 2), QImage::Format_RGB32);
     picture.fill(color);
-    return picture;
+    return bitmapPicture(picture);
 }
 
 class Form2Test : public testing::Test {
@@ -74,6 +77,9 @@ protected:
             throw std::runtime_error("No paper for " + file.filename().string());
         });
         form.layout()->activate();
+        const QSize partOfUnit(viewport().width() % unit, viewport().height() % unit);
+        form.setFixedSize(form.size() - partOfUnit); // so that cases can be in whole units
+        form.layout()->setGeometry(form.rect());
     }
     ~Form2Test() override
     {
@@ -96,14 +102,20 @@ protected:
     QScrollBar& horizontal() { return control<QScrollBar>("HScroll1"); }
     QScrollBar& vertical() { return control<QScrollBar>("VScroll1"); }
 
-    /// Opens the window with a picture that overhangs the viewport by so much.
-    void open(QSize overhang) { openWith(plainPicture(viewport().size() + overhang, Qt::red)); }
-    void openWith(const QPixmap& shown)
+    /// Opens the window with a picture that overhangs the viewport by so many units.
+    void open(QSize overhang) { openWith(plainPicture(viewport().size() / unit + overhang, Qt::red)); }
+    void openWith(const SharedPicture& shown)
     {
         form.setPicture(shown);
         form.show();
         form.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    }
+    /// The size of a picture at so many quarters of its natural size.
+    static QSize zoomed(QSize natural, int quarters)
+    {
+        const QSize units = natural / unit * quarters;
+        return QSize(units.width() / 4, units.height() / 4) * unit;
     }
     void click(const char* button, int times = 1)
     {
@@ -162,11 +174,13 @@ TEST_F(Form2Test, SetsRangesWhenFirstActive)
 {
     open({60, 1245});
     EXPECT_EQ(horizontal().maximum(), 60);
-    EXPECT_EQ(vertical().maximum(), 124);
+    EXPECT_EQ(vertical().maximum(), 125) << "the window is made 5 units lower";
     EXPECT_TRUE(horizontal().isEnabled() && vertical().isEnabled());
     horizontal().setValue(7);
     vertical().setValue(5);
-    EXPECT_EQ(picture().pos(), QPoint(-7, -50));
+    EXPECT_EQ(picture().pos(), QPoint(-7, -50) * unit);
+    vertical().setValue(125);
+    EXPECT_EQ(picture().geometry().bottom(), viewport().rect().bottom());
 }
 
 TEST_F(Form2Test, DisablesTheBarsOfAPictureThatFits)
@@ -176,14 +190,31 @@ TEST_F(Form2Test, DisablesTheBarsOfAPictureThatFits)
     EXPECT_FALSE(vertical().isEnabled());
 }
 
+TEST_F(Form2Test, SetUpWaitsForAPicture)
+{
+    openWith(nullptr); // of a build that failed
+    EXPECT_FALSE(picture().isVisible());
+    EXPECT_FALSE(vertical().isEnabled());
+    QWidget entryWindow;
+    entryWindow.show();
+    form.hide();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&entryWindow));
+    open({20, 200});
+    EXPECT_TRUE(picture().isVisible());
+    EXPECT_EQ(horizontal().maximum(), 20);
+    vertical().setValue(vertical().maximum());
+    EXPECT_EQ(picture().y(), -200 * unit);
+}
+
 TEST_F(Form2Test, ThePictureFollowsTheThumbOnlyWhenItIsLetGo)
 {
     open({0, 1000});
+    ASSERT_EQ(vertical().maximum(), 100);
     vertical().setSliderDown(true);
     vertical().setSliderPosition(50);
     EXPECT_EQ(picture().y(), 0);
     vertical().setSliderDown(false);
-    EXPECT_EQ(picture().y(), -500);
+    EXPECT_EQ(picture().y(), -500 * unit);
 }
 
 TEST_F(Form2Test, ZoomsInQuartersFromTheOriginAndKeepsTheRanges)
@@ -192,15 +223,15 @@ TEST_F(Form2Test, ZoomsInQuartersFromTheOriginAndKeepsTheRanges)
     const QSize natural = picture().size();
     vertical().setValue(50);
     click("PushButton1");
-    EXPECT_EQ(picture().geometry(), QRect(0, 0, natural.width() * 5 / 4, natural.height() * 5 / 4));
+    EXPECT_EQ(picture().geometry(), QRect(QPoint(0, 0), zoomed(natural, 5)));
     EXPECT_EQ(vertical().value(), 0);
     EXPECT_EQ(vertical().maximum(), 100);
     click("PushButton2", 7); // 1, 0.75, 0.5, 0.25, and no further
-    EXPECT_EQ(picture().size(), natural / 4 - QSize(natural.width() % 4 > 1, natural.height() % 4 > 1));
+    EXPECT_EQ(picture().size(), zoomed(natural, 1));
     EXPECT_FALSE(horizontal().isEnabled());
     EXPECT_EQ(horizontal().maximum(), 100);
     click("PushButton1", 20);
-    EXPECT_EQ(picture().size(), QSize(natural.width() * 15 / 4, natural.height() * 15 / 4));
+    EXPECT_EQ(picture().size(), zoomed(natural, 15));
     EXPECT_TRUE(messages.shown.empty());
 }
 
@@ -217,19 +248,19 @@ TEST_F(Form2Test, TooLargeAZoomFallsBackToOneAndDrawsNothing)
 {
     openWith(plainPicture({4000, 20}, Qt::red));
     click("PushButton1", 9);
-    EXPECT_EQ(picture().width(), 13000);
+    EXPECT_EQ(picture().width(), 13000 * unit);
     click("PushButton1"); // 14000
-    EXPECT_EQ(picture().width(), 13000);
+    EXPECT_EQ(picture().width(), 13000 * unit);
     click("PushButton1");
-    EXPECT_EQ(picture().width(), 5000);
+    EXPECT_EQ(picture().width(), 5000 * unit);
 }
 
 TEST_F(Form2Test, ASharpPictureHasItsSizeInUnits)
 {
-    QPixmap sharp = plainPicture({801, 400}, Qt::red);
+    QImage sharp(801, 400, QImage::Format_RGB32);
     sharp.setDevicePixelRatio(2);
-    openWith(sharp);
-    EXPECT_EQ(picture().size(), QSize(qRound(400.5), 200));
+    openWith(bitmapPicture(sharp));
+    EXPECT_EQ(picture().size(), QSize(101, 51) * unit) << "400.5 by 200 pixels and a hairline, in whole units";
 }
 
 TEST_F(Form2Test, DraggingMovesThePictureInsideTheViewportAndReleasingSnapsToTheBars)
@@ -239,21 +270,21 @@ TEST_F(Form2Test, DraggingMovesThePictureInsideTheViewportAndReleasingSnapsToThe
     moveTo({286, 268});
     EXPECT_EQ(picture().pos(), QPoint(-14, -32));
     EXPECT_EQ(vertical().value(), 0);
-    moveTo({-2000, 2000}); // beyond the window: the picture keeps receiving the moves
-    EXPECT_EQ(picture().pos(), QPoint(-1000, 0));
+    moveTo({-5000, 2000}); // beyond the window: the picture keeps receiving the moves
+    EXPECT_EQ(picture().pos(), QPoint(-1000, 0) * unit);
     moveTo({44, 268});
     EXPECT_EQ(picture().pos(), QPoint(-256, -32));
     release({44, 268});
-    EXPECT_EQ(horizontal().value(), 26); // 25.6 percent
-    EXPECT_EQ(picture().pos(), QPoint(-260, -30));
+    EXPECT_EQ(horizontal().value(), 6); // 6.4 percent
+    EXPECT_EQ(picture().pos(), QPoint(-60, -10) * unit);
     moveTo({10, 10});
-    EXPECT_EQ(picture().pos(), QPoint(-260, -30));
+    EXPECT_EQ(picture().pos(), QPoint(-60, -10) * unit);
     EXPECT_TRUE(messages.shown.empty());
 }
 
 TEST_F(Form2Test, ASmallPictureFlipsBetweenItsEndsWhileDragged)
 {
-    open({-100, -100});
+    open({-25, -25});
     press({50, 50});
     moveTo({49, 49});
     EXPECT_EQ(picture().pos(), QPoint(100, 100));
@@ -277,7 +308,7 @@ TEST_F(Form2Test, ReleasingAPictureExactlyAsWideAsTheViewIsReported)
     EXPECT_NE(messages.shown[0].text.find("\r\nin Wagemill2021/08/31.Form2.Picture1_MouseUp at line 20\r\r"),
               std::string::npos)
         << messages.shown[0].text;
-    EXPECT_EQ(vertical().value(), 10); // the steps after it still ran
+    EXPECT_EQ(vertical().value(), 2); // 5 percent of 50; the steps after it still ran
 }
 
 TEST_F(Form2Test, TheWheelTurnsTheScrollBarsToTheirEndsAndNoFurther)
@@ -287,7 +318,7 @@ TEST_F(Form2Test, TheWheelTurnsTheScrollBarsToTheirEndsAndNoFurther)
     EXPECT_LT(picture().y(), 0);
     for (int turn = 0; turn < 50; ++turn)
         turnWheel(-3);
-    EXPECT_EQ(picture().y(), -60);
+    EXPECT_EQ(picture().y(), -60 * unit);
 }
 
 TEST_F(Form2Test, ALaterPictureReplacesTheOneThatZoomingDrawsFrom)
@@ -295,11 +326,11 @@ TEST_F(Form2Test, ALaterPictureReplacesTheOneThatZoomingDrawsFrom)
     open({100, 100});
     click("PushButton1");
     vertical().setValue(20);
-    form.setPicture(plainPicture({400, 200}, Qt::blue));
-    EXPECT_EQ(picture().geometry(), QRect(0, 0, 500, 250)) << "at the zoom of now";
-    EXPECT_EQ(picture().grab().toImage().pixelColor(499, 249), QColor(Qt::blue));
+    form.setPicture(plainPicture({100, 50}, Qt::blue));
+    EXPECT_EQ(picture().geometry(), QRect(QPoint(0, 0), QSize(125, 62) * unit)) << "at the zoom of now";
+    EXPECT_EQ(picture().grab().toImage().pixelColor(490, 240), QColor(Qt::blue));
     click("PushButton1");
-    EXPECT_EQ(picture().size(), QSize(600, 300));
+    EXPECT_EQ(picture().size(), QSize(150, 75) * unit);
     EXPECT_EQ(picture().grab().toImage().pixelColor(300, 150), QColor(Qt::blue));
     EXPECT_EQ(vertical().maximum(), 100);
 }
@@ -307,10 +338,9 @@ TEST_F(Form2Test, ALaterPictureReplacesTheOneThatZoomingDrawsFrom)
 TEST_F(Form2Test, TheKeyboardReachesAndPressesEverything)
 {
     open({200, 200});
-    const int naturalWidth = picture().width();
-    control<QWidget>("PushButton1").setFocus();
+    const QSize natural = picture().size();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(picture().width(), naturalWidth * 5 / 4);
+    EXPECT_EQ(picture().size(), zoomed(natural, 5));
     for (const char* next :
          {"PushButton2", "PushButtonPrint", "PushButton6", "PushButton8", "HScroll1", "VScroll1", "PushButton1"}) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -318,7 +348,7 @@ TEST_F(Form2Test, TheKeyboardReachesAndPressesEverything)
     }
     control<QWidget>("PushButton2").setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    EXPECT_EQ(picture().width(), naturalWidth);
+    EXPECT_EQ(picture().size(), natural);
 }
 
 TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
@@ -331,7 +361,8 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
             Qt::Key key;
             QPoint moved; ///< to which side the picture moves
         } const scrolls[] = {{Qt::Key_Down, {0, -1}}, {Qt::Key_Up, {0, 1}},        {Qt::Key_Right, {-1, 0}},
-                             {Qt::Key_Left, {1, 0}},  {Qt::Key_PageDown, {0, -1}}, {Qt::Key_PageUp, {0, 1}}};
+                             {Qt::Key_Left, {1, 0}},  {Qt::Key_PageDown, {0, -1}}, {Qt::Key_PageUp, {0, 1}},
+                             {Qt::Key_End, {0, -1}},  {Qt::Key_Home, {0, 1}}};
         for (const auto& [key, moved] : scrolls) {
             const QPoint before = picture().pos();
             QTest::keyClick(QApplication::focusWidget(), key);
@@ -346,7 +377,7 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
         } const zooms[] = {{Qt::Key_Plus, 5}, {Qt::Key_Equal, 6}, {Qt::Key_Minus, 5}, {Qt::Key_Minus, 4}};
         for (const auto& [key, quarters] : zooms) {
             QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
-            EXPECT_EQ(picture().width(), natural.width() * quarters / 4) << focus;
+            EXPECT_EQ(picture().size(), zoomed(natural, quarters)) << focus;
         }
     }
 }
@@ -354,14 +385,14 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
 TEST_F(Form2Test, CtrlWithTheWheelZoomsAStepANotch)
 {
     open({400, 400});
-    const int natural = picture().width();
+    const QSize natural = picture().size();
     struct {
         int turn;
         int quarters;
     } const cases[] = {{120, 5}, {60, 5}, {60, 6}, {-240, 4}, {-100, 4}, {-19, 4}, {-1, 3}};
     for (const auto& [turn, quarters] : cases) {
         turnWheelBy(turn, Qt::ControlModifier);
-        EXPECT_EQ(picture().width(), natural * quarters / 4) << turn;
+        EXPECT_EQ(picture().size(), zoomed(natural, quarters)) << turn;
     }
     EXPECT_EQ(picture().pos(), QPoint(0, 0));
 }
@@ -488,14 +519,15 @@ TEST_F(Form2Test, BackDeletesTheWorkbookAndReturnsWithTheWindowsStateKept)
 {
     open({1000, 1000});
     click("PushButton1");
-    const QSize zoomed = picture().size();
+    const QSize zoomedSize = picture().size();
     click("PushButton8");
     EXPECT_FALSE(fs::exists(workbook()));
     EXPECT_EQ(waysBack, 1);
     EXPECT_FALSE(form.isVisible());
     form.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
-    EXPECT_EQ(picture().size(), zoomed);
+    EXPECT_EQ(picture().size(), zoomedSize);
+    EXPECT_EQ(form.focusWidget()->objectName(), "PushButton1") << "Enter must not leave it again";
     EXPECT_EQ(programEnds, 0);
 }
 

@@ -1,8 +1,11 @@
 #include "preview/LoadPicture.h"
 
+#include "app/base/Files.h"
+#include "drawing/DrawingFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QImage>
+#include <QPainter>
 
 #include <gtest/gtest.h>
 
@@ -24,6 +27,14 @@ std::filesystem::path bitmapFile(const test::TemporaryFolder& folder, int dotsPe
     return file;
 }
 
+QImage painted(const PreviewPicture& picture)
+{
+    QImage image(picture.naturalSize().toSize(), QImage::Format_RGB32);
+    QPainter painter(&image);
+    picture.paint(painter, image.rect());
+    return image;
+}
+
 } // namespace
 
 TEST(LoadPicture, TakesMoreDotsAnInchAsSharpness)
@@ -37,9 +48,8 @@ TEST(LoadPicture, TakesMoreDotsAnInchAsSharpness)
         {2835, 1}, {40000, 1},                          // 72 is no reason to enlarge, 1016 is no screen
     };
     for (const auto& [dotsPerMetre, ratio] : cases) {
-        const QPixmap picture = loadPicture(bitmapFile(folder, dotsPerMetre));
-        EXPECT_EQ(picture.devicePixelRatio(), ratio) << dotsPerMetre << " dots a metre";
-        EXPECT_EQ(picture.size(), QSize(200, 100));
+        const SharedPicture picture = loadPicture(bitmapFile(folder, dotsPerMetre));
+        EXPECT_EQ(picture->naturalSize(), QSizeF(200, 100) / ratio) << dotsPerMetre << " dots a metre";
     }
 }
 
@@ -61,8 +71,7 @@ TEST(LoadPicture, LiesOnWhitePaperAndIsOpaqueWhereTransparencyWasNeverSet)
         image.fill(pixels);
         image.setPixel(0, 0, corner);
         image.save(QString::fromStdString((folder / "temp.bmp").string()), "png"); // a name says nothing
-        const QImage picture = loadPicture(folder / "temp.bmp").toImage();
-        EXPECT_FALSE(picture.hasAlphaChannel());
+        const QImage picture = painted(*loadPicture(folder / "temp.bmp"));
         EXPECT_EQ(picture.pixelColor(3, 3).name(), QColor(expectedPixels).name());
         EXPECT_EQ(picture.pixelColor(0, 0).name(), QColor(expectedCorner).name());
     }
@@ -76,7 +85,10 @@ TEST(LoadPicture, NamesTheFileThatItCannotRead)
     metafileStart[0] = 1;
     metafileStart.replace(40, 4, " EMF");
     std::ofstream(folder / "metafile.bmp") << metafileStart;
-    for (const char* name : {"missing.bmp", "garbage.bmp", "metafile.bmp"})
+    std::vector<std::byte> drawing = drawingFile({});
+    drawing[20] ^= std::byte{1};
+    writeBytesToFile(drawing, folder / "drawing.bmp");
+    for (const char* name : {"missing.bmp", "garbage.bmp", "metafile.bmp", "drawing.bmp"})
         try {
             loadPicture(folder / name);
             ADD_FAILURE() << name << " was read";

@@ -4,20 +4,37 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <random>
 
 using namespace wagemill;
 
 namespace {
 
-QImage noise(QSize size)
+constexpr QSize naturalUnits(310, 155); ///< with the hairline 1240 by 620 pixels
+
+QImage noise()
 {
     std::mt19937 chance(7);
-    QImage image(size, QImage::Format_RGB32);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
+    QImage image(1238, 618, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
             image.setPixel(x, y, static_cast<QRgb>(chance()) | 0xFF000000U);
     return image;
+}
+
+drawing::Drawing manyTexts()
+{
+    drawing::Drawing drawing{.width = 1238, .height = 618, .fonts = {{}}};
+    for (int row = 0; row < 30; ++row)
+        for (int column = 0; column < 12; ++column) {
+            const drawing::Rect cell = {column * 100.0, row * 20.0, 100, 20};
+            drawing.fills.push_back({cell, {static_cast<std::uint8_t>(200 + row), 230, 240}});
+            drawing.lines.push_back({cell.left, cell.top, cell.left + 100, cell.top, drawing::LineStyle::Dashed, {}});
+            drawing.texts.push_back({.cell = cell, .room = cell, .text = "Regular Deductions"});
+        }
+    return drawing;
 }
 
 /// The box as drawn, put together from what is seen through a window that moves over it.
@@ -30,32 +47,51 @@ QImage drawnInParts(PictureBox& box, QSize part)
     return drawn;
 }
 
-TEST(PictureBox, DrawsASmallerPictureInPartsAsOneWhole)
+QImage shown(const SharedPicture& picture, QSize units, QSize part)
 {
-    constexpr QSize natural(2480, 1240); // several tiles, and the last ones cut
-    const QImage picture = noise(natural);
-    for (const int divisor : {2, 4}) {
-        const QSize smaller = natural / divisor;
-        PictureBox box(nullptr);
-        box.resize(smaller);
-        box.paintPicture(QPixmap::fromImage(picture), natural, smaller);
-        EXPECT_EQ(drawnInParts(box, {333, 217}),
-                  picture.scaled(smaller, Qt::IgnoreAspectRatio, Qt::SmoothTransformation))
-            << "divisor " << divisor;
-    }
+    PictureBox box(nullptr);
+    box.resize(units * 4);
+    box.paintPicture(picture, naturalUnits, units);
+    return drawnInParts(box, part);
 }
 
-TEST(PictureBox, DrawsANewPictureAfterAnEarlierOne)
+int largestDifference(const QImage& left, const QImage& right)
 {
-    constexpr QSize natural(600, 600);
-    PictureBox box(nullptr);
-    box.resize(natural / 2);
-    for (const QColor color : {Qt::red, Qt::blue}) {
-        QImage picture(natural, QImage::Format_RGB32);
-        picture.fill(color);
-        box.paintPicture(QPixmap::fromImage(picture), natural, natural / 2);
-        EXPECT_EQ(box.grab().toImage().pixelColor(290, 290), color);
-    }
+    int largest = 0;
+    for (int y = 0; y < left.height(); ++y)
+        for (int x = 0; x < left.width(); ++x)
+            largest = std::max(largest, std::abs(qGray(left.pixel(x, y)) - qGray(right.pixel(x, y))));
+    return largest;
+}
+
+TEST(PictureBox, ShowsEveryPixelOfABitmapAtItsNaturalSizeInAHairline)
+{
+    const QImage bitmap = noise();
+    const QImage drawn = shown(bitmapPicture(bitmap), naturalUnits, {2000, 2000});
+    EXPECT_EQ(drawn.copy(1, 1, bitmap.width(), bitmap.height()), bitmap);
+    EXPECT_EQ(drawn.pixelColor(0, 300), drawn.pixelColor(1239, 300));
+    EXPECT_NE(drawn.pixelColor(0, 300), QColor(Qt::white));
+}
+
+TEST(PictureBox, DrawsAPictureInPartsAsOneWhole)
+{
+    for (const SharedPicture& picture : {bitmapPicture(noise()), drawingPicture(manyTexts())})
+        for (const int quarters : {1, 2, 3, 5}) {
+            const QSize units(naturalUnits.width() * quarters / 4, naturalUnits.height() * quarters / 4);
+            EXPECT_LE(largestDifference(shown(picture, units, {333, 217}), shown(picture, units, {5000, 5000})), 4)
+                << quarters;
+        }
+}
+
+TEST(PictureBox, AveragesThePixelsOfASmallerBitmap)
+{
+    QImage stripes(1238, 618, QImage::Format_RGB32);
+    for (int x = 0; x < stripes.width(); ++x)
+        for (int y = 0; y < stripes.height(); ++y)
+            stripes.setPixelColor(x, y, x % 4 == 0 ? Qt::black : Qt::white);
+    const QImage drawn = shown(bitmapPicture(stripes), naturalUnits / 4, {2000, 2000});
+    for (int x = 4; x < 300; ++x)
+        EXPECT_NEAR(drawn.pixelColor(x, 80).red(), 191, 40) << x;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -19,6 +20,13 @@ TEST(Zoom, StepsByAQuarterBetweenAQuarterAndThreeAndThreeQuarters)
         if (const float stepped = steppedZoom(zoom, ZoomDirection::Out); isZoomOffered(stepped))
             zoom = stepped;
     EXPECT_EQ(zoom, 0.25F);
+}
+
+TEST(LayoutUnit, IsFourPixels)
+{
+    EXPECT_EQ(toUnits(10), 2.5F);
+    EXPECT_EQ(toPixels(-2.5F), -10);
+    EXPECT_EQ(toPixels(0.4F), 2) << "to the nearest pixel";
 }
 
 TEST(NaturalExtent, IsTwoLessThanTheBoxAndRoundsHalvesToEven)
@@ -58,6 +66,19 @@ TEST(ScrollRange, CoversTheOverhangInUnitsOfOneOrTen)
     for (const auto& [overhang, expected] : cases)
         EXPECT_EQ(scrollRange(overhang), expected) << "overhang " << overhang;
     EXPECT_THROW(scrollRange(400000), std::overflow_error);
+}
+
+TEST(MissingOverhang, LetsTheRangeEndWhereThePictureEnds)
+{
+    struct {
+        float overhang;
+        float missing;
+    } const cases[] = {{-5, 0}, {0, 0}, {60, 0}, {60.25F, 0.75F}, {99.5F, 0.5F}, {100, 0}, {100.5F, 9.5F}, {1250, 0}};
+    for (const auto& [overhang, missing] : cases) {
+        EXPECT_EQ(missingOverhang(overhang), missing) << overhang;
+        const ScrollRange range = scrollRange(overhang + missing);
+        EXPECT_EQ(static_cast<float>(range.maximum * range.unit), std::max(0.0F, overhang + missing)) << overhang;
+    }
 }
 
 TEST(ScrolledPosition, IsASixteenBitProduct)

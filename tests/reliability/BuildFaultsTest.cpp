@@ -44,7 +44,7 @@ class BuildFaultsTest : public testing::Test {
 protected:
     BuildFaultsTest()
     {
-        services.spreadsheet = spreadsheetPlatform(services.formats, [] { return 1.0; });
+        services.spreadsheet = spreadsheetPlatform(services.formats);
         services.templateResource = [] { return customResource(payrollTemplateResource); };
         services.randomNumber = [](std::int32_t, std::int32_t) { return 1; };
         ::chmod(folder.path().c_str(), 0755);

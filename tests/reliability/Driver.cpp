@@ -57,7 +57,7 @@ struct ToldMessages : Messages {
 BuildServices productionServices()
 {
     BuildServices services;
-    services.spreadsheet = spreadsheetPlatform(services.formats, [] { return 1.0; });
+    services.spreadsheet = spreadsheetPlatform(services.formats);
     services.templateResource = [] { return customResource(payrollTemplateResource); };
     services.randomNumber = randomWholeNumber;
     return services;

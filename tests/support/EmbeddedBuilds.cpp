@@ -10,7 +10,7 @@ namespace wagemill::test {
 EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
 {
     m_services.spreadsheet = {
-        [this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard, [] { return 1.0; }); },
+        [this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
         &m_clipboard};
     m_services.templateResource = [templateBytes] {
         return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;

@@ -72,7 +72,7 @@ TEST(Metafile, IsRefusedUnlessItsRecordsLeadToItsEnd)
         {"a length beyond the file", 48, 1 << 30, "the metafile states another length than it has"},
         {"a frame of no width", 32, 0, "the metafile is empty"},
         {"a frame that ends before it begins", 36, 0x80000000, "the metafile is empty"},
-        {"another signature", 40, 0, "it is no enhanced metafile"},
+        {"another signature", 40, 0, "it is not an enhanced metafile"},
     };
     for (const auto& [what, at, number, failure] : cases) {
         std::vector<std::byte> file = wholeMetafile();
@@ -86,22 +86,6 @@ TEST(Metafile, CutAtAnyByteIsRefused)
     const std::vector<std::byte> whole = wholeMetafile();
     for (std::size_t length = 0; length < whole.size(); ++length)
         EXPECT_NE(failureOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)}), "no failure");
-}
-
-TEST(MetafileScale, IsAsSharpAsAskedWithinWhatThePreviewShows)
-{
-    struct {
-        MetafileSize size;
-        double sharpness;
-        double expected;
-    } const cases[] = {
-        {{700, 500}, 1, 1},   {{700, 500}, 1.5, 1.5}, {{7000, 2500}, 2, 2}, // just fits
-        {{7000, 2500}, 3, 2}, {{14000, 5000}, 2, 1},  {{700, 25000}, 2, 2}, // a sheet of a hundred stubs
-    };
-    for (const auto& [size, sharpness, expected] : cases)
-        EXPECT_DOUBLE_EQ(metafileScale(size, sharpness), expected) << size.width << " by " << size.height;
-    EXPECT_THROW(metafileScale({14000, 5001}, 1), std::runtime_error);
-    EXPECT_THROW(metafileScale({81164000, 81164000}, 1), std::runtime_error); // the largest frame there is
 }
 
 } // namespace wagemill

@@ -88,7 +88,6 @@ struct EmbeddedApplication::Session {
 
     RegionalFormats formats;
     EmbeddedPictureClipboard& pictures;
-    std::function<double()> pictureScale;
     std::function<void(std::string)> tellMissing;
     std::vector<std::shared_ptr<OpenBook>> books;
     std::shared_ptr<OpenBook> activeBook;
@@ -294,10 +293,10 @@ public:
     {
         m_session->requireOpen(*m_book);
         asApplication([&] {
+            m_session->pictures.clear(); // a picture that fails leaves no earlier one there
             m_session->recalculate(*m_book);
             m_session->pictures.copy(
-                engine::sheetPicture(m_book->book, m_book->sheet(m_sheet), m_range, m_session->formats),
-                m_session->pictureScale());
+                engine::sheetPicture(m_book->book, m_book->sheet(m_sheet), m_range, m_session->formats));
         });
     }
 
@@ -491,10 +490,9 @@ private:
 };
 
 EmbeddedApplication::EmbeddedApplication(RegionalFormats formats, EmbeddedPictureClipboard& pictures,
-                                         std::function<double()> pictureScale,
                                          std::function<void(std::string)> tellMissing)
-    : m_session(std::make_shared<Session>(Session{
-          std::move(formats), pictures, std::move(pictureScale), std::move(tellMissing), {}, nullptr, std::nullopt}))
+    : m_session(std::make_shared<Session>(
+          Session{std::move(formats), pictures, std::move(tellMissing), {}, nullptr, std::nullopt}))
 {
 }
 

@@ -13,12 +13,11 @@ namespace wagemill {
 /// The engine as a spreadsheet application: a session of its own, with its own workbooks, selection and row clipboard.
 class EmbeddedApplication : public Application {
 public:
-    /// formats       the user's, for everything typed into a cell and shown in a picture
-    /// pictures      receives the pictures; lives longer than the session
-    /// pictureScale  pixels of a picture per pixel at 96 dots per inch, asked anew for every picture
-    /// tellMissing   takes what to tell the user about formulas that are not computed, whenever there are some
+    /// formats      the user's, for everything typed into a cell and shown in a picture
+    /// pictures     receives the pictures; lives longer than the session
+    /// tellMissing  takes what to tell the user about formulas that are not computed, whenever there are some
     EmbeddedApplication(RegionalFormats formats, EmbeddedPictureClipboard& pictures,
-                        std::function<double()> pictureScale, std::function<void(std::string)> tellMissing = {});
+                        std::function<void(std::string)> tellMissing = {});
     ~EmbeddedApplication() override;
 
     std::string Version() override;

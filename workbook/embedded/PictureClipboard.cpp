@@ -1,30 +1,17 @@
 #include "workbook/embedded/PictureClipboard.h"
 
-#include "workbook/embedded/PicturePainter.h"
-
-#include <algorithm>
-#include <array>
+#include "drawing/DrawingFile.h"
 
 namespace wagemill {
 
-namespace {
-
-/// Any picture, a bitmap, a device independent bitmap: the clipboard formats that a bitmap file answers.
-constexpr std::array<std::int16_t, 3> bitmapFormats = {0, 2, 8};
-
-} // namespace
-
-void EmbeddedPictureClipboard::copy(const drawing::Drawing& picture, double scale)
+void EmbeddedPictureClipboard::copy(const drawing::Drawing& drawing)
 {
-    m_picture.reset();
-    const double natural = std::min(scale, 1.0);
-    m_picture = Picture{std::make_shared<const std::vector<std::byte>>(
-        bitmapFileOf(picture, std::max(natural, scaleThatFits(picture, scale))))};
+    m_picture = Picture{std::make_shared<const std::vector<std::byte>>(drawingFile(drawing))};
 }
 
 Picture EmbeddedPictureClipboard::GetData(std::int16_t format)
 {
-    if (!m_picture || std::ranges::find(bitmapFormats, format) == bitmapFormats.end())
+    if (!m_picture || format != 0)
         throw SpreadsheetError("the clipboard holds no picture");
     return *m_picture;
 }

@@ -22,8 +22,7 @@ struct SpreadsheetPlatform {
 };
 
 /// The application chosen for this machine, or by the environment variable WAGEMILL_SPREADSHEET ("excel", "embedded").
-/// pictureScale  device pixels per layout pixel in the pictures, 1 or more; asked anew for every picture
-SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats, std::function<double()> pictureScale);
+SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats);
 
 /// Ends the program with a message when no session can be created.
 void checkExcelPresence(const SessionFactory& createSession);

@@ -20,14 +20,14 @@ bool isExcelWanted()
 
 } // namespace
 
-SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats, std::function<double()> pictureScale)
+SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats)
 {
     if (isExcelWanted())
         return {createExcelSession, &systemPictureClipboard()};
     static EmbeddedPictureClipboard clipboard;
     static std::string notice;
-    return {[formats, scale = std::move(pictureScale)] {
-                return std::make_unique<EmbeddedApplication>(formats, clipboard, scale,
+    return {[formats] {
+                return std::make_unique<EmbeddedApplication>(formats, clipboard,
                                                              [](std::string text) { notice = std::move(text); });
             },
             &clipboard, [] { return std::exchange(notice, {}); }};

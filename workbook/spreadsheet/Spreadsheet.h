@@ -116,7 +116,7 @@ public:
     virtual void Quit() = 0;
 };
 
-/// A picture as its own file format holds it: the bytes of a .bmp or .emf file.
+/// A picture as its own file format holds it: the bytes of a drawing, .bmp or .emf file.
 struct Picture {
     std::shared_ptr<const std::vector<std::byte>> fileBytes; ///< never null; shared, because they may be many
 };

@@ -1,10 +1,14 @@
 #include "tests/excel/server/ClipboardMetafile.h"
 
+#include "drawing/DrawingFile.h"
+#include "drawing/DrawingPainter.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
+
+#include <QImage>
+#include <QPainter>
 
 #include <windows.h>
 
-#include <cstring>
 #include <memory>
 #include <span>
 #include <type_traits>
@@ -41,32 +45,30 @@ int screenPixels(HDC screen, LONG length, int pixels, int millimetres)
     return ::MulDiv(length, ::GetDeviceCaps(screen, pixels), 100 * ::GetDeviceCaps(screen, millimetres));
 }
 
-struct Bitmap {
-    BITMAPINFO info = {};
-    const std::byte* pixels = nullptr;
-
-    explicit Bitmap(std::span<const std::byte> file)
-    {
-        BITMAPFILEHEADER header = {};
-        if (file.size() < sizeof header + sizeof info.bmiHeader)
-            throw SpreadsheetError("The picture is no bitmap.");
-        std::memcpy(&header, file.data(), sizeof header);
-        std::memcpy(&info.bmiHeader, file.data() + sizeof header, sizeof info.bmiHeader);
-        pixels = file.subspan(header.bfOffBits).data();
-    }
-};
-
-Metafile metafileOf(const Bitmap& bitmap)
+QImage painted(const drawing::Drawing& drawing)
 {
-    const BITMAPINFOHEADER& header = bitmap.info.bmiHeader;
-    const LONG height = header.biHeight < 0 ? -header.biHeight : header.biHeight;
-    const RECT frame = {0, 0, hundredthsOfMillimetre(header.biWidth), hundredthsOfMillimetre(height)};
+    QImage image(static_cast<int>(drawing.width), static_cast<int>(drawing.height), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    DrawingPainter(drawing).paint(painter, image.rect());
+    return image;
+}
+
+Metafile metafileOf(const QImage& image)
+{
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = image.width();
+    info.bmiHeader.biHeight = -image.height(); // the first row is the top one
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = static_cast<WORD>(image.depth());
+    const RECT frame = {0, 0, hundredthsOfMillimetre(image.width()), hundredthsOfMillimetre(image.height())};
     const ScreenContext screen;
-    const HDC drawing = ::CreateEnhMetaFileW(screen.context, nullptr, &frame, nullptr);
-    ::StretchDIBits(drawing, 0, 0, screenPixels(screen.context, frame.right, HORZRES, HORZSIZE),
-                    screenPixels(screen.context, frame.bottom, VERTRES, VERTSIZE), 0, 0, header.biWidth, height,
-                    bitmap.pixels, &bitmap.info, DIB_RGB_COLORS, SRCCOPY);
-    return Metafile(::CloseEnhMetaFile(drawing));
+    const HDC recorder = ::CreateEnhMetaFileW(screen.context, nullptr, &frame, nullptr);
+    ::StretchDIBits(recorder, 0, 0, screenPixels(screen.context, frame.right, HORZRES, HORZSIZE),
+                    screenPixels(screen.context, frame.bottom, VERTRES, VERTSIZE), 0, 0, image.width(), image.height(),
+                    image.constBits(), &info, DIB_RGB_COLORS, SRCCOPY);
+    return Metafile(::CloseEnhMetaFile(recorder));
 }
 
 std::vector<std::byte> copiedFile;
@@ -74,7 +76,7 @@ std::vector<std::byte> copiedFile;
 /// The clipboard is open: by us, or by whoever fetches what is on it.
 void putCopiedFile()
 {
-    Metafile metafile = metafileOf(Bitmap(copiedFile));
+    Metafile metafile = metafileOf(painted(readDrawingFile(copiedFile)));
     if (::SetClipboardData(CF_ENHMETAFILE, metafile.get()) != nullptr)
         std::ignore = metafile.release(); // the clipboard's from now on
 }
@@ -98,13 +100,13 @@ HWND makeClipboardOwner()
 
 } // namespace
 
-void copyAsMetafile(std::vector<std::byte> bitmapFile, bool drawsLate)
+void copyAsMetafile(std::vector<std::byte> drawingFile, bool drawsLate)
 {
     static const HWND owner = makeClipboardOwner();
     if (!::OpenClipboard(owner))
         throw SpreadsheetError("CopyPicture failed: another program holds the clipboard.");
     ::EmptyClipboard();
-    copiedFile = std::move(bitmapFile);
+    copiedFile = std::move(drawingFile);
     if (drawsLate)
         ::SetClipboardData(CF_ENHMETAFILE, nullptr);
     else

@@ -140,8 +140,7 @@ int serve(Server& server)
     const Instructions& instructions = server.instructions;
     EmbeddedPictureClipboard pictures;
     ApplicationFactory factory([&] {
-        auto application =
-            std::make_shared<EmbeddedApplication>(formatsOf(instructions.region), pictures, [] { return 1.0; });
+        auto application = std::make_shared<EmbeddedApplication>(formatsOf(instructions.region), pictures);
         return serveApplication(server, application, [&](CellRange& range) {
             range.CopyPicture();
             copyAsMetafile(*pictures.GetData(0).fileBytes, instructions.drawsLate);

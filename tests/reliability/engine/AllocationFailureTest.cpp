@@ -94,7 +94,7 @@ namespace {
 void openFillAndSave(const std::string& workbook, const std::string& result)
 {
     EmbeddedPictureClipboard clipboard;
-    EmbeddedApplication application({}, clipboard, [] { return 1.0; });
+    EmbeddedApplication application({}, clipboard);
     application.PutDisplayAlerts(false);
     const auto book = application.Workbooks()->OpenReadOnly(workbook);
     for (const auto& [column, text] :

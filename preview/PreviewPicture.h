@@ -1,0 +1,35 @@
+#pragma once
+
+#include "drawing/Drawing.h"
+
+#include <QSizeF>
+
+#include <memory>
+
+class QImage;
+class QPainter;
+class QRectF;
+
+namespace wagemill {
+
+/// What the preview shows: anything that has a natural size and paints a part of itself at a scale.
+class PreviewPicture {
+public:
+    PreviewPicture() = default;
+    PreviewPicture(const PreviewPicture&) = delete;
+    PreviewPicture& operator=(const PreviewPicture&) = delete;
+    virtual ~PreviewPicture() = default;
+
+    /// In pixels at 96 dots per inch.
+    virtual QSizeF naturalSize() const = 0;
+    /// Paints what touches `part`, on white; unit and corner of part and painter are those of the natural size.
+    virtual void paint(QPainter& painter, const QRectF& part) const = 0;
+};
+
+using SharedPicture = std::shared_ptr<const PreviewPicture>;
+
+SharedPicture drawingPicture(drawing::Drawing drawing);
+/// An opaque bitmap; one of device pixel ratio 2 has half its pixels as its natural size.
+SharedPicture bitmapPicture(const QImage& bitmap);
+
+} // namespace wagemill
