@@ -13,7 +13,7 @@ bool PlatformPrintDialog::choose(QPrinter& printer, QWidget& owner)
     if (printer.outputFormat() == QPrinter::NativeFormat)
         return QPrintDialog(&printer, &owner).exec() == QDialog::Accepted;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    const QString file = QFileDialog::getSaveFileName(&owner, QStringLiteral("Print to File (PDF)"),
+    const QString file = QFileDialog::getSaveFileName(&owner, QStringLiteral("Print to PDF File"),
                                                       documents + QLatin1Char('/') + printer.docName() + ".pdf",
                                                       QStringLiteral("PDF Files (*.pdf)"));
     printer.setOutputFileName(file);

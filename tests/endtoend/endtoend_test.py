@@ -76,6 +76,23 @@ def goes_back_and_cleans_up(program):
         expect(glob.glob(os.path.join(desktop.home, "run", "wagemill-*")) == [], "the temporary folder is still there")
 
 
+def prints_the_stub_into_a_file(program):
+    with Desktop() as desktop:
+        guide = Guide(desktop, program)
+        guide.load_sample_data()
+        guide.build()
+        desktop.key("ctrl+p")
+        desktop.window("Print")
+        desktop.key("Return")  # "Print to File (PDF)", since the desktop has no printer
+        printed = os.path.join(desktop.home, "Individual paystubs.pdf")
+        desktop.wait_for(lambda: os.path.exists(printed) and open(printed, "rb").read().strip().endswith(b"%%EOF"),
+                         "the stub in a PDF file")
+        guide.screen.click("push button", "Print...")
+        desktop.window("Print")
+        desktop.key("Escape")
+        guide.go_back()
+
+
 def obeys_temp(program):
     with Desktop() as desktop:
         folder = os.path.join(desktop.home, "chosen")
@@ -110,7 +127,7 @@ def understands_other_regions(program):
 
 SCENARIOS = {scenario.__name__: scenario for scenario in (
     from_sample_to_saved_workbook, keeps_what_was_typed_when_killed, refuses_a_figure_and_keeps_the_focus,
-    goes_back_and_cleans_up, obeys_temp, ends_with_a_message_without_excel, understands_other_regions,
+    goes_back_and_cleans_up, prints_the_stub_into_a_file, obeys_temp, ends_with_a_message_without_excel, understands_other_regions,
     *CITIZEN_SCENARIOS, *HASTY_SCENARIOS)}
 
 

@@ -176,7 +176,7 @@ def builds_previews_and_saves(windows, **environment):
                      "the stub in its first size again")
     expect(len(glob.glob(temporary)) == 1, f"the temporary folder holds {glob.glob(temporary)}")
     desktop.key("ctrl+p")  # Wine has no printer
-    desktop.window("Print to File (PDF)", 30)
+    desktop.window("Print to PDF File", 30)
     windows.settled(None, "print")
     desktop.key("ctrl+a")
     desktop.type("C:\\printed by the test.pdf")
