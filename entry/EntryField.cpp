@@ -17,6 +17,8 @@ namespace wagemill {
 
 namespace {
 
+constexpr int besideText = 2; ///< pixels that a line edit leaves free on either side
+
 /// Whether the focus moves within the program, not because a window or menu came or went.
 bool isOwnMove(Qt::FocusReason reason)
 {
@@ -94,7 +96,8 @@ bool EntryField::isCut() const
     QStyleOptionFrame option;
     initStyleOption(&option);
     const QRect contents = style()->subElementRect(QStyle::SE_LineEditContents, &option, this);
-    return fontMetrics().horizontalAdvance(text()) > contents.marginsRemoved(textMargins()).width() - 4;
+    const int room = contents.marginsRemoved(textMargins()).width() - 2 * besideText;
+    return fontMetrics().horizontalAdvance(text()) > room;
 }
 
 bool EntryField::event(QEvent* event)

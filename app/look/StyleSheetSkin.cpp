@@ -13,7 +13,7 @@ namespace {
 
 constexpr qint64 largestSkin = 1 << 20; // bytes
 
-/// Qt takes what it cannot read without a word to the user, as if nothing was there. A style sheet is a row of
+/// Qt ignores what it cannot read, without a word to the user. A style sheet is any number of
 /// "selector { name: value; name: value }", with comments anywhere.
 bool isStyleSheet(QString text)
 {

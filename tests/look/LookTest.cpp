@@ -3,6 +3,7 @@
 #include "app/base/Files.h"
 #include "app/look/PushButton.h"
 #include "app/look/StyleSheetSkin.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QCheckBox>
@@ -140,6 +141,7 @@ TEST_F(LookTest, AnUnusableSkinIsReportedAtOnceAndLeavesTheWindowUsable)
     const std::filesystem::path skin = folder / "x/o.cjs";
     const auto pipe = [&] { ASSERT_EQ(::mkfifo(skin.c_str(), 0600), 0); };
     const auto folderOfThatName = [&] { std::filesystem::create_directory(skin); };
+    const auto many = [](const char* rule, int count) { return QString(rule).repeated(count).toStdString(); };
     const auto text = [&](std::string content) { return [this, content] { putSkin(content); }; };
     struct {
         std::function<void()> put;
@@ -158,17 +160,14 @@ TEST_F(LookTest, AnUnusableSkinIsReportedAtOnceAndLeavesTheWindowUsable)
         {text("/* { */ QLabel#a, QComboBox::drop-down:!hover > *[b=\"1\"] { color : palette(text) ; ; margin: 1px }"),
          nullptr},
         {text(" \n/* nothing */"), nullptr},
+        {text(many("QLabel { color: red; margin: 1px }\n", 29'000)), nullptr},
     };
     for (const auto& [put, reason] : cases) {
         std::filesystem::remove(skin);
         put();
-        std::string refusal;
-        try {
-            applyMainWindowSkin(on.window, &styleSheet);
-        } catch (const std::runtime_error& error) {
-            refusal = error.what();
-        }
-        EXPECT_EQ(refusal, reason ? "Cannot use the skin file \"" + skin.string() + "\": " + reason + "." : "");
+        const std::string refusal = test::failureOf([this] { applyMainWindowSkin(on.window, &styleSheet); });
+        EXPECT_EQ(refusal,
+                  reason ? "Cannot use the skin file \"" + skin.string() + "\": " + reason + "." : "no failure");
         EXPECT_TRUE(isNeutral(on.window) && !on.window.grab().isNull());
     }
 }
