@@ -131,6 +131,14 @@ TEST(DamagedWorkbook, ReadsOnWithoutItsRefinements)
         {"two cells in one place",
          {{0x0203, "0000 0000 0F00 0000000000001040"}, {0x0203, "0000 0000 0F00 0000000000001440"}},
          5.0},
+        {"a print set-up cut off, without room, and with more breaks than there are",
+         {{0x00A1, "0900 6400"},
+          {0x0081, "01"},
+          {0x0026, "000000000000F87F"},
+          {0x0014, "0500 00 26"},
+          {0x001B, "0200 0100 0000 FF00"},
+          {0x0203, "0000 0000 0F00 0000000000001440"}},
+         5.0},
         {"cells in reverse order",
          {{0x0203, "0000 0100 0F00 0000000000001040"}, {0x0203, "0000 0000 0F00 0000000000001440"}},
          5.0},
@@ -140,6 +148,7 @@ TEST(DamagedWorkbook, ReadsOnWithoutItsRefinements)
         ASSERT_EQ(refusalOf(file), "") << text;
         const Book book = readWorkbook(file, "test.xls");
         EXPECT_EQ(book.sheets[0]->value({0, 0}), expected) << text;
+        EXPECT_EQ(book.sheets[0]->print, PrintSetup()) << text;
         EXPECT_EQ(writtenAndRead(book).sheets[0]->value({0, 0}), expected) << text;
     }
 }

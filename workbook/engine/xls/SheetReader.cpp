@@ -522,7 +522,7 @@ private:
 
     void readSheetSettings(const Record& record)
     {
-        m_sheet.print.fitToPages = (record.reader().u16() & fitToPagesFlag) != 0;
+        m_sheet.print.fitToPages = record.data.size() == 2 && (record.reader().u16() & fitToPagesFlag) != 0;
         m_sheet.carried.push_back(record.carried());
     }
 
