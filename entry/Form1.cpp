@@ -404,6 +404,7 @@ Form2& Form1::preview()
     if (!m_preview) {
         m_preview = std::make_unique<Form2>([this] { takeTurn(); });
         m_preview->setPrinting(m_setup.sheetOf);
+        m_preview->setStyleSheet(styleSheet()); // the skin of this window, where it is one
     }
     return *m_preview;
 }

@@ -20,6 +20,7 @@ constexpr std::size_t shortestHeader = 88;
 constexpr std::size_t shortestRecord = 8;
 constexpr double frameUnitsInInch = 2540; // hundredths of a millimetre
 constexpr double dotsInInch = 96;
+constexpr double maxPixels = 1e6; // in either direction; a sheet of 3000 stubs has fewer
 
 /// The little-endian number at a place inside the file.
 std::uint32_t numberAt(std::span<const std::byte> file, std::size_t at)
@@ -73,6 +74,8 @@ MetafileSize checkedMetafileSize(std::span<const std::byte> file)
     const double height = frameEdge(file, 3) - frameEdge(file, 1);
     if (width <= 0 || height <= 0)
         throw std::runtime_error("the metafile is empty");
+    if (pixels(std::max(width, height)) > maxPixels)
+        throw std::runtime_error("the metafile is too large to be shown");
     return {pixels(width), pixels(height)};
 }
 

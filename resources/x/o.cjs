@@ -1,4 +1,4 @@
-/* The skin of the main window: a Qt style sheet. Every colour is one of the palette, so that a dark desktop stays dark;
+/* The skin of both windows: a Qt style sheet. Every colour is one of the palette, so that a dark desktop stays dark;
    nothing changes while the mouse is over it. */
 
 QPushButton {
@@ -15,7 +15,7 @@ QPushButton:focus {
 }
 
 /* The button that does the work is the one the eye finds. */
-QPushButton#PushButton22 {
+QPushButton#PushButton22, #Form2 QPushButton#PushButton6 {
     background-color: palette(highlight);
     color: palette(highlighted-text);
     border: 2px solid palette(highlight);
@@ -23,11 +23,11 @@ QPushButton#PushButton22 {
     font-weight: bold;
 }
 
-QPushButton#PushButton22:focus {
+QPushButton#PushButton22:focus, #Form2 QPushButton#PushButton6:focus {
     border-color: palette(button-text);
 }
 
-QPushButton:pressed, QPushButton#PushButton22:pressed {
+QPushButton:pressed, QPushButton#PushButton22:pressed, #Form2 QPushButton#PushButton6:pressed {
     background-color: palette(window-text);
     color: palette(window);
 }

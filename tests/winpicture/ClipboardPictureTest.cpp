@@ -4,6 +4,7 @@
 #include "workbook/excel/ExcelSession.h"
 
 #include <QImage>
+#include <QPainter>
 
 #include <gtest/gtest.h>
 
@@ -200,18 +201,34 @@ protected:
         EXPECT_EQ(std::memcmp(bytes.data(), beginning.data(), beginning.size()), 0) << "format " << format;
         std::filesystem::remove(file);
         writeBytesToFile(bytes, file);
-        expectQuarters(loadPicture(file).toImage());
+        const SharedPicture picture = loadPicture(file);
+        ASSERT_EQ(picture->naturalSize(), QSizeF(width, height));
+        for (const double scale : {1.0, 1.5, 2.0})
+            expectQuarters(painted(*picture, scale), scale);
     }
 
-    static void expectQuarters(const QImage& image)
+    /// The picture as the preview paints it: in two parts, each as if only it were exposed.
+    static QImage painted(const PreviewPicture& picture, double scale)
     {
-        const double ratio = image.devicePixelRatio();
-        ASSERT_EQ(image.size() / ratio, QSize(width, height));
-        const auto pixelAt = [ratio](int length) { return static_cast<int>((length + 0.5) * ratio); };
-        for (const int x : {0, width / 2 - 2, width / 2 + 1, width - 1})
-            for (const int y : {0, height / 2 - 2, height / 2 + 1, height - 1})
+        QImage image(picture.naturalSize().toSize() * scale, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.scale(scale, scale);
+        for (const QRectF part : {QRectF(0, 0, width, 7), QRectF(0, 7, width, height - 7)}) {
+            painter.setClipRect(part);
+            picture.paint(painter, part);
+        }
+        return image;
+    }
+
+    static void expectQuarters(const QImage& image, double scale)
+    {
+        const auto pixelAt = [scale](int length) { return static_cast<int>((length + 0.5) * scale); };
+        for (const int x : {1, width / 2 - 2, width / 2 + 1, width - 2})
+            for (const int y : {1, height / 2 - 2, height / 2 + 1, height - 2})
                 EXPECT_TRUE(isNear(image.pixel(pixelAt(x), pixelAt(y)), quarterColours[quarterAt(x, y)]))
-                    << QColor(image.pixel(pixelAt(x), pixelAt(y))).name().toStdString() << " at " << x << ", " << y;
+                    << QColor(image.pixel(pixelAt(x), pixelAt(y))).name().toStdString() << " at " << x << ", " << y
+                    << " of scale " << scale;
     }
 
     static std::string failureOf(int format)

@@ -72,6 +72,7 @@ TEST(Metafile, IsRefusedUnlessItsRecordsLeadToItsEnd)
         {"a length beyond the file", 48, 1 << 30, "the metafile states another length than it has"},
         {"a frame of no width", 32, 0, "the metafile is empty"},
         {"a frame that ends before it begins", 36, 0x80000000, "the metafile is empty"},
+        {"a frame of kilometres", 36, 0x7FFFFFFF, "the metafile is too large to be shown"},
         {"another signature", 40, 0, "it is not an enhanced metafile"},
     };
     for (const auto& [what, at, number, failure] : cases) {
