@@ -4,6 +4,8 @@
 #include "app/look/DrawingLock.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
+#include "app/look/ScrollBar.h"
+#include "app/look/WindowPlace.h"
 #include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
@@ -61,6 +63,7 @@ Form1::Form1(Form1Setup setup)
 {
     setObjectName(QStringLiteral("Form1"));
     applyDesignFont(*this);
+    keepPlace(*this);
     m_metrics = entryMetrics(fontMetrics(), screen()->availableSize().width());
     layOut();
     connectHandlers();
@@ -131,7 +134,7 @@ QGroupBox* Form1::employeeFrame()
     Frame3 = named(new QGroupBox(QStringLiteral("Employee Details"), this), "Frame3");
     Picture1 = named(new QFrame(Frame3), "Picture1");
     Picture3 = named(new QFrame(Picture1), "Picture3");
-    VScroll1 = named(new QScrollBar(Qt::Vertical, Frame3), "VScroll1");
+    VScroll1 = named(new ScrollBar(Qt::Vertical, Frame3), "VScroll1");
     VScroll1->setRange(0, m_setup.rows - 1);
     VScroll1->setEnabled(m_setup.rows > 1);
     VScroll1->setPageStep(1); // a turn of the wheel, or a click beside the thumb, is one employee

@@ -5,6 +5,8 @@
 #include "app/base/NumberText.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
+#include "app/look/ScrollBar.h"
+#include "app/look/WindowPlace.h"
 #include "preview/FileCopy.h"
 #include "preview/PictureBox.h"
 #include "preview/ViewGeometry.h"
@@ -47,7 +49,7 @@ Control* named(Control* control, const char* name, const char* accessibleName = 
 
 QScrollBar* makeScrollBar(Qt::Orientation orientation, const char* name, const char* accessibleName, QWidget* parent)
 {
-    auto* scrollBar = named(new QScrollBar(orientation, parent), name, accessibleName);
+    auto* scrollBar = named(new ScrollBar(orientation, parent), name, accessibleName);
     scrollBar->setTracking(false); // the picture moves when the thumb is let go
     scrollBar->setFocusPolicy(Qt::StrongFocus);
     scrollBar->setRange(0, 100);
@@ -92,6 +94,7 @@ Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDial
       m_showEntryWindow(std::move(showEntryWindow))
 {
     setObjectName(QStringLiteral("Form2"));
+    keepPlace(*this);
     layOutControls();
     connectControls();
     setKeys();
@@ -137,8 +140,6 @@ void Form2::layOutControls()
     rows->addLayout(tools);
     rows->addLayout(sheet, 1);
 
-    for (QWidget* control : findChildren<QWidget*>())
-        control->ensurePolished(); // only then does it know its size
     for (PushButton* button : {PushButton1, PushButton2, PushButtonPrint, PushButton6, PushButton8})
         button->setMinimumSize(button->sizeHint() + QSize(button->fontMetrics().averageCharWidth() * 3, 4));
     const QSizeF available = screen()->availableSize();
@@ -236,7 +237,10 @@ void Form2::setPicture(const SharedPicture& picture)
 /// Makes the window a little smaller, so that the ends of the scroll bars are the ends of the picture.
 void Form2::fitWindow()
 {
-    layout()->setGeometry(rect()); // not shown yet, it may be laid out for an earlier size
+    for (QWidget* control : findChildren<QWidget*>())
+        control->ensurePolished(); // only then does it know its size
+    layout()->invalidate();
+    layout()->activate();
     const auto surplus = [](int picture, int viewport) {
         const float natural = static_cast<float>(naturalExtent(static_cast<double>(toUnits(picture))));
         return toPixels(missingOverhang(natural - toUnits(viewport)));

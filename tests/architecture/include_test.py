@@ -18,7 +18,7 @@ ALLOWED = {
     "workbook/engine/picture": (["app/base", "drawing", "workbook/engine", "workbook/engine/text"], False),
     "workbook/engine/xls": (["app/base", "workbook/engine"], False),
     "workbook/embedded": (["app/base", "drawing", "workbook/engine", "workbook/engine/formula",
-                           "workbook/engine/picture", "workbook/engine/xls", "workbook/spreadsheet"], True),
+                           "workbook/engine/picture", "workbook/engine/xls", "workbook/spreadsheet"], False),
     "workbook/excel": (["app/base", "workbook/engine", "workbook/spreadsheet"], False),
     "workbook/sessions": (["app/base", "workbook/embedded", "workbook/excel", "workbook/spreadsheet"], False),
     "workbook/printing": (["app/base", "drawing", "workbook/engine/picture", "workbook/engine/xls"], False),
