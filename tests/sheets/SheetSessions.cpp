@@ -1,6 +1,7 @@
 // Runs every session in this folder; README.md says what their lines mean.
 
 #include "tests/base/text/Regions.h"
+#include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
@@ -14,6 +15,7 @@
 #include <fstream>
 #include <map>
 #include <sstream>
+#include <tuple>
 
 namespace wagemill::engine {
 namespace {
@@ -119,6 +121,9 @@ private:
     void expectResult(std::string_view rest);
     void expectTyped(std::string_view rest);
     void expectShows(std::string_view rest);
+    void expectArray(std::string_view rest);
+    void defineName(std::string_view rest);
+    void iterate(std::string_view rest);
     void expect(const CellValue& value, std::string_view expected);
 
     static const std::map<std::string, Action> actions;
@@ -136,6 +141,8 @@ const std::map<std::string, Session::Action> Session::actions = {
     {"used", &Session::expectUsed},       {"hide", &Session::hide},
     {"filter", &Session::filter},         {"dates1904", &Session::countFrom1904},
     {"typed", &Session::expectTyped},     {"shows", &Session::expectShows},
+    {"array", &Session::expectArray},     {"name", &Session::defineName},
+    {"iterate", &Session::iterate},
 };
 
 void Session::run(const std::string& line)
@@ -247,6 +254,37 @@ void Session::expectResult(std::string_view rest)
     put("Z9 " + takeBefore(rest, " -> "));
     compute();
     expect(sheet().value({8, 25}), rest);
+}
+
+void Session::expectArray(std::string_view rest)
+{
+    const auto area = parseAddress(takeWord(rest));
+    ASSERT_TRUE(area);
+    const Formula parsed = parseFormula(takeBefore(rest, " -> "), m_book, m_sheet, m_formats);
+    const auto formula = std::make_shared<const Formula>(Formula{asArrayFormula(parsed.tokens)});
+    const auto array = std::make_shared<const ArrayArea>(ArrayArea{*area});
+    const auto forEachCell = [&](auto visit) {
+        for (int row = area->firstRow; row <= area->lastRow; ++row)
+            for (int column = area->firstColumn; column <= area->lastColumn; ++column)
+                visit(sheet().at({row, column}));
+    };
+    forEachCell([&](Cell& cell) { std::tie(cell.formula, cell.array) = std::tie(formula, array); });
+    compute();
+    std::string values;
+    forEachCell([&](const Cell& cell) { values += (values.empty() ? "" : " | ") + written(cell.value); });
+    EXPECT_EQ(values, rest);
+}
+
+void Session::defineName(std::string_view rest)
+{
+    const std::string name = takeWord(rest);
+    m_book.names.push_back({name, std::nullopt, parseFormula(rest, m_book, m_sheet, m_formats), {}});
+}
+
+void Session::iterate(std::string_view rest)
+{
+    const std::string turns = takeWord(rest);
+    m_book.iteration = {true, static_cast<std::uint16_t>(std::stoi(turns)), std::stod(std::string(rest))};
 }
 
 void Session::expectTyped(std::string_view rest)

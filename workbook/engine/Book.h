@@ -63,6 +63,15 @@ struct CarriedStream {
     std::vector<std::byte> data;
 };
 
+/// How often cells that read themselves are computed.
+struct Iteration {
+    bool isOn = false; ///< else they are 0
+    std::uint16_t maxTurns = 100;
+    double maxChange = 0.001; ///< what changes less is done
+
+    bool operator==(const Iteration&) const = default;
+};
+
 /// One workbook.
 class Book {
 public:
@@ -73,6 +82,7 @@ public:
     std::vector<ExternSheet> externSheets;
     std::vector<DefinedName> names;
     DocumentProperties properties;
+    Iteration iteration;
     bool dates1904 = false;             ///< serial day 0 is 1 January 1904
     bool isTemplate = false;            ///< of the file it was read from; a saved workbook is none
     std::vector<CarriedRecord> carried; ///< records of the globals, in the order in which they stood

@@ -128,10 +128,11 @@ struct ArrayToken {
 };
 
 /// Tokens that we carry without understanding them: the bytes as in the file. A formula that holds one keeps its stored
-/// value.
+/// value, unless it is the mark of a sub-expression, whose tokens follow.
 struct OpaqueToken {
     std::vector<std::byte> bytes;
     std::vector<std::byte> trailingBytes; ///< what belongs to it behind the token list
+    bool isMark = false;
     bool operator==(const OpaqueToken&) const = default;
 };
 

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -48,36 +47,9 @@ public:
     CalculationSettings settings;
 };
 
-/// Numbers to 14 digits, everything else exactly.
-inline bool isAbout(const CellValue& actual, const CellValue& expected)
-{
-    const auto* const number = std::get_if<double>(&actual);
-    const auto* const other = std::get_if<double>(&expected);
-    if (number == nullptr || other == nullptr)
-        return actual == expected;
-    const double distance = *number < *other ? *other - *number : *number - *other;
-    const double size = *other < 0 ? -*other : *other;
-    return distance <= 1e-14 * (size < 1 ? 1 : size);
-}
-
 inline CellValue text(std::string_view content)
 {
     return std::string(content);
-}
-
-/// A formula and the value that it must give.
-struct Case {
-    std::string_view formula;
-    CellValue expected;
-};
-
-inline void expectValues(Calculator& calculator, std::span<const Case> cases)
-{
-    for (const auto& [formula, expected] : cases) {
-        const CellValue actual = calculator.value(formula);
-        EXPECT_TRUE(isAbout(actual, expected))
-            << formula << " gives " << testing::PrintToString(actual) << ", not " << testing::PrintToString(expected);
-    }
 }
 
 } // namespace wagemill::engine

@@ -42,11 +42,19 @@ TEST(Recalculation, KeepsWhatItCannotCompute)
     keep(7, {ReferenceToken{OperandClass::Value, std::uint16_t{77}, {}, std::nullopt, false}}, 8.0);
     keep(8, {NameToken{OperandClass::Value, std::uint16_t{77}, 1}}, 9.0);
     keep(9, {}, 10.0);
-    calculator.type("B1", "=A1+1").type("B2", "=IF(TRUE,1,A1)").compute();
+    keep(10, {NameToken{OperandClass::Value, std::nullopt, 1}}, 11.0); // a name that stands for itself
+    calculator.book.names.push_back({"Loop", std::nullopt, *sheet.at({10, 0}).formula, {}});
+    const ReferenceToken first{OperandClass::Reference, std::nullopt, {}, std::nullopt, false};
+    keep(11,
+         {OpaqueToken{{}, {}, true}, first, first, OperatorToken{Operator::Union},
+          FunctionToken{OperandClass::Value, 4, 1, true}},
+         0.0);
+    calculator.type("B1", "=A1+1").compute();
     EXPECT_EQ(sheet.value({0, 0}), CellValue(17.0));
     EXPECT_EQ(sheet.value({1, 0}), text("stored"));
-    for (int row = 2; row < 10; ++row)
+    for (int row = 2; row < 11; ++row)
         EXPECT_EQ(sheet.value({row, 0}), CellValue(row + 1.0)) << "row " << row;
+    EXPECT_EQ(sheet.value({11, 0}), CellValue(34.0)) << "a mark before a union is no part that we cannot compute";
     EXPECT_EQ(calculator.at("B1"), CellValue(18.0));
 }
 

@@ -57,6 +57,7 @@ TEST(FormulaTokens, ComeBackByteForByte)
          "01 0100 01 000000000000F03F 02 0200 00 61 62 04 0100000000000000 10 2A00000000000000"},
         {"array with an empty value", "20 00000000000000 42 01 0400", "00 0000 00 0000000000000000"},
         {"mark of a sub-expression", "29 0B00 24 0000 00C0 24 0100 00C0 10 15 42 01 0400"},
+        {"attribute without a meaning", "1E 0500 19 00 0000", "", false},
         {"part of a shared formula", "01 0300 0200", "", true},
         {"part of a data table", "02 0300 0200", "", true},
         {"natural-language label", "18 02 0000 0000", "AB CD", true},

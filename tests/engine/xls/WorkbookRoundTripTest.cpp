@@ -104,6 +104,7 @@ TEST(WorkbookRoundTrip, NumbersThatAreNoneBecomeErrors)
 TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
 {
     Book book = smallBook();
+    book.iteration = {true, 7, 0.5};
     book.sheets[0]->hidden = book.sheets[0]->veryHidden = true;
     Sheet& sheet = *book.sheets[1];
     sheet.showGridLines = false;
@@ -138,6 +139,7 @@ TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
     EXPECT_EQ(readSheet.rows()[11].format, sheet.rows()[11].format);
     EXPECT_TRUE(readSheet.rows()[6].isPlain());
     EXPECT_EQ(read.externSheets, book.externSheets);
+    EXPECT_EQ(read.iteration, book.iteration);
     EXPECT_EQ(*readSheet.find({1, 2})->formula, *sheet.find({1, 2})->formula);
 }
 

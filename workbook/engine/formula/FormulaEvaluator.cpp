@@ -39,16 +39,6 @@ bool isArray(const Operand& operand)
     return std::holds_alternative<ArrayPointer>(operand);
 }
 
-/// A part of a name's formula is written as for cell A1; it wraps around the sheet's edges.
-ReferencePart partSeenFrom(CellAddress cell, ReferencePart part)
-{
-    if (part.rowRelative)
-        part.row = (part.row + cell.row) % maxRows;
-    if (part.columnRelative)
-        part.column = (part.column + cell.column) % maxColumns;
-    return part;
-}
-
 CellValue intersection(const ComputedBook& book, const Area& area, CellAddress cell)
 {
     const CellRect& cells = area.cells;
@@ -92,22 +82,25 @@ CellValue element(const ValueGrid& grid, int row, int column)
     return grid.at(ownRow, ownColumn);
 }
 
-/// An array with compute(row, column) in each place.
-template <class Compute>
-Operand arrayOf(FormulaEvaluator& evaluator, const Extent& extent, Compute compute)
+/// A part of a reference that is written as for cell A1.
+ReferencePart partSeenFrom(CellAddress cell, ReferencePart part)
 {
-    evaluator.reserveValues(extent.size());
-    auto array = std::make_shared<ValueArray>();
-    array->rows = extent.rows;
-    array->columns = extent.columns;
-    array->values.reserve(extent.size());
-    for (int row = 0; row < extent.rows; ++row)
-        for (int column = 0; column < extent.columns; ++column)
-            array->values.push_back(compute(row, column));
-    return ArrayPointer(std::move(array));
+    if (part.rowRelative)
+        part.row = (part.row + cell.row) % maxRows;
+    if (part.columnRelative)
+        part.column = (part.column + cell.column) % maxColumns;
+    return part;
 }
 
 } // namespace
+
+ReferenceToken seenFrom(CellAddress cell, ReferenceToken token)
+{
+    token.first = partSeenFrom(cell, token.first);
+    if (token.last)
+        token.last = partSeenFrom(cell, *token.last);
+    return token;
+}
 
 /// One pass over a list of tokens, on top of the evaluator's stack.
 class FormulaEvaluator::TokenRun {
@@ -130,13 +123,16 @@ public:
     void operator()(const FunctionToken& token);
     void operator()(const AttributeToken& token);
     void operator()(const ArrayToken& token);
-    void operator()(const OpaqueToken& /*token*/) { throw CannotEvaluate{}; }
+    void operator()(const OpaqueToken& token)
+    {
+        if (!token.isMark)
+            throw CannotEvaluate{};
+    }
 
 private:
     void push(Operand operand) { m_evaluator.m_stack.push_back(std::move(operand)); }
     void pushAs(OperandClass operandClass, Operand operand);
     Operand popped();
-    ReferenceToken relocated(const ReferenceToken& token) const;
     bool isForeign(std::uint16_t externSheet) const;
     std::string_view calledName(const NameToken& token) const;
 
@@ -145,7 +141,7 @@ private:
     void calculateSigned(Operator op);
 
     const FunctionBinding& bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
-    Operand call(const FunctionBinding& function, std::span<Operand> arguments);
+    Operand call(const FunctionBinding& function, std::span<Operand> arguments, OperandClass wanted);
     Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument);
 
     void goTo(std::size_t target);
@@ -189,19 +185,10 @@ void FormulaEvaluator::TokenRun::pushAs(OperandClass operandClass, Operand opera
         return push(m_evaluator.single(operand));
     if (!isValue && operandClass != OperandClass::Reference && std::holds_alternative<Area>(operand)) {
         const ValueGrid grid(m_evaluator.m_book, operand);
-        return push(arrayOf(m_evaluator, {grid.rows(), grid.columns()},
+        return push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
                             [&](int row, int column) { return grid.at(row, column); }));
     }
     push(std::move(operand));
-}
-
-ReferenceToken FormulaEvaluator::TokenRun::relocated(const ReferenceToken& token) const
-{
-    ReferenceToken moved = token;
-    moved.first = partSeenFrom(m_evaluator.m_cell, token.first);
-    if (token.last)
-        moved.last = partSeenFrom(m_evaluator.m_cell, *token.last);
-    return moved;
 }
 
 bool FormulaEvaluator::TokenRun::isForeign(std::uint16_t externSheet) const
@@ -223,7 +210,7 @@ void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
     std::vector<Area> all;
     std::size_t count = 0;
     const Book& book = m_evaluator.m_book.model();
-    forEachArea(book, m_evaluator.m_sheet, inName ? relocated(token) : token, [&](const Area& area) {
+    forEachArea(book, m_evaluator.m_sheet, inName ? seenFrom(m_evaluator.m_cell, token) : token, [&](const Area& area) {
         if (count++ == 0)
             first = area;
         else if (count == 2)
@@ -328,15 +315,20 @@ void FormulaEvaluator::TokenRun::calculate(Operator op)
 {
     const Operand right = popped();
     const Operand left = popped();
+    const bool isLast = m_next == m_tokens.size() && m_evaluator.m_nameDepth == 0;
+    const auto answer = [&](const CellValue& first, const CellValue& second) {
+        return isLast && isNothingButRounding(op, first, second) ? CellValue(0.0)
+                                                                 : calculated(op, first, second, m_evaluator.m_rules);
+    };
     if (!isArray(left) && !isArray(right))
-        return push(calculated(op, m_evaluator.single(left), m_evaluator.single(right), m_evaluator.m_rules));
+        return push(answer(m_evaluator.single(left), m_evaluator.single(right)));
     const ValueGrid leftGrid(m_evaluator.m_book, left);
     const ValueGrid rightGrid(m_evaluator.m_book, right);
     Extent extent;
     extent.include(leftGrid);
     extent.include(rightGrid);
-    push(arrayOf(m_evaluator, extent, [&](int row, int column) {
-        return calculated(op, element(leftGrid, row, column), element(rightGrid, row, column), m_evaluator.m_rules);
+    push(arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
+        return answer(element(leftGrid, row, column), element(rightGrid, row, column));
     }));
 }
 
@@ -346,7 +338,7 @@ void FormulaEvaluator::TokenRun::calculateSigned(Operator op)
     if (!isArray(operand))
         return push(calculated(op, m_evaluator.single(operand), m_evaluator.m_rules));
     const ValueGrid grid(m_evaluator.m_book, operand);
-    push(arrayOf(m_evaluator, {grid.rows(), grid.columns()},
+    push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
                  [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
 }
 
@@ -382,7 +374,7 @@ void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
     const FunctionBinding& function = bindingOf(token, arguments);
     const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
     Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument(token.function))
-                                    : call(function, arguments);
+                                    : call(function, arguments, OperandClass::Value);
     stack.resize(stack.size() - token.arguments);
     pushAs(token.operandClass, std::move(answer));
 }
@@ -393,19 +385,26 @@ char parameterClass(const FunctionBinding& function, std::size_t index)
     return classes.empty() ? 'V' : classes[std::min(index, classes.size() - 1)];
 }
 
-Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::span<Operand> arguments)
+/// wanted  Array or Value
+Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::span<Operand> arguments,
+                                         OperandClass wanted)
 {
+    const Operand* firstError = nullptr; // which only counts where there is one that the function does not take
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (parameterClass(function, i) != 'V' || std::holds_alternative<MissingArgument>(arguments[i]))
-            continue;
-        if (!std::holds_alternative<CellValue>(arguments[i]))
+        const bool isValue = parameterClass(function, i) == 'V';
+        if (isValue && !std::holds_alternative<CellValue>(arguments[i]) &&
+            !std::holds_alternative<MissingArgument>(arguments[i]))
             arguments[i] = m_evaluator.single(arguments[i]);
-        if (function.onError == OnError::Propagate &&
-            std::holds_alternative<ErrorCode>(std::get<CellValue>(arguments[i])))
-            return arguments[i];
+        const auto* const value = std::get_if<CellValue>(&arguments[i]);
+        if (value == nullptr || !std::holds_alternative<ErrorCode>(*value))
+            continue;
+        if (firstError == nullptr)
+            firstError = &arguments[i];
+        if (isValue && function.onError == OnError::Propagate)
+            return *firstError;
     }
     try {
-        return function.body(FunctionCall(m_evaluator, arguments));
+        return function.body(FunctionCall(m_evaluator, arguments, wanted));
     } catch (const FormulaFailure& failure) {
         return errorOperand(failure.error);
     }
@@ -433,13 +432,13 @@ Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& fu
             rowsEach += static_cast<std::size_t>(grids.back().usedRows());
     }
     if (extent.size() == 1)
-        return call(function, arguments);
+        return call(function, arguments, OperandClass::Array);
     constexpr std::size_t rowsForAValue = 16; // a row is passed over that much faster than a value is computed
     m_evaluator.reserveValues(extent.size() * rowsEach / rowsForAValue);
-    return arrayOf(m_evaluator, extent, [&](int row, int column) {
+    return arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
         for (std::size_t i = 0; i < given.size(); ++i)
             arguments[i] = isSpread(i) ? Operand(element(grids[i], row, column)) : given[i];
-        return m_evaluator.single(call(function, arguments));
+        return m_evaluator.single(call(function, arguments, OperandClass::Value));
     });
 }
 
@@ -497,8 +496,9 @@ void FormulaEvaluator::TokenRun::chooseBranch(const AttributeToken& token)
     }
     if (std::get<bool>(condition))
         return;
-    const bool hasOther = otherwise >= m_tokens.size() || !std::holds_alternative<FunctionToken>(m_tokens[otherwise]);
-    if (hasOther)
+    const auto* const function =
+        otherwise < m_tokens.size() ? std::get_if<FunctionToken>(&m_tokens[otherwise]) : nullptr;
+    if (function == nullptr || function->arguments == 0) // not IF itself: the other part may begin with PI()
         return goTo(otherwise);
     push(CellValue(false));
     goBehindFunction(otherwise);
@@ -562,7 +562,7 @@ std::optional<Operand> FormulaEvaluator::evaluateArray(const Formula& formula, s
         if (!std::holds_alternative<Area>(answer))
             return answer;
         const ValueGrid grid(m_book, answer);
-        return arrayOf(*this, {std::min(grid.rows(), area.rows()), std::min(grid.columns(), area.columns())},
+        return arrayOf(*this, std::min(grid.rows(), area.rows()), std::min(grid.columns(), area.columns()),
                        [&](int row, int column) { return grid.at(row, column); });
     });
 }
@@ -572,9 +572,9 @@ Operand FormulaEvaluator::run(const std::vector<Token>& tokens)
     return TokenRun(*this, tokens).result();
 }
 
-CellValue FormulaEvaluator::elementOf(const Operand& answer, int row, int column) const
+CellValue elementOf(const ComputedBook& book, const Operand& answer, int row, int column)
 {
-    return filled(element(ValueGrid(m_book, answer), row, column));
+    return filled(element(ValueGrid(book, answer), row, column));
 }
 
 CellValue FormulaEvaluator::single(const Operand& operand) const

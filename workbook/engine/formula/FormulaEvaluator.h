@@ -36,8 +36,6 @@ public:
     std::optional<Operand> evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area);
     /// The part that could not be evaluated, when the last answer was nothing.
     const std::string& missingPart() const { return m_missingPart; }
-    /// What that answer gives to the cell in a place of the area, counting from 0; never Empty.
-    CellValue elementOf(const Operand& answer, int row, int column) const;
 
     // What functions see of the evaluation:
     const ComputedBook& book() const { return m_book; }
@@ -74,6 +72,26 @@ private:
     std::string m_missingPart;
     std::vector<Operand> m_stack; ///< kept from formula to formula, so that evaluation seldom allocates
 };
+
+/// What an array formula's answer gives to the cell in a place of its area, counting from 0; never Empty.
+CellValue elementOf(const ComputedBook& book, const Operand& answer, int row, int column);
+
+/// A reference of a name's formula, which is written as for cell A1; it wraps around the sheet's edges.
+ReferenceToken seenFrom(CellAddress cell, ReferenceToken token);
+
+/// An array with compute(row, column) in each place.
+template <class Compute>
+Operand arrayOf(FormulaEvaluator& evaluator, int rows, int columns, Compute compute)
+{
+    const std::size_t size = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+    evaluator.reserveValues(size);
+    auto array = std::make_shared<ValueArray>(ValueArray{rows, columns, {}});
+    array->values.reserve(size);
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column)
+            array->values.push_back(compute(row, column));
+    return std::shared_ptr<const ValueArray>(std::move(array));
+}
 
 /// The areas that a reference token means, as seen from a formula on `sheet`: one for each sheet that it names; none
 /// when the reference is bad or foreign. visit(const Area&)

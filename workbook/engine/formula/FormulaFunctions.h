@@ -13,8 +13,9 @@ namespace wagemill::engine {
 /// sees it, and no error unless the function takes errors. Reading a value that does not fit throws FormulaFailure.
 class FunctionCall {
 public:
-    FunctionCall(FormulaEvaluator& evaluator, std::span<const Operand> arguments)
-        : m_evaluator(evaluator), m_arguments(arguments)
+    /// wanted  Array where the function may answer an array, else Value
+    FunctionCall(FormulaEvaluator& evaluator, std::span<const Operand> arguments, OperandClass wanted)
+        : m_evaluator(evaluator), m_arguments(arguments), m_wanted(wanted)
     {
     }
 
@@ -23,6 +24,7 @@ public:
     const CoercionRules& rules() const { return m_evaluator.rules(); }
     bool dates1904() const { return rules().dates1904; }
 
+    bool wantsArray() const { return m_wanted == OperandClass::Array; }
     std::size_t count() const { return m_arguments.size(); }
     /// Whether the argument is there and not left out.
     bool has(std::size_t index) const;
@@ -41,6 +43,7 @@ public:
 private:
     FormulaEvaluator& m_evaluator;
     std::span<const Operand> m_arguments;
+    OperandClass m_wanted;
 };
 
 using FunctionBody = Operand (*)(const FunctionCall&);

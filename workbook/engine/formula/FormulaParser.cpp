@@ -386,18 +386,10 @@ Answer Parser::word()
     return definedName(name, m_sheet, at);
 }
 
-/// The place in Book::names of the name as the sheet knows it, which hides one of the whole workbook. A name that
-/// nobody knows is entered without a formula: the formula that uses it answers #NAME?.
+/// As findName(), but a name that nobody knows is entered without a formula: the formula that uses it answers #NAME?.
 std::optional<std::size_t> Parser::nameIndex(std::string_view name, std::size_t sheet)
 {
-    std::optional<std::size_t> index;
-    for (std::size_t i = 0; i < m_book.names.size(); ++i) {
-        const DefinedName& candidate = m_book.names[i];
-        if (compareIgnoringCase(candidate.name, name) != 0 || (candidate.sheet && *candidate.sheet != sheet))
-            continue;
-        if (!index || candidate.sheet)
-            index = i;
-    }
+    const std::optional<std::size_t> index = findName(m_book, name, sheet);
     if (index || !canBeName(name))
         return index;
     const auto isSame = [name](const std::string& known) { return compareIgnoringCase(known, name) == 0; };

@@ -65,7 +65,11 @@ public:
     void operator()(const LogicalToken& token) { put(token.value ? "TRUE" : "FALSE"); }
     void operator()(const ErrorToken& token) { put(errorText(token.error)); }
     void operator()(const MissingArgumentToken& /*token*/) { put(""); }
-    void operator()(const OpaqueToken& /*token*/) { put(std::string(unreadable)); }
+    void operator()(const OpaqueToken& token)
+    {
+        if (!token.isMark)
+            put(std::string(unreadable));
+    }
     void operator()(const ReferenceToken& token);
     void operator()(const NameToken& token) { put(nameText(token)); }
     void operator()(const OperatorToken& token);

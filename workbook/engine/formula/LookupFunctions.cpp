@@ -144,10 +144,11 @@ Operand match(const FunctionCall& call)
 }
 
 /// A whole row or column of the grid, which an index of 0 asks for.
-Operand strip(const ValueGrid& grid, int row, int column)
+Operand strip(const FunctionCall& call, const ValueGrid& grid, int row, int column)
 {
     if (grid.area() == nullptr)
-        return errorOperand(ErrorCode::Value);
+        return arrayOf(call.evaluator(), row > 0 ? 1 : grid.rows(), column > 0 ? 1 : grid.columns(),
+                       [&](int r, int c) { return grid.at(row > 0 ? row - 1 : r, column > 0 ? column - 1 : c); });
     Area area = *grid.area();
     if (row > 0)
         area.cells.firstRow = area.cells.lastRow = area.cells.firstRow + row - 1;
@@ -172,7 +173,7 @@ Operand index(const FunctionCall& call)
     if (row > grid.rows() || column > grid.columns())
         return errorOperand(ErrorCode::Reference);
     if (row == 0 || column == 0)
-        return strip(grid, row, column);
+        return strip(call, grid, row, column);
     return place(grid, row - 1, column - 1);
 }
 
@@ -217,6 +218,20 @@ Operand offset(const FunctionCall& call)
     return Area{areas.front().sheet, *cells};
 }
 
+/// The one area that a defined name stands for, else #REF!.
+Operand namedArea(const FunctionCall& call, std::string_view name, std::size_t sheet)
+{
+    const Book& book = call.book().model();
+    const auto found = findName(book, name, sheet);
+    const auto* const tokens = found ? &book.names[*found].formula.tokens : nullptr;
+    const auto* const token =
+        tokens != nullptr && tokens->size() == 1 ? std::get_if<ReferenceToken>(&tokens->front()) : nullptr;
+    Operand answer = errorOperand(ErrorCode::Reference);
+    if (token != nullptr)
+        forEachArea(book, sheet, seenFrom(call.evaluator().cell(), *token), [&](const Area& area) { answer = area; });
+    return answer;
+}
+
 /// The reference that a text or a defined name spells; #REF! when it spells none.
 Operand indirect(const FunctionCall& call)
 {
@@ -232,8 +247,10 @@ Operand indirect(const FunctionCall& call)
         rest.remove_prefix(sheets->length);
     }
     const auto written = readReference(rest);
-    if (!written || written->length != rest.size() || !call.logical(1, true))
+    if (!call.logical(1, true))
         return errorOperand(ErrorCode::Reference);
+    if (!written || written->length != rest.size())
+        return namedArea(call, rest, sheet);
     const ReferencePart& last = written->last ? *written->last : written->first;
     return Area{sheet, {written->first.row, written->first.column, last.row, last.column}};
 }
@@ -259,25 +276,29 @@ Operand address(const FunctionCall& call)
     return textValue(std::move(text));
 }
 
-/// The row or column, counting from 1, of the reference's first cell, or of the formula's own.
+/// The row or column, counting from 1, of the reference's first cell, or of the formula's own; all of them where an
+/// array is wanted.
 template <int CellRect::*first, int CellAddress::*own>
 Operand position(const FunctionCall& call)
 {
     if (!call.has(0))
         return numberAnswer(call.evaluator().cell().*own + 1);
     const auto areas = areasOf(call.operand(0));
-    return areas.empty() ? errorOperand(ErrorCode::Value) : numberAnswer(areas.front().cells.*first + 1);
+    if (areas.empty())
+        return errorOperand(ErrorCode::Value);
+    const CellRect& cells = areas.front().cells;
+    if (!call.wantsArray())
+        return numberAnswer(cells.*first + 1);
+    constexpr bool isRow = own == &CellAddress::row;
+    return arrayOf(call.evaluator(), isRow ? cells.rows() : 1, isRow ? 1 : cells.columns(),
+                   [&](int row, int column) { return CellValue(cells.*first + 1.0 + row + column); });
 }
 
 Operand transposed(const FunctionCall& call)
 {
     const ValueGrid grid(call.book(), call.operand(0));
-    auto array = std::make_shared<ValueArray>(ValueArray{grid.columns(), grid.rows(), {}});
-    call.evaluator().reserveValues(static_cast<std::size_t>(grid.rows()) * static_cast<std::size_t>(grid.columns()));
-    for (int column = 0; column < grid.columns(); ++column)
-        for (int row = 0; row < grid.rows(); ++row)
-            array->values.push_back(grid.at(row, column));
-    return std::shared_ptr<const ValueArray>(std::move(array));
+    return arrayOf(call.evaluator(), grid.columns(), grid.rows(),
+                   [&](int row, int column) { return grid.at(column, row); });
 }
 
 Operand rowCount(const FunctionCall& call)

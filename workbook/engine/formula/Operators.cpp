@@ -1,6 +1,8 @@
 #include "workbook/engine/formula/Operators.h"
 
+#include "app/base/NumberText.h"
 #include "app/base/Utf8.h"
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -52,6 +54,21 @@ CellValue concatenation(const CellValue& left, const CellValue& right, const Coe
 {
     const auto first = std::get<std::string>(toText(left, rules)); // neither is an error any more
     return textValue(first + std::get<std::string>(toText(right, rules)));
+}
+
+bool agree(double a, double b)
+{
+    constexpr double nearby = 1e-14; // what is farther apart differs in 15 digits
+    return a == b ||
+           (std::abs(a - b) <= nearby * std::max(std::abs(a), std::abs(b)) && toShownDecimal(a) == toShownDecimal(b));
+}
+
+/// Whether both are numbers that agree in 15 significant digits.
+bool areSameNumber(const CellValue& a, const CellValue& b)
+{
+    const auto* const first = std::get_if<double>(&a);
+    const auto* const second = std::get_if<double>(&b);
+    return first != nullptr && second != nullptr && agree(*first, *second);
 }
 
 std::optional<CellRect> common(const CellRect& a, const CellRect& b)
@@ -110,19 +127,28 @@ CellValue power(double base, double exponent)
 
 CellValue calculated(Operator op, const CellValue& left, const CellValue& right, const CoercionRules& rules)
 {
-    for (const CellValue* const operand : {&left, &right})
-        if (std::holds_alternative<ErrorCode>(*operand))
-            return *operand;
-    if (isComparison(op))
-        return holds(op, compareValues(left, right));
-    if (op == Operator::Concatenate)
-        return concatenation(left, right, rules);
+    if (isComparison(op) || op == Operator::Concatenate) {
+        for (const CellValue* const operand : {&left, &right})
+            if (std::holds_alternative<ErrorCode>(*operand))
+                return *operand;
+        if (op == Operator::Concatenate)
+            return concatenation(left, right, rules);
+        return holds(op, areSameNumber(left, right) ? 0 : compareValues(left, right));
+    }
     const auto first = toNumber(left, rules);
     const auto second = toNumber(right, rules);
-    for (const auto* const number : {&first, &second})
+    for (const auto* const number : {&first, &second}) // a text that is not a number is an error, too
         if (const auto* const error = std::get_if<ErrorCode>(number))
             return *error;
     return arithmetic(op, std::get<double>(first), std::get<double>(second));
+}
+
+bool isNothingButRounding(Operator op, const CellValue& left, const CellValue& right)
+{
+    if (op == Operator::Subtract)
+        return areSameNumber(left, right);
+    const auto* const added = std::get_if<double>(&right);
+    return op == Operator::Add && added != nullptr && areSameNumber(left, -*added);
 }
 
 CellValue calculated(Operator op, const CellValue& operand, const CoercionRules& rules)

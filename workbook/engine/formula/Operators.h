@@ -16,11 +16,13 @@ inline constexpr std::size_t maxTextLength = 32767;
 /// The text as a value, #VALUE! when it is longer than a cell can hold.
 CellValue textValue(std::string text);
 
-/// The answer of a binary operator on two values: arithmetic, "&" or comparison. An error is the answer, the left one
-/// before the right one.
+/// The answer of a binary operator on two values: arithmetic, "&" or comparison, for which numbers that agree in 15
+/// digits are equal. An error is the answer, the left one before the right one.
 CellValue calculated(Operator op, const CellValue& left, const CellValue& right, const CoercionRules& rules);
 /// The same for a sign or the percent sign.
 CellValue calculated(Operator op, const CellValue& operand, const CoercionRules& rules);
+/// Whether a sum or difference is 0 in 15 digits, though perhaps not in its last bits: 0.1 - (0.5 - 0.4).
+bool isNothingButRounding(Operator op, const CellValue& left, const CellValue& right);
 
 /// base to the power of exponent; 0 to the power of 0 is #NUM!.
 CellValue power(double base, double exponent);

@@ -3,6 +3,7 @@
 #include "workbook/engine/formula/FormulaEvaluator.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <deque>
 #include <limits>
@@ -43,7 +44,9 @@ private:
     bool compute(const Cell& cell);
     void enter(FormulaIndex index);
     void evaluateLast();
-    void evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula);
+    std::optional<Operand> evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula);
+    double assign(const FormulaEvaluator& evaluator, const FormulaCell& formula, const std::optional<Operand>& answer);
+    void iterate(FormulaEvaluator& evaluator);
     void leave();
     template <class Action>
     void forEachCellOf(const FormulaCell& formula, Action action);
@@ -57,6 +60,7 @@ private:
     std::size_t m_depth = 0;                   ///< of those
     bool m_gaveUp = false;                     ///< what is being evaluated will be evaluated again
     std::uint32_t m_entered = 0;
+    std::size_t m_rowsLeft = std::size_t{1} << 25; ///< to be read by iteration, a fraction of a second of it
     std::vector<Visit> m_path;
     MissingParts m_missing;
     std::vector<FormulaIndex> m_circular; ///< evaluated, and in a circle with a formula on the path
@@ -124,7 +128,7 @@ bool Calculation::compute(const Cell& cell)
     if (m_gaveUp || cell.waiting == 0)
         return !m_gaveUp;
     m_path.back().lowest = std::min(m_path.back().lowest, formula.number);
-    if (cell.value != CellValue(0.0))
+    if (!m_book.iteration.isOn && cell.value != CellValue(0.0))
         forEachCellOf(formula, [](int, Cell& circular) { circular.value = 0.0; });
     return true;
 }
@@ -145,35 +149,74 @@ void Calculation::evaluateLast()
     if (m_depth == m_evaluators.size())
         m_evaluators.emplace_back(m_computed, m_settings, m_arrayValuesLeft);
     FormulaEvaluator& evaluator = m_evaluators[m_depth++];
-    evaluate(evaluator, m_formulas[m_path.back().formula]);
+    const FormulaCell& formula = m_formulas[m_path.back().formula];
+    const auto answer = evaluate(evaluator, formula);
+    if (!m_gaveUp && m_path.back().lowest > formula.number)
+        assign(evaluator, formula, answer);
+    if (!m_gaveUp && m_path.back().lowest == formula.number && m_book.iteration.isOn)
+        iterate(evaluator);
     --m_depth;
     if (!m_gaveUp)
         leave();
 }
 
-/// Gives its cells their values, unless it gave up or is circular.
-void Calculation::evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula)
+std::optional<Operand> Calculation::evaluate(FormulaEvaluator& evaluator, const FormulaCell& formula)
 {
-    Cell& first = *formula.cell;
-    const CellRect place = first.array ? first.array->cells : CellRect{formula.row, first.column, 0, 0};
-    std::optional<Operand> answer;
-    if (first.array)
-        answer = evaluator.evaluateArray(*first.formula, formula.sheet, place);
-    else
-        answer = evaluator.evaluate(*first.formula, formula.sheet, {formula.row, first.column});
-    if (m_gaveUp || m_path.back().lowest <= formula.number)
-        return;
+    constexpr int rowsForAFormula = 16; // are read in the time that it takes
+    m_computed.countRows(rowsForAFormula);
+    const Cell& cell = *formula.cell;
+    if (cell.array)
+        return evaluator.evaluateArray(*cell.formula, formula.sheet, cell.array->cells);
+    return evaluator.evaluate(*cell.formula, formula.sheet, {formula.row, cell.column});
+}
+
+/// Gives its cells their values, and answers by how much a number has changed.
+double Calculation::assign(const FormulaEvaluator& evaluator, const FormulaCell& formula,
+                           const std::optional<Operand>& answer)
+{
+    double change = 0;
+    const CellAddress first =
+        formula.cell->array ? CellAddress{formula.cell->array->cells.firstRow, formula.cell->array->cells.firstColumn}
+                            : CellAddress{formula.row, formula.cell->column};
     if (!answer) {
-        const CellPlace here{formula.sheet, {formula.row, first.column}};
+        const CellPlace here{formula.sheet, {formula.row, formula.cell->column}};
         CellPlace& known = m_missing.try_emplace(evaluator.missingPart(), here).first->second;
         known = std::min(known, here);
     }
     forEachCellOf(formula, [&](int row, Cell& cell) {
-        if (answer)
-            cell.value = evaluator.elementOf(*answer, row - place.firstRow, cell.column - place.firstColumn);
-        else if (isEmpty(cell.value))
-            cell.value = ErrorCode::Name; // typed just now: there is no stored value to keep
+        CellValue value = answer ? elementOf(m_computed, *answer, row - first.row, cell.column - first.column)
+                          : isEmpty(cell.value) ? CellValue(ErrorCode::Name) // typed just now: there is none to keep
+                                                : cell.value;
+        const auto* const before = std::get_if<double>(&cell.value);
+        const auto* const after = std::get_if<double>(&value);
+        if (before != nullptr && after != nullptr)
+            change = std::max(change, std::abs(*after - *before));
+        else if (cell.value != value)
+            change = std::numeric_limits<double>::infinity();
+        cell.value = std::move(value);
     });
+    return change;
+}
+
+/// Computes the circle that is closed by the formula at the end of the path again and again, from the values on that
+/// its cells hold.
+void Calculation::iterate(FormulaEvaluator& evaluator)
+{
+    const Visit last = m_path.back();
+    const auto refine = [&](FormulaIndex index) {
+        const auto answer = evaluate(evaluator, m_formulas[index]);
+        return m_gaveUp ? 0 : assign(evaluator, m_formulas[index], answer);
+    };
+    std::sort(m_circular.begin() + static_cast<std::ptrdiff_t>(last.circlesBefore), m_circular.end());
+    for (int turn = 0; turn < m_book.iteration.maxTurns && m_rowsLeft > 0; ++turn) {
+        const std::size_t before = m_computed.rowsRead();
+        double change = refine(last.formula);
+        for (std::size_t i = last.circlesBefore; i < m_circular.size() && !m_gaveUp; ++i)
+            change = std::max(change, refine(m_circular[i]));
+        m_rowsLeft -= std::min(m_rowsLeft, m_computed.rowsRead() - before);
+        if (m_gaveUp || change < m_book.iteration.maxChange)
+            return;
+    }
 }
 
 void Calculation::leave()
@@ -189,8 +232,9 @@ void Calculation::leave()
         return;
     }
     for (; m_circular.size() > visit.circlesBefore; m_circular.pop_back())
-        forEachCellOf(m_formulas[m_circular.back()], [](int, Cell& cell) {
-            cell.value = 0.0;
+        forEachCellOf(m_formulas[m_circular.back()], [&](int, Cell& cell) {
+            if (!m_book.iteration.isOn)
+                cell.value = 0.0;
             cell.waiting = 0;
         });
 }

@@ -29,7 +29,8 @@ struct CellPlace {
 using MissingParts = std::map<std::string, CellPlace>;
 
 /// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
-/// values. Cells that read themselves, if only by way of others, become 0. A formula with parts we cannot evaluate
+/// values. Cells that read themselves, if only by way of others, become 0, or are iterated where the
+/// workbook says so. A formula with parts we cannot evaluate
 /// keeps its stored value; one that was typed and has none becomes #NAME?.
 MissingParts recalculate(Book& book, const CalculationSettings& settings);
 

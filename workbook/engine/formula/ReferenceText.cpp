@@ -2,6 +2,7 @@
 
 #include "app/base/Utf8.h"
 #include "workbook/engine/CellAddress.h"
+#include "workbook/engine/formula/TextCase.h"
 
 #include <algorithm>
 #include <array>
@@ -159,6 +160,19 @@ std::string sheetPrefix(std::string_view sheets)
     if (std::ranges::all_of(sheets, isPlain) && !startsWithDigit && !readReference(sheets))
         return std::string(sheets) + "!";
     return quoted(sheets, '\'') + "!";
+}
+
+std::optional<std::size_t> findName(const Book& book, std::string_view name, std::size_t sheet)
+{
+    std::optional<std::size_t> index;
+    for (std::size_t i = 0; i < book.names.size(); ++i) {
+        const DefinedName& candidate = book.names[i];
+        if (compareIgnoringCase(candidate.name, name) != 0 || (candidate.sheet && *candidate.sheet != sheet))
+            continue;
+        if (!index || candidate.sheet)
+            index = i;
+    }
+    return index;
 }
 
 std::optional<WrittenSheets> readSheets(std::string_view text)

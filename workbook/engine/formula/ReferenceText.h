@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbook/engine/Formula.h"
+#include "workbook/engine/Book.h"
 
 #include <cstddef>
 #include <optional>
@@ -35,6 +35,9 @@ bool canBeName(std::string_view text);
 std::string quoted(std::string_view text, char quote);
 /// What stands before a reference to the sheet, or to several, "Q1:Q4!"; in quotation marks where the name needs them.
 std::string sheetPrefix(std::string_view sheets);
+
+/// The place in Book::names of the name as the sheet knows it, which hides one of the whole workbook.
+std::optional<std::size_t> findName(const Book& book, std::string_view name, std::size_t sheet);
 
 /// Both read from the beginning of `text`; nothing when it does not begin with one inside the sheet's bounds.
 std::optional<WrittenSheets> readSheets(std::string_view text);

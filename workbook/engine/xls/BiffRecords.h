@@ -29,6 +29,8 @@ enum class SubstreamType : std::uint16_t {
 namespace record {
 inline constexpr std::uint16_t formula = 0x0006;
 inline constexpr std::uint16_t eof = 0x000A;
+inline constexpr std::uint16_t iterationTurns = 0x000C;
+inline constexpr std::uint16_t iterationChange = 0x0010;
 inline constexpr std::uint16_t iteration = 0x0011;
 inline constexpr std::uint16_t header = 0x0014;
 inline constexpr std::uint16_t footer = 0x0015;

@@ -181,6 +181,7 @@ private:
         case ptg::attributeSpace:
         case ptg::attributeSpace | ptg::attributeVolatile:
             return add(AttributeToken{Kind::Space, flags, data, {}});
+        case 0:
         case ptg::attributeAssign:
         case ptg::attributeAssign | ptg::attributeVolatile:
             return add(AttributeToken{Kind::Other, flags, data, {}});
@@ -330,6 +331,7 @@ private:
     {
         m_hasMemoryTokens = true;
         OpaqueToken token;
+        token.isMark = true;
         token.bytes.push_back(static_cast<std::byte>(id | (static_cast<unsigned>(m_class) - 1U) << 5U));
         const auto operands = m_tokens.bytes(id == ptg::memoryFunction ? 2 : 6);
         token.bytes.insert(token.bytes.end(), operands.begin(), operands.end());

@@ -10,6 +10,7 @@
 #include "workbook/engine/xls/XlsErrors.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -119,6 +120,8 @@ private:
                 {record::gutters, &SheetReader::skip},
                 {record::uncalculated, &SheetReader::skip},
                 {record::iteration, &SheetReader::readIteration},
+                {record::iterationTurns, &SheetReader::readIterationTurns},
+                {record::iterationChange, &SheetReader::readIterationChange},
                 {record::filterMode, &SheetReader::readFilterMark},
             };
             std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
@@ -555,10 +558,14 @@ private:
         m_sheet.carried.push_back(record.carried());
     }
 
-    void readIteration(const Record& record)
+    void readIteration(const Record& record) { m_context.book.iteration.isOn = record.reader().u16() != 0; }
+
+    void readIterationTurns(const Record& record) { m_context.book.iteration.maxTurns = record.reader().u16(); }
+
+    void readIterationChange(const Record& record)
     {
-        if (record.reader().u16() != 0)
-            m_context.notice("Repeated calculation of circular references was switched off; it is not supported.");
+        if (const double change = record.reader().real(); change >= 0 && std::isfinite(change))
+            m_context.book.iteration.maxChange = change;
     }
 
     void readDefaultColumnWidth(const Record& record)

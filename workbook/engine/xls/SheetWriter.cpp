@@ -90,12 +90,12 @@ public:
         static constexpr auto steps = std::to_array<WriteStep<Writer>>({
             {record::bof, &Writer::writeBeginning},
             {record::index, &Writer::writeIndex},
-            {0x000D, nullptr, "\1\0"sv},                             // CALCMODE: automatic
-            {0x000C, nullptr, "\x64\0"sv},                           // CALCCOUNT
-            {0x000F, nullptr, "\1\0"sv},                             // CALCREFMODE: A1
-            {0x0011, nullptr, "\0\0"sv},                             // CALCITER
-            {0x0010, nullptr, "\xFC\xA9\xF1\xD2\x4D\x62\x50\x3F"sv}, // CALCDELTA: 0.001
-            {0x005F, nullptr, "\1\0"sv},                             // CALCSAVERECALC
+            {0x000D, nullptr, "\1\0"sv}, // CALCMODE: automatic
+            {record::iterationTurns, &Writer::writeIterationTurns},
+            {0x000F, nullptr, "\1\0"sv}, // CALCREFMODE: A1
+            {record::iteration, &Writer::writeIteration},
+            {record::iterationChange, &Writer::writeIterationChange},
+            {0x005F, nullptr, "\1\0"sv}, // CALCSAVERECALC
             {record::printHeadings, &Writer::writeMarksOfPrint},
             {0x0082, nullptr, "\1\0"sv}, // GRIDSET
             {record::gutters, &Writer::writeGutters},
@@ -186,6 +186,14 @@ private:
     void writeBreaks() { writePageBreaks(m_target, m_sheet.print); }
     void writeMargins() { writePageMargins(m_target, m_sheet.print); }
     void writeSetup() { writePageSetup(m_target, m_sheet.print); }
+
+    void writeIterationTurns() { m_target.writeU16(record::iterationTurns, m_book.iteration.maxTurns); }
+    void writeIteration() { m_target.writeU16(record::iteration, m_book.iteration.isOn ? 1 : 0); }
+    void writeIterationChange()
+    {
+        m_target.begin(record::iterationChange).real(m_book.iteration.maxChange);
+        m_target.finish();
+    }
 
     void writeDefaultColumnWidth()
     {
