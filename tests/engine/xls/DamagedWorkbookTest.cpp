@@ -208,11 +208,13 @@ TEST(DamagedWorkbook, MakesFormatsRegularThatAreNot)
     EXPECT_TRUE(book.styles.formats[0].isStyle);
 }
 
-TEST(DamagedWorkbook, KeepsTheHeightOfAnAutomaticRow)
+TEST(DamagedWorkbook, KeepsAutomaticHeightsAndFilters)
 {
-    const std::vector<RawRecord> records = {{0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"},
-                                            {0x0203, "0000 0000 0F00 0000000000001440"}};
-    const Row row = writtenAndRead(readWorkbook(workbookOf(records), "test.xls")).sheets[0]->rows()[0];
+    const std::vector<RawRecord> records = {
+        {0x009B, ""}, {0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"}, {0x0203, "0000 0000 0F00 0000000000001440"}};
+    const Book book = writtenAndRead(readWorkbook(workbookOf(records), "test.xls"));
+    const Row& row = book.sheets[0]->rows()[0];
+    EXPECT_TRUE(book.sheets[0]->isFiltered);
     EXPECT_EQ(row.heightTwips, 510);
     EXPECT_FALSE(row.heightSetByHand);
 }
