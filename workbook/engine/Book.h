@@ -3,6 +3,7 @@
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/Sheet.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -37,6 +38,12 @@ struct ExternSheet {
 
     bool operator==(const ExternSheet&) const = default;
 };
+
+/// Names that mean something to the application itself, in the order of their numbers in the file ([MS-XLS] 2.4.150
+/// Lbl).
+inline constexpr auto builtInNames = std::to_array<std::string_view>(
+    {"Consolidate_Area", "Auto_Open", "Auto_Close", "Extract", "Database", "Criteria", "Print_Area", "Print_Titles",
+     "Recorder", "Data_Form", "Auto_Activate", "Auto_Deactivate", "Sheet_Title", "_FilterDatabase"});
 
 struct DefinedName {
     std::string name;

@@ -8,6 +8,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/RecordStream.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -95,6 +96,18 @@ const std::map<std::uint16_t, const char*> forbiddenRecords = {
     {0x0801, "WEBPUB"},      {0x0803, "DBQUERYEXT"}, {0x0813, "RTD"},
 };
 
+/// Whether a name stands for a formula, or is one to which the application gives a meaning.
+bool isMore(std::span<const std::byte> name)
+{
+    engine::xls::ByteReader reader(name);
+    reader.skip(3);
+    const std::size_t length = reader.u8();
+    const bool hasFormula = reader.u16() != 0;
+    reader.skip(8);
+    const std::string text = engine::xls::readStringWithoutCount(reader, length);
+    return hasFormula || text.starts_with("_") || text.starts_with("Auto_");
+}
+
 /// What the workbook holds that it must not.
 std::string offenceIn(const std::vector<std::byte>& file)
 {
@@ -118,8 +131,8 @@ std::string offenceIn(const std::vector<std::byte>& file)
                 return std::string("a record ") + found->second;
             if (record.id == supportingBook && record.data.size() != ownBookSize)
                 return "an external book";
-            if (record.id == definedName && (record.data[0] & builtInName) == std::byte{0})
-                return "a name";
+            if (record.id == definedName && (record.data[0] & builtInName) == std::byte{0} && isMore(record.data))
+                return "a name that is more than unknown";
             if (record.id == sheetList && record.data[5] != std::byte{0})
                 return "a sheet that is no worksheet";
         }

@@ -1,6 +1,7 @@
 #include "workbook/engine/formula/ReferenceText.h"
 
 #include "app/base/Utf8.h"
+#include "workbook/engine/Book.h"
 #include "workbook/engine/CellAddress.h"
 #include "workbook/engine/formula/TextCase.h"
 
@@ -138,7 +139,10 @@ bool isNameByte(char byte)
 
 bool canBeName(std::string_view text)
 {
-    if (text.empty() || utf16Length(text) > maxNameUnits || readReference(text) || isRowColumn(text))
+    constexpr std::string_view ownPrefix = "_xl"; // names functions that the application came to know later
+    if (text.empty() || utf16Length(text) > maxNameUnits || readReference(text) || isRowColumn(text) ||
+        compareIgnoringCase(text.substr(0, ownPrefix.size()), ownPrefix) == 0 ||
+        std::ranges::any_of(builtInNames, [text](auto name) { return compareIgnoringCase(text, name) == 0; }))
         return false;
     const char32_t first = toUtf32(text.substr(0, 4)).front();
     const auto isIn = [first](const auto& range) { return first >= range.first && first <= range.second; };

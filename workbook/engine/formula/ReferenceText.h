@@ -27,7 +27,8 @@ struct WrittenReference {
 /// Letters, digits and signs that a name or a reference may hold.
 bool isNameByte(char byte);
 
-/// Whether a workbook may have a name or a function of that name: a letter first, and not a cell in any notation.
+/// Whether a workbook may have a name or a function of that name: a letter first, not a cell in any notation, and
+/// nothing that the application gives a meaning of its own.
 /// text  of name bytes
 bool canBeName(std::string_view text);
 

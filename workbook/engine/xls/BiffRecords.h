@@ -1,10 +1,8 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string_view>
 
 namespace wagemill::engine::xls {
 
@@ -105,10 +103,7 @@ inline constexpr std::uint16_t formatChecksum = 0x087C;
 inline constexpr std::uint16_t formatExtension = 0x087D;
 } // namespace record
 
-/// Names that the format writes as one character, and the flag that says so ([MS-XLS] 2.4.150 Lbl).
-inline constexpr auto builtInNames = std::to_array<std::string_view>(
-    {"Consolidate_Area", "Auto_Open", "Auto_Close", "Extract", "Database", "Criteria", "Print_Area", "Print_Titles",
-     "Recorder", "Data_Form", "Auto_Activate", "Auto_Deactivate", "Sheet_Title", "_FilterDatabase"});
+/// Says that a name of the application is written as one character, its number in builtInNames.
 inline constexpr std::uint16_t builtInNameFlag = 0x20;
 
 /// The record's place in the order that the format prescribes for the globals ([MS-XLS] 2.1.7.20.3) and for a worksheet
