@@ -82,7 +82,7 @@ void prepareProgram()
     using namespace wagemill;
     static QtMessages messages;
     setMessages(&messages);
-    setProgramFolder(QDir(QCoreApplication::applicationDirPath()).filesystemPath());
+    setProgramFolder(QDir(QCoreApplication::applicationDirPath()).filesystemPath().make_preferred());
     setProgramEnd(endProgramWithAllStored);
     setWindowEventPump([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
     QLocale::setDefault(userLocale());

@@ -1,5 +1,6 @@
 #include "preview/LoadPicture.h"
 
+#include "app/base/Messages.h"
 #include "drawing/DrawingFile.h"
 #include "preview/Metafile.h"
 #include "preview/MetafilePicture.h"
@@ -108,7 +109,8 @@ try {
     QFile bytes(file);
     return readPicture(bytes);
 } catch (const std::runtime_error& error) {
-    throw std::runtime_error("Cannot read the picture \"" + file.string() + "\": " + error.what() + ".");
+    throw std::runtime_error("Cannot read the picture \"" + file.string() + "\": " + withoutFullStop(error.what()) +
+                             ".");
 }
 
 } // namespace wagemill

@@ -1,5 +1,6 @@
 #include "preview/Printing.h"
 
+#include "app/base/Messages.h"
 #include "drawing/DrawingPainter.h"
 
 #include <QFile>
@@ -100,7 +101,7 @@ std::string reasonNotToBegin(const QPrinter& printer)
     QFile file(printer.outputFileName());
     if (file.fileName().isEmpty() || file.open(QIODevice::Append))
         return "it is not ready.";
-    return file.errorString().toStdString() + ".";
+    return withoutFullStop(file.errorString().toStdString()) + ".";
 }
 
 /// A file on a full disk is cut off without a word from the printer.
@@ -109,7 +110,7 @@ void requireWholeFile(const QPrinter& printer)
     constexpr qint64 endMark = 16;
     QFile file(printer.outputFileName());
     if (!file.open(QIODevice::ReadOnly))
-        throwFailure(printer, file.errorString().toStdString() + ".");
+        throwFailure(printer, withoutFullStop(file.errorString().toStdString()) + ".");
     file.seek(std::max<qint64>(0, file.size() - endMark));
     if (!file.read(endMark).contains("%%EOF"))
         throwFailure(printer, "its end is missing. Is there room on the disk?");

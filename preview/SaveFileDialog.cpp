@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QStandardPaths>
 
 namespace wagemill {
@@ -38,14 +39,20 @@ std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& re
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    dialog.setNameFilters(nameFilters(request.filter));
+    QStringList filters = nameFilters(request.filter);
+    if (QGuiApplication::platformName() == QStringLiteral("windows")) {
+        // Its own dialog adds the ending that follows the first "*." of a filter to a name that was typed without one.
+        filters.replaceInStrings(QStringLiteral("*."), QStringLiteral("*?"));
+        dialog.setOption(QFileDialog::HideNameFilterDetails);
+    }
+    dialog.setNameFilters(filters);
     if (!request.fileName.empty())
         dialog.selectFile(QString::fromStdString(request.fileName));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     const QFileInfo chosen(dialog.selectedFiles().constFirst());
     m_lastFolder = chosen.absolutePath();
-    return chosen.filesystemFilePath();
+    return chosen.filesystemFilePath().make_preferred();
 }
 
 } // namespace wagemill

@@ -99,7 +99,7 @@ void writeWholeFile(std::span<const std::byte> bytes, const fs::path& path, File
     try {
         const UnfinishedFile unfinished(neighbourOf(path));
         platform::writeNewFile(bytes, unfinished.path(), life);
-        fs::rename(unfinished.path(), path);
+        platform::renameFile(unfinished.path(), path);
     } catch (const std::system_error& error) {
         throw std::runtime_error("Cannot write the file \"" + path.string() + "\": " + error.code().message() + ".");
     }

@@ -219,6 +219,11 @@ void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLi
         throw std::system_error(errno, std::generic_category());
 }
 
+void renameFile(const fs::path& from, const fs::path& to)
+{
+    fs::rename(from, to);
+}
+
 fs::path makePrivateFolder()
 {
     const fs::path parent = parentOfPrivateFolders();

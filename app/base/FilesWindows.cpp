@@ -247,6 +247,18 @@ void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLi
         throwLastError();
 }
 
+/// Of a file that another program has open the system says that access is denied, and to whoever asks for its deletion
+/// what is the matter.
+void renameFile(const fs::path& from, const fs::path& to)
+{
+    if (::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING))
+        return;
+    const auto error = static_cast<int>(::GetLastError());
+    const WindowsHandle target = openFile(to, DELETE, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    const bool isOpenElsewhere = !target && ::GetLastError() == ERROR_SHARING_VIOLATION;
+    throw std::system_error(isOpenElsewhere ? ERROR_SHARING_VIOLATION : error, windowsErrors());
+}
+
 fs::path makePrivateFolder()
 {
     const fs::path parent = parentOfPrivateFolders();

@@ -27,4 +27,10 @@ MessageAnswer showMessage(const Message& message)
     return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::No;
 }
 
+std::string withoutFullStop(std::string reason)
+{
+    reason.erase(reason.find_last_not_of(". \r\n") + 1);
+    return reason;
+}
+
 } // namespace wagemill

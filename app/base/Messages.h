@@ -32,4 +32,7 @@ void setMessages(Messages* messages);
 /// Shows a message; without message boxes (before the start has set them) it goes to the error output.
 MessageAnswer showMessage(const Message& message);
 
+/// What a system says of a failure, without the full stop at its end: a sentence of ours goes on after it.
+std::string withoutFullStop(std::string reason);
+
 } // namespace wagemill

@@ -55,6 +55,7 @@ private:
 struct PlainFormats {
     explicit PlainFormats(const RegionalFormats& formats)
         : decimal(plainSeparator(formats.decimalSeparator, formats)),
+          currencyDecimal(plainSeparator(formats.currencyDecimalSeparator, formats)),
           group(plainSeparator(formats.groupSeparator, formats)),
           currency(plainCharacters(formats.currencySymbol, formats))
     {
@@ -68,6 +69,7 @@ struct PlainFormats {
     }
 
     std::string decimal;
+    std::string currencyDecimal;
     std::string group;
     std::string currency;
 };
@@ -178,7 +180,7 @@ void incrementLastDigit(DecimalNumber& number)
     }
 }
 
-std::string unsignedText(const FixedDigits& fixed, const RegionalFormats& formats)
+std::string unsignedText(const FixedDigits& fixed, const RegionalFormats& formats, const std::string& decimalSeparator)
 {
     const std::string integer = fixed.integer.empty() ? "0" : fixed.integer;
     std::string text;
@@ -188,7 +190,7 @@ std::string unsignedText(const FixedDigits& fixed, const RegionalFormats& format
             text += formats.groupSeparator;
     }
     if (!fixed.fraction.empty())
-        text += formats.decimalSeparator + fixed.fraction;
+        text += decimalSeparator + fixed.fraction;
     return toLocalDigits(text, formats);
 }
 
@@ -256,12 +258,15 @@ std::optional<NumberReading> readNumber(std::string_view text, const RegionalFor
     const auto integer = readInteger(reader, plainFormats, formats, reading.hasGroups);
     if (!integer)
         return std::nullopt;
-    const std::string_view fraction = reader.skip(plainFormats.decimal) ? reader.takeDigits() : std::string_view();
+    const bool hasDecimal = reader.skip(plainFormats.decimal);
+    const bool hasMoneyDecimal = !hasDecimal && reader.skip(plainFormats.currencyDecimal);
+    const std::string_view fraction = hasDecimal || hasMoneyDecimal ? reader.takeDigits() : std::string_view();
     if (integer->empty() && fraction.empty())
         return std::nullopt;
     const std::int64_t exponent = readExponent(reader, reading.hasExponent);
     readMarks(reader, Side::Behind, plainFormats, marks);
-    if (!reader.atEnd() || !marks.fit() || (marks.percents > 0 && !allowPercent))
+    if (!reader.atEnd() || !marks.fit() || (marks.percents > 0 && !allowPercent) ||
+        (hasMoneyDecimal && marks.currencies == 0))
         return std::nullopt;
 
     reading.number = decimalNumber(marks.minusSigns + marks.openBrackets > 0, *integer + std::string(fraction),
@@ -367,15 +372,17 @@ std::string toLocalDigits(std::string_view text, const RegionalFormats& formats)
 std::string currencyText(const DecimalNumber& number, const RegionalFormats& formats, int decimals)
 {
     const DecimalNumber value = rounded(number, decimals);
-    return inAffixes(value.negative ? formats.negativeCurrency : formats.currency,
-                     unsignedText(fixedDigits(value, decimals), formats));
+    const std::string& ofMoney = formats.currencyDecimalSeparator;
+    return inAffixes(
+        value.negative ? formats.negativeCurrency : formats.currency,
+        unsignedText(fixedDigits(value, decimals), formats, ofMoney.empty() ? formats.decimalSeparator : ofMoney));
 }
 
 std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals)
 {
     const DecimalNumber value = rounded(number, decimals);
     return (value.negative ? formats.negativeSign : std::string()) +
-           unsignedText(fixedDigits(value, decimals), formats);
+           unsignedText(fixedDigits(value, decimals), formats, formats.decimalSeparator);
 }
 
 std::string currencyTextOf(std::string_view text, const RegionalFormats& formats)

@@ -18,6 +18,9 @@ void deleteByForce(const std::filesystem::path& path);
 /// what was written by then is left to the caller.
 void writeNewFile(std::span<const std::byte> bytes, const std::filesystem::path& path, FileLife life);
 
+/// The file gets the name `to`, and replaces whatever file or link had it. Throws std::system_error.
+void renameFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
 /// A fresh folder that only the user can enter. Where the system does not clear them itself, those that killed runs of
 /// the user left behind are removed first. Throws std::runtime_error that names the folder and the reason.
 std::filesystem::path makePrivateFolder();

@@ -30,6 +30,7 @@ struct RegionalFormats {
     std::string currencySymbol = "$";
     Affixes currency = {"$", ""};
     Affixes negativeCurrency = {"($", ")"};
+    std::string currencyDecimalSeparator; ///< of money where it is another ("15.00 CHF" but "7,65"); else empty
 
     /// d, dd day; M, MM month; MMM, MMMM month name; yyyy year, always four digits; text in '' is literal.
     std::string shortDatePattern = "M/d/yyyy";

@@ -1,5 +1,7 @@
 #include "app/base/WindowsText.h"
 
+#include "app/base/Messages.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -20,7 +22,12 @@ int convertibleLength(std::size_t length)
 class WindowsErrorCategory : public std::error_category {
 public:
     const char* name() const noexcept override { return "windows"; }
-    std::string message(int code) const override { return systemErrorText(static_cast<unsigned long>(code)); }
+    std::string message(int code) const override
+    {
+        if (code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION)
+            return "it is open in another program. Please close it there and try again";
+        return systemErrorText(static_cast<unsigned long>(code));
+    }
 };
 
 } // namespace
@@ -48,8 +55,7 @@ std::string systemErrorText(unsigned long code)
     constexpr DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
     std::array<wchar_t, 1024> buffer;
     const DWORD length = ::FormatMessageW(flags, nullptr, code, 0, buffer.data(), buffer.size(), nullptr);
-    std::string text = toUtf8({buffer.data(), length});
-    text.erase(text.find_last_not_of(". \r\n") + 1);
+    const std::string text = withoutFullStop(toUtf8({buffer.data(), length}));
     return text.empty() ? "error " + std::to_string(code) : text;
 }
 

@@ -1,6 +1,8 @@
 #include "app/look/AutomationSkin.h"
 
+#include "app/base/Messages.h"
 #include "app/base/WindowsText.h"
+#include "app/look/StyleSheetSkin.h"
 
 #include <stdexcept>
 #include <utility>
@@ -21,15 +23,16 @@ constexpr DISPID applyWindowIdentifier = 3;
 /// The control's own words where there are any, without a full stop.
 std::string reasonOf(const automation::CallFailure& failure)
 {
-    std::string reason = failure.what();
-    reason.erase(reason.find_last_not_of(". \r\n") + 1);
+    const std::string reason = withoutFullStop(failure.what());
     return reason.empty() ? systemErrorText(static_cast<unsigned long>(failure.result)) : reason;
 }
 
 } // namespace
 
-std::unique_ptr<SkinningControl> createSkinningControl()
+std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile)
 {
+    if (isStyleSheetFile(skinFile))
+        return std::make_unique<StyleSheetSkin>();
     try {
         return std::make_unique<AutomationSkin>(automation::Dispatch(controlClass, CLSCTX_ALL));
     } catch (const automation::CallFailure&) {

@@ -65,6 +65,11 @@ bool isListed(const std::filesystem::path& path)
 
 } // namespace
 
+std::unique_ptr<SkinningControl> createSkinningControl()
+{
+    return skinningControlFor(besideProgram(skinName));
+}
+
 void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
 {
     const std::filesystem::path skinFile = besideProgram(skinName);

@@ -35,7 +35,10 @@ public:
     virtual void applyWindow(std::uintptr_t windowHandle) = 0;
 };
 
-/// The platform's skinning control; null where none is installed.
+/// What can draw that skin: a style sheet on every platform, another file where the skinning control is installed that
+/// it is meant for. Null where nothing can.
+std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile);
+/// For the skin file beside the program.
 std::unique_ptr<SkinningControl> createSkinningControl();
 
 /// The main window's skin and neutral background. Without a skin file beside the program nothing happens at all.

@@ -2,6 +2,7 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
+#include "app/base/Messages.h"
 #include "app/look/Look.h"
 #include "settings/Settings.h"
 
@@ -104,7 +105,8 @@ void Splash::loadImage(const fs::path& file)
     const QImage image = bytes.open(QIODevice::ReadOnly) ? reader.read() : QImage();
     if (image.isNull()) {
         const QString reason = bytes.isOpen() ? reader.errorString() : bytes.errorString();
-        throw std::runtime_error("Cannot show the picture \"" + file.string() + "\": " + reason.toStdString() + ".");
+        throw std::runtime_error("Cannot show the picture \"" + file.string() +
+                                 "\": " + withoutFullStop(reason.toStdString()) + ".");
     }
     Image1->setPixmap(QPixmap::fromImage(image));
     Image1->setGeometry(0, 0, image.width(), image.height() + stripTwips / twipsInPixel);

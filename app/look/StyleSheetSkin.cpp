@@ -1,5 +1,7 @@
 #include "app/look/StyleSheetSkin.h"
 
+#include "app/base/Messages.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -26,14 +28,19 @@ bool isStyleSheet(QString text)
 
 [[noreturn]] void refuseSkin(const std::filesystem::path& file, const std::string& reason)
 {
-    throw std::runtime_error("Cannot use the skin file \"" + file.string() + "\": " + reason + ".");
+    throw std::runtime_error("Cannot use the skin file \"" + file.string() + "\": " + withoutFullStop(reason) + ".");
 }
 
 } // namespace
 
-std::unique_ptr<SkinningControl> createSkinningControl()
+bool isStyleSheetFile(const std::filesystem::path& skinFile)
 {
-    return std::make_unique<StyleSheetSkin>();
+    try {
+        StyleSheetSkin().loadSkin(skinFile, "");
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
 }
 
 void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view /*variant*/)

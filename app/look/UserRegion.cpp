@@ -60,8 +60,20 @@ void setGrouping(RegionalFormats& formats, const QLocale& locale)
         formats.digitsBeforeGrouping += locale.toString(number, 'f', 1).contains(separator) ? 0 : 1;
 }
 
+/// What stands between the two digits of 1.5; nothing when the locale writes money without decimals.
+std::string separatorIn(const QString& money)
+{
+    const auto isDigit = [](QChar character) { return character.isDigit(); };
+    const auto first = std::find_if(money.begin(), money.end(), isDigit);
+    const auto end = std::find_if_not(first, money.end(), isDigit);
+    const auto next = std::find_if(end, money.end(), isDigit);
+    return next == money.end() ? std::string() : QString(end, next - end).toStdString();
+}
+
 void setCurrency(RegionalFormats& formats, const QLocale& locale)
 {
+    const std::string decimal = separatorIn(locale.toCurrencyString(1.5, QString(), 1));
+    formats.currencyDecimalSeparator = decimal == formats.decimalSeparator ? "" : decimal;
     formats.currency = affixesAround(locale.toCurrencyString(1.0, QString(), 0));
     formats.negativeCurrency = affixesAround(locale.toCurrencyString(-1.0, QString(), 0));
     const QString affixes = QString::fromStdString(formats.currency.prefix + formats.currency.suffix);

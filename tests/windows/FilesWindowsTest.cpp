@@ -53,6 +53,18 @@ TEST_F(FilesWindowsTest, WriteReadAndReplace)
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
 }
 
+TEST_F(FilesWindowsTest, SayThatTheFileToReplaceIsOpenElsewhere)
+{
+    writeBytesToFile(bytesOf("old"), file);
+    for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
+        const WindowsHandle held(::CreateFileW(file.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_EQ(failureOf([&] { writeWholeFile(bytesOf("new"), file, FileLife::Kept); }),
+                  "Cannot write the file \"" + toUtf8(file.native()) +
+                      "\": it is open in another program. Please close it there and try again.");
+    }
+    EXPECT_EQ(readBytesFromFile(file), bytesOf("old"));
+}
+
 TEST_F(FilesWindowsTest, GrantTheirPermissionsToTheUserAndTheSystemAlone)
 {
     writeBytesToFile(bytesOf("wages"), file);

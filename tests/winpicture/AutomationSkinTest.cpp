@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -61,11 +62,16 @@ TEST(AutomationSkin, FailsInTheControlsOwnWordsElseInTheSystems)
                   "The skinning control failed: " + systemErrorText(static_cast<unsigned long>(status)) + ".");
 }
 
-/// Where the control is not registered there is no skin, and nothing fails.
-TEST(CreateSkinningControl, AnswersNothingWhereNoneIsInstalled)
+/// A style sheet is drawn everywhere. Another skin is the control's, and where that is not registered nothing fails.
+TEST(CreateSkinningControl, TakesAStyleSheetItselfAndLeavesOtherSkinsToTheControl)
 {
     const automation::Apartment apartment;
-    EXPECT_EQ(createSkinningControl(), nullptr);
+    const auto file = std::filesystem::temp_directory_path() / "o.cjs";
+    for (const std::string& text : {std::string("QPushButton { padding: 6px }"), std::string("CJSKIN\0\1", 8)}) {
+        std::ofstream(file, std::ios::binary) << text;
+        EXPECT_EQ(skinningControlFor(file) != nullptr, text.starts_with("QPush")) << text;
+    }
+    std::filesystem::remove(file);
 }
 
 } // namespace wagemill

@@ -96,6 +96,12 @@ TEST(NumberText, ReadsTheUsersSeparators)
     expectFigures({{"1 234,5", 1234.5}, {"1\u202F234,5", 1234.5}, {"1\u00A0234 567 €", 1234567}}, frenchFormats());
     expectFigures({{"12,34,567", 1234567}, {"1,234,567", 1234567}, {"₹-१२.५०", -12.5}}, indianFormats());
     expectFigures({{"١٬٢٣٤٫٥", 1234.5}, {"1,234.5", 1234.5}, {"-5 ج.م.", -5}}, arabicFormats());
+    RegionalFormats french = germanFormats(); // of Switzerland: money has a sign of its own
+    french.groupSeparator = "\u202F";
+    french.currencyDecimalSeparator = ".";
+    expectFigures({{"15.50 €", 15.5}, {"15,50 €", 15.5}, {"7,65", 7.65}}, french);
+    expectNoFigures({"7.65", "15.50,0 €"}, french);
+    EXPECT_EQ(currencyTextOf("15,5", french) + " " + numberTextOf("15,5", french), "15.50\u00A0€ 15,50");
     RegionalFormats swiss;
     swiss.groupSeparator = "’";
     expectFigures({{"1'234.50", 1234.5}, {"1’234.50", 1234.5}}, swiss);
