@@ -6,7 +6,7 @@ readonly testPackages=(libgtest-dev python3 desktop-file-utils appstream)
 readonly packagingPackages=(dpkg-dev rpm lintian desktop-file-utils appstream)
 readonly benchmarkPackages=(libbenchmark-dev valgrind)
 readonly judgePackages=(libreoffice-calc python3-uno gnumeric poppler-utils)
-readonly windowsBuildPackages=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools)
+readonly windowsBuildPackages=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools nsis cmark-gfm python3)
 readonly windowsTestPackages=(wine wine64 googletest xvfb xauth openbox xdotool imagemagick dbus python3)
 
 # missingPackages NAME...: those that are not installed, one a line.

@@ -15,6 +15,7 @@ import time
 
 from wine import StepFailed, WineDesktop
 
+UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wagemill"
 KEY = r"HKCU\Software\VB and VBA Program Settings\Quellory\Wagemill"
 MISSING_APPLICATION = "\n\n".join((
     "Error 842001. A normal instance of Excel could not be created.",
@@ -28,7 +29,7 @@ MISSING_APPLICATION = "\n\n".join((
 # Places in the windows, without their frames; negative ones count from the right and the bottom. Wine's accessibility
 # does not find the controls, so they are told here; an entry window of another size says that they have moved.
 SAMPLE_DATA, START = (164, -24), (-74, -24)
-NAME, WAGE, OVERTIME = (265, 135), (265, 169), (592, 250)
+NAME, WAGE, OVERTIME = (265, 142), (265, 177), (592, 264)
 ZOOM_IN, ZOOM_OUT, SAVE, BACK = (66, 44), (165, 44), (-188, 44), (-60, 44)
 TITLE, MESSAGE_TITLE = "Wagemill", "Wagemill Payroll Workbook"
 FOLDER = "Löhne Ж"  # holds letters that no code page of one byte has side by side
@@ -154,7 +155,8 @@ def builds_previews_and_saves(windows, **environment):
     shutil.rmtree(folder, ignore_errors=True)
     os.mkdir(folder)
     temporary = os.path.join(folder, "kvarno*.xls")
-    saved, printed = desktop.disk("saved by the test.xls"), desktop.disk("printed by the test.pdf")
+    # No ending is added to a name.
+    saved, printed = desktop.disk("saved by the test"), desktop.disk("printed by the test.pdf")
     for earlier in filter(os.path.exists, (saved, printed)):
         os.remove(earlier)
     desktop.run("reg", "delete", KEY, "/f")
@@ -187,7 +189,7 @@ def builds_previews_and_saves(windows, **environment):
     desktop.window("Save File", 30)
     windows.settled(None, "save")
     desktop.key("ctrl+a")
-    desktop.type("C:\\saved by the test.xls")
+    desktop.type("C:\\saved by the test")
     desktop.key("Return")
     desktop.window(MESSAGE_TITLE, 30)
     windows.expect_copied(lambda text: "\nDone.\n" in text, "the message \"Done.\"")
@@ -219,9 +221,53 @@ def works_with_an_automation_server(windows):
         windows.desktop.register_automation_server(None)
 
 
+def installs_starts_and_removes(windows):
+    desktop = windows.desktop
+    setups = glob.glob(os.path.join(os.path.dirname(windows.program), "..", "..", "wagemill-*-setup.exe"))
+    if not setups:
+        print("Skipped: there is no installer")
+        sys.exit(77)
+    def in_users_folder(*names):
+        return glob.glob(desktop.disk("users", "*", "AppData", *names))
+    def installed():
+        return in_users_folder("Local", "Programs", "Wagemill")
+    def uninstall_entry():
+        return desktop.run("reg", "query", UNINSTALL_KEY)[0] == 0
+    desktop.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
+    desktop.must_run(setups[0], "/S")
+    folder, = installed()
+    menu = {os.path.basename(path) for path in
+            in_users_folder("Roaming", "Microsoft", "Windows", "Start Menu", "Programs", "Wagemill", "*")}
+    expect(menu == {f"Wagemill{kind}.lnk" for kind in ("", " without Excel", " for 25 employees", " manual")},
+           f"the Start menu holds {menu}")
+    expect(uninstall_entry(), "there is no uninstall entry")
+    with open(os.path.join(folder, "documents", "manual.html"), encoding="utf-8") as manual:
+        for picture in re.findall(r'src="([^"]+)"', manual.read()):
+            expect(os.path.exists(os.path.join(folder, "documents", picture)), f"the manual lacks {picture}")
+    desktop.start_program("cmd", "/c", os.path.join(folder, "Wagemill without Excel.cmd"))
+    windows.entry_window()
+    windows.picture(None, "installed")
+    for program in (setups[0], os.path.join(folder, "uninstall.exe")):
+        desktop.run(program, "/S")
+    time.sleep(2)  # the uninstaller goes on as a copy of itself
+    expect(os.path.exists(os.path.join(folder, "HAND-M.CUR")) and uninstall_entry(), "it was removed while it ran")
+    desktop.key("alt+F4")
+    desktop.wait_for(lambda: not desktop.is_shown(TITLE), "the program to end")
+    with open(os.path.join(folder, "mine.txt"), "w", encoding="utf-8"):
+        pass
+    desktop.must_run(setups[0], "/S")  # over the version that is there
+    expect(uninstall_entry(), "there is no uninstall entry after the upgrade")
+    os.remove(os.path.join(folder, "mine.txt"))  # fails if the upgrade took what is not its own
+    desktop.run(os.path.join(folder, "uninstall.exe"), "/S")
+    desktop.wait_for(lambda: not installed() and not uninstall_entry(), "everything to be removed")
+    expect(not in_users_folder("Roaming", "Microsoft", "Windows", "Start Menu", "Programs", "Wagemill"),
+           "the Start menu is not empty")
+    expect(windows.stored("txtName0") == ("REG_SZ", "Ida Reed"), "what the user typed is gone")
+
+
 SCENARIOS = {scenario.__name__: scenario for scenario in (
     ends_with_its_message_without_excel, stores_what_is_typed_and_shows_what_is_stored,
-    works_without_excel_where_told_to, works_with_an_automation_server)}
+    works_without_excel_where_told_to, works_with_an_automation_server, installs_starts_and_removes)}
 TOOLS = ("wine", "wineserver", "Xvfb", "openbox", "xdotool", "import", "convert", "dbus-daemon")
 
 
