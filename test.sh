@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and runs every test: plain, with AddressSanitizer and UndefinedBehaviorSanitizer, and
-# for Windows under Wine where its tools are installed.
+# Installs what is missing, builds and runs every test: plain, for Windows under Wine where its tools are installed, and
+# with AddressSanitizer and UndefinedBehaviorSanitizer. A stage that fails does not keep the next from running.
 # usage: ./test.sh [--long]       --long: the tests of faults try everything rather than a part of it, and fuzz (a day)
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -36,8 +36,7 @@ testIn() {
     local folder=$1 title=$2
     shift 2
     echo "== $title: building =="
-    buildProgram "$folder" "$@"
-    runTests "$folder" "$title"
+    buildProgram "$folder" "$@" && runTests "$folder" "$title"
 }
 
 # whyNotForWindows: what the tests for Windows lack; nothing when they can run.
@@ -56,14 +55,33 @@ testForWindows() {
         return 0
     fi
     echo "== For Windows: building =="
-    WAGEMILL_HOST_TOOLS=build/test/resources packaging/windows/build.sh --with-tests
-    runTests build/windows/app "For Windows"
+    local tools=build/test/resources
+    [ -x $tools/template_builder ] || tools= # the native build failed; the Windows one makes its own
+    WAGEMILL_HOST_TOOLS=$tools packaging/windows/build.sh --with-tests && runTests build/windows/app "For Windows"
 }
 
-testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON -DWAGEMILL_BENCHMARKS=ON
-testIn build/sanitized "With sanitizers" -DCMAKE_BUILD_TYPE=Debug -DWAGEMILL_SANITIZE=ON -DWAGEMILL_TESTS=ON
-testForWindows
-if [ -n "${WAGEMILL_LONG:-}" ]; then
+fuzz() {
     echo "== Fuzzing =="
     tests/fuzz/run.sh 10000000 || [ $? = 77 ] # it says what is missing
+}
+
+failed=()
+
+# stage TITLE COMMAND...
+stage() {
+    local title=$1 start=$SECONDS
+    shift
+    "$@" || failed+=("$title")
+    echo "== $title: $((SECONDS - start)) s =="
+}
+
+stage "Plain" testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON -DWAGEMILL_BENCHMARKS=ON
+stage "For Windows" testForWindows
+stage "With sanitizers" testIn build/sanitized "With sanitizers" -DCMAKE_BUILD_TYPE=Debug -DWAGEMILL_SANITIZE=ON -DWAGEMILL_TESTS=ON
+[ -z "${WAGEMILL_LONG:-}" ] || stage "Fuzzing" fuzz
+
+if [ ${#failed[@]} -ne 0 ]; then
+    printf 'Failed: %s\n' "${failed[@]}" >&2
+    exit 1
 fi
+echo "All stages passed."
