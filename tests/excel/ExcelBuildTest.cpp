@@ -12,7 +12,6 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <map>
 #include <regex>
 #include <set>
 
@@ -69,45 +68,16 @@ const std::vector<std::string>& listedCalls()
     return calls;
 }
 
-/// The names by which members and arguments were asked for, spelt as listed.
-const std::set<std::string>& listedNames()
+/// Whether a name that was asked for, "Selection.PasteSpecial Paste", is spelt as in a listed call.
+bool isListedName(const std::string& name)
 {
-    static const std::set<std::string> names = {
-        "Application.Version",
-        "Application.Workbooks",
-        "Application.Visible",
-        "Application.DisplayAlerts",
-        "Application.Selection",
-        "Application.Range",
-        "Application.Quit",
-        "Workbooks.Open",
-        "Workbooks.count",
-        "Workbook.Sheets",
-        "Workbook.ActiveSheet",
-        "Workbook.SaveAs",
-        "Workbook.SaveAs FileFormat",
-        "Workbook.Close",
-        "Worksheet.Cells",
-        "Worksheet.Activate",
-        "Worksheet.Rows",
-        "Worksheet.Range",
-        "Worksheet.Name",
-        "Worksheet.UsedRange",
-        "Selection.Copy",
-        "Selection.PasteSpecial",
-        "Selection.PasteSpecial Paste",
-        "Selection.PasteSpecial Operation",
-        "Selection.PasteSpecial SkipBlanks",
-        "Selection.PasteSpecial Transpose",
-        "Range.Rows",
-        "Range.Columns",
-        "Range.count",
-        "Range.Row",
-        "Range.Column",
-        "Range.Select",
-        "Range.CopyPicture",
-    };
-    return names;
+    const std::size_t blank = std::min(name.find(' '), name.size());
+    const std::size_t dot = name.find('.');
+    const std::string member = name.substr(0, dot) + "\\" + name.substr(dot, blank - dot) + " ";
+    const std::string argument = blank == name.size() ? "" : name.substr(blank + 1) + ":=";
+    return std::ranges::any_of(listedCalls(), [&](const std::string& call) {
+        return call.starts_with(member) && call.find(argument) != std::string::npos;
+    });
 }
 
 /// The size that a metafile says it has, in pixels at 96 dots per inch.
@@ -231,8 +201,8 @@ TEST_F(ExcelBuildTest, AsksForTheListedMembersInTheirListedFormAndNothingElse)
         missing.erase(*listed);
     }
     EXPECT_EQ(missing, std::set<std::string>());
-    const std::vector<std::string> names = logged("name");
-    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), listedNames());
+    for (const std::string& name : logged("name"))
+        EXPECT_TRUE(isListedName(name)) << name;
 }
 
 TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)

@@ -8,23 +8,43 @@ namespace {
 
 using CopyPicture = std::function<void(CellRange&)>;
 
-constexpr WORD get = DISPATCH_PROPERTYGET;
-constexpr WORD put = DISPATCH_PROPERTYPUT;
-constexpr WORD method = DISPATCH_METHOD;
+/// A member whose work takes the arguments and gives the result.
+template <typename Work>
+Member getter(std::string name, Work work, WORD kinds = DISPATCH_PROPERTYGET, std::vector<std::string> named = {})
+{
+    return {std::move(name), kinds, std::move(named),
+            [work](const CallArguments& arguments, VARIANT& result) { setResult(result, work(arguments)); }};
+}
+
+/// One whose work takes the arguments and gives nothing.
+template <typename Work>
+Member action(std::string name, Work work, std::vector<std::string> named = {}, WORD kinds = DISPATCH_METHOD)
+{
+    return {std::move(name), kinds, std::move(named),
+            [work](const CallArguments& arguments, VARIANT&) { work(arguments); }};
+}
+
+template <typename Work>
+Member setter(std::string name, Work work)
+{
+    return action(std::move(name), work, {}, DISPATCH_PROPERTYPUT);
+}
+
+using Arguments = const CallArguments&;
 
 /// Makes objects of the application's classes; what they refer to they keep alive.
 class Classes {
 public:
     Classes(Server& server, CopyPicture copyPicture) : m_server(server), m_copyPicture(std::move(copyPicture)) {}
 
-    AutomationObject* application(std::shared_ptr<Application> application) const;
+    AutomationObject* application(std::shared_ptr<Application> given) const;
 
 private:
-    AutomationObject* workbooks(std::unique_ptr<Workbooks> given) const;
-    AutomationObject* workbook(std::unique_ptr<Workbook> given) const;
-    AutomationObject* worksheet(std::unique_ptr<Worksheet> given) const;
-    AutomationObject* range(std::unique_ptr<CellRange> given) const;
-    AutomationObject* selection(std::unique_ptr<Selection> given) const;
+    AutomationObject* workbooks(std::shared_ptr<Workbooks> given) const;
+    AutomationObject* workbook(std::shared_ptr<Workbook> given) const;
+    AutomationObject* worksheet(std::shared_ptr<Worksheet> given) const;
+    AutomationObject* range(std::shared_ptr<CellRange> given) const;
+    AutomationObject* selection(std::shared_ptr<Selection> given) const;
     AutomationObject* object(const char* name, std::vector<Member> members) const
     {
         return new AutomationObject(m_server, name, std::move(members)); // its last user releases it
@@ -34,185 +54,86 @@ private:
     CopyPicture m_copyPicture;
 };
 
-AutomationObject* Classes::application(std::shared_ptr<Application> application) const
+AutomationObject* Classes::application(std::shared_ptr<Application> given) const
 {
+    const auto version = [given, version = m_server.instructions.version](Arguments) {
+        given->Version(); // fails when it has ended
+        return version;
+    };
+    const auto books = [given, self = *this](Arguments with) {
+        return with.count() == 0 ? self.workbooks(given->Workbooks()) : self.workbook(given->Workbooks(with.number(0)));
+    };
     return object(
         "Application",
-        {
-            {"Version",
-             get,
-             {},
-             [application, version = m_server.instructions.version](const CallArguments&, VARIANT& result) {
-                 application->Version(); // fails when it has ended
-                 setResult(result, version);
-             }},
-            {"Workbooks",
-             get,
-             {},
-             [application, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 if (arguments.count() == 0)
-                     setResult(result, self.workbooks(application->Workbooks()));
-                 else
-                     setResult(result, self.workbook(application->Workbooks(arguments.number(0))));
-             }},
-            {"Visible",
-             put,
-             {},
-             [application](const CallArguments& arguments, VARIANT&) { application->PutVisible(arguments.putFlag()); }},
-            {"DisplayAlerts",
-             put,
-             {},
-             [application](const CallArguments& arguments, VARIANT&) {
-                 application->PutDisplayAlerts(arguments.putFlag());
-             }},
-            {"Selection",
-             get,
-             {},
-             [application, self = *this](const CallArguments&, VARIANT& result) {
-                 setResult(result, self.selection(application->Selection()));
-             }},
-            {"Range",
-             get,
-             {},
-             [application, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 setResult(result, self.range(application->Range(arguments.text(0))));
-             }},
-            {"Quit", method, {}, [application](const CallArguments&, VARIANT&) { application->Quit(); }},
-        });
+        {getter("Version", version), getter("Workbooks", books),
+         setter("Visible", [given](Arguments with) { given->PutVisible(with.putFlag()); }),
+         setter("DisplayAlerts", [given](Arguments with) { given->PutDisplayAlerts(with.putFlag()); }),
+         getter("Selection", [given, self = *this](Arguments) { return self.selection(given->Selection()); }),
+         getter("Range", [given, self = *this](Arguments with) { return self.range(given->Range(with.text(0))); }),
+         action("Quit", [given](Arguments) { given->Quit(); })});
 }
 
-AutomationObject* Classes::workbooks(std::unique_ptr<Workbooks> given) const
+AutomationObject* Classes::workbooks(std::shared_ptr<Workbooks> given) const
 {
-    const std::shared_ptr<Workbooks> workbooks = std::move(given);
-    return object("Workbooks",
-                  {
-                      {"Open",
-                       method,
-                       {"Filename", "UpdateLinks", "ReadOnly"},
-                       [workbooks, self = *this](const CallArguments& arguments, VARIANT& result) {
-                           const bool isReadOnly = arguments.count() == 3 && arguments.flag(2);
-                           const std::string path = arguments.text(0);
-                           setResult(result,
-                                     self.workbook(isReadOnly ? workbooks->OpenReadOnly(path) : workbooks->Open(path)));
-                       }},
-                      {"count",
-                       get,
-                       {},
-                       [workbooks](const CallArguments&, VARIANT& result) { setResult(result, workbooks->count()); }},
-                  });
+    const auto open = [given, self = *this](Arguments with) {
+        const bool isReadOnly = with.count() == 3 && with.flag(2);
+        return self.workbook(isReadOnly ? given->OpenReadOnly(with.text(0)) : given->Open(with.text(0)));
+    };
+    return object("Workbooks", {getter("Open", open, DISPATCH_METHOD, {"Filename", "UpdateLinks", "ReadOnly"}),
+                                getter("count", [given](Arguments) { return given->count(); })});
 }
 
-AutomationObject* Classes::workbook(std::unique_ptr<Workbook> given) const
+AutomationObject* Classes::workbook(std::shared_ptr<Workbook> given) const
 {
-    const std::shared_ptr<Workbook> workbook = std::move(given);
-    return object("Workbook",
-                  {
-                      {"Sheets",
-                       get,
-                       {},
-                       [workbook, self = *this](const CallArguments& arguments, VARIANT& result) {
-                           setResult(result, self.worksheet(workbook->Sheets(arguments.number(0))));
-                       }},
-                      {"ActiveSheet",
-                       get,
-                       {},
-                       [workbook, self = *this](const CallArguments&, VARIANT& result) {
-                           setResult(result, self.worksheet(workbook->ActiveSheet()));
-                       }},
-                      {"SaveAs",
-                       method,
-                       {"Filename", "FileFormat"},
-                       [workbook](const CallArguments& arguments, VARIANT&) {
-                           workbook->SaveAs(arguments.text(0), static_cast<FileFormat>(arguments.number(1)));
-                       }},
-                      {"Close", method, {}, [workbook](const CallArguments&, VARIANT&) { workbook->Close(); }},
-                  });
-}
-
-AutomationObject* Classes::worksheet(std::unique_ptr<Worksheet> given) const
-{
-    const std::shared_ptr<Worksheet> sheet = std::move(given);
+    const auto saveAs = [given](Arguments with) {
+        given->SaveAs(with.text(0), static_cast<FileFormat>(with.number(1)));
+    };
     return object(
-        "Worksheet",
-        {
-            {"Name",
-             get,
-             {},
-             [sheet](const CallArguments&, VARIANT& result) { setResult(result, std::string_view(sheet->Name())); }},
-            {"Activate", method, {}, [sheet](const CallArguments&, VARIANT&) { sheet->Activate(); }},
-            {"Rows",
-             get,
-             {},
-             [sheet, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 setResult(result, self.range(sheet->Rows(arguments.text(0))));
-             }},
-            {"Range",
-             get,
-             {},
-             [sheet, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 setResult(result, self.range(sheet->Range(arguments.text(0))));
-             }},
-            {"UsedRange",
-             get,
-             {},
-             [sheet, self = *this](const CallArguments&, VARIANT& result) {
-                 setResult(result, self.range(sheet->UsedRange()));
-             }},
-            {"Cells",
-             put,
-             {},
-             [sheet](const CallArguments& arguments, VARIANT&) {
-                 sheet->PutCells(arguments.number(0), arguments.number(1), arguments.putText());
-             }},
-        });
+        "Workbook",
+        {getter("Sheets",
+                [given, self = *this](Arguments with) { return self.worksheet(given->Sheets(with.number(0))); }),
+         getter("ActiveSheet", [given, self = *this](Arguments) { return self.worksheet(given->ActiveSheet()); }),
+         action("SaveAs", saveAs, {"Filename", "FileFormat"}),
+         action("Close", [given](Arguments) { given->Close(); })});
 }
 
-AutomationObject* Classes::range(std::unique_ptr<CellRange> given) const
+AutomationObject* Classes::worksheet(std::shared_ptr<Worksheet> given) const
 {
-    const std::shared_ptr<CellRange> range = std::move(given);
-    return object(
-        "Range",
-        {
-            {"Rows",
-             get,
-             {},
-             [range, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 setResult(result,
-                           self.range(arguments.count() == 0 ? range->Rows() : range->Rows(arguments.number(0))));
-             }},
-            {"Columns",
-             get,
-             {},
-             [range, self = *this](const CallArguments& arguments, VARIANT& result) {
-                 setResult(result,
-                           self.range(arguments.count() == 0 ? range->Columns() : range->Columns(arguments.number(0))));
-             }},
-            {"count", get, {}, [range](const CallArguments&, VARIANT& result) { setResult(result, range->count()); }},
-            {"Row", get, {}, [range](const CallArguments&, VARIANT& result) { setResult(result, range->Row()); }},
-            {"Column", get, {}, [range](const CallArguments&, VARIANT& result) { setResult(result, range->Column()); }},
-            {"Select", method, {}, [range](const CallArguments&, VARIANT&) { range->Select(); }},
-            {"CopyPicture",
-             method,
-             {},
-             [range, copyPicture = m_copyPicture](const CallArguments&, VARIANT&) { copyPicture(*range); }},
-        });
+    const auto cells = [given](Arguments with) { given->PutCells(with.number(0), with.number(1), with.putText()); };
+    const auto rows = [given, self = *this](Arguments with) { return self.range(given->Rows(with.text(0))); };
+    const auto range = [given, self = *this](Arguments with) { return self.range(given->Range(with.text(0))); };
+    return object("Worksheet",
+                  {getter("Name", [given](Arguments) { return given->Name(); }),
+                   action("Activate", [given](Arguments) { given->Activate(); }), getter("Rows", rows),
+                   getter("Range", range),
+                   getter("UsedRange", [given, self = *this](Arguments) { return self.range(given->UsedRange()); }),
+                   setter("Cells", cells)});
 }
 
-AutomationObject* Classes::selection(std::unique_ptr<Selection> given) const
+AutomationObject* Classes::range(std::shared_ptr<CellRange> given) const
 {
-    const std::shared_ptr<Selection> selection = std::move(given);
-    return object("Selection",
-                  {
-                      {"Copy", method, {}, [selection](const CallArguments&, VARIANT&) { selection->Copy(); }},
-                      {"PasteSpecial",
-                       method,
-                       {"Paste", "Operation", "SkipBlanks", "Transpose"},
-                       [selection](const CallArguments& arguments, VARIANT&) {
-                           selection->PasteSpecial(static_cast<PasteType>(arguments.number(0)),
-                                                   static_cast<PasteOperation>(arguments.number(1)), arguments.flag(2),
-                                                   arguments.flag(3));
-                       }},
-                  });
+    const auto rows = [given, self = *this](Arguments with) {
+        return self.range(with.count() == 0 ? given->Rows() : given->Rows(with.number(0)));
+    };
+    const auto columns = [given, self = *this](Arguments with) {
+        return self.range(with.count() == 0 ? given->Columns() : given->Columns(with.number(0)));
+    };
+    return object("Range", {getter("Rows", rows), getter("Columns", columns),
+                            getter("count", [given](Arguments) { return given->count(); }),
+                            getter("Row", [given](Arguments) { return given->Row(); }),
+                            getter("Column", [given](Arguments) { return given->Column(); }),
+                            action("Select", [given](Arguments) { given->Select(); }),
+                            action("CopyPicture", [given, copy = m_copyPicture](Arguments) { copy(*given); })});
+}
+
+AutomationObject* Classes::selection(std::shared_ptr<Selection> given) const
+{
+    const auto paste = [given](Arguments with) {
+        given->PasteSpecial(static_cast<PasteType>(with.number(0)), static_cast<PasteOperation>(with.number(1)),
+                            with.flag(2), with.flag(3));
+    };
+    return object("Selection", {action("Copy", [given](Arguments) { given->Copy(); }),
+                                action("PasteSpecial", paste, {"Paste", "Operation", "SkipBlanks", "Transpose"})});
 }
 
 } // namespace
