@@ -1,5 +1,6 @@
 """A virtual desktop with a window manager and an accessibility bus, to drive a program by real keys and clicks."""
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -147,6 +148,6 @@ class Desktop:
                               text=True).stdout
 
     def _search(self, title):
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"], env=self.environment,
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(title)}$"], env=self.environment,
                                capture_output=True, text=True).stdout.split()
         return found[-1] if found else None
