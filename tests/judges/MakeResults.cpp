@@ -9,8 +9,6 @@
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
-#include <QGuiApplication>
-
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
@@ -73,7 +71,6 @@ void writeCells(const fs::path& workbook, const fs::path& list)
 
 int main(int argc, char* argv[])
 {
-    const QGuiApplication application(argc, argv); // pictures need its fonts
     FailOnMessages messages;
     setMessages(&messages);
     const fs::path folder = argv[1];

@@ -10,8 +10,8 @@
 
 namespace wagemill::test {
 
-/// Builds payroll workbooks through the embedded engine, as the program does without its windows. Needs a
-/// QGuiApplication, and the folder that TEMP names.
+/// Builds payroll workbooks through the embedded engine, as the program does without its windows. Needs
+/// the folder that TEMP names.
 class EmbeddedBuilds {
 public:
     /// templateBytes  a template other than the program's own
