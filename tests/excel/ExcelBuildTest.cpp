@@ -3,6 +3,7 @@
 #include "tests/workbook/BuildCases.h"
 
 #include "app/base/Files.h"
+#include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/BiffReader.h"
@@ -91,13 +92,6 @@ SIZE naturalSize(const std::vector<std::byte>& metafile)
             ::MulDiv(header.rclFrame.bottom - header.rclFrame.top, 96, 2540)};
 }
 
-SIZE bitmapSize(const std::vector<std::byte>& bitmapFile)
-{
-    BITMAPINFOHEADER header = {};
-    std::memcpy(&header, bitmapFile.data() + sizeof(BITMAPFILEHEADER), sizeof header);
-    return {header.biWidth, std::abs(header.biHeight)};
-}
-
 /// What a user must find after any build: the windows usable, the intermediate files gone.
 void expectTidy(const BuildOutcome& outcome, const std::filesystem::path& folder, const std::string& when)
 {
@@ -118,9 +112,9 @@ protected:
         EXPECT_EQ(messages.texts(), std::vector<std::string>()) << when;
         ASSERT_FALSE(through.workbook.empty() || direct.workbook.empty()) << when;
         EXPECT_EQ(workbookDifferences(through.workbook, direct.workbook), std::vector<std::string>()) << when;
-        const SIZE expected = bitmapSize(direct.picture);
-        EXPECT_NEAR(naturalSize(through.picture).cx, expected.cx, 1) << when;
-        EXPECT_NEAR(naturalSize(through.picture).cy, expected.cy, 1) << when;
+        const drawing::Drawing expected = readDrawingFile(direct.picture);
+        EXPECT_NEAR(naturalSize(through.picture).cx, expected.width, 1) << when;
+        EXPECT_NEAR(naturalSize(through.picture).cy, expected.height, 1) << when;
         expectTidy(through, folder, when);
         EXPECT_EQ(excelProcessesLeft(), 0) << when;
     }
