@@ -58,10 +58,7 @@ protected:
         setProgramFolder(folder.path());
         setUserStore(std::make_unique<MapStore>(stored));
     }
-    ~SplashTest() override
-    {
-        setUserStore(nullptr);
-    }
+    ~SplashTest() override { setUserStore(nullptr); }
 
     void putPicture(const char* name)
     {

@@ -9,9 +9,8 @@ namespace wagemill::test {
 
 EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
 {
-    m_services.spreadsheet = {
-        [this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
-        &m_clipboard};
+    m_services.spreadsheet = {[this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
+                              &m_clipboard};
     m_services.templateResource = [templateBytes] {
         return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;
     };
