@@ -165,29 +165,61 @@ double leftOf(Align align, const QRectF& inner, double width)
 
 } // namespace
 
-DrawingPainter::DrawingPainter(const drawing::Drawing& drawing) : m_drawing(drawing)
+Stripes::Stripes(double height) : m_height(std::max(1.0, height / stripes))
+{
+}
+
+void Stripes::add(const QRectF& bounds)
+{
+    const QRectF area = bounds.normalized();
+    for (std::size_t stripe = stripeAt(area.top()); stripe <= stripeAt(area.bottom()); ++stripe)
+        m_items[stripe].push_back(m_count);
+    ++m_count;
+}
+
+std::vector<std::uint32_t> Stripes::itemsNear(const QRectF& part) const
+{
+    std::vector<std::uint32_t> found;
+    for (std::size_t stripe = stripeAt(part.top()); stripe <= stripeAt(part.bottom()); ++stripe)
+        found.insert(found.end(), m_items[stripe].begin(), m_items[stripe].end());
+    std::ranges::sort(found);
+    found.erase(std::unique(found.begin(), found.end()), found.end()); // an item may be in several stripes
+    return found;
+}
+
+std::size_t Stripes::stripeAt(double y) const
+{
+    return static_cast<std::size_t>(std::clamp(y / m_height, 0.0, stripes - 1.0));
+}
+
+DrawingPainter::DrawingPainter(const drawing::Drawing& drawing)
+    : m_drawing(drawing), m_fills(drawing.height), m_lines(drawing.height), m_texts(drawing.height)
 {
     for (const drawing::Font& font : drawing.fonts)
         m_fonts.push_back(drawnFont(font));
+    for (const drawing::Fill& fill : drawing.fills)
+        m_fills.add(rectOf(fill.area));
+    for (const Line& line : drawing.lines)
+        m_lines.add(boundsOf(line));
     for (const drawing::Text& text : drawing.texts)
-        m_rooms.push_back(rectOf(text.room));
+        m_texts.add(rectOf(text.room));
 }
 
 void DrawingPainter::paint(QPainter& painter, const QRectF& part) const
 {
     const QRectF near = part.adjusted(-2, -2, 2, 2); // a thick line extends beyond its edge
     painter.save();
-    for (const drawing::Fill& fill : m_drawing.fills)
-        if (rectOf(fill.area).intersects(near))
+    for (const std::uint32_t item : m_fills.itemsNear(near))
+        if (const drawing::Fill& fill = m_drawing.fills[item]; rectOf(fill.area).intersects(near))
             painter.fillRect(rectOf(fill.area), colorOf(fill.color));
     LinePainter lines(painter, near);
-    for (const Line& line : m_drawing.lines)
-        if (boundsOf(line).intersects(near))
+    for (const std::uint32_t item : m_lines.itemsNear(near))
+        if (const Line& line = m_drawing.lines[item]; boundsOf(line).intersects(near))
             lines.draw(line);
     painter.scale(1 / twipsPerPixel, 1 / twipsPerPixel);
-    for (std::size_t index = 0; index < m_rooms.size(); ++index)
-        if (m_rooms[index].intersects(near))
-            paintText(painter, m_drawing.texts[index]);
+    for (const std::uint32_t item : m_texts.itemsNear(near))
+        if (const drawing::Text& text = m_drawing.texts[item]; rectOf(text.room).intersects(near))
+            paintText(painter, text);
     painter.restore();
 }
 
