@@ -185,7 +185,7 @@ std::vector<std::byte> drawingFile(const drawing::Drawing& drawing)
 {
     Writer writer;
     for (const char letter : signature)
-        writer.whole(letter, 0);
+        writer.whole(static_cast<std::uint8_t>(letter), 0);
     writer.whole(version, 0);
     transfer(writer, drawing);
     writer.whole(drawingChecksum(writer.bytes()), 0);

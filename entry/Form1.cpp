@@ -31,7 +31,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <ranges>
+#include <span>
 
 namespace wagemill {
 
@@ -300,7 +300,7 @@ void Form1::refill(ErrorTrap& trap)
 void Form1::refillOtherRows()
 {
     std::vector<RefillFailure> failures;
-    for (EmployeePanel* container : picMainContainer | std::views::drop(1))
+    for (EmployeePanel* container : std::span(picMainContainer).subspan(1))
         for (std::size_t field = 0; field < rowFields.size(); ++field)
             try {
                 container->refill(field);

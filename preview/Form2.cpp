@@ -242,7 +242,7 @@ void Form2::fitWindow()
     layout()->invalidate();
     layout()->activate();
     const auto surplus = [](int picture, int viewport) {
-        const float natural = static_cast<float>(naturalExtent(static_cast<double>(toUnits(picture))));
+        const auto natural = static_cast<float>(naturalExtent(static_cast<double>(toUnits(picture))));
         return toPixels(missingOverhang(natural - toUnits(viewport)));
     };
     setFixedSize(size() -

@@ -44,10 +44,14 @@ private:
     {
         constexpr double nearEnough = 0.7;
         std::size_t index = 0;
-        for (scale /= m_sizes.front().devicePixelRatio(); scale < nearEnough; scale *= 2, ++index)
+        scale /= m_sizes.front().devicePixelRatio();
+        while (scale < nearEnough) {
             if (index + 1 == m_sizes.size())
                 m_sizes.push_back(
                     m_sizes[index].scaled(m_sizes[index].size() / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+            scale *= 2;
+            ++index;
+        }
         return m_sizes[index];
     }
 

@@ -163,7 +163,7 @@ void setWindowEventPump(std::function<void()> pump)
 
 void processWindowEvents()
 {
-    WindowEventPump& pump = programWide<WindowEventPump>();
+    auto& pump = programWide<WindowEventPump>();
     if (!pump.run)
         return;
     const bool wasRunning = std::exchange(pump.isRunning, true);

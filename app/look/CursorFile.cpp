@@ -28,7 +28,7 @@ struct CursorPicture {
 /// ("ICO file format", https://learn.microsoft.com/previous-versions/ms997538(v=msdn.10)).
 QPoint hotSpotOf(const QByteArray& file, int index)
 {
-    const char* const entry = file.constData() + headerSize + entrySize * index;
+    const char* const entry = file.constData() + headerSize + qsizetype{entrySize} * index;
     return {qFromLittleEndian<quint16>(entry + 4), qFromLittleEndian<quint16>(entry + 6)};
 }
 
