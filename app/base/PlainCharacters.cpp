@@ -63,14 +63,12 @@ char32_t plainCharacter(char32_t character, char32_t zeroDigit)
 
 std::string plainCharacters(std::string_view text, const RegionalFormats& formats)
 {
-    std::u32string plain;
-    for (const char32_t typed : toUtf32(text)) {
-        const char32_t character = plainCharacter(typed, formats.zeroDigit);
-        if (character != dropped && !(character == U' ' && plain.empty()))
-            plain += character;
-    }
-    while (!plain.empty() && plain.back() == U' ')
-        plain.pop_back();
+    std::u32string plain = toUtf32(text);
+    for (char32_t& character : plain)
+        character = plainCharacter(character, formats.zeroDigit);
+    std::erase(plain, dropped);
+    plain.erase(plain.find_last_not_of(U' ') + 1);
+    plain.erase(0, plain.find_first_not_of(U' '));
     return toUtf8(plain);
 }
 
