@@ -89,7 +89,7 @@ TEST_P(DamagedFiles, EveryPrefixOfTheRecordsIsReadOrRefused)
     const auto streams = engine::xls::readCompoundFile(m_whole);
     const Bytes& stream =
         std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &engine::CarriedStream::path)->data;
-    const std::size_t step = shortOrLong<std::size_t>(7, 1);
+    const std::size_t step = shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 17 : 7, 1);
     for (std::size_t size = 0; size < stream.size(); size += step)
         tryInTime(containerOf({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)}),
                   "records cut off after " + std::to_string(size) + " bytes");
@@ -98,7 +98,7 @@ TEST_P(DamagedFiles, EveryPrefixOfTheRecordsIsReadOrRefused)
 TEST_P(DamagedFiles, EveryFlippedBitIsReadOrRefused)
 {
     const std::size_t step =
-        shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 31 : 7, 1); // primes: no bit of a byte is left out
+        shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 307 : 7, 1); // primes: no bit of a byte is left out
     Bytes changed = m_whole;
     for (std::size_t bit = 0; bit < changed.size() * 8; bit += step) {
         const auto mask = static_cast<std::byte>(1U << bit % 8);

@@ -4,6 +4,7 @@
 #include "app/base/Files.h"
 #include "tests/reliability/engine/NoProcesses.h"
 #include "tests/support/EmbeddedBuilds.h"
+#include "tests/support/LongForm.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/engine/xls/CompoundFile.h"
@@ -147,12 +148,14 @@ int buildAll()
     const ScopedEnvironment temporary("TEMP", folder.path().string());
     const RecordedMessages messages; // an order that is no formula is refused in the error dialog
     EmbeddedBuilds builds;
+    const int step = shortOrLong(WAGEMILL_SANITIZED ? 7 : 1, 1); // of no common factor with the fields
     int wrong = 0;
     int number = 0;
     for (const std::string_view prefix : prefixes)
         for (const std::string_view order : orders)
             for (const std::string_view field : freeFields) {
-                ++number;
+                if (++number % step != 0)
+                    continue;
                 const std::string text = std::string(prefix) + std::string(order);
                 const auto workbook = builds.build(dataWith(field, text));
                 const std::string offence =
@@ -163,7 +166,7 @@ int buildAll()
                 std::printf("%s in %s: %s\n", text.c_str(), std::string(field).c_str(), offence.c_str());
                 ++wrong;
             }
-    std::printf("%d builds, %d wrong\n", number, wrong);
+    std::printf("%d builds, %d wrong\n", number / step, wrong);
     std::fflush(stdout);
     return wrong;
 }
