@@ -41,7 +41,7 @@ void picture(benchmark::State& state)
     for (auto _ : state)
         storeAnew(drawingFile(pictureOf(book)), folder / "picture.bmp");
 }
-BENCHMARK(picture)->Apply(employees);
+BENCHMARK(picture)->Apply(employees)->Arg(400);
 
 /// What the picture is held against: a bitmap of its size in one colour, filled and stored.
 void pictureOfOneColour(benchmark::State& state)
