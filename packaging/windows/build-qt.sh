@@ -19,7 +19,7 @@ rm -rf source build
 mkdir source
 tar xf qt6-base_*.orig.tar.* -C source --strip-components=1
 tar xf qt6-base_*.debian.tar.* -C source
-# Debian's mendings; two of its patches are for the layout of its own packages.
+# Debian's fixes; two of its patches are for the layout of its own packages.
 (cd source && grep -vE '^(#|$)|cross.patch|build_path' debian/patches/series |
     while read -r patch; do patch -p1 -s <"debian/patches/$patch"; done)
 
@@ -27,10 +27,12 @@ tar xf qt6-base_*.debian.tar.* -C source
 left_out=(sql network dbus opengl concurrent xml zstd system_zlib direct2d vulkan tabletevent directwrite directwrite3)
 options=("${left_out[@]/#/-DFEATURE_}")
 options=("${options[@]/%/=OFF}")
-cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_INSTALL_PREFIX="$prefix" \
+# Neither the folder of this build nor that of the result stands in the program afterwards.
+cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_INSTALL_PREFIX=/qt-windows \
+    -DCMAKE_C_FLAGS="-ffile-prefix-map=$work/source=qt" -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$work/source=qt" \
     -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/cmake" \
     -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_SHARED_LIBS=OFF -DQT_BUILD_TESTS=OFF -DQT_BUILD_EXAMPLES=OFF \
     -DFEATURE_testlib=ON -DINPUT_opengl=no "${options[@]}"
 cmake --build build
-cmake --install build
+cmake --install build --prefix "$prefix"
 echo "Qt for Windows is in $prefix"
