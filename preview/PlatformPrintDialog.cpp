@@ -1,12 +1,16 @@
 #include "preview/Printing.h"
 
+#include "app/look/Look.h"
+
 #include <QPrintDialog>
 
 namespace wagemill {
 
 bool PlatformPrintDialog::choose(QPrinter& printer, QWidget& owner)
 {
-    return QPrintDialog(&printer, &owner).exec() == QDialog::Accepted;
+    QPrintDialog dialog(&printer, &owner);
+    applyDesignFont(dialog);
+    return dialog.exec() == QDialog::Accepted;
 }
 
 } // namespace wagemill

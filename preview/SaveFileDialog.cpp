@@ -1,5 +1,7 @@
 #include "preview/SaveFileDialog.h"
 
+#include "app/look/Look.h"
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -37,6 +39,7 @@ std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& re
 {
     QFileDialog dialog(&owner, QString::fromStdString(request.title), startFolder(m_lastFolder));
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
+    applyDesignFont(dialog);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     QStringList filters = nameFilters(request.filter);

@@ -7,6 +7,7 @@ from desktop import Desktop, StepFailed
 from wagemill_guide import PREVIEW, START, Guide
 
 SAVE = "Save Results To Excel File"
+PREVIEW_UNIT = 4  # pixels; a picture is whole units large
 NED = "Pay stub of Ned Hollister: gross pay $997.00, net pay $688.90."
 
 
@@ -54,7 +55,8 @@ def needs_no_mouse(program):
         picture = guide.screen.find("image", "Picture of the payroll sheet")
         natural = guide.screen.box(picture).width
         desktop.key("ctrl+plus", "ctrl+plus", "ctrl+minus")
-        desktop.wait_for(lambda: abs(guide.screen.box(picture).width - natural * 1.25) < 2, "the zoomed picture")
+        zoomed = natural // PREVIEW_UNIT * 5 // 4 * PREVIEW_UNIT
+        desktop.wait_for(lambda: guide.screen.box(picture).width == zoomed, f"the picture to be {zoomed} pixels wide")
         desktop.key("Escape")
         save_by_keyboard(desktop, guide, os.path.join(desktop.home, "run", "March"))
         expect(os.path.exists(os.path.join(desktop.home, "run", "March")), "the file was not saved as it was named")
