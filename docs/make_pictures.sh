@@ -17,7 +17,7 @@ soffice --headless "-env:UserInstallation=file://$work/profile" --convert-to pdf
 pdftoppm -r 120 -png "$work/payroll.pdf" "$work/page"
 stub=(-fuzz 4% -trim +repage -bordercolor white -border 10 -resize 860x)
 convert "$work/page-3.png" -crop 100%x30%+0+66 +repage "${stub[@]}" "$work/theirs.png"
-convert "$work/preview.png" -crop 852x294+12+85 +repage "${stub[@]}" "$work/ours.png"
+convert "$work/preview.png" -crop 853x309+13+79 +repage "${stub[@]}" "$work/ours.png"
 title=(-background white -fill '#555555' -font Liberation-Sans -pointsize 15 -gravity center)
 convert "${title[@]}" -size 880x34 label:"The picture in Wagemill's preview" "$work/ours.png" \
     label:"The page as LibreOffice prints it" "$work/theirs.png" -append "$work/side-by-side.png"
