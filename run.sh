@@ -5,9 +5,8 @@ cd "$(dirname "$0")"
 source scripts/packages.sh
 
 requirePackages "${buildPackages[@]}"
-mkdir -p build
 echo "Building Wagemill ..."
-buildProgram build/release -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=OFF
+buildPreset release
 
 if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
     exec build/release/program/wagemill

@@ -18,25 +18,22 @@ esac
 requirePackages "${buildPackages[@]}" "${testPackages[@]}" "${desktopPackages[@]}" "${benchmarkPackages[@]}"
 mkdir -p build
 
-# runTests FOLDER TITLE
+# runTests PRESET TITLE
 runTests() {
-    local folder=$1 title=$2 limit=300
-    [ -n "${WAGEMILL_LONG:-}" ] && limit=86400
+    local preset=$1 title=$2 log=build/$1.tests.log
     echo "== $title: testing =="
-    ctest --test-dir "$folder" --output-on-failure --parallel 2 --timeout $limit 2>&1 | tee "$folder.tests.log" |
+    ctest --preset "$preset" ${WAGEMILL_LONG:+--timeout 86400} 2>&1 | tee "$log" |
         grep -vE '^QStandardPaths|^ *[0-9]+/[0-9]+ Test +#.* Passed |^ +Start +[0-9]+:' || true
     # A test that skips itself says why; these lines are for the reader, and no failure.
-    grep -hE -A1 '^Skipped:|: Skipped$' "$folder/Testing/Temporary/LastTest.log" | grep -vE '^--$|: Skipped$|^<end of output>' |
-        sed -E 's/^(Skipped: )?/Skipped: /' | sort -u || true
-    grep -qE '^100% tests passed' "$folder.tests.log"
+    grep -hE -A1 '^Skipped:|: Skipped$' "$(sed -n 's/^Test project //p' "$log")/Testing/Temporary/LastTest.log" |
+        grep -vE '^--$|: Skipped$|^<end of output>' | sed -E 's/^(Skipped: )?/Skipped: /' | sort -u || true
+    grep -qE '^100% tests passed' "$log"
 }
 
-# testIn FOLDER TITLE CMAKE_OPTION...
-testIn() {
-    local folder=$1 title=$2
-    shift 2
-    echo "== $title: building =="
-    buildProgram "$folder" "$@" && runTests "$folder" "$title"
+# buildAndTest PRESET TITLE
+buildAndTest() {
+    echo "== $2: building =="
+    buildPreset "$1" && runTests "$1" "$2"
 }
 
 # whyNotForWindows: what the tests for Windows lack; nothing when they can run.
@@ -57,7 +54,7 @@ testForWindows() {
     echo "== For Windows: building =="
     local tools=build/test/resources
     [ -x $tools/template_builder ] || tools= # the native build failed; the Windows one makes its own
-    WAGEMILL_HOST_TOOLS=$tools packaging/windows/build.sh --with-tests && runTests build/windows/app "For Windows"
+    WAGEMILL_HOST_TOOLS=$tools packaging/windows/build.sh --with-tests && runTests windows "For Windows"
 }
 
 fuzz() {
@@ -75,9 +72,9 @@ stage() {
     echo "== $title: $((SECONDS - start)) s =="
 }
 
-stage "Plain" testIn build/test "Plain" -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=ON -DWAGEMILL_BENCHMARKS=ON
+stage "Plain" buildAndTest test "Plain"
 stage "For Windows" testForWindows
-stage "With sanitizers" testIn build/sanitized "With sanitizers" -DCMAKE_BUILD_TYPE=Debug -DWAGEMILL_SANITIZE=ON -DWAGEMILL_TESTS=ON
+stage "With sanitizers" buildAndTest sanitized "With sanitizers"
 [ -z "${WAGEMILL_LONG:-}" ] || stage "Fuzzing" fuzz
 
 if [ ${#failed[@]} -ne 0 ]; then

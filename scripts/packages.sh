@@ -33,14 +33,14 @@ requirePackages() {
         { echo "The packages could not be installed: ${missing[*]}" >&2; return 1; }
 }
 
-# buildProgram FOLDER CMAKE_OPTION...: configures and builds all of it, or WAGEMILL_TARGET alone; what went wrong is shown
-# whole.
-buildProgram() {
-    local folder=$1
+# buildPreset PRESET CMAKE_OPTION...: configures and builds all of a preset, or WAGEMILL_TARGET alone; what went wrong is
+# shown whole.
+buildPreset() {
+    local preset=$1 log=build/$1.log
     shift
-    local launcher=()
-    command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    cmake -S . -B "$folder" -G Ninja "${launcher[@]}" "$@" >"$folder.log" 2>&1 &&
-        cmake --build "$folder" ${WAGEMILL_TARGET:+--target "$WAGEMILL_TARGET"} >>"$folder.log" 2>&1 ||
-        { cat "$folder.log" >&2; echo "Building in $folder failed." >&2; return 1; }
+    mkdir -p build
+    command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    cmake --preset "$preset" "$@" >"$log" 2>&1 &&
+        cmake --build --preset "$preset" ${WAGEMILL_TARGET:+--target "$WAGEMILL_TARGET"} >>"$log" 2>&1 ||
+        { cat "$log" >&2; echo "Building the preset \"$preset\" failed." >&2; return 1; }
 }

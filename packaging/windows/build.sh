@@ -21,13 +21,12 @@ qt=$(realpath -m "${QT_WINDOWS_PREFIX:-build/windows/qt-windows}")
 tools=${WAGEMILL_HOST_TOOLS:-}
 if [ -z "$tools" ]; then
     echo "Building the template builder ..."
-    tools=build/windows/host/resources
-    WAGEMILL_TARGET=template_builder buildProgram build/windows/host -DCMAKE_BUILD_TYPE=Release -DWAGEMILL_TESTS=OFF
+    tools=build/release/resources
+    WAGEMILL_TARGET=template_builder buildPreset release
 fi
 
 echo "Building for Windows ..."
-buildProgram build/windows/app -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake -DQT_WINDOWS_PREFIX="$qt" \
-    -DWAGEMILL_HOST_TOOLS="$(realpath "$tools")" -DCMAKE_BUILD_TYPE=MinSizeRel -DWAGEMILL_TESTS=$tests
+buildPreset windows -DQT_WINDOWS_PREFIX="$qt" -DWAGEMILL_HOST_TOOLS="$(realpath "$tools")" -DWAGEMILL_TESTS=$tests
 cd build/windows
 rm -rf wagemill-* _CPack_Packages files
 (cd app && cpack -B .. >cpack.log) || { cat app/cpack.log >&2; exit 1; }

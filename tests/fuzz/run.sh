@@ -3,7 +3,7 @@
 # Builds in build/fuzz with clang and every sanitizer, then runs each target RUNS times, one after the other, with at
 # most 256 MB. An input may take 1 second: the replay of seeds and findings in a plain build measures that. Here, with
 # sanitizers and perhaps on a busy machine, 20 seconds raise the alarm. What coverage finds stays in build/fuzz/corpus for
-# the next time. A finding is left in build/fuzz/findings, and ends the run with 1; mend it and keep the input under
+# the next time. A finding is left in build/fuzz/findings, and ends the run with 1; fix it and keep the input under
 # tests/fuzz/findings/TARGET. Ends with 77 when there is no clang or no libFuzzer.
 set -euo pipefail
 
@@ -26,10 +26,10 @@ main() {
         exit 77
     fi
 
-    build=${WAGEMILL_FUZZ_BUILD:-build/fuzz}
-    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER="$compiler" -DWAGEMILL_FUZZ=ON \
-        -DWAGEMILL_SANITIZE=ON >"$build.log" 2>&1 || { cat "$build.log"; exit 1; }
-    ninja -C "$build" "${targets[@]/#/fuzz_}" >>"$build.log" 2>&1 || { tail -50 "$build.log"; exit 1; }
+    build=build/fuzz
+    mkdir -p build
+    cmake --preset fuzz -DCMAKE_CXX_COMPILER="$compiler" >"$build.log" 2>&1 || { cat "$build.log"; exit 1; }
+    cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}" >>"$build.log" 2>&1 || { tail -50 "$build.log"; exit 1; }
 
     export QT_QPA_PLATFORM=offscreen
     export ASAN_OPTIONS=quarantine_size_mb=8:allocator_release_to_os_interval_ms=500 # memory is to be what the program takes
