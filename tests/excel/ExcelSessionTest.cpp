@@ -1,6 +1,7 @@
 #include "tests/excel/ExcelTest.h"
 #include "tests/support/FailureOf.h"
 
+#include "workbook/excel/CallWatch.h"
 #include "workbook/excel/ExcelSession.h"
 
 #include <thread>
@@ -12,6 +13,7 @@
 
 using namespace wagemill;
 using namespace wagemill::test;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -99,40 +101,50 @@ TEST_F(ExcelSessionTest, LetsNoWindowEventRunDuringACall)
 
 HWND shownWindow(const wchar_t* title)
 {
-    for (int attempt = 0; attempt < 300; ++attempt, ::Sleep(100))
-        if (const HWND window = ::FindWindowW(nullptr, title); window != nullptr && ::IsWindowVisible(window))
-            return window;
-    return nullptr;
+    const HWND window = ::FindWindowW(nullptr, title);
+    return ::IsWindowVisible(window) ? window : nullptr;
 }
 
-void answer(HWND box, int button)
+bool isInFront(const wchar_t* title)
 {
-    ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    const HWND window = shownWindow(title);
+    return window != nullptr && ::GetForegroundWindow() == window;
 }
 
-/// Excel asks something that is behind other windows: after 20 seconds the user is led there.
+bool isGone(const wchar_t* title)
+{
+    return shownWindow(title) == nullptr;
+}
+
+/// Answers the box again and again: the first answer may come before it is ready.
+bool isGoneWhenAnswered(const wchar_t* title, int button)
+{
+    ::PostMessageW(shownWindow(title), WM_COMMAND, static_cast<WPARAM>(button), 0);
+    return isGone(title);
+}
+
+/// Excel asks something that is behind other windows: the user is led there.
 TEST_F(ExcelSessionTest, OffersToBringAnExcelToTheFrontThatDoesNotAnswer)
 {
+    const wchar_t* const excelsQuestion = L"Test question";
+    const wchar_t* const offer = L"Wagemill";
     startAnew({"ask=Version", "ask=Version"});
     for (const bool isBroughtToTheFront : {true, false}) {
-        bool wasInFront = false;
-        bool isGone = false;
-        std::jthread user([&] {
-            const HWND excelsQuestion = shownWindow(L"Test question");
-            const HWND offer = shownWindow(L"Wagemill");
-            if (isBroughtToTheFront)
-                answer(offer, IDYES);
-            ::Sleep(1000);
-            wasInFront = ::GetForegroundWindow() == excelsQuestion;
-            answer(excelsQuestion, IDYES);
-            ::Sleep(1000);
-            isGone = !::IsWindow(offer);
-        });
         const auto session = createSession();
+        automation::CallWatch::patience = 3'000;
+        std::jthread user([&] {
+            EXPECT_TRUE(isSoon([&] { return shownWindow(excelsQuestion) != nullptr; }, 30s));
+            EXPECT_TRUE(isSoon([&] { return isInFront(offer); }, 30s));
+            if (isBroughtToTheFront) {
+                EXPECT_TRUE(isSoon([&] { return isGoneWhenAnswered(offer, IDYES); }, 30s));
+                EXPECT_TRUE(isSoon([&] { return isInFront(excelsQuestion); }, 30s));
+            }
+            EXPECT_TRUE(isSoon([&] { return isGoneWhenAnswered(excelsQuestion, IDYES); }, 30s));
+            EXPECT_TRUE(isSoon([&] { return isGone(offer); }, 30s));
+        });
         EXPECT_EQ(session->Version(), "16.0");
         user.join();
-        EXPECT_EQ(wasInFront, isBroughtToTheFront);
-        EXPECT_TRUE(isGone);
+        automation::CallWatch::patience = 20'000;
     }
 }
 

@@ -1,8 +1,11 @@
 #include "tests/excel/ExcelTest.h"
+#include "tests/support/LongForm.h"
 
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
 #include "app/base/RandomNumber.h"
+#include "app/base/WindowsOwnership.h"
+#include "app/base/WindowsText.h"
 #include "app/look/UserRegion.h"
 #include "resources/CustomResource.h"
 #include "workbook/embedded/EmbeddedApplication.h"
@@ -14,18 +17,54 @@
 #include <windows.h>
 
 #include <array>
-#include <chrono>
 #include <fstream>
+#include <iostream>
 #include <string_view>
-#include <thread>
 
 #include <tlhelp32.h>
 
 namespace wagemill::test {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 namespace {
+
+/// The processes of the test's Excel.
+std::vector<DWORD> excels()
+{
+    const WindowsHandle snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    std::vector<DWORD> processes;
+    PROCESSENTRY32W process = {};
+    process.dwSize = sizeof process;
+    for (BOOL more = ::Process32FirstW(snapshot.get(), &process); more;
+         more = ::Process32NextW(snapshot.get(), &process))
+        if (std::wstring_view(process.szExeFile) == L"excel.exe")
+            processes.push_back(process.th32ProcessID);
+    return processes;
+}
+
+BOOL CALLBACK printTitle(HWND window, LPARAM /*unused*/)
+{
+    std::array<wchar_t, 200> title = {};
+    if (::IsWindowVisible(window) && ::InternalGetWindowText(window, title.data(), static_cast<int>(title.size())) > 0)
+        std::cerr << "A window is open: " << toUtf8(title.data()) << std::endl;
+    return TRUE;
+}
+
+/// A call that nobody answers waits for ever.
+void endWhatHangs(const std::stop_token& stop)
+{
+    const auto isOver = [&] { return stop.stop_requested(); };
+    if (isSoon(isOver, std::chrono::minutes(shortOrLong(5, 60))))
+        return;
+    ADD_FAILURE() << "The test did not end in time; its Excels are ended.";
+    ::EnumWindows(printTitle, 0);
+    for (const DWORD process : excels())
+        ::TerminateProcess(WindowsHandle(::OpenProcess(PROCESS_TERMINATE, FALSE, process)).get(), 1);
+    if (!isSoon(isOver, 1min))
+        ::TerminateProcess(::GetCurrentProcess(), 1);
+}
 
 void emptyClipboard()
 {
@@ -42,31 +81,30 @@ void RecordedWindows::showPicture(const fs::path& path)
     outcome.picture = readBytesFromFile(path);
 }
 
+bool isSoon(const std::function<bool()>& condition, std::chrono::milliseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    bool is = condition();
+    for (; !is && std::chrono::steady_clock::now() < end; is = condition())
+        std::this_thread::sleep_for(20ms);
+    return is;
+}
+
 int excelProcesses()
 {
-    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    int count = 0;
-    PROCESSENTRY32W process = {};
-    process.dwSize = sizeof process;
-    for (BOOL more = ::Process32FirstW(snapshot, &process); more; more = ::Process32NextW(snapshot, &process))
-        count += std::wstring_view(process.szExeFile) == L"excel.exe" ? 1 : 0;
-    ::CloseHandle(snapshot);
-    return count;
+    return static_cast<int>(excels().size());
 }
 
 int excelProcessesLeft()
 {
-    using namespace std::chrono_literals;
-    const auto patience = std::chrono::steady_clock::now() + 10s;
-    int left = excelProcesses();
-    while (left > 0 && std::chrono::steady_clock::now() < patience) {
-        std::this_thread::sleep_for(20ms);
-        left = excelProcesses();
-    }
-    return left;
+    isSoon([] { return excelProcesses() == 0; }, 10s);
+    return excelProcesses();
 }
 
-ExcelTest::ExcelTest() : m_privateFolder(platform::makePrivateFolder()), folder(m_privateFolder / L"L\u00F6hne \u674E")
+ExcelTest::ExcelTest()
+    : m_privateFolder(platform::makePrivateFolder()),
+      folder(m_privateFolder / L"L\u00F6hne \u674E"),
+      m_watch(endWhatHangs)
 {
     fs::create_directory(folder);
     platform::setEnvironmentPath("TEMP", folder);

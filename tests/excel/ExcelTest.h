@@ -6,10 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace wagemill::test {
@@ -34,12 +37,16 @@ struct RecordedWindows : BuildWindows {
     void hideEntry() override { outcome.windowCalls.emplace_back("hide entry"); }
 };
 
+/// Whether the condition comes true within the time; it is asked again and again.
+bool isSoon(const std::function<bool()>& condition, std::chrono::milliseconds time);
 /// How many processes of the test's Excel there are.
 int excelProcesses();
 /// Waits until they are all gone, at most ten seconds. Gives how many are left.
 int excelProcessesLeft();
 
 /// A test with an Excel that is told what to do wrong, and a temporary folder of its own. None may be left at its end.
+/// One that does not end by itself fails after some minutes instead: its Excels are ended, and should that not help,
+/// the tests.
 class ExcelTest : public testing::Test {
 protected:
     ExcelTest();
@@ -74,6 +81,7 @@ private:
 
     std::size_t m_sessions = 0;
     EmbeddedPictureClipboard m_engineClipboard;
+    std::jthread m_watch;
 };
 
 } // namespace wagemill::test

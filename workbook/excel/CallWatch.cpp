@@ -3,7 +3,6 @@
 #include "app/base/WindowsOwnership.h"
 
 #include <array>
-#include <chrono>
 #include <string_view>
 
 #include <windows.h>
@@ -12,8 +11,7 @@ namespace wagemill::automation {
 
 namespace {
 
-constexpr std::uint64_t patience = 20'000; // milliseconds
-constexpr UINT pause = 250;
+constexpr UINT pause = 250; // milliseconds
 
 constexpr const wchar_t* question =
     L"Excel has not answered for 20 seconds. It may be asking something in a window that "
@@ -62,7 +60,8 @@ void bringExcelToTheFront()
 
 BOOL CALLBACK closeBox(HWND box, LPARAM /*unused*/)
 {
-    return ::EndDialog(box, IDNO);
+    ::EndDialog(box, IDNO); // refused by a window of another kind
+    return TRUE;
 }
 
 } // namespace

@@ -20,6 +20,9 @@ public:
         ~Call();
     };
 
+    /// How long a call may take before the user is asked.
+    static inline std::atomic<std::uint64_t> patience = 20'000; // milliseconds
+
 private:
     friend class Call;
     CallWatch();
