@@ -1,8 +1,9 @@
 #include "drawing/DrawingFile.h"
 
+#include "app/base/Bytes.h"
+
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <concepts>
 #include <limits>
@@ -19,91 +20,61 @@ constexpr std::uint8_t version = 1;
 constexpr std::size_t checksumBytes = 8;
 constexpr double maxLength = 1e8;
 
-class Writer {
+class Writer : public ByteWriter {
 public:
     template <class Value>
     void whole(Value value, std::uint64_t /*max*/)
     {
-        const auto number = static_cast<std::uint64_t>(value);
-        for (std::size_t byte = 0; byte < sizeof(Value); ++byte)
-            m_bytes.push_back(static_cast<std::byte>(number >> (8 * byte)));
+        number<sizeof value>(static_cast<std::uint64_t>(value));
     }
-    void length(double value) { whole(std::bit_cast<std::uint64_t>(value), 0); }
+    void length(double value) { real(value); }
     void text(const std::string& value)
     {
-        whole(static_cast<std::uint32_t>(value.size()), 0);
-        const auto bytes = std::as_bytes(std::span(value));
-        m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+        u32(static_cast<std::uint32_t>(value.size()));
+        bytes(std::as_bytes(std::span(value)));
     }
     template <class Item>
     void list(const std::vector<Item>& items)
     {
-        whole(static_cast<std::uint32_t>(items.size()), 0);
+        u32(static_cast<std::uint32_t>(items.size()));
         for (const Item& item : items)
             transfer(*this, item);
     }
-    std::vector<std::byte>& bytes() { return m_bytes; }
-
-private:
-    std::vector<std::byte> m_bytes;
 };
 
-class Reader {
+class Reader : public ByteReader {
 public:
-    explicit Reader(std::span<const std::byte> bytes) : m_bytes(bytes) {}
+    using ByteReader::ByteReader;
 
     template <class Value>
     void whole(Value& value, std::uint64_t max)
     {
-        const auto bytes = take(sizeof(Value));
-        std::uint64_t number = 0;
-        for (std::size_t byte = 0; byte < sizeof(Value); ++byte)
-            number |= std::to_integer<std::uint64_t>(bytes[byte]) << (8 * byte);
-        require(number <= max);
-        value = static_cast<Value>(number);
+        const std::uint64_t read = number<sizeof value>();
+        require(read <= max);
+        value = static_cast<Value>(read);
     }
     void length(double& value)
     {
-        std::uint64_t bits = 0;
-        whole(bits, std::numeric_limits<std::uint64_t>::max());
-        value = std::bit_cast<double>(bits);
+        value = real();
         require(std::abs(value) <= maxLength); // not so for what is not a number
     }
     void text(std::string& value)
     {
-        const auto bytes = take(count());
-        value.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        const auto taken = bytes(u32());
+        value.assign(reinterpret_cast<const char*>(taken.data()), taken.size());
     }
     template <class Item>
     void list(std::vector<Item>& items)
     {
         // One by one: what a damaged count asks for is not there to be read.
-        for (std::size_t number = count(); number > 0; --number)
+        for (std::uint32_t left = u32(); left > 0; --left)
             transfer(*this, items.emplace_back());
     }
     void require(bool isSound) const
     {
         if (!isSound)
-            throw std::runtime_error("the drawing is damaged at byte " + std::to_string(m_at));
+            throw DamagedFile("the drawing is damaged at byte " + std::to_string(position()));
     }
-    bool isAtEnd() const { return m_at == m_bytes.size(); }
-
-private:
-    std::size_t count()
-    {
-        std::uint32_t number = 0;
-        whole(number, std::numeric_limits<std::uint32_t>::max());
-        return number;
-    }
-    std::span<const std::byte> take(std::size_t length)
-    {
-        require(length <= m_bytes.size() - m_at);
-        m_at += length;
-        return m_bytes.subspan(m_at - length, length);
-    }
-
-    std::span<const std::byte> m_bytes;
-    std::size_t m_at = 0;
 };
 
 // The one description of the file form, which reader and writer follow alike.
@@ -184,12 +155,11 @@ void transfer(auto& form, Either<drawing::Drawing> auto& drawing)
 std::vector<std::byte> drawingFile(const drawing::Drawing& drawing)
 {
     Writer writer;
-    for (const char letter : signature)
-        writer.whole(static_cast<std::uint8_t>(letter), 0);
-    writer.whole(version, 0);
+    writer.bytes(std::as_bytes(std::span(signature)));
+    writer.u8(version);
     transfer(writer, drawing);
-    writer.whole(drawingChecksum(writer.bytes()), 0);
-    return std::move(writer.bytes());
+    writer.u64(drawingChecksum(writer.view()));
+    return writer.take();
 }
 
 bool isDrawingFile(std::span<const std::byte> file)
@@ -208,15 +178,13 @@ drawing::Drawing readDrawingFile(std::span<const std::byte> file)
     if (file.size() < begin + checksumBytes)
         throw std::runtime_error("the drawing is cut off");
     const auto contents = file.first(file.size() - checksumBytes);
-    std::uint64_t checksum = 0;
-    Reader(file.last(checksumBytes)).whole(checksum, std::numeric_limits<std::uint64_t>::max());
-    if (checksum != drawingChecksum(contents))
+    if (ByteReader(file.last(checksumBytes)).u64() != drawingChecksum(contents))
         throw std::runtime_error("the drawing is damaged or cut off");
 
     Reader reader(contents.subspan(begin));
     drawing::Drawing drawing;
     transfer(reader, drawing);
-    reader.require(reader.isAtEnd());
+    reader.require(reader.atEnd());
     reader.require(std::ranges::all_of(drawing.texts,
                                        [&](const drawing::Text& text) { return text.font < drawing.fonts.size(); }));
     return drawing;

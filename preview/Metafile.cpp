@@ -1,5 +1,7 @@
 #include "preview/Metafile.h"
 
+#include "app/base/Bytes.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -22,18 +24,9 @@ constexpr double frameUnitsInInch = 2540; // hundredths of a millimetre
 constexpr double dotsInInch = 96;
 constexpr double maxPixels = 1e6; // in either direction; a sheet of 3000 stubs has fewer
 
-/// The little-endian number at a place inside the file.
-std::uint32_t numberAt(std::span<const std::byte> file, std::size_t at)
-{
-    std::uint32_t number = 0;
-    for (std::size_t byte = 4; byte-- > 0;)
-        number = (number << 8U) | std::to_integer<std::uint32_t>(file[at + byte]);
-    return number;
-}
-
 double frameEdge(std::span<const std::byte> file, std::size_t index)
 {
-    return static_cast<std::int32_t>(numberAt(file, frameAt + 4 * index));
+    return static_cast<std::int32_t>(ByteReader(file, frameAt + 4 * index).u32());
 }
 
 double pixels(double frameLength)
@@ -47,13 +40,13 @@ void checkRecords(std::span<const std::byte> file)
     for (std::uint32_t type = 0; type != endRecord;) {
         if (file.size() - at < shortestRecord)
             throw std::runtime_error("the metafile is cut off");
-        type = numberAt(file, at);
-        const std::size_t length = numberAt(file, at + 4);
+        type = ByteReader(file, at).u32();
+        const std::size_t length = ByteReader(file, at + 4).u32();
         if (length < (at == 0 ? shortestHeader : shortestRecord) || length % 4 != 0 || length > file.size() - at)
             throw std::runtime_error("the metafile is damaged at byte " + std::to_string(at));
         at += length;
     }
-    if (numberAt(file, fileBytesAt) != at)
+    if (ByteReader(file, fileBytesAt).u32() != at)
         throw std::runtime_error("the metafile states another length than it has");
 }
 
@@ -61,8 +54,8 @@ void checkRecords(std::span<const std::byte> file)
 
 bool isMetafile(std::span<const std::byte> file)
 {
-    return file.size() >= shortestHeader && numberAt(file, 0) == headerRecord &&
-           numberAt(file, signatureAt) == signature;
+    return file.size() >= shortestHeader && ByteReader(file, 0).u32() == headerRecord &&
+           ByteReader(file, signatureAt).u32() == signature;
 }
 
 MetafileSize checkedMetafileSize(std::span<const std::byte> file)

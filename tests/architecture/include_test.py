@@ -11,7 +11,7 @@ ALLOWED = {
     "settings": (["app/base"], False),
     "entry/data": ([], False),
     "workbook/spreadsheet": ([], False),
-    "drawing": ([], True),
+    "drawing": (["app/base"], True),
     "workbook/engine": (["app/base", "drawing"], False),
     "workbook/engine/text": (["app/base", "workbook/engine"], False),
     "workbook/engine/formula": (["app/base", "workbook/engine", "workbook/engine/text"], False),

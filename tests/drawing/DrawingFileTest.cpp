@@ -1,5 +1,7 @@
 #include "drawing/DrawingFile.h"
 
+#include "app/base/Bytes.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -51,10 +53,8 @@ std::string refusalOf(const Bytes& file)
 /// The file with a checksum that belongs to the rest of it.
 Bytes sealed(Bytes file)
 {
-    file.resize(file.size() - checksumBytes);
-    const std::uint64_t checksum = drawingChecksum(file);
-    for (std::size_t byte = 0; byte < checksumBytes; ++byte)
-        file.push_back(static_cast<std::byte>(checksum >> (8 * byte)));
+    const std::size_t end = file.size() - checksumBytes;
+    putU64(file, end, drawingChecksum(std::span(file).first(end)));
     return file;
 }
 

@@ -1,10 +1,10 @@
 // Input: a byte (odd: an array formula), two bytes that say how many bytes of tokens follow, tokens, the data behind.
 
+#include "app/base/Bytes.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 
 #include <algorithm>
@@ -78,8 +78,8 @@ struct Written {
 std::optional<Written> written(const Formula& formula)
 {
     try {
-        xls::ByteWriter tokens;
-        xls::ByteWriter behind;
+        ByteWriter tokens;
+        ByteWriter behind;
         xls::writeFormula(formula, tokens, behind);
         return Written{tokens.take(), behind.take()};
     } catch (const std::length_error&) {
@@ -101,7 +101,7 @@ void tryInput(Input input)
     Formula formula;
     try {
         formula = xls::readFormula(input.first(size), input.subspan(size), context);
-    } catch (const xls::DamagedFile&) {
+    } catch (const DamagedFile&) {
         return;
     }
     place(book, std::make_shared<const Formula>(formula), isArray);

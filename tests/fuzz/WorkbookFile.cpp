@@ -1,6 +1,7 @@
 // Input: a whole file, or the workbook stream alone (whatever does not begin as a compound file): most of a file's
 // bytes are sectors and padding, and mutations of the stream reach the records far more often.
 
+#include "app/base/Bytes.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
 #include "workbook/engine/xls/CompoundFile.h"
@@ -15,10 +16,7 @@ using Bytes = std::vector<std::byte>;
 
 bool isCompoundFile(Input input)
 {
-    std::uint64_t first = 0;
-    for (std::size_t i = 0; i < 8 && i < input.size(); ++i)
-        first |= std::to_integer<std::uint64_t>(input[i]) << 8 * i;
-    return first == engine::xls::compoundFileSignature;
+    return input.size() >= 8 && ByteReader(input).u64() == engine::xls::compoundFileSignature;
 }
 
 Bytes containerOf(Input stream)

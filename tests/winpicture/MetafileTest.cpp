@@ -1,5 +1,7 @@
 #include "preview/Metafile.h"
 
+#include "app/base/Bytes.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,12 +16,6 @@ namespace {
 
 constexpr std::uint32_t emfSignature = 0x464D4520;
 
-void putNumber(std::vector<std::byte>& file, std::size_t at, std::uint32_t number)
-{
-    for (std::size_t byte = 0; byte < 4; ++byte)
-        file[at + byte] = static_cast<std::byte>((number >> (8 * byte)) & 0xFFU);
-}
-
 /// A header of 108 bytes, a record of 12 and the last of 20. The frame is 100 by 50 pixels.
 std::vector<std::byte> wholeMetafile()
 {
@@ -29,7 +25,7 @@ std::vector<std::byte> wholeMetafile()
         {48, 140}, {108, 17}, {112, 12},  {120, 14},  {124, 20},
     };
     for (const auto& [at, number] : numbers)
-        putNumber(file, at, number);
+        putU32(file, at, number);
     return file;
 }
 
@@ -77,7 +73,7 @@ TEST(Metafile, IsRefusedUnlessItsRecordsLeadToItsEnd)
     };
     for (const auto& [what, at, number, failure] : cases) {
         std::vector<std::byte> file = wholeMetafile();
-        putNumber(file, at, number);
+        putU32(file, at, number);
         EXPECT_EQ(failureOf(file), failure) << what;
     }
 }

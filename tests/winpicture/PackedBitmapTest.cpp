@@ -1,5 +1,6 @@
 #include "workbook/excel/PackedBitmap.h"
 
+#include "app/base/Bytes.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
 
 #include <gtest/gtest.h>
@@ -10,20 +11,6 @@
 namespace wagemill {
 
 namespace {
-
-void putNumber(std::vector<std::byte>& bytes, std::size_t at, std::uint32_t number)
-{
-    for (std::size_t byte = 0; byte < 4; ++byte)
-        bytes[at + byte] = static_cast<std::byte>((number >> (8 * byte)) & 0xFFU);
-}
-
-std::uint32_t numberAt(const std::vector<std::byte>& bytes, std::size_t at)
-{
-    std::uint32_t number = 0;
-    for (std::size_t byte = 4; byte-- > 0;)
-        number = (number << 8U) | std::to_integer<std::uint32_t>(bytes[at + byte]);
-    return number;
-}
 
 struct Header {
     std::uint32_t headerBytes;
@@ -36,11 +23,11 @@ struct Header {
 std::vector<std::byte> packedBitmap(const Header& header)
 {
     std::vector<std::byte> bytes(4096);
-    putNumber(bytes, 0, header.headerBytes);
-    putNumber(bytes, header.headerBytes == 12 ? 8 : 12, 1 | (header.bits << 16U));
+    putU32(bytes, 0, header.headerBytes);
+    putU32(bytes, header.headerBytes == 12 ? 8 : 12, 1 | (header.bits << 16U));
     if (header.headerBytes != 12) {
-        putNumber(bytes, 16, header.compression);
-        putNumber(bytes, 32, header.colours);
+        putU32(bytes, 16, header.compression);
+        putU32(bytes, 32, header.colours);
     }
     return bytes;
 }
@@ -62,9 +49,10 @@ TEST(PackedBitmap, GetsAFileHeaderThatPointsAtItsPixels)
     for (const auto& [header, pixelsAt] : cases) {
         const std::vector<std::byte> packed = packedBitmap(header);
         const std::vector<std::byte> file = fileOfPackedBitmap(packed);
-        EXPECT_EQ(numberAt(file, 0) & 0xFFFFU, 0x4D42U);
-        EXPECT_EQ(numberAt(file, 2), file.size());
-        EXPECT_EQ(numberAt(file, 10), pixelsAt) << "header of " << header.headerBytes << ", " << header.bits << " bits";
+        EXPECT_EQ(ByteReader(file).u16(), 0x4D42);
+        EXPECT_EQ(ByteReader(file, 2).u32(), file.size());
+        EXPECT_EQ(ByteReader(file, 10).u32(), pixelsAt)
+            << "header of " << header.headerBytes << ", " << header.bits << " bits";
         EXPECT_TRUE(std::equal(packed.begin(), packed.end(), file.begin() + 14, file.end()));
     }
 }

@@ -1,5 +1,6 @@
 #include "workbook/excel/PackedBitmap.h"
 
+#include "app/base/Bytes.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
 
 #include <cstdint>
@@ -16,17 +17,6 @@ constexpr std::uint32_t compressionAlphaBitfields = 6;
 constexpr std::uint64_t maskBytes = 4;
 constexpr std::uint64_t coreColourBytes = 3;
 constexpr std::uint64_t infoColourBytes = 4;
-
-/// A little-endian number of the bitmap.
-std::uint32_t numberAt(std::span<const std::byte> bytes, std::size_t at, std::size_t size)
-{
-    if (at + size > bytes.size())
-        throw SpreadsheetError("the clipboard's bitmap is cut off");
-    std::uint32_t number = 0;
-    for (std::size_t byte = size; byte-- > 0;)
-        number = (number << 8U) | std::to_integer<std::uint32_t>(bytes[at + byte]);
-    return number;
-}
 
 /// Without a number of its own a colour table has an entry for every value of a pixel of up to 8 bits.
 std::uint64_t fullColourTable(std::uint32_t bitsPerPixel)
@@ -45,36 +35,34 @@ std::uint64_t masksBehindHeader(std::uint32_t headerBytes, std::uint32_t compres
 /// Where the pixels begin.
 std::uint64_t pixelOffset(std::span<const std::byte> bitmap)
 {
-    const std::uint32_t headerBytes = numberAt(bitmap, 0, 4);
+    const std::uint32_t headerBytes = ByteReader(bitmap, 0).u32();
     if (headerBytes == coreHeaderBytes)
-        return headerBytes + coreColourBytes * fullColourTable(numberAt(bitmap, 10, 2));
+        return headerBytes + coreColourBytes * fullColourTable(ByteReader(bitmap, 10).u16());
     if (headerBytes < infoHeaderBytes)
         throw SpreadsheetError("the clipboard's bitmap has an unknown header");
-    const std::uint64_t colours = numberAt(bitmap, 32, 4);
-    return headerBytes + maskBytes * masksBehindHeader(headerBytes, numberAt(bitmap, 16, 4)) +
-           infoColourBytes * (colours != 0 ? colours : fullColourTable(numberAt(bitmap, 14, 2)));
-}
-
-void appendNumber(std::vector<std::byte>& bytes, std::uint64_t number)
-{
-    for (unsigned int byte = 0; byte < 4; ++byte)
-        bytes.push_back(static_cast<std::byte>((number >> (8U * byte)) & 0xFFU));
+    const std::uint64_t colours = ByteReader(bitmap, 32).u32();
+    return headerBytes + maskBytes * masksBehindHeader(headerBytes, ByteReader(bitmap, 16).u32()) +
+           infoColourBytes * (colours != 0 ? colours : fullColourTable(ByteReader(bitmap, 14).u16()));
 }
 
 } // namespace
 
 std::vector<std::byte> fileOfPackedBitmap(std::span<const std::byte> packedBitmap)
-{
+try {
     const std::uint64_t offset = pixelOffset(packedBitmap);
     if (offset >= packedBitmap.size())
-        throw SpreadsheetError("the clipboard's bitmap is cut off");
-    std::vector<std::byte> file = {std::byte{'B'}, std::byte{'M'}};
+        throw DamagedFile("it ends before its pixels");
+    ByteWriter file;
     file.reserve(fileHeaderBytes + packedBitmap.size());
-    appendNumber(file, fileHeaderBytes + packedBitmap.size());
-    appendNumber(file, 0);
-    appendNumber(file, fileHeaderBytes + offset);
-    file.insert(file.end(), packedBitmap.begin(), packedBitmap.end());
-    return file;
+    file.u8('B');
+    file.u8('M');
+    file.u32(static_cast<std::uint32_t>(fileHeaderBytes + packedBitmap.size()));
+    file.u32(0);
+    file.u32(static_cast<std::uint32_t>(fileHeaderBytes + offset));
+    file.bytes(packedBitmap);
+    return file.take();
+} catch (const DamagedFile&) {
+    throw SpreadsheetError("the clipboard's bitmap is cut off");
 }
 
 } // namespace wagemill

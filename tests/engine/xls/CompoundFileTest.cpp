@@ -1,8 +1,7 @@
 #include "workbook/engine/xls/CompoundFile.h"
+#include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/xls/BiffReader.h"
-#include "workbook/engine/xls/ByteCursor.h"
-#include "workbook/engine/xls/DamagedFile.h"
 
 #include <gtest/gtest.h>
 
@@ -44,12 +43,7 @@ public:
     {
     }
 
-    std::uint32_t header(std::size_t position) const
-    {
-        ByteReader reader(bytes);
-        reader.seek(position);
-        return reader.u32();
-    }
+    std::uint32_t header(std::size_t position) const { return ByteReader(bytes, position).u32(); }
     void link(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(76)) + sector * 4, next); }
     void miniLink(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(60)) + sector * 4, next); }
     /// Place of a field in the directory; entries stand in the order in which they were written, the root before them.

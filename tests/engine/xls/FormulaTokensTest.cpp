@@ -1,6 +1,6 @@
+#include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 
 #include <gtest/gtest.h>

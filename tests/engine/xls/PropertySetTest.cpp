@@ -1,4 +1,5 @@
 #include "workbook/engine/xls/PropertySet.h"
+#include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ TEST(PropertySet, SaysHowItsTextsAreWritten)
         properties.title = std::move(title);
         const Bytes stream = writeSummary(properties);
         const std::size_t value = 48 + 8 + 7 * 8 + 4;
-        return std::to_integer<int>(stream.at(value)) | std::to_integer<int>(stream.at(value + 1)) << 8;
+        return ByteReader(stream, value).u16();
     };
     EXPECT_EQ(codePage("Payroll"), 1252);
     EXPECT_EQ(codePage("L\xC3\xB6hne"), 65001);

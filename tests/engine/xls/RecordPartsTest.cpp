@@ -1,7 +1,6 @@
+#include "app/base/Bytes.h"
 #include "app/base/Utf8.h"
 #include "tests/engine/xls/TestBytes.h"
-#include "workbook/engine/xls/ByteCursor.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/RkNumber.h"
 
@@ -84,7 +83,7 @@ TEST(ByteReader, NeverReadsBeyondTheEnd)
     EXPECT_THROW(reader.skip(std::numeric_limits<std::size_t>::max()), DamagedFile);
     ByteWriter writer;
     writer.u16(1);
-    EXPECT_THROW(writer.putU32(0, 1), std::out_of_range);
+    EXPECT_THROW(putU32(writer.view(), 0, 1), std::out_of_range);
 }
 
 TEST(MergedCells, LeaveOutWhatTheFileMustNotHave)

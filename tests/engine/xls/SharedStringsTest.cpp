@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/SharedStrings.h"
+#include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/DamagedFile.h"
 
 #include <gtest/gtest.h>
 

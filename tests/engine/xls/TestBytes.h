@@ -35,16 +35,4 @@ inline std::string toHex(std::span<const std::byte> bytes)
     return text;
 }
 
-inline void putU32(Bytes& bytes, std::size_t position, std::uint32_t value)
-{
-    for (std::size_t index = 0; index < 4; ++index)
-        bytes.at(position + index) = static_cast<std::byte>(value >> 8 * index);
-}
-
-inline void putU16(Bytes& bytes, std::size_t position, std::uint16_t value)
-{
-    for (std::size_t index = 0; index < 2; ++index)
-        bytes.at(position + index) = static_cast<std::byte>(value >> 8 * index);
-}
-
 } // namespace wagemill::engine::xls

@@ -100,7 +100,7 @@ const std::map<std::uint16_t, const char*> forbiddenRecords = {
 /// Whether a name stands for a formula, or is one to which the application gives a meaning.
 bool isMore(std::span<const std::byte> name)
 {
-    engine::xls::ByteReader reader(name);
+    ByteReader reader(name);
     reader.skip(3);
     const std::size_t length = reader.u8();
     const bool hasFormula = reader.u16() != 0;

@@ -1,9 +1,8 @@
 #include "workbook/engine/xls/BiffReader.h"
 
+#include "app/base/Bytes.h"
 #include "app/base/Utf8.h"
-#include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/CompoundFile.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/GlobalsReader.h"
 #include "workbook/engine/xls/SheetReader.h"
 #include "workbook/engine/xls/Unicode.h"

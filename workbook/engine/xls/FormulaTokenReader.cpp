@@ -1,5 +1,5 @@
+#include "app/base/Bytes.h"
 #include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/RecordStrings.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/base/Bytes.h"
 #include "workbook/engine/CellAddress.h"
 #include "workbook/engine/Formula.h"
-#include "workbook/engine/xls/ByteCursor.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -154,9 +154,9 @@ private:
         ByteWriter& data = m_target.begin(record::window1);
         const std::size_t start = data.size();
         data.bytes(usable ? std::span<const std::byte>(carried->data) : std::as_bytes(std::span(standardWindow)));
-        data.putU16(start + 10, static_cast<std::uint16_t>(m_activeSheet));
-        data.putU16(start + 12, 0); // the first tab shown
-        data.putU16(start + 14, 1); // one sheet is selected
+        putU16(data.view(), start + 10, static_cast<std::uint16_t>(m_activeSheet));
+        putU16(data.view(), start + 12, 0); // the first tab shown
+        putU16(data.view(), start + 14, 1); // one sheet is selected
         m_target.finish();
     }
 

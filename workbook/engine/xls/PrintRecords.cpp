@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/PrintRecords.h"
 
+#include "app/base/Bytes.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "workbook/engine/xls/PropertySet.h"
 
-#include "workbook/engine/xls/ByteCursor.h"
-#include "workbook/engine/xls/DamagedFile.h"
+#include "app/base/Bytes.h"
 
 #include <algorithm>
 #include <array>
@@ -50,12 +49,6 @@ constexpr auto timeProperties = std::to_array<TimeProperty>({
     {13, &DocumentProperties::saved},
 });
 
-void put(std::span<std::byte> place, std::uint64_t value)
-{
-    for (std::size_t i = 0; i < place.size(); ++i)
-        place[i] = static_cast<std::byte>(value >> 8 * i);
-}
-
 /// Some programs leave out what fills the last four bytes of the section.
 void fillSection(std::vector<std::byte>& stream, std::size_t section)
 {
@@ -66,7 +59,7 @@ void fillSection(std::vector<std::byte>& stream, std::size_t section)
         return;
     const std::size_t whole = (size + 3) / 4 * 4;
     stream.resize(section + whole);
-    put(std::span(stream).subspan(section, 4), whole);
+    putU32(stream, section, static_cast<std::uint32_t>(whole));
 }
 
 bool isAscii(std::string_view text)
@@ -146,10 +139,9 @@ void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& prop
             const auto* const found = std::ranges::find(timeProperties, id, &TimeProperty::id);
             if (found == timeProperties.end() || properties.*found->member == 0)
                 continue;
-            ByteReader value(stream);
-            value.seek(place);
+            ByteReader value(stream, place);
             if (value.u32() == timeType && value.remaining() >= sizeof(std::uint64_t))
-                put(std::span(stream).subspan(value.position(), sizeof(std::uint64_t)), properties.*found->member);
+                putU64(stream, value.position(), properties.*found->member);
         }
     } catch (const DamagedFile&) {
         return; // a workbook is not refused for what it says about itself

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbook/engine/xls/DamagedFile.h"
+#include "app/base/Bytes.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/RecordStream.h"
 
+#include "app/base/Bytes.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/DamagedFile.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -91,7 +91,7 @@ void RecordWriter::finish()
     const std::size_t size = m_stream.size() - m_dataStart;
     if (size > largestRecord)
         throw std::length_error("A record of the workbook would be longer than 8224 bytes.");
-    m_stream.putU16(m_dataStart - 2, static_cast<std::uint16_t>(size));
+    putU16(m_stream.view(), m_dataStart - 2, static_cast<std::uint16_t>(size));
 }
 
 void RecordWriter::write(std::uint16_t id, std::span<const std::byte> data)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/base/Bytes.h"
 #include "workbook/engine/Sheet.h"
-#include "workbook/engine/xls/ByteCursor.h"
 
 #include <cstdint>
 #include <optional>
@@ -52,7 +52,7 @@ public:
     void write(std::uint16_t id, std::span<const std::byte> data);
     void writeU16(std::uint16_t id, std::uint16_t value);
     void write(const CarriedRecord& record);
-    void putU32(std::size_t offset, std::uint32_t value) { m_stream.putU32(offset, value); }
+    void putU32(std::size_t offset, std::uint32_t value) { wagemill::putU32(m_stream.view(), offset, value); }
 
 private:
     ByteWriter m_stream;

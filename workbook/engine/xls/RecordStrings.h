@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbook/engine/xls/ByteCursor.h"
+#include "app/base/Bytes.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 #include "workbook/engine/xls/SharedStrings.h"
 
+#include "app/base/Bytes.h"
 #include "app/base/Utf8.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/DamagedFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
 

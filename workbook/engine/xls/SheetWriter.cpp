@@ -489,7 +489,7 @@ private:
         data.bytes(bytes.subspan(2));
         for (const std::size_t zoom : {start + pageBreakZoomOffset, start + zoomOffset})
             if (!isZoom(ByteReader(data.view().subspan(zoom)).u16()))
-                data.putU16(zoom, 0);
+                putU16(data.view(), zoom, 0);
         m_target.finish();
     }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/base/Bytes.h"
 #include "workbook/engine/CellStyle.h"
-#include "workbook/engine/xls/ByteCursor.h"
 #include "workbook/engine/xls/RecordStream.h"
 
 #include <cstdint>
