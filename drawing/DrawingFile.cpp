@@ -25,7 +25,10 @@ public:
     template <class Value>
     void whole(Value value, std::uint64_t /*max*/)
     {
-        number<sizeof value>(static_cast<std::uint64_t>(value));
+        if constexpr (sizeof value == 1)
+            u8(static_cast<std::uint8_t>(value)); // most of them, and quicker
+        else
+            number<sizeof value>(static_cast<std::uint64_t>(value));
     }
     void length(double value) { real(value); }
     void text(const std::string& value)
