@@ -1,15 +1,16 @@
 #include "resources/TemplateDescription.h"
 
 #include "resources/CellLook.h"
-#include "resources/DescriptionLines.h"
-#include "resources/SheetDescription.h"
+#include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 
-#include <charconv>
+#include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <functional>
-#include <map>
-#include <string>
+#include <iomanip>
+#include <memory>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -17,102 +18,283 @@ namespace wagemill {
 
 namespace {
 
+using engine::CellAddress;
+using engine::CellRect;
+
+template <class Action>
+void forEachCell(const CellRect& area, Action action)
+{
+    for (int row = area.firstRow; row <= area.lastRow; ++row)
+        for (int column = area.firstColumn; column <= area.lastColumn; ++column)
+            action(CellAddress{row, column});
+}
+
+/// A text in quotes; a "|" in it is a line break.
+std::string textIn(std::istream& line)
+{
+    std::string text;
+    if (!(line >> std::quoted(text)))
+        throw std::runtime_error("a text or its closing quote is missing");
+    std::ranges::replace(text, '|', '\n');
+    return text;
+}
+
+/// A cell or cells "B3", "B3:N3", columns "B", "I:J" or rows "3", "4:28". Columns answer their cells in row 1.
+CellRect areaIn(std::istream& line)
+{
+    const auto word = nextWord<std::string>(line);
+    const auto last = word.substr(word.find(':') + 1); // all of it without a colon
+    for (const std::string& text : {word, word + ":" + word, word.substr(0, word.find(':')) + "1:" + last + "1"})
+        if (const auto area = engine::parseAddress(text))
+            return *area;
+    throw std::runtime_error("\"" + word + "\" is not a cell or an area");
+}
+
 /// A day "2026-01-31" in the units of the document properties.
-std::uint64_t fileTime(const DescriptionLine& line)
+std::uint64_t fileTimeIn(std::istream& line)
 {
     using namespace std::chrono;
-    line.needWords(1, 1);
-    const std::string& text = line.words[0];
-    int fields[3] = {};
-    const char* at = text.data();
-    const char* const end = text.data() + text.size();
-    for (int& field : fields) {
-        const auto [behind, error] = std::from_chars(at, end, field);
-        if (error != std::errc{})
-            line.fail("\"" + text + "\" is no day such as 2026-01-31");
-        at = behind < end ? behind + 1 : behind;
-    }
-    const year_month_day day{year{fields[0]}, month{static_cast<unsigned>(fields[1])},
-                             std::chrono::day{static_cast<unsigned>(fields[2])}};
-    constexpr sys_days firstDay = year{1601} / January / 1;
+    const auto yearNumber = nextWord<int>(line);
+    const auto monthNumber = -nextWord<int>(line); // "-01"
+    const year_month_day day = year(yearNumber) / monthNumber / -nextWord<int>(line);
     constexpr std::uint64_t ticksPerDay = 864'000'000'000;
-    if (!day.ok() || sys_days{day} < firstDay)
-        line.fail("\"" + text + "\" is no day such as 2026-01-31");
-    return static_cast<std::uint64_t>((sys_days{day} - firstDay).count()) * ticksPerDay;
+    return static_cast<std::uint64_t>((sys_days(day) - sys_days(year(1601) / January / 1)).count()) * ticksPerDay;
 }
 
-class WorkbookReader {
-public:
-    explicit WorkbookReader(std::filesystem::path folder) : m_folder(std::move(folder)), m_looks(m_book.styles) {}
+using Statements = std::map<std::string, std::function<void(std::istream& line)>>;
 
-    void read(const DescriptionLine& line);
-    engine::Book finish();
+/// Carries out the statements of a file: one a line; empty lines and lines that begin with "#" are remarks.
+void readFile(const std::filesystem::path& path, const Statements& statements)
+{
+    std::ifstream file(path);
+    if (!file)
+        throw std::runtime_error("cannot read the file \"" + path.string() + "\"");
+    std::string text;
+    for (int number = 1; std::getline(file, text); ++number) {
+        std::istringstream line(text);
+        if ((line >> std::ws).eof() || line.peek() == '#')
+            continue;
+        try {
+            named(statements, line)(line);
+            if (!(line >> std::ws).eof())
+                throw std::runtime_error("\"" + restOf(line) + "\" is too much");
+        } catch (const std::exception& error) {
+            throw std::runtime_error(path.filename().string() + ", line " + std::to_string(number) + ": " +
+                                     error.what());
+        }
+    }
+}
+
+/// Reads the statements of one sheet; looks are gathered until all are read.
+class SheetReader {
+public:
+    SheetReader(engine::Book& book, std::size_t index, Looks& looks)
+        : m_book(book), m_index(index), m_sheet(*book.sheets.at(index)), m_print(m_sheet.print), m_looks(looks)
+    {
+    }
+
+    void read(const std::filesystem::path& file);
 
 private:
-    void addSheet(const DescriptionLine& line);
-    void property(const DescriptionLine& line, std::string engine::DocumentProperties::*member);
+    void width(std::istream& line);
+    void height(std::istream& line);
+    void put(std::istream& line);
+    void putFormula(const CellRect& target, const std::string& text);
+    void count(std::istream& line);
+    void look(std::istream& line);
+    void frame(std::istream& line);
+    void pageBreaks(std::istream& line);
+    void nameArea(const char* name, const CellRect& named);
 
-    std::filesystem::path m_folder;
-    engine::Book m_book;
-    Looks m_looks;
-    std::vector<std::vector<DescriptionLine>> m_sheets;
+    engine::Book& m_book;
+    std::size_t m_index;
+    engine::Sheet& m_sheet;
+    engine::PrintSetup& m_print;
+    Looks& m_looks;
+    std::map<CellAddress, CellLook> m_cellLooks;
 };
 
-void WorkbookReader::property(const DescriptionLine& line, std::string engine::DocumentProperties::*member)
+void SheetReader::read(const std::filesystem::path& file)
 {
-    line.needWords(1, 1);
-    m_book.properties.*member = line.words[0];
-}
-
-void WorkbookReader::addSheet(const DescriptionLine& line)
-{
-    line.needWords(2, 2);
-    try {
-        m_book.addSheet(line.words[0]);
-    } catch (const engine::EngineError& error) {
-        line.fail(error.what());
-    }
-    m_sheets.push_back(readDescription(m_folder / line.words[1]));
-}
-
-void WorkbookReader::read(const DescriptionLine& line)
-{
-    using engine::DocumentProperties;
-    const std::map<std::string, std::function<void()>> statements = {
-        {"title", [&] { property(line, &DocumentProperties::title); }},
-        {"author", [&] { property(line, &DocumentProperties::author); }},
-        {"application", [&] { property(line, &DocumentProperties::application); }},
-        {"dated", [&] { m_book.properties.created = m_book.properties.saved = fileTime(line); }},
-        {"color", [&] { m_looks.defineColor(line); }},
-        {"number-format", [&] { m_looks.defineNumberFormat(line); }},
-        {"style", [&] { m_looks.defineStyle(line); }},
-        {"sheet", [&] { addSheet(line); }},
+    m_print.headerMargin = m_print.footerMargin = 0.3;
+    const Statements statements = {
+        {"width", [&](std::istream& line) { width(line); }},
+        {"height", [&](std::istream& line) { height(line); }},
+        {"merge", [&](std::istream& line) { m_sheet.merged.push_back(areaIn(line)); }},
+        {"put", [&](std::istream& line) { put(line); }},
+        {"count", [&](std::istream& line) { count(line); }},
+        {"look", [&](std::istream& line) { look(line); }},
+        {"frame", [&](std::istream& line) { frame(line); }},
+        {"no-grid-lines", [&](std::istream&) { m_sheet.showGridLines = false; }},
+        {"freeze-rows",
+         [&](std::istream& line) {
+             const auto rows = nextWord<std::uint16_t>(line);
+             m_sheet.panes = engine::SheetPanes{.rows = rows, .firstRow = rows};
+         }},
+        {"select",
+         [&](std::istream& line) {
+             const CellRect area = areaIn(line);
+             m_sheet.selection = {{area.firstRow, area.firstColumn}, area};
+         }},
+        {"landscape", [&](std::istream&) { m_print.landscape = true; }},
+        {"fit-width",
+         [&](std::istream&) {
+             m_print.fitToPages = true;
+             m_print.pagesHigh = 0;
+         }},
+        {"scale", [&](std::istream& line) { m_print.scalePercent = nextWord<std::uint16_t>(line); }},
+        {"margins",
+         [&](std::istream& line) {
+             for (double* margin : {&m_print.left, &m_print.right, &m_print.top, &m_print.bottom})
+                 *margin = nextWord<double>(line);
+         }},
+        {"center-on-page", [&](std::istream&) { m_print.centerHorizontally = true; }},
+        {"header", [&](std::istream& line) { m_print.header = textIn(line); }},
+        {"footer", [&](std::istream& line) { m_print.footer = textIn(line); }},
+        {"repeat-rows", [&](std::istream& line) { nameArea("Print_Titles", areaIn(line)); }},
+        {"print-columns",
+         [&](std::istream& line) {
+             CellRect area = areaIn(line);
+             area.lastRow = engine::maxRows - 1; // down to the last row that holds something
+             nameArea("Print_Area", area);
+         }},
+        {"page-breaks", [&](std::istream& line) { pageBreaks(line); }},
     };
-    const auto statement = statements.find(line.keyword);
-    if (statement == statements.end())
-        line.fail("\"" + line.keyword + "\" is no statement");
-    statement->second();
+    readFile(file, statements);
+    for (const auto& [address, cellLook] : m_cellLooks)
+        m_sheet.at(address).format = m_looks.formatFor(cellLook);
 }
 
-/// Sheets are filled when all of them are there, so that their formulas may refer to each other.
-engine::Book WorkbookReader::finish()
+/// "width B 84", "width D:E 84": pixels, from left to right.
+void SheetReader::width(std::istream& line)
 {
-    for (std::size_t sheet = 0; sheet < m_sheets.size(); ++sheet)
-        describeSheet(m_book, sheet, m_looks, m_sheets[sheet]);
-    m_book.properties.lastAuthor = m_book.properties.author;
-    m_book.isTemplate = true;
-    engine::recalculate(m_book, engine::CalculationSettings{});
-    return std::move(m_book);
+    constexpr int digitPixels = 7;
+    const CellRect area = areaIn(line);
+    engine::ColumnRun run;
+    run.first = area.firstColumn;
+    run.last = area.lastColumn;
+    run.width = static_cast<std::uint16_t>(nextWord<int>(line) * 256 / digitPixels);
+    m_sheet.columns.push_back(run);
+}
+
+/// "height 3 40", "height 4:28 20": pixels.
+void SheetReader::height(std::istream& line)
+{
+    constexpr int twipsPerPixel = 15;
+    const CellRect area = areaIn(line);
+    const auto pixels = nextWord<int>(line);
+    for (int row = area.firstRow; row <= area.lastRow; ++row) {
+        m_sheet.row(row).heightTwips = static_cast<std::uint16_t>(pixels * twipsPerPixel);
+        m_sheet.row(row).heightSetByHand = true;
+    }
+}
+
+/// "put B2 "text"", "put K4 20", "put K4:K28 =SUM(G4:J4)": a formula is filled down and across like a copied one.
+void SheetReader::put(std::istream& line)
+{
+    const CellRect target = areaIn(line);
+    line >> std::ws;
+    if (line.peek() == '=') {
+        putFormula(target, restOf(line));
+        return;
+    }
+    const engine::CellValue value =
+        line.peek() == '"' ? engine::CellValue(textIn(line)) : engine::CellValue(nextWord<double>(line));
+    forEachCell(target, [&](CellAddress address) { m_sheet.at(address).value = value; });
+}
+
+void SheetReader::putFormula(const CellRect& target, const std::string& text)
+{
+    const engine::Formula formula = engine::parseFormula(text, m_book, m_index, RegionalFormats{});
+    forEachCell(target, [&](CellAddress address) {
+        m_sheet.at(address).formula = std::make_shared<const engine::Formula>(
+            engine::shiftedFormula(formula, address.row - target.firstRow, address.column - target.firstColumn));
+    });
+}
+
+/// "count B4:B28": 1, 2, 3 and so on.
+void SheetReader::count(std::istream& line)
+{
+    double number = 0;
+    forEachCell(areaIn(line), [&](CellAddress address) { m_sheet.at(address).value = ++number; });
+}
+
+/// "look B3:N3 heading bold": the cells are there from now on, even when they hold nothing.
+void SheetReader::look(std::istream& line)
+{
+    const CellRect area = areaIn(line);
+    const std::string attributes = restOf(line);
+    forEachCell(area, [&](CellAddress address) { m_looks.apply(attributes, m_cellLooks[address]); });
+}
+
+/// "frame B2:I11 thin rule": a line around the area.
+void SheetReader::frame(std::istream& line)
+{
+    const CellRect framed = areaIn(line);
+    const engine::Border border = m_looks.border(line);
+    forEachCell(framed, [&](CellAddress address) {
+        engine::CellFormat& format = m_cellLooks[address].format;
+        if (address.row == framed.firstRow)
+            format.top = border;
+        if (address.row == framed.lastRow)
+            format.bottom = border;
+        if (address.column == framed.firstColumn)
+            format.left = border;
+        if (address.column == framed.lastColumn)
+            format.right = border;
+    });
+}
+
+/// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
+void SheetReader::pageBreaks(std::istream& line)
+{
+    const auto first = nextWord<int>(line);
+    const auto step = nextWord<int>(line);
+    const auto breaks = nextWord<int>(line);
+    for (int page = 0; page < breaks; ++page)
+        m_print.rowBreaks.push_back({static_cast<std::uint16_t>(first - 1 + step * page)});
+}
+
+/// Gives a name that the file format knows to an area of the sheet.
+void SheetReader::nameArea(const char* name, const CellRect& named)
+{
+    engine::ReferenceToken area;
+    area.operandClass = engine::OperandClass::Reference;
+    area.externSheet = m_book.externSheetFor(m_index);
+    area.first = {named.firstRow, named.firstColumn, false, false};
+    area.last = engine::ReferencePart{named.lastRow, named.lastColumn, false, false};
+    m_book.names.push_back({name, static_cast<std::uint16_t>(m_index), {{area}}, {}});
 }
 
 } // namespace
 
 engine::Book describedWorkbook(const std::filesystem::path& folder)
 {
-    WorkbookReader reader(folder);
-    for (const DescriptionLine& line : readDescription(folder / "workbook.txt"))
-        reader.read(line);
-    return reader.finish();
+    engine::Book book;
+    engine::DocumentProperties& properties = book.properties;
+    Looks looks(book.styles);
+    std::vector<std::string> files; // of the sheets
+    const Statements statements = {
+        {"title", [&](std::istream& line) { properties.title = textIn(line); }},
+        {"author", [&](std::istream& line) { properties.author = properties.lastAuthor = textIn(line); }},
+        {"application", [&](std::istream& line) { properties.application = textIn(line); }},
+        {"dated", [&](std::istream& line) { properties.created = properties.saved = fileTimeIn(line); }},
+        {"color", [&](std::istream& line) { looks.defineColor(line); }},
+        {"number-format", [&](std::istream& line) { looks.defineNumberFormat(line); }},
+        {"style", [&](std::istream& line) { looks.defineStyle(line); }},
+        {"sheet",
+         [&](std::istream& line) {
+             book.addSheet(textIn(line));
+             files.push_back(nextWord<std::string>(line));
+         }},
+    };
+    readFile(folder / "workbook.txt", statements);
+    // When all sheets are there, so that their formulas may refer to each other.
+    for (std::size_t sheet = 0; sheet < files.size(); ++sheet)
+        SheetReader(book, sheet, looks).read(folder / files[sheet]);
+    book.isTemplate = true;
+    engine::recalculate(book, engine::CalculationSettings{});
+    return book;
 }
 
 } // namespace wagemill

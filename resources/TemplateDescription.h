@@ -7,7 +7,7 @@
 namespace wagemill {
 
 /// The workbook that a folder of text files describes, its formulas computed: "workbook.txt" and the sheets that it
-/// names. Throws DescriptionError with file and line, std::runtime_error for a file that cannot be read.
+/// names. Throws std::runtime_error with file and line.
 engine::Book describedWorkbook(const std::filesystem::path& folder);
 
 } // namespace wagemill
