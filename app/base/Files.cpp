@@ -2,75 +2,125 @@
 
 #include "app/base/PlatformFiles.h"
 
+#include <chrono>
+#include <cstdlib>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace wagemill {
 
 namespace fs = std::filesystem;
+using platform::OpenFile;
+using platform::Opening;
 
 namespace {
 
-template <typename Value>
-Value& programWide()
+struct Program {
+    fs::path folder;
+    fs::path privateFolder; ///< empty: TEMP was set by the user, and nothing of ours is to be removed
+    std::shared_ptr<void>
+        privateFolderLock; ///< until the process is gone, or another start takes it for an abandoned one
+    std::function<void()> windowEventPump;
+    bool isPumping = false;
+    std::function<void()> end;
+};
+
+Program& program()
 {
-    static Value value;
+    static Program value;
     return value;
 }
 
-struct WindowEventPump {
-    std::function<void()> run;
-    bool isRunning = false;
-};
-
-struct ProgramEnd {
-    std::function<void()> run;
-};
-
-struct ProgramFolder {
-    fs::path path;
-};
-
-struct PrivateTemporaryFolder {
-    fs::path path; ///< empty: TEMP was set by the user, and nothing of ours is to be removed
-};
-
-/// How long a build waits for another program's, which takes well under a second.
-constexpr std::chrono::seconds lockPatience(10);
-
-/// A fresh name beside `target`: in one folder, renaming replaces in one step.
-fs::path neighbourOf(const fs::path& target)
+[[noreturn]] void throwFileError(std::string_view what, const fs::path& path, std::string_view reason)
 {
-    std::random_device chance;
-    return target.parent_path() / (".wagemill-" + std::to_string(chance()) + std::to_string(chance()) + ".part");
+    throw std::runtime_error(std::string(what) + " \"" + path.string() + "\": " + std::string(reason) + ".");
 }
 
-/// Removes a file that was not renamed.
-class UnfinishedFile {
-public:
-    explicit UnfinishedFile(fs::path path) : m_path(std::move(path)) {}
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    ~UnfinishedFile()
+/// Runs the work; a std::system_error of it becomes a failure that names the file.
+template <typename Work>
+auto namingTheFile(std::string_view what, const fs::path& path, Work&& work)
+{
+    try {
+        return work();
+    } catch (const std::system_error& error) {
+        throwFileError(what, path, error.code().message());
+    }
+}
+
+/// Whoever can give our names to something else could otherwise have us read or write what is not ours.
+void requireOwn(const platform::FileFacts& facts, const fs::path& path)
+{
+    const std::pair<bool, const char*> objections[] = {
+        {facts.type == fs::file_type::symlink, "it is a link"},
+        {facts.type != fs::file_type::regular, "it is not a plain file"},
+        {!facts.isUsersOwn, "it belongs to another user"},
+        {facts.names > 1, "it is hard-linked"},
+    };
+    for (const auto& [applies, reason] : objections)
+        if (applies)
+            throwFileError("Cannot open", path,
+                           std::string(reason) + ". Please remove it, or let TEMP name another folder");
+}
+
+void writeAll(OpenFile& file, std::span<const std::byte> bytes, FileLife life)
+{
+    while (!bytes.empty())
+        bytes = bytes.subspan(file.write(bytes));
+    if (life == FileLife::Kept)
+        file.flush();
+    file.close();
+}
+
+std::vector<std::byte> readAll(const OpenFile& file, std::uint64_t size)
+{
+    std::vector<std::byte> bytes(static_cast<std::size_t>(size));
+    std::size_t filled = 0;
+    while (const std::size_t count = file.read(std::span(bytes).subspan(filled)))
+        filled += count;
+    bytes.resize(filled);
+    return bytes;
+}
+
+std::string freshName(std::string_view stem)
+{
+    std::random_device random;
+    return std::string(stem) + std::to_string(random()) + std::to_string(random());
+}
+
+struct RemoveFile {
+    void operator()(const fs::path* path) const
     {
         std::error_code ignored;
-        fs::remove(m_path, ignored);
+        fs::remove(*path, ignored);
     }
-
-    const fs::path& path() const { return m_path; }
-
-private:
-    fs::path m_path;
 };
 
-void removePrivateTemporaryFolder()
+constexpr std::string_view privateFolderStem = "wagemill-run-";
+
+/// Removes what killed runs left behind; it may hold wages.
+void removeAbandonedFolders(const fs::path& parent)
 {
     std::error_code ignored;
-    const fs::path& folder = programWide<PrivateTemporaryFolder>().path;
-    if (!folder.empty())
-        fs::remove_all(folder, ignored);
+    for (fs::directory_iterator entry(parent, ignored), end; entry != end; entry.increment(ignored)) {
+        if (!entry->path().filename().native().starts_with(fs::path(privateFolderStem).native()))
+            continue;
+        const auto facts = platform::factsAt(entry->path());
+        if (!facts || facts->type != fs::file_type::directory || !facts->isUsersOwn || !facts->isPrivate)
+            continue;
+        if (const auto lock = platform::tryToLockFolder(entry->path()); lock && *lock) // else its run is alive
+            fs::remove_all(entry->path(), ignored);
+    }
+}
+
+void removePrivateFolder()
+{
+    std::error_code ignored;
+    if (!program().privateFolder.empty())
+        fs::remove_all(program().privateFolder, ignored);
 }
 
 } // namespace
@@ -94,30 +144,65 @@ void deleteFileQuietly(const fs::path& path)
     platform::deleteByForce(path);
 }
 
-void writeWholeFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
+void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
 {
-    try {
-        const UnfinishedFile unfinished(neighbourOf(path));
-        platform::writeNewFile(bytes, unfinished.path(), life);
-        platform::renameFile(unfinished.path(), path);
-    } catch (const std::system_error& error) {
-        throw std::runtime_error("Cannot write the file \"" + path.string() + "\": " + error.code().message() + ".");
-    }
+    requireOwnFile(path);
+    namingTheFile("Cannot write the file", path, [&] {
+        OpenFile file(path, Opening::Write);
+        requireOwn(file.facts(), path);
+        writeAll(file, bytes, FileLife::Temporary);
+    });
 }
 
-const fs::path& programFolder()
+void writeWholeFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
 {
-    return programWide<ProgramFolder>().path;
+    namingTheFile("Cannot write the file", path, [&] {
+        // In one folder, renaming replaces in one step.
+        const fs::path unfinished = path.parent_path() / freshName(".wagemill-").append(".part");
+        const std::unique_ptr<const fs::path, RemoveFile> removal(&unfinished);
+        OpenFile file(unfinished, life == FileLife::Kept ? Opening::MakeNormal : Opening::MakePrivate);
+        writeAll(file, bytes, life);
+        platform::renameFile(unfinished, path);
+    });
+}
+
+std::vector<std::byte> readBytesFromFile(const fs::path& path)
+{
+    constexpr std::string_view failure = "Cannot read the file";
+    return namingTheFile(failure, path, [&] {
+        const OpenFile file(path, Opening::Read);
+        const platform::FileFacts facts = file.facts();
+        if (facts.type != fs::file_type::regular)
+            throwFileError(failure, path, "it is not a plain file");
+        return readAll(file, facts.size);
+    });
+}
+
+std::vector<std::byte> readOwnFile(const fs::path& path)
+{
+    requireOwnFile(path); // a device must not even be opened; what was put there since is met below
+    return namingTheFile("Cannot read the file", path, [&] {
+        const OpenFile file(path, Opening::ReadOwn);
+        const platform::FileFacts facts = file.facts();
+        requireOwn(facts, path);
+        return readAll(file, facts.size);
+    });
+}
+
+void requireOwnFile(const fs::path& path)
+{
+    if (const auto facts = platform::factsAt(path))
+        requireOwn(*facts, path);
 }
 
 void setProgramFolder(const fs::path& folder)
 {
-    programWide<ProgramFolder>().path = folder;
+    program().folder = folder;
 }
 
 fs::path besideProgram(std::string_view name)
 {
-    fs::path path = programFolder();
+    fs::path path = program().folder;
     path += fs::path(name).make_preferred();
     return path;
 }
@@ -129,22 +214,46 @@ fs::path inTemporaryFolder(std::string_view name)
     return path;
 }
 
+fs::path makePrivateFolder()
+{
+    const fs::path parent = platform::parentOfPrivateFolders();
+    removeAbandonedFolders(parent);
+    for (;;) {
+        const fs::path folder = parent / freshName(privateFolderStem);
+        namingTheFile("Cannot make a temporary folder", folder, [&] { platform::makePrivateFolder(folder); });
+        const auto lock = platform::tryToLockFolder(folder);
+        if (!lock || !fileExists(folder))
+            continue; // another start has just taken it for an abandoned one
+        program().privateFolderLock = *lock;
+        return folder;
+    }
+}
+
 void ensureTemporaryFolder()
 {
     if (!platform::environmentPath("TEMP").empty())
         return;
-    const fs::path folder = platform::makePrivateFolder();
-    programWide<PrivateTemporaryFolder>().path = folder;
-    platform::setEnvironmentPath("TEMP", folder);
-    platform::atEveryEnd(removePrivateTemporaryFolder);
+    program().privateFolder = makePrivateFolder();
+    platform::setEnvironmentPath("TEMP", program().privateFolder);
+    std::atexit(removePrivateFolder);
 }
 
 std::shared_ptr<void> lockTemporaryFolder()
 {
+    constexpr std::chrono::seconds patience(10); // a build takes well under a second
+    constexpr std::chrono::milliseconds pause(1);
     const fs::path folder = inTemporaryFolder("");
-    if (folder == programWide<PrivateTemporaryFolder>().path)
+    if (folder == program().privateFolder)
         return nullptr; // nobody else works in the run's own
-    return platform::lockFolder(folder, lockPatience);
+    const auto end = std::chrono::steady_clock::now() + patience;
+    for (;;) {
+        if (auto lock = platform::tryToLockFolder(folder))
+            return *std::move(lock);
+        if (std::chrono::steady_clock::now() >= end)
+            throw std::runtime_error("The folder \"" + folder.string() +
+                                     "\" is in use: another program is making a workbook there.");
+        std::this_thread::sleep_for(pause);
+    }
 }
 
 bool isDevelopmentRun()
@@ -158,35 +267,34 @@ bool isDevelopmentRun()
 
 void setWindowEventPump(std::function<void()> pump)
 {
-    programWide<WindowEventPump>().run = std::move(pump);
+    program().windowEventPump = std::move(pump);
 }
 
 void processWindowEvents()
 {
-    auto& pump = programWide<WindowEventPump>();
-    if (!pump.run)
+    if (!program().windowEventPump)
         return;
-    const bool wasRunning = std::exchange(pump.isRunning, true);
-    pump.run();
-    pump.isRunning = wasRunning;
+    const bool wasPumping = std::exchange(program().isPumping, true);
+    program().windowEventPump();
+    program().isPumping = wasPumping;
 }
 
 bool isProcessingWindowEvents()
 {
-    return programWide<WindowEventPump>().isRunning;
+    return program().isPumping;
 }
 
 void endProgram()
 {
-    if (const auto end = programWide<ProgramEnd>().run) // a copy: it may set another end
-        end();
-    else
-        platform::endProcess();
+    if (const auto end = program().end) // a copy: it may set another end
+        return end();
+    removePrivateFolder();
+    platform::endProcess();
 }
 
 void setProgramEnd(std::function<void()> end)
 {
-    programWide<ProgramEnd>().run = std::move(end);
+    program().end = std::move(end);
 }
 
 } // namespace wagemill

@@ -29,7 +29,7 @@ enum class FileLife {
 };
 
 /// Writes a file that has all its bytes or is not there: they go under a fresh name beside `path`, which then replaces
-/// whatever file or link stood there. A failure leaves `path` as it was and nothing beside it.
+/// whatever file or link was there. A failure leaves `path` as it was and nothing beside it.
 /// Throws std::runtime_error that names the file and the reason.
 void writeWholeFile(std::span<const std::byte> bytes, const std::filesystem::path& path, FileLife life);
 
@@ -40,22 +40,25 @@ std::vector<std::byte> readBytesFromFile(const std::filesystem::path& path);
 /// Throws std::runtime_error that names the file and the reason.
 std::vector<std::byte> readOwnFile(const std::filesystem::path& path);
 
-/// Throws std::runtime_error that says why, when what stands at the path is anything but a plain file of the user's
-/// own: somebody else's, a link, a file with a second name, a folder, a pipe, a device. Nothing there is no failure.
+/// Throws std::runtime_error that says why, when the path is of anything but a plain file of the user's own: somebody
+/// else's, a link, a hard-linked file, a folder, a pipe, a device. Nothing there is not a failure.
 void requireOwnFile(const std::filesystem::path& path);
 
 /// The folder of the running program, without a trailing separator. Set once at start.
-const std::filesystem::path& programFolder();
 void setProgramFolder(const std::filesystem::path& folder);
-/// A file beside the program: the folder followed by `name`, which begins with a separator ("/HAND-M.CUR").
+/// A file beside the program: that folder followed by `name`, which begins with a separator ("/HAND-M.CUR").
 std::filesystem::path besideProgram(std::string_view name);
 
 /// A file in the folder that the environment variable "TEMP" names: its value followed by `name`, which begins with a
 /// separator ("/template.xlt").
 std::filesystem::path inTemporaryFolder(std::string_view name);
 
-/// Where TEMP is not set: makes a fresh folder that only the user can enter, makes it TEMP, and removes it when the
-/// program ends. Throws std::runtime_error when no folder can be made.
+/// A fresh folder that only the user can enter, in the system's folder for such; those that killed runs left behind are
+/// removed first. Throws std::runtime_error that names the folder and the reason.
+std::filesystem::path makePrivateFolder();
+
+/// Where TEMP is not set: makes a private folder, makes it TEMP, and removes it when the program ends. Throws as
+/// makePrivateFolder does.
 void ensureTemporaryFolder();
 
 /// Keeps other programs' builds out of the folder that TEMP names, where all use the same file names, for as long as

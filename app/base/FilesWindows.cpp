@@ -1,250 +1,230 @@
-#include "app/base/Files.h"
+#include "app/base/Dispatch.h"
 #include "app/base/PlatformFiles.h"
-#include "app/base/WindowsOwnership.h"
+#include "app/base/WindowsHandle.h"
 #include "app/base/WindowsText.h"
 
+#include <aclapi.h>
 #include <ole2.h>
+#include <sddl.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <random>
-#include <stdexcept>
+#include <string>
 #include <system_error>
+#include <utility>
 
-namespace wagemill {
+namespace wagemill::platform {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// "Cannot write the file "C:\a.xls": Access is denied."
-[[noreturn]] void throwFileError(std::string_view what, const fs::path& path, std::string_view reason)
-{
-    throw std::runtime_error(std::string(what) + " \"" + toUtf8(path.native()) + "\": " + std::string(reason) + ".");
-}
-
-constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-WindowsHandle openFile(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
-                       SECURITY_ATTRIBUTES* security = nullptr)
-{
-    return ownedHandle(::CreateFileW(path.c_str(), access, share, security, disposition, flags, nullptr));
-}
-
-/// Why a file is not to be touched; "" when it is a plain file of the user's own that has no other name. Whoever can
-/// give our names to something else could otherwise have us read or write what is not ours.
-std::string_view objectionTo(HANDLE file)
-{
-    BY_HANDLE_FILE_INFORMATION info = {};
-    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &info))
-        return "it is no plain file";
-    FILE_ATTRIBUTE_TAG_INFO tag = {};
-    if ((info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-        (!::GetFileInformationByHandleEx(file, FileAttributeTagInfo, &tag, sizeof tag) ||
-         IsReparseTagNameSurrogate(tag.ReparseTag)))
-        return "it is a link";
-    if ((info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return "it is no plain file";
-    if (!isUsersOwn(file))
-        return "it belongs to another user";
-    return info.nNumberOfLinks > 1 ? "it has a second name elsewhere" : "";
-}
-
-void requireOwn(std::string_view what, const fs::path& path, HANDLE file)
-{
-    if (const std::string_view objection = objectionTo(file); !objection.empty())
-        throwFileError(what, path, std::string(objection) + ". Please remove it, or let TEMP name another folder");
-}
-
-/// The most that one call is asked to move.
-DWORD blockOf(std::size_t bytes)
-{
-    constexpr std::size_t largest = std::size_t{1} << 24U;
-    return static_cast<DWORD>(std::min(bytes, largest));
-}
 
 [[noreturn]] void throwLastError()
 {
     throw std::system_error(static_cast<int>(::GetLastError()), windowsErrors());
 }
 
-/// Throws std::system_error.
-void writeAll(HANDLE file, std::span<const std::byte> bytes)
+void require(BOOL outcome)
 {
-    while (!bytes.empty()) {
-        DWORD written = 0;
-        if (!::WriteFile(file, bytes.data(), blockOf(bytes.size()), &written, nullptr))
-            throwLastError();
-        bytes = bytes.subspan(written);
-    }
-}
-
-/// The rest of the file. Throws std::system_error.
-std::vector<std::byte> readAll(HANDLE file)
-{
-    LARGE_INTEGER size = {};
-    if (!::GetFileSizeEx(file, &size))
+    if (!outcome)
         throwLastError();
-    std::vector<std::byte> bytes(static_cast<std::size_t>(size.QuadPart));
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        DWORD count = 0;
-        if (!::ReadFile(file, bytes.data() + filled, blockOf(bytes.size() - filled), &count, nullptr))
-            throwLastError();
-        if (count == 0)
-            break;
-        filled += count;
+}
+
+struct FreeLocalMemory {
+    void operator()(void* memory) const { ::LocalFree(memory); }
+};
+
+/// A security identifier that the process's token holds: TokenUser is who runs the program, TokenOwner whom its new
+/// files belong to, which is the administrators' group for some of its members.
+class TokenIdentifier {
+public:
+    explicit TokenIdentifier(TOKEN_INFORMATION_CLASS which)
+    {
+        HANDLE token = nullptr;
+        if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token))
+            return;
+        const WindowsHandle owner(token);
+        DWORD size = 0;
+        m_isKnown = ::GetTokenInformation(token, which, m_bytes.data(), static_cast<DWORD>(m_bytes.size()), &size) != 0;
     }
-    bytes.resize(filled);
-    return bytes;
-}
 
-/// Runs the work; a std::system_error of it becomes one that names the file.
-template <typename Work>
-auto namingTheFile(std::string_view what, const fs::path& path, Work&& work)
-{
-    try {
-        return work();
-    } catch (const std::system_error& error) {
-        throwFileError(what, path, error.code().message());
+    /// Null when the system does not say.
+    PSID identifier() const
+    {
+        static_assert(offsetof(TOKEN_USER, User.Sid) == offsetof(TOKEN_OWNER, Owner)); // both begin with it
+        return m_isKnown ? reinterpret_cast<const TOKEN_OWNER*>(m_bytes.data())->Owner : nullptr;
     }
+
+private:
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> m_bytes = {};
+    bool m_isKnown = false;
+};
+
+bool isIdentifier(PSID identifier, TOKEN_INFORMATION_CLASS which)
+{
+    const TokenIdentifier own(which);
+    return own.identifier() != nullptr && ::EqualSid(identifier, own.identifier());
 }
 
-/// A mutex that all programs share that know the folder, however they name it. Null when there can be none.
-WindowsHandle mutexOf(const fs::path& folder)
+/// True where the disk keeps no owners.
+/// handle  opened with READ_CONTROL
+bool isUsersOwn(HANDLE handle)
 {
-    const WindowsHandle open = openFile(folder, 0, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-    BY_HANDLE_FILE_INFORMATION info = {};
-    if (!open || !::GetFileInformationByHandle(open.get(), &info))
-        return nullptr;
-    const std::wstring name = L"Global\\Wagemill-" + std::to_wstring(info.dwVolumeSerialNumber) + L"-" +
-                              std::to_wstring(info.nFileIndexHigh) + L"-" + std::to_wstring(info.nFileIndexLow);
-    return WindowsHandle(::CreateMutexW(nullptr, FALSE, name.c_str()));
-}
-
-/// Whether the mutex is ours now; a program that died with it gives it away.
-bool acquire(HANDLE mutex, std::chrono::milliseconds patience)
-{
-    const DWORD outcome = ::WaitForSingleObject(mutex, static_cast<DWORD>(patience.count()));
-    return outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
-}
-
-/// Gives up a mutex that acquire() got.
-std::shared_ptr<void> heldMutex(WindowsHandle mutex)
-{
-    return {mutex.release(), [](HANDLE held) {
-                ::ReleaseMutex(held);
-                ::CloseHandle(held);
-            }};
-}
-
-constexpr std::wstring_view privateFolderStem = L"wagemill-run-";
-
-fs::path parentOfPrivateFolders()
-{
-    std::array<wchar_t, MAX_PATH + 1> folder;
-    const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-    return {folder.data(), folder.data() + std::min<std::size_t>(length, folder.size())};
-}
-
-bool isPrivateFolderOfOurs(const fs::path& folder)
-{
-    if (!folder.filename().native().starts_with(privateFolderStem))
+    DWORD flags = 0;
+    if (!::GetVolumeInformationByHandleW(handle, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) ||
+        (flags & FILE_PERSISTENT_ACLS) == 0)
+        return true;
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR raw = nullptr;
+    if (::GetSecurityInfo(handle, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr,
+                          &raw) != ERROR_SUCCESS)
         return false;
-    const WindowsHandle open = openFile(folder, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
-                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
-    BY_HANDLE_FILE_INFORMATION info = {};
-    constexpr DWORD kind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
-    return open && ::GetFileInformationByHandle(open.get(), &info) &&
-           (info.dwFileAttributes & kind) == FILE_ATTRIBUTE_DIRECTORY && isUsersOwn(open.get());
+    const std::unique_ptr<void, FreeLocalMemory> descriptor(raw);
+    return owner != nullptr && (isIdentifier(owner, TokenUser) || isIdentifier(owner, TokenOwner));
 }
 
-/// Removes what killed runs left behind; it may hold wages.
-void removeAbandonedFolders(const fs::path& parent)
-{
-    std::error_code ignored;
-    for (fs::directory_iterator entry(parent, ignored), end; entry != end; entry.increment(ignored)) {
-        if (!isPrivateFolderOfOurs(entry->path()))
-            continue;
-        WindowsHandle mutex = mutexOf(entry->path());
-        if (!mutex || !acquire(mutex.get(), std::chrono::milliseconds(0)))
-            continue; // its run is alive
-        const auto held = heldMutex(std::move(mutex));
-        fs::remove_all(entry->path(), ignored);
+/// What a new file or folder is made with that belongs to the user and that the user and the system alone may enter,
+/// whatever the folder around it grants others.
+class PrivateSecurity {
+public:
+    PrivateSecurity()
+    {
+        const TokenIdentifier user(TokenUser);
+        wchar_t* text = nullptr;
+        if (user.identifier() == nullptr || !::ConvertSidToStringSidW(user.identifier(), &text))
+            return;
+        const std::unique_ptr<wchar_t, FreeLocalMemory> textOwner(text);
+        const std::wstring name(text);
+        // Owner the user; nothing inherited; full access for the user and the system, also to what is made inside.
+        const std::wstring rules = L"O:" + name + L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + name + L")";
+        PSECURITY_DESCRIPTOR descriptor = nullptr;
+        if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1, &descriptor,
+                                                                   nullptr))
+            m_descriptor.reset(descriptor);
+        m_attributes.lpSecurityDescriptor = descriptor;
     }
+
+    /// Null, for the permissions of the folder around it, when the system does not say who the user is.
+    SECURITY_ATTRIBUTES* attributes() { return m_descriptor ? &m_attributes : nullptr; }
+
+private:
+    std::unique_ptr<void, FreeLocalMemory> m_descriptor;
+    SECURITY_ATTRIBUTES m_attributes = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+};
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// Null when it cannot be opened.
+WindowsHandle openFile(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
+                       SECURITY_ATTRIBUTES* security = nullptr)
+{
+    const HANDLE handle = ::CreateFileW(path.c_str(), access, share, security, disposition, flags, nullptr);
+    return WindowsHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
-/// What runs at endProcess, first registered last, as at exit.
-std::vector<void (*)()>& endWork()
+WindowsHandle openFile(const fs::path& path, Opening how, SECURITY_ATTRIBUTES* userAlone)
 {
-    static std::vector<void (*)()> work;
-    return work;
+    switch (how) {
+    case Opening::Read:
+        return openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    case Opening::ReadOwn:
+        return openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    case Opening::Write:
+        return openFile(path, GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
+                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, userAlone);
+    case Opening::MakePrivate:
+        return openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, userAlone);
+    case Opening::MakeNormal:
+        return openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+    }
+    return nullptr;
+}
+
+/// file  opened with READ_CONTROL and FILE_READ_ATTRIBUTES
+FileFacts factsOf(HANDLE file)
+{
+    BY_HANDLE_FILE_INFORMATION info = {};
+    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &info))
+        return {};
+    FILE_ATTRIBUTE_TAG_INFO tag = {};
+    const bool isLink = (info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+                        (!::GetFileInformationByHandleEx(file, FileAttributeTagInfo, &tag, sizeof tag) ||
+                         IsReparseTagNameSurrogate(tag.ReparseTag));
+    const bool isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const auto type = isLink ? fs::file_type::symlink : isFolder ? fs::file_type::directory : fs::file_type::regular;
+    const std::uint64_t size = std::uint64_t{info.nFileSizeHigh} << 32U | info.nFileSizeLow;
+    return {type, isUsersOwn(file), true, info.nNumberOfLinks, size};
+}
+
+/// The most that one call is asked to move.
+DWORD blockOf(std::size_t bytes)
+{
+    constexpr std::size_t max = std::size_t{1} << 24U;
+    return static_cast<DWORD>(std::min(bytes, max));
 }
 
 } // namespace
 
-void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
-{
-    constexpr std::string_view failure = "Cannot write the file";
-    requireOwnFile(path);
-    namingTheFile(failure, path, [&] {
-        PrivateSecurity security;
-        const WindowsHandle file =
-            openFile(path, GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
-                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, security.attributes());
-        if (!file)
-            throwLastError();
-        requireOwn(failure, path, file.get());
-        writeAll(file.get(), bytes);
-    });
-}
-
-std::vector<std::byte> readBytesFromFile(const fs::path& path)
-{
-    constexpr std::string_view failure = "Cannot read the file";
-    return namingTheFile(failure, path, [&] {
-        const WindowsHandle file = openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
-        if (!file)
-            throwLastError();
-        if (::GetFileType(file.get()) != FILE_TYPE_DISK)
-            throwFileError(failure, path, "it is no plain file");
-        return readAll(file.get());
-    });
-}
-
-std::vector<std::byte> readOwnFile(const fs::path& path)
-{
-    requireOwnFile(path); // a device must not even be opened; what was put there since is met below
-    return namingTheFile("Cannot read the file", path, [&] {
-        const WindowsHandle file = openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
-        if (!file)
-            throwLastError();
-        requireOwn("Cannot open", path, file.get());
-        return readAll(file.get());
-    });
-}
-
-void requireOwnFile(const fs::path& path)
+std::optional<FileFacts> factsAt(const fs::path& path)
 {
     const WindowsHandle file = openFile(path, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
-    if (file)
-        requireOwn("Cannot open", path, file.get());
+    return file ? std::optional(factsOf(file.get())) : std::nullopt;
 }
 
-namespace platform {
-
-void writeNewFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
+OpenFile::OpenFile(const fs::path& path, Opening how)
 {
     PrivateSecurity security;
-    const WindowsHandle file = openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
-                                        life == FileLife::Temporary ? security.attributes() : nullptr);
-    if (!file)
-        throwLastError();
-    writeAll(file.get(), bytes);
-    if (life == FileLife::Kept && !::FlushFileBuffers(file.get()))
-        throwLastError();
+    m_handle = reinterpret_cast<std::intptr_t>(openFile(path, how, security.attributes()).release());
+    require(m_handle != 0);
+}
+
+OpenFile::~OpenFile()
+{
+    const WindowsHandle closed(reinterpret_cast<HANDLE>(m_handle));
+}
+
+FileFacts OpenFile::facts() const
+{
+    return factsOf(reinterpret_cast<HANDLE>(m_handle));
+}
+
+std::size_t OpenFile::read(std::span<std::byte> buffer) const
+{
+    DWORD count = 0;
+    require(::ReadFile(reinterpret_cast<HANDLE>(m_handle), buffer.data(), blockOf(buffer.size()), &count, nullptr));
+    return count;
+}
+
+std::size_t OpenFile::write(std::span<const std::byte> bytes) const
+{
+    DWORD count = 0;
+    require(::WriteFile(reinterpret_cast<HANDLE>(m_handle), bytes.data(), blockOf(bytes.size()), &count, nullptr));
+    return count;
+}
+
+void OpenFile::flush() const
+{
+    require(::FlushFileBuffers(reinterpret_cast<HANDLE>(m_handle)));
+}
+
+void OpenFile::close()
+{
+    require(::CloseHandle(reinterpret_cast<HANDLE>(std::exchange(m_handle, 0))));
+}
+
+void deleteByForce(const fs::path& path)
+{
+    using namespace automation;
+    const Apartment apartment;
+    try {
+        const Dispatch fileSystem(L"Scripting.FileSystemObject", CLSCTX_INPROC_SERVER);
+        fileSystem.invoke(fileSystem.identifiers({L"DeleteFile"}), CallKind::Call,
+                          arguments(Variant::ofText(path.native()), Variant::ofBoolean(true)));
+    } catch (const CallFailure&) {
+        return; // ignored
+    }
 }
 
 /// Of a file that another program has open the system says that access is denied, and to whoever asks for its deletion
@@ -259,36 +239,38 @@ void renameFile(const fs::path& from, const fs::path& to)
     throw std::system_error(isOpenElsewhere ? ERROR_SHARING_VIOLATION : error, windowsErrors());
 }
 
-fs::path makePrivateFolder()
+fs::path parentOfPrivateFolders()
 {
-    const fs::path parent = parentOfPrivateFolders();
-    removeAbandonedFolders(parent);
-    PrivateSecurity security;
-    std::random_device chance;
-    for (;;) {
-        fs::path folder = parent / (std::wstring(privateFolderStem) + std::to_wstring(chance()));
-        if (!::CreateDirectoryW(folder.c_str(), security.attributes())) {
-            if (::GetLastError() == ERROR_ALREADY_EXISTS)
-                continue;
-            throwFileError("Cannot make a temporary folder", folder, systemErrorText(::GetLastError()));
-        }
-        // Held until the process is gone, so that no other start takes the folder for an abandoned one.
-        static std::shared_ptr<void> held;
-        held = lockFolder(folder, std::chrono::seconds(1));
-        if (fileExists(folder))
-            return folder;
-    }
+    std::array<wchar_t, MAX_PATH + 1> folder;
+    const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+    return {folder.data(), folder.data() + std::min<std::size_t>(length, folder.size())};
 }
 
-std::shared_ptr<void> lockFolder(const fs::path& folder, std::chrono::milliseconds patience)
+void makePrivateFolder(const fs::path& folder)
 {
-    WindowsHandle mutex = mutexOf(folder);
+    PrivateSecurity security;
+    require(::CreateDirectoryW(folder.c_str(), security.attributes()));
+}
+
+/// The lock is a mutex that all programs share that know the folder, however they name it.
+std::optional<std::shared_ptr<void>> tryToLockFolder(const fs::path& folder)
+{
+    const WindowsHandle open = openFile(folder, 0, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    BY_HANDLE_FILE_INFORMATION info = {};
+    if (!open || !::GetFileInformationByHandle(open.get(), &info))
+        return nullptr;
+    const std::wstring name = L"Global\\Wagemill-" + std::to_wstring(info.dwVolumeSerialNumber) + L"-" +
+                              std::to_wstring(info.nFileIndexHigh) + L"-" + std::to_wstring(info.nFileIndexLow);
+    WindowsHandle mutex(::CreateMutexW(nullptr, FALSE, name.c_str()));
     if (!mutex)
         return nullptr;
-    if (!acquire(mutex.get(), patience))
-        throw std::runtime_error("The folder \"" + toUtf8(folder.native()) +
-                                 "\" is in use: another program is making a workbook there.");
-    return heldMutex(std::move(mutex));
+    const DWORD outcome = ::WaitForSingleObject(mutex.get(), 0);
+    if (outcome != WAIT_OBJECT_0 && outcome != WAIT_ABANDONED) // of a program that died
+        return std::nullopt;
+    return std::shared_ptr<void>(mutex.release(), [](HANDLE held) {
+        ::ReleaseMutex(held);
+        ::CloseHandle(held);
+    });
 }
 
 fs::path environmentPath(const char* name)
@@ -304,21 +286,12 @@ void setEnvironmentPath(const char* name, const fs::path& value)
     ::SetEnvironmentVariableW(toWide(name).c_str(), value.c_str());
 }
 
-void atEveryEnd(void (*work)())
-{
-    std::atexit(work);
-    endWork().push_back(work);
-}
-
 void endProcess()
 {
-    std::for_each(endWork().rbegin(), endWork().rend(), [](void (*work)()) { work(); });
     ::OleFlushClipboard(); // what the user copied from a field must outlive the program
     // Ends without asking the libraries in the process to tidy up; what must be undone has been undone.
     ::TerminateProcess(::GetCurrentProcess(), 0);
     std::abort(); // not reached
 }
 
-} // namespace platform
-
-} // namespace wagemill
+} // namespace wagemill::platform

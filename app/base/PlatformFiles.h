@@ -1,40 +1,73 @@
 #pragma once
 
-#include "app/base/Files.h"
-
-#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 
-/// What Files.h needs of the system under it; one source file for each system.
+/// What Files.h needs of the system under it; one source file for each system. What fails throws std::system_error.
 namespace wagemill::platform {
+
+struct FileFacts {
+    std::filesystem::file_type type = std::filesystem::file_type::unknown;
+    bool isUsersOwn = false;
+    bool isPrivate = false; ///< nobody else may enter it, as far as the system tells
+    std::uint64_t names = 1;
+    std::uint64_t size = 0;
+};
+
+/// Of a link the link's own; nothing where nothing is.
+std::optional<FileFacts> factsAt(const std::filesystem::path& path);
+
+enum class Opening {
+    Read,
+    ReadOwn,     ///< not through a link
+    Write,       ///< not through a link; made for the user alone where there is none
+    MakePrivate, ///< a file that was not there, for the user alone
+    MakeNormal,  ///< a file that was not there, with the user's normal permissions
+};
+
+/// An open file that closes itself. Nothing waits for a pipe.
+class OpenFile {
+public:
+    OpenFile(const std::filesystem::path& path, Opening how);
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile();
+
+    FileFacts facts() const;
+    /// Moves as many bytes as the system moves at a time. Reading: 0 at the end of the file.
+    std::size_t read(std::span<std::byte> buffer) const;
+    std::size_t write(std::span<const std::byte> bytes) const;
+    /// Returns when all that was written is on the disk.
+    void flush() const;
+    /// Closes now, so that an error of a late write is seen.
+    void close();
+
+private:
+    std::intptr_t m_handle; ///< a file descriptor; a HANDLE of Windows
+};
 
 /// Deletes the file, a read-only one too; of a link the link itself. Every failure is ignored.
 void deleteByForce(const std::filesystem::path& path);
 
-/// Makes a file that was not there, with the permissions of its life, and writes the bytes. Throws std::system_error;
-/// what was written by then is left to the caller.
-void writeNewFile(std::span<const std::byte> bytes, const std::filesystem::path& path, FileLife life);
-
-/// The file gets the name `to`, and replaces whatever file or link had it. Throws std::system_error.
+/// The file gets the name `to`, and replaces whatever file or link had it.
 void renameFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// A fresh folder that only the user can enter. Where the system does not clear them itself, those that killed runs of
-/// the user left behind are removed first. Throws std::runtime_error that names the folder and the reason.
-std::filesystem::path makePrivateFolder();
+std::filesystem::path parentOfPrivateFolders();
+/// Makes a folder that was not there, for the user alone.
+void makePrivateFolder(const std::filesystem::path& folder);
 
-/// Locks the folder against other programs until the answer dies, or the process. Null where folders cannot be locked.
-/// Throws std::runtime_error when another keeps it locked for longer than `patience`.
-std::shared_ptr<void> lockFolder(const std::filesystem::path& folder, std::chrono::milliseconds patience);
+/// Locks the folder against other programs until the answer dies, or the process. Null where folders cannot be locked;
+/// nothing while another program has it locked.
+std::optional<std::shared_ptr<void>> tryToLockFolder(const std::filesystem::path& folder);
 
 /// The value of an environment variable as a path; empty when it is not set.
 std::filesystem::path environmentPath(const char* name);
 void setEnvironmentPath(const char* name, const std::filesystem::path& value);
 
-/// `work` runs when the program returns from main, ends by exit, or ends by endProcess.
-void atEveryEnd(void (*work)());
 /// Ends the process at once, with success.
 [[noreturn]] void endProcess();
 

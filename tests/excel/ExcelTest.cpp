@@ -4,7 +4,7 @@
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
 #include "app/base/RandomNumber.h"
-#include "app/base/WindowsOwnership.h"
+#include "app/base/WindowsHandle.h"
 #include "app/base/WindowsText.h"
 #include "app/look/UserRegion.h"
 #include "resources/CustomResource.h"
@@ -102,9 +102,7 @@ int excelProcessesLeft()
 }
 
 ExcelTest::ExcelTest()
-    : m_privateFolder(platform::makePrivateFolder()),
-      folder(m_privateFolder / L"L\u00F6hne \u674E"),
-      m_watch(endWhatHangs)
+    : m_privateFolder(makePrivateFolder()), folder(m_privateFolder / L"L\u00F6hne \u674E"), m_watch(endWhatHangs)
 {
     fs::create_directory(folder);
     platform::setEnvironmentPath("TEMP", folder);

@@ -117,7 +117,7 @@ TEST_F(WindowPointerTest, ACursorFileThatCannotBeUsedIsNamedAndLeavesTheArrow)
                   "Cannot use the cursor file \"" + file.string() + "\": " + reason + ".");
     }
     EXPECT_EQ(test::failureOf([&] { pointer.loadHandCursor(folder.path()); }),
-              "Cannot read \"" + folder.path().string() + "\": it is no plain file.");
+              "Cannot read the file \"" + folder.path().string() + "\": it is not a plain file.");
     moveTo({20, 20});
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
 }

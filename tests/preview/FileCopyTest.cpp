@@ -76,7 +76,7 @@ TEST(CopyFile, FailsWithBothNamesAndTheReasonAndLeavesNothing)
     } const cases[] = {
         {"missing", "to", "No such file"},
         {"from", "nowhere/to", "No such file"},
-        {"taken", "to", "no plain file"},
+        {"taken", "to", "not a plain file"},
         {"from", "taken", "directory"},
     };
     for (const auto& [from, to, reason] : cases) {

@@ -1,6 +1,6 @@
 #include "workbook/excel/CallWatch.h"
 
-#include "app/base/WindowsOwnership.h"
+#include "app/base/WindowsHandle.h"
 
 #include <array>
 #include <string_view>

@@ -1,5 +1,6 @@
 #include "app/base/Files.h"
 #include "app/base/ErrorTrap.h"
+#include "app/base/PlatformFiles.h"
 #include "app/base/RandomNumber.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/RecordedMessages.h"
@@ -10,13 +11,10 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <fcntl.h>
 #include <memory>
 #include <set>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -68,28 +66,40 @@ TEST(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST(Files, NeitherFollowALinkWhenWrittenNorWaitForAPipe)
+TEST(Files, TouchNothingButAPlainFileOfTheUsersOwn)
 {
     const TemporaryFolder folder;
     fs::create_symlink(folder / "elsewhere", folder / "link");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_THROW(writeBytesToFile(fourBytes, folder / "link"), std::runtime_error);
+    writeBytesToFile(fourBytes, folder / "file");
+    fs::create_hard_link(folder / "file", folder / "hard link");
+    const std::pair<const char*, const char*> cases[] = {
+        {"link", "it is a link"}, {"pipe", "it is not a plain file"}, {"hard link", "it is hard-linked"}};
+    for (const auto& [name, reason] : cases) {
+        const std::string expected = "Cannot open \"" + (folder / name).string() + "\": " + reason +
+                                     ". Please remove it, or let TEMP name another folder.";
+        EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, folder / name); }), expected);
+        EXPECT_EQ(failureOf([&] { readOwnFile(folder / name); }), expected);
+    }
     EXPECT_FALSE(fileExists(folder / "elsewhere"));
-    EXPECT_THROW(readBytesFromFile(folder / "pipe"), std::runtime_error);
-    EXPECT_THROW(writeBytesToFile(fourBytes, folder / "pipe"), std::runtime_error);
+    for (const fs::path& path : {folder / "pipe", folder.path()})
+        EXPECT_EQ(failureOf([&] { readBytesFromFile(path); }),
+                  "Cannot read the file \"" + path.string() + "\": it is not a plain file.");
 }
 
 TEST(Files, SayWhatFailedOnWhichFileAndWhy)
 {
     const TemporaryFolder folder;
-    const fs::path unreachable = folder / "no folder" / "file";
-    EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, unreachable); }),
-              "Cannot write the file \"" + unreachable.string() + "\": No such file or directory.");
-    EXPECT_EQ(failureOf([&] { readBytesFromFile(unreachable); }),
-              "Cannot read the file \"" + unreachable.string() + "\": No such file or directory.");
-    EXPECT_NE(failureOf([&] { readBytesFromFile(folder.path()); }).find(folder.path().string()), std::string::npos);
-    EXPECT_EQ(failureOf([&] { writeWholeFile(fourBytes, unreachable, FileLife::Kept); }),
-              "Cannot write the file \"" + unreachable.string() + "\": No such file or directory.");
+    const fs::path file = folder / "no folder" / "file";
+    const std::pair<std::string, const char*> cases[] = {
+        {failureOf([&] { writeBytesToFile(fourBytes, file); }), "write"},
+        {failureOf([&] { writeWholeFile(fourBytes, file, FileLife::Kept); }), "write"},
+        {failureOf([&] { readBytesFromFile(file); }), "read"},
+        {failureOf([&] { readOwnFile(file); }), "read"},
+    };
+    for (const auto& [failure, verb] : cases)
+        EXPECT_EQ(failure,
+                  std::string("Cannot ") + verb + " the file \"" + file.string() + "\": No such file or directory.");
 }
 
 TEST(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
@@ -131,36 +141,30 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolder)
     EXPECT_EQ(fs::status(made).permissions() & fs::perms::all, fs::perms::owner_all);
 }
 
-/// A folder as a run makes it, its lock held by `held` as a living run holds it; -1 for a run that was killed.
-fs::path runFolder(const fs::path& parent, const char* letters, int* held)
-{
-    fs::path folder = parent / (std::string("wagemill-run-") + letters);
-    EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
-    writeBytesToFile(fourBytes, folder / "kvarno12345678.xls");
-    if (held != nullptr) {
-        *held = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-        EXPECT_EQ(::flock(*held, LOCK_EX), 0);
-    }
-    return folder;
-}
-
 TEST(Files, OfKilledRunsAreRemovedByTheNextButNeverThoseOfALivingOne)
 {
     const TemporaryFolder system;
     const ScopedEnvironment runtime("XDG_RUNTIME_DIR", system.path().string());
     const ScopedEnvironment temp("TEMP", std::nullopt);
-    int held = -1;
-    const fs::path living = runFolder(system.path(), "aaaaaa", &held);
-    const fs::path killed = runFolder(system.path(), "bbbbbb", nullptr);
-    const fs::path shared = runFolder(system.path(), "cccccc", nullptr); // not as we make them: others may enter
-    fs::permissions(shared, fs::perms::group_all, fs::perm_options::add);
-    fs::create_directory(system / "wagemill-backup");
+    const struct {
+        const char* name;
+        fs::perms permissions;
+        bool isRemoved;
+    } cases[] = {
+        {"wagemill-run-living", fs::perms::owner_all, false},
+        {"wagemill-run-killed", fs::perms::owner_all, true},
+        {"wagemill-run-shared", fs::perms::owner_all | fs::perms::group_all, false}, // not as we make them
+        {"wagemill-backup", fs::perms::owner_all, false},
+    };
+    for (const auto& each : cases) {
+        fs::create_directory(system / each.name);
+        fs::permissions(system / each.name, each.permissions);
+        writeBytesToFile(fourBytes, system / each.name / "kvarno12345678.xls");
+    }
+    const auto living = platform::tryToLockFolder(system / cases[0].name);
     ensureTemporaryFolder();
-    ::close(held);
-    EXPECT_TRUE(fileExists(living / "kvarno12345678.xls"));
-    EXPECT_FALSE(fileExists(killed));
-    EXPECT_TRUE(fileExists(shared));
-    EXPECT_TRUE(fileExists(system / "wagemill-backup"));
+    for (const auto& each : cases)
+        EXPECT_EQ(!fileExists(system / each.name / "kvarno12345678.xls"), each.isRemoved) << each.name;
 }
 
 TEST(Files, OfOneFolderBelongToOneBuildAtATime)
@@ -200,23 +204,16 @@ TEST(ErrorTrap, ReportsAStepAndGoesOnWithTheNext)
     trap.step(47, [] { throw std::runtime_error("The file is gone."); });
     trap.run([] { throw std::runtime_error(""); }); // no number of its own: the last one passed counts
     trap.step(50, [&] { done += "b"; });
+    const std::unique_ptr<int> nothing;
+    trap.step(60, [&] { static_cast<void>(present(nothing, "workbook")); });
     EXPECT_EQ(done, "ab");
-    EXPECT_EQ(messages.failedSteps(), (std::vector<int>{0, 47, 47}));
+    EXPECT_EQ(messages.failedSteps(), (std::vector<int>{0, 47, 47, 60}));
     EXPECT_EQ(messages.shown[1].text,
               "The file is gone.\r\nin Wagemill2021/08/31.Form2.PushButton6_Click at line 47\r\r"
               "Please email screenshot of this message to support@quellory.example");
     EXPECT_TRUE(messages.shown[2].text.starts_with("\r\nin Wagemill2021/08/31."));
     EXPECT_EQ(messages.shown[1].title, "Application Error");
-}
-
-TEST(ErrorTrap, AnswersForAMissingObject)
-{
-    RecordedMessages messages;
-    ErrorTrap trap("Form1.PushButton22_Click");
-    const std::unique_ptr<int> nothing;
-    trap.step(1, [&] { static_cast<void>(present(nothing, "workbook")); });
-    ASSERT_EQ(messages.shown.size(), 1U);
-    EXPECT_TRUE(messages.shown[0].text.starts_with("There is no workbook, because an earlier step failed.\r\n"));
+    EXPECT_TRUE(messages.shown[3].text.starts_with("There is no workbook, because an earlier step failed.\r\n"));
 }
 
 } // namespace
