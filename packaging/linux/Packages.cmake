@@ -1,4 +1,4 @@
-# Where Wagemill stands on Linux, and its packages: `cpack -G DEB` and `cpack -G RPM` in the build folder.
+# Where Wagemill is installed on Linux, and its packages: `cpack -G DEB` and `cpack -G RPM` in the build folder.
 # The program and what it looks for in its own folder are in one private folder; the command is a link into it.
 include(${PROJECT_SOURCE_DIR}/packaging/Files.cmake)
 
@@ -63,7 +63,7 @@ set(CPACK_PACKAGE_NAME wagemill)
 set(CPACK_PACKAGE_VENDOR "the Wagemill authors")
 set(CPACK_PACKAGE_CONTACT "Wagemill authors <support@quellory.example>")
 set(CPACK_PACKAGE_HOMEPAGE_URL https://quellory.example)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "payroll figures in, payroll workbook with pay stubs out")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "makes payroll workbooks with pay stubs")
 set(CPACK_PACKAGE_DESCRIPTION_FILE ${CMAKE_CURRENT_LIST_DIR}/description.txt)
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

@@ -27,7 +27,7 @@ tar xf qt6-base_*.debian.tar.* -C source
 left_out=(sql network dbus opengl concurrent xml zstd system_zlib direct2d vulkan tabletevent directwrite directwrite3)
 options=("${left_out[@]/#/-DFEATURE_}")
 options=("${options[@]/%/=OFF}")
-# Neither the folder of this build nor that of the result stands in the program afterwards.
+# Neither the folder of this build nor that of the result is in the program afterwards.
 cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_INSTALL_PREFIX=/qt-windows \
     -DCMAKE_C_FLAGS="-ffile-prefix-map=$work/source=qt" -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$work/source=qt" \
     -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/cmake" \

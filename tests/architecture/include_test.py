@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Reads every #include line of the program and holds it against the picture in docs/architecture.md: a folder includes
-only what stands below it (a generated .inc apart), and the rooms that are plain C++ include no window library."""
+only what is below it (a generated .inc apart), and the modules that are plain C++ include no window library."""
 import os
 import re
 import sys
@@ -34,7 +34,7 @@ ALLOWED = {
              "workbook/summary"],
             True),
 }
-# Files of a room with windows that are plain C++ all the same.
+# Files of a module with windows that are nevertheless plain C++.
 PLAIN = {"drawing/Drawing.h", "drawing/DrawingFile.h", "drawing/DrawingFile.cpp", "drawing/Pages.h", "preview/ViewGeometry.h",
          "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
 
@@ -48,12 +48,12 @@ def offences(root):
             for line in open(os.path.join(root, path), encoding="utf-8"):
                 own = re.match(r'#include "([^"]+)"', line)
                 if own and not own[1].endswith(".inc") and os.path.dirname(own[1]) not in [folder, *below]:
-                    yield f"{path} includes {own[1]}, which does not stand below it"
+                    yield f"{path} includes {own[1]}, which is not below it"
                 if re.match(r"#include <Q", line) and (not qt or path in PLAIN):
                     yield f"{path} is plain C++, yet it includes {line.strip()}"
 
 
-def rooms_without_a_rule(root):
+def modules_without_a_rule(root):
     for parent, folders, files in os.walk(root):
         folders[:] = [name for name in folders if name not in ("build", "out", "tests", "bench") and name[0] != "."]
         folder = os.path.relpath(parent, root)
@@ -61,6 +61,6 @@ def rooms_without_a_rule(root):
             yield f"the folder {folder} has no line in the table of this test"
 
 
-found = [*offences(sys.argv[1]), *rooms_without_a_rule(sys.argv[1])]
+found = [*offences(sys.argv[1]), *modules_without_a_rule(sys.argv[1])]
 print("\n".join(found) or "every include follows the picture")
 sys.exit(bool(found))

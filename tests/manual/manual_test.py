@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Holds the manual against the sources: manual_test.py REPOSITORY
+"""Compares the manual with the sources: manual_test.py REPOSITORY
 
-Every message that a user can meet must stand in docs/manual.md, word for word up to its first figure or file name, so that
+Every message that a user can meet must be in docs/manual.md, word for word up to its first number or file name, so that
 whoever searches for it finds what to do. The manual's pictures and its links to its own sections must exist.
 """
 import glob
@@ -9,11 +9,12 @@ import os
 import re
 import sys
 
-ROOMS = ("app/base", "app/look", "settings", "entry", "preview", "help", "workbook", "workbook/sessions", "workbook/excel")
+MODULES = ("app/base", "app/look", "settings", "entry", "preview", "help", "workbook", "workbook/sessions", "workbook/excel")
 NEVER_MET = {
-    "Cannot make the folder": "is told as \"The settings cannot be kept in ...\"",
+    "Cannot make the folder": "is reported as \"The settings cannot be kept in ...\"",
     "The title": "the one title of the program can be shortened",
     "Cannot show the picture": "of the splash window, which no start shows",
+    "A place that was never written cannot be replaced.": "a fault of a writer, not of a file",
     "The Excel session has ended.": "no step follows the end of its session",
     "Excel copies no pictures on this system.": "without Excel nothing gets that far",
 }
@@ -23,9 +24,9 @@ SENTENCE = re.compile(r'(?:_error|Error|_argument|_range|showMessage)\(\s*\{?\s*
 
 
 def messages(root):
-    """The beginnings of all messages, each with the file it stands in."""
-    for room in ROOMS:
-        for path in sorted(glob.glob(f"{root}/{room}/*.cpp")):
+    """The beginnings of all messages, each with its file."""
+    for module in MODULES:
+        for path in sorted(glob.glob(f"{root}/{module}/*.cpp")):
             with open(path, encoding="utf-8") as source:
                 for text in SENTENCE.findall(source.read()):
                     yield re.split(r'\\"|\\r', text)[0].strip(), os.path.relpath(path, root)

@@ -1,0 +1,11 @@
+# wagemill_module(<name> SOURCES <files> [LINK <libraries>] [QT])
+# One folder of the program as a static library: wagemill_<name>, with our compiler settings. QT turns on moc.
+function(wagemill_module name)
+    cmake_parse_arguments(MODULE "QT" "" "SOURCES;LINK" ${ARGN})
+    add_library(wagemill_${name} STATIC ${MODULE_SOURCES})
+    target_link_libraries(wagemill_${name} PUBLIC ${MODULE_LINK} PRIVATE wagemill_compiler_settings)
+    target_include_directories(wagemill_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    if(MODULE_QT)
+        set_target_properties(wagemill_${name} PROPERTIES AUTOMOC ON)
+    endif()
+endfunction()
