@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the pictures of README and docs anew from the running program and from LibreOffice, from the repository's root:
+# Makes the pictures of README and docs from the running program and from LibreOffice, from the repository's root:
 # docs/make_pictures.sh [PROGRAM]
 set -euo pipefail
 cd "$(dirname "$0")/.."
