@@ -21,7 +21,7 @@ bool isCompoundFile(Input input)
 
 Bytes containerOf(Input stream)
 {
-    engine::CarriedStream workbook{{"Workbook"}, false, {stream.begin(), stream.end()}};
+    engine::KeptStream workbook{{"Workbook"}, false, {stream.begin(), stream.end()}};
     workbook.data.resize(std::max<std::size_t>(workbook.data.size(), 4096));
     return engine::xls::writeCompoundFile(std::span(&workbook, 1));
 }

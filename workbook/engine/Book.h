@@ -24,9 +24,9 @@ public:
 struct SupportingBook {
     enum class Kind : std::uint8_t { Own, AddIn, Foreign };
     Kind kind = Kind::Own;
-    CarriedRecord record;                 ///< of a foreign book, as in the file
+    KeptRecord record;                    ///< of a foreign book, as in the file
     std::vector<std::string> externNames; ///< names of its EXTERNNAME records, counting from 1 in the tokens
-    std::vector<CarriedRecord> carried;   ///< EXTERNNAME, XCT and CRN records behind it, as in the file
+    std::vector<KeptRecord> kept;         ///< EXTERNNAME, XCT and CRN records behind it, as in the file
 };
 
 /// What the sheet index of a token means ([MS-XLS] 2.4.105 ExternSheet): sheets `first` to `last` of a book. A negative
@@ -49,7 +49,7 @@ struct DefinedName {
     std::string name;
     std::optional<std::uint16_t> sheet; ///< the one sheet that knows it; none: the whole workbook
     Formula formula;
-    CarriedRecord record; ///< the LBL record as in the file; empty for a name of our own making
+    KeptRecord record; ///< the LBL record as in the file; empty for a name of our own making
 };
 
 /// What a workbook of our own says about itself. One that was read keeps the streams it came with, under the times set
@@ -63,8 +63,8 @@ struct DocumentProperties {
     std::uint64_t saved = 0;
 };
 
-/// A stream or storage of the compound file beside the workbook, carried as it came.
-struct CarriedStream {
+/// A stream or storage of the compound file beside the workbook, kept as it came.
+struct KeptStream {
     std::vector<std::string> path; ///< names from the root down
     bool isStorage = false;
     std::vector<std::byte> data;
@@ -90,10 +90,10 @@ public:
     std::vector<DefinedName> names;
     DocumentProperties properties;
     Iteration iteration;
-    bool dates1904 = false;             ///< serial day 0 is 1 January 1904
-    bool isTemplate = false;            ///< of the file it was read from; a saved workbook is none
-    std::vector<CarriedRecord> carried; ///< records of the globals, in the order in which they stood
-    std::vector<CarriedStream> carriedStreams;
+    bool dates1904 = false;       ///< serial day 0 is 1 January 1904
+    bool isTemplate = false;      ///< of the file it was read from; a saved workbook is none
+    std::vector<KeptRecord> kept; ///< records of the globals, in the order in which they stood
+    std::vector<KeptStream> keptStreams;
     std::vector<std::string> notices; ///< what was left out or cannot be recalculated, in the user's words
 
     /// A new sheet behind the others. Throws EngineError when the name is taken or not allowed.

@@ -127,7 +127,7 @@ struct ArrayToken {
     bool operator==(const ArrayToken&) const = default;
 };
 
-/// Tokens that we carry without understanding them: the bytes as in the file. A formula that holds one keeps its stored
+/// Tokens that we keep without understanding them: the bytes as in the file. A formula that holds one keeps its stored
 /// value, unless it is the mark of a sub-expression, whose tokens follow.
 struct OpaqueToken {
     std::vector<std::byte> bytes;

@@ -15,13 +15,13 @@
 
 namespace wagemill::engine {
 
-/// A record of the file that we carry without understanding it, with the CONTINUE records behind it.
-struct CarriedRecord {
+/// A record of the file that we keep without understanding it, with the CONTINUE records behind it.
+struct KeptRecord {
     std::uint16_t id = 0;
     std::vector<std::byte> data;
     std::vector<std::vector<std::byte>> continued;
 
-    bool operator==(const CarriedRecord&) const = default;
+    bool operator==(const KeptRecord&) const = default;
 };
 
 /// Formatting runs of a text whose letters do not all look the same: from character `first` (UTF-16 units) on, `font`.
@@ -35,8 +35,8 @@ struct TextRun {
 /// The cells that one array formula or data table fills. Each of them holds this, and the formula as a whole.
 struct ArrayArea {
     CellRect cells;
-    std::uint16_t flags = 0;  ///< of the file
-    CarriedRecord table = {}; ///< of a data table, which is not computed: as in the file
+    std::uint16_t flags = 0; ///< of the file
+    KeptRecord table = {};   ///< of a data table, which is not computed: as in the file
 
     bool isTable() const { return table.id != 0; }
 };
@@ -110,8 +110,8 @@ public:
     std::uint16_t defaultRowHeightTwips = 255;
     std::uint16_t defaultColumnWidth = 8; ///< whole characters, without the five pixels of margin
     bool showGridLines = true;
-    std::vector<CarriedRecord> carried; ///< in the order in which they stood
-    bool isCarriedWhole = false;        ///< a sheet of another kind, a chart: its beginning and end are carried, too
+    std::vector<KeptRecord> kept; ///< in the order in which they stood
+    bool isKeptWhole = false;     ///< a sheet of another kind, a chart: its beginning and end are kept, too
 
     /// The cell, or null when nothing was ever put there.
     const Cell* find(CellAddress address) const;

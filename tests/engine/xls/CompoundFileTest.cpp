@@ -26,7 +26,7 @@ Bytes patterned(std::size_t size, std::size_t seed)
     return bytes;
 }
 
-bool samePath(const CarriedStream& one, const CarriedStream& other)
+bool samePath(const KeptStream& one, const KeptStream& other)
 {
     return one.path < other.path;
 }
@@ -35,11 +35,11 @@ bool samePath(const CarriedStream& one, const CarriedStream& other)
 class Container {
 public:
     Container()
-        : bytes(writeCompoundFile(std::to_array<CarriedStream>({{{"Workbook"}, false, patterned(5000, 1)},
-                                                                {{"small"}, false, patterned(100, 2)},
-                                                                {{"macros"}, true, {}},
-                                                                {{"macros", "one"}, false, patterned(4096, 3)},
-                                                                {{"macros", "two"}, false, patterned(4095, 4)}})))
+        : bytes(writeCompoundFile(std::to_array<KeptStream>({{{"Workbook"}, false, patterned(5000, 1)},
+                                                             {{"small"}, false, patterned(100, 2)},
+                                                             {{"macros"}, true, {}},
+                                                             {{"macros", "one"}, false, patterned(4096, 3)},
+                                                             {{"macros", "two"}, false, patterned(4095, 4)}})))
     {
     }
 
@@ -77,7 +77,7 @@ std::string refusalOf(Work work)
 TEST(CompoundFile, GivesBackStreamsOfEverySizeAndStorages)
 {
     for (const std::size_t size : {0U, 1U, 63U, 64U, 65U, 4095U, 4096U, 4097U, 70000U}) {
-        std::vector<CarriedStream> streams = {
+        std::vector<KeptStream> streams = {
             {{"Workbook"}, false, patterned(size, 1)},
             {{"\x05SummaryInformation"}, false, patterned(100, 2)},
             {{"\xD0\x9B\xD0\xB8\xD1\x81\xD1\x82"}, false, patterned(10, 3)},
@@ -103,7 +103,7 @@ TEST(CompoundFile, ListsTheTableItselfWhenTheHeaderIsFull)
 {
     // 109 sectors of the table reach for 109 * 128 sectors; around there the list begins, and later its second sector
     for (const std::size_t sectors : {13840U, 13841U, 13842U, 13843U, 13844U, 14000U, 30210U, 30220U}) {
-        const CarriedStream large{{"Workbook"}, false, patterned(sectors * 512, 1)};
+        const KeptStream large{{"Workbook"}, false, patterned(sectors * 512, 1)};
         const Bytes file = writeCompoundFile(std::span(&large, 1));
         EXPECT_EQ(file.size() % 512, 0U);
         const auto read = readCompoundFile(file);
@@ -239,7 +239,7 @@ TEST(CompoundFile, ReadsWhatIsClearAllTheSame)
 {
     const auto workbookOf = [](const Container& file) {
         const auto streams = readCompoundFile(file.bytes);
-        return std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &CarriedStream::path)->data;
+        return std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &KeptStream::path)->data;
     };
     Container runsOn; // beyond the stream's end, into another chain
     runsOn.link(9, 12);
@@ -262,12 +262,12 @@ TEST(CompoundFile, ReadsWhatIsClearAllTheSame)
 TEST(CompoundFile, RefusesNamesThatItCannotHold)
 {
     for (const std::string& name : {std::string(), std::string(32, 'x')}) {
-        const CarriedStream stream{{name}, false, {}};
+        const KeptStream stream{{name}, false, {}};
         EXPECT_THROW(writeCompoundFile(std::span(&stream, 1)), EngineError);
     }
-    const CarriedStream lost{{"missing", "stream"}, false, {}};
+    const KeptStream lost{{"missing", "stream"}, false, {}};
     EXPECT_THROW(writeCompoundFile(std::span(&lost, 1)), EngineError);
-    const std::vector<CarriedStream> twins = {{{"Name"}, false, {}}, {{"NAME"}, false, {}}};
+    const std::vector<KeptStream> twins = {{{"Name"}, false, {}}, {{"NAME"}, false, {}}};
     EXPECT_THROW(writeCompoundFile(twins), EngineError);
 }
 

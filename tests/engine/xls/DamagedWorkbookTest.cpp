@@ -31,8 +31,8 @@ Bytes recordBytes(const std::vector<RawRecord>& records)
 Bytes workbookFile(Bytes stream, const char* name = "Workbook")
 {
     stream.resize(std::max<std::size_t>(stream.size(), 4096));
-    const CarriedStream carried{{name}, false, std::move(stream)};
-    return writeCompoundFile(std::span(&carried, 1));
+    const KeptStream kept{{name}, false, std::move(stream)};
+    return writeCompoundFile(std::span(&kept, 1));
 }
 
 /// A workbook of one sheet "S" with these records, and these in its globals.
@@ -233,8 +233,8 @@ TEST(DamagedWorkbook, KeepsWhatLiesInsideAChartOrCustomView)
                                           {0x0203, "0000 0000 0F00 0000000000001440"}};
     const Book once = readWorkbook(workbookOf(chart), "test.xls");
     const Book twice = writtenAndRead(once);
-    EXPECT_EQ(once.sheets[0]->carried.size(), chart.size() - 1);
-    EXPECT_FALSE(std::ranges::search(twice.sheets[0]->carried, once.sheets[0]->carried).empty());
+    EXPECT_EQ(once.sheets[0]->kept.size(), chart.size() - 1);
+    EXPECT_FALSE(std::ranges::search(twice.sheets[0]->kept, once.sheets[0]->kept).empty());
     EXPECT_EQ(twice.sheets[0]->value({0, 0}), CellValue(5.0));
 }
 

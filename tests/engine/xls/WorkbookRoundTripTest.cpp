@@ -213,7 +213,7 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
 {
     Book book = smallBook();
     Sheet& sheet = *book.sheets[0];
-    sheet.carried = {
+    sheet.kept = {
         {0x004D, fromHex("0100"), {}},                             // PLS, between margins and SETUP
         {0x00EC, fromHex("0102"), {fromHex("03"), {}}},            // MSODRAWING, continued
         {0x005D, fromHex("04"), {}},                               // OBJ
@@ -251,30 +251,30 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
                    .horizontalResolution = 300,
                    .verticalResolution = 1200,
                    .otherFlags = 0x0618};
-    book.carriedStreams = {{{"macros"}, true, {}},
-                           {{"macros", "code"}, false, fromHex("0102")},
-                           {{"\x05SummaryInformation"}, false, fromHex("03")},
-                           {{"\x05"
-                             "DocumentSummaryInformation"},
-                            false,
-                            fromHex("04")}};
+    book.keptStreams = {{{"macros"}, true, {}},
+                        {{"macros", "code"}, false, fromHex("0102")},
+                        {{"\x05SummaryInformation"}, false, fromHex("03")},
+                        {{"\x05"
+                          "DocumentSummaryInformation"},
+                         false,
+                         fromHex("04")}};
     book.names.push_back({"rate", std::nullopt, {{areaToken({0, 0, 1, 1}, false)}}, {}});
     book.supportingBooks.push_back({SupportingBook::Kind::AddIn, {}, {}, {}});
     const Book read = writtenAndRead(book);
 
-    std::vector<CarriedRecord> carried;
-    for (const CarriedRecord& record : read.sheets[0]->carried)
-        for (const CarriedRecord& original : sheet.carried)
+    std::vector<KeptRecord> kept;
+    for (const KeptRecord& record : read.sheets[0]->kept)
+        for (const KeptRecord& original : sheet.kept)
             if (record == original) {
-                carried.push_back(record);
+                kept.push_back(record);
                 break;
             }
-    EXPECT_EQ(carried, sheet.carried) << "and in their order";
+    EXPECT_EQ(kept, sheet.kept) << "and in their order";
     EXPECT_EQ(read.sheets[0]->panes, sheet.panes);
     EXPECT_EQ(read.sheets[0]->print, sheet.print);
-    ASSERT_EQ(read.carriedStreams.size(), book.carriedStreams.size());
-    for (const CarriedStream& stream : book.carriedStreams)
-        EXPECT_EQ(std::ranges::find(read.carriedStreams, stream.path, &CarriedStream::path)->data, stream.data);
+    ASSERT_EQ(read.keptStreams.size(), book.keptStreams.size());
+    for (const KeptStream& stream : book.keptStreams)
+        EXPECT_EQ(std::ranges::find(read.keptStreams, stream.path, &KeptStream::path)->data, stream.data);
     ASSERT_EQ(read.names.size(), 1U);
     EXPECT_EQ(read.names[0].name, "rate");
     EXPECT_EQ(read.names[0].formula, book.names[0].formula);

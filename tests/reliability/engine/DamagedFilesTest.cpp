@@ -70,7 +70,7 @@ private:
 /// The workbook's stream in a container of its own, so that its end is the end of the records.
 Bytes containerOf(Bytes stream)
 {
-    const engine::CarriedStream workbook{{"Workbook"}, false, std::move(stream)};
+    const engine::KeptStream workbook{{"Workbook"}, false, std::move(stream)};
     return engine::xls::writeCompoundFile(std::span(&workbook, 1));
 }
 
@@ -88,7 +88,7 @@ TEST_P(DamagedFiles, EveryPrefixOfTheRecordsIsReadOrRefused)
 {
     const auto streams = engine::xls::readCompoundFile(m_whole);
     const Bytes& stream =
-        std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &engine::CarriedStream::path)->data;
+        std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &engine::KeptStream::path)->data;
     const std::size_t step = shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 17 : 7, 1);
     for (std::size_t size = 0; size < stream.size(); size += step)
         tryInTime(containerOf({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)}),

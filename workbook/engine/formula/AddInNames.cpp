@@ -10,9 +10,9 @@ constexpr std::uint16_t externNameRecord = 0x0023;
 constexpr std::int16_t wholeBook = -2;
 
 /// The record of an add-in's function ([MS-XLS] 2.4.105 ExternName): no flags, the name, and #REF! for a formula.
-CarriedRecord recordOf(std::string_view name)
+KeptRecord recordOf(std::string_view name)
 {
-    CarriedRecord record;
+    KeptRecord record;
     record.id = externNameRecord;
     const auto put = [&record](int byte) { record.data.push_back(static_cast<std::byte>(byte)); };
     for (int i = 0; i < 6; ++i)
@@ -58,7 +58,7 @@ NameToken addInName(Book& book, std::string_view name)
     const std::size_t known = functions.externNames.size();
     const std::uint16_t index = placeOf(functions.externNames, name);
     if (functions.externNames.size() > known)
-        functions.carried.push_back(recordOf(name));
+        functions.kept.push_back(recordOf(name));
     const ExternSheet entry{static_cast<std::uint16_t>(addIn), wholeBook, wholeBook};
     return {OperandClass::Reference, placeOf(book.externSheets, entry), static_cast<std::uint16_t>(index + 1)};
 }

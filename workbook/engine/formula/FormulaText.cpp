@@ -12,7 +12,7 @@ namespace wagemill::engine {
 namespace {
 
 constexpr std::uint16_t addInFunction = 255;
-constexpr std::string_view unreadable = "?"; ///< stands for tokens that we carry without understanding them
+constexpr std::string_view unreadable = "?"; ///< stands for tokens that we keep without understanding them
 
 std::string_view sign(Operator op)
 {

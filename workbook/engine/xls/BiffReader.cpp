@@ -69,9 +69,9 @@ bool isSameName(std::string_view one, std::string_view other)
 }
 
 /// Takes a stream of the root storage out of the list; capitals or not is all one.
-std::optional<std::vector<std::byte>> takeStream(std::vector<CarriedStream>& streams, std::string_view name)
+std::optional<std::vector<std::byte>> takeStream(std::vector<KeptStream>& streams, std::string_view name)
 {
-    const auto found = std::ranges::find_if(streams, [&](const CarriedStream& stream) {
+    const auto found = std::ranges::find_if(streams, [&](const KeptStream& stream) {
         return !stream.isStorage && stream.path.size() == 1 && isSameName(stream.path.front(), name);
     });
     if (found == streams.end())
@@ -135,9 +135,9 @@ void settleActiveSheet(Book& book)
 Book readBook(std::span<const std::byte> bytes)
 {
     Book book;
-    book.carriedStreams = readCompoundFile(bytes);
-    const auto workbook = takeStream(book.carriedStreams, "Workbook");
-    const bool hasOlderWorkbook = takeStream(book.carriedStreams, "Book").has_value();
+    book.keptStreams = readCompoundFile(bytes);
+    const auto workbook = takeStream(book.keptStreams, "Workbook");
+    const bool hasOlderWorkbook = takeStream(book.keptStreams, "Book").has_value();
     if (!workbook)
         throw EngineError(hasOlderWorkbook
                               ? "it was saved by a version before Excel 97; save it anew as \"Excel 97-2003 workbook\""

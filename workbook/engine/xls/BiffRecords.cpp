@@ -169,7 +169,7 @@ constexpr auto worksheetOrder = std::to_array<PlacedRecord>({
     {0x000A, next}, // EOF
 });
 
-// [MS-XLS] 2.4; of records that are carried, so that one of a wrong size is noticed.
+// [MS-XLS] 2.4; of records that are kept, so that one of a wrong size is noticed.
 constexpr auto fixedSizes = std::to_array<std::pair<std::uint16_t, std::size_t>>({
     {0x000C, 2}, // CALCCOUNT
     {0x000D, 2}, // CALCMODE

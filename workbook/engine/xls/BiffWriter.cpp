@@ -46,11 +46,11 @@ std::vector<std::byte> workbookStream(const Book& book, FileKind kind)
 
 std::vector<std::byte> writeWorkbook(const Book& book, FileKind kind)
 {
-    std::vector<CarriedStream> streams;
+    std::vector<KeptStream> streams;
     streams.push_back({{"Workbook"}, false, workbookStream(book, kind)});
-    streams.insert(streams.end(), book.carriedStreams.begin(), book.carriedStreams.end());
+    streams.insert(streams.end(), book.keptStreams.begin(), book.keptStreams.end());
     const auto named = [&](const char* name) {
-        return std::ranges::find(streams, std::vector<std::string>{name}, &CarriedStream::path);
+        return std::ranges::find(streams, std::vector<std::string>{name}, &KeptStream::path);
     };
     if (const auto summary = named(summaryStreamName); summary != streams.end())
         stampSummary(summary->data, book.properties);

@@ -14,10 +14,10 @@ inline constexpr std::uint64_t compoundFileSignature = 0xE11AB1A1E011CFD0;
 /// The streams and storages of a compound file ([MS-CFB]), each storage before what it holds. A storage's `data` is its
 /// class identifier of 16 bytes where it has one. Takes time and memory in proportion to the bytes, whatever they
 /// claim. Throws DamagedFile when a sector chain, a size or the directory is not consistent.
-std::vector<CarriedStream> readCompoundFile(std::span<const std::byte> bytes);
+std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes);
 
 /// The bytes of a compound file of version 3 with these streams and storages, a storage before what it holds.
 /// Throws EngineError when they need more than 2 GB, or a name is not allowed or occurs twice.
-std::vector<std::byte> writeCompoundFile(std::span<const CarriedStream> entries);
+std::vector<std::byte> writeCompoundFile(std::span<const KeptStream> entries);
 
 } // namespace wagemill::engine::xls

@@ -204,7 +204,7 @@ public:
         m_visited[0] = true;
     }
 
-    std::vector<CarriedStream> streams()
+    std::vector<KeptStream> streams()
     {
         m_pending.push_back({m_entries.front().child, {}});
         while (!m_pending.empty()) {
@@ -255,12 +255,12 @@ private:
     SectorChains& m_miniSectors;
     std::vector<bool> m_visited;
     std::vector<Pending> m_pending;
-    std::vector<CarriedStream> m_streams;
+    std::vector<KeptStream> m_streams;
 };
 
 } // namespace
 
-std::vector<CarriedStream> readCompoundFile(std::span<const std::byte> bytes)
+std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes)
 {
     const Header header = readHeader(bytes);
     if (bytes.size() <= header.sectorSize)

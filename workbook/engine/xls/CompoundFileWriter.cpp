@@ -67,11 +67,11 @@ std::pair<std::size_t, std::u16string> sortKey(const std::u16string& name)
 
 class DirectoryTree {
 public:
-    explicit DirectoryTree(std::span<const CarriedStream> entries)
+    explicit DirectoryTree(std::span<const KeptStream> entries)
     {
         m_nodes.push_back({.name = u"Root Entry"});
         std::map<std::vector<std::string>, std::uint32_t> storages{{{}, 0}};
-        for (const CarriedStream& entry : entries)
+        for (const KeptStream& entry : entries)
             append(entry, storages);
         for (DirectoryNode& node : m_nodes)
             linkChildren(node);
@@ -80,7 +80,7 @@ public:
     std::vector<DirectoryNode>& nodes() { return m_nodes; }
 
 private:
-    void append(const CarriedStream& entry, std::map<std::vector<std::string>, std::uint32_t>& storages)
+    void append(const KeptStream& entry, std::map<std::vector<std::string>, std::uint32_t>& storages)
     {
         const std::u16string name = toUtf16(entry.path.empty() ? std::string_view() : entry.path.back());
         if (name.empty() || name.size() > longestEntryName)
@@ -166,7 +166,7 @@ void padToMultiple(ByteWriter& target, std::size_t unit)
 
 class CompoundFileWriter {
 public:
-    explicit CompoundFileWriter(std::span<const CarriedStream> entries) : m_tree(entries) {}
+    explicit CompoundFileWriter(std::span<const KeptStream> entries) : m_tree(entries) {}
 
     std::vector<std::byte> bytes()
     {
@@ -308,7 +308,7 @@ private:
 
 } // namespace
 
-std::vector<std::byte> writeCompoundFile(std::span<const CarriedStream> entries)
+std::vector<std::byte> writeCompoundFile(std::span<const KeptStream> entries)
 {
     return CompoundFileWriter(entries).bytes();
 }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t usualTokenSize = 4;
 
-/// A token that we carry rather than read: the formula becomes opaque.
+/// A token that we keep rather than read: the formula becomes opaque.
 struct UnknownToken {};
 
 ReferencePart storedPart(std::uint16_t row, std::uint16_t column)

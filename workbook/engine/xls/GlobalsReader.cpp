@@ -97,7 +97,7 @@ private:
         if (found != handlers().end() && found->first == record.id)
             (this->*found->second)(record);
         else
-            m_book.carried.push_back(record.carried());
+            m_book.kept.push_back(record.kept());
     }
 
     void skip(const Record& /*record*/) {}
@@ -116,7 +116,7 @@ private:
         ByteReader reader = record.reader();
         reader.skip(10);
         m_book.activeSheet = reader.u16();
-        m_book.carried.push_back(record.carried());
+        m_book.kept.push_back(record.kept());
     }
 
     void readFontRecord(const Record& record)
@@ -170,14 +170,14 @@ private:
         book.kind = mark == ownBookMark ? SupportingBook::Kind::Own
                     : mark == addInMark ? SupportingBook::Kind::AddIn
                                         : SupportingBook::Kind::Foreign;
-        book.record = record.carried();
+        book.record = record.kept();
         m_book.supportingBooks.push_back(std::move(book));
     }
 
     void readExternCache(const Record& record)
     {
         if (!m_book.supportingBooks.empty())
-            m_book.supportingBooks.back().carried.push_back(record.carried());
+            m_book.supportingBooks.back().kept.push_back(record.kept());
     }
 
     void readExternName(const Record& record)
@@ -218,7 +218,7 @@ private:
             name.name = builtInNames[static_cast<unsigned char>(name.name.front())];
         if (sheet != 0)
             name.sheet = static_cast<std::uint16_t>(sheet - 1);
-        name.record = record.carried();
+        name.record = record.kept();
         m_nameFormulas.push_back(reader.position());
         m_book.names.push_back(std::move(name));
     }
@@ -310,12 +310,12 @@ private:
             if (formats.size() < mostFormats)
                 formats.push_back(format);
         }
-        std::erase_if(m_book.carried, [&](const CarriedRecord& carried) {
-            return carried.id == record::style && (!regular || !namesStyleFormat(carried));
+        std::erase_if(m_book.kept, [&](const KeptRecord& kept) {
+            return kept.id == record::style && (!regular || !namesStyleFormat(kept));
         });
     }
 
-    bool namesStyleFormat(const CarriedRecord& style) const
+    bool namesStyleFormat(const KeptRecord& style) const
     {
         ByteReader reader(style.data);
         const std::size_t index = reader.remaining() < 4 ? m_fileFormats.size() : reader.u16() & 0xFFFU;

@@ -60,11 +60,11 @@ public:
           m_activeSheet(activeSheet),
           m_strings(strings),
           m_target(target),
-          m_carried(book.carried, globalsRank)
+          m_kept(book.kept, globalsRank)
     {
-        m_carried.leaveOutWrongSizes();
-        m_carried.leaveOut(record::window1);
-        m_carried.leaveOut(record::style);
+        m_kept.leaveOutWrongSizes();
+        m_kept.leaveOut(record::window1);
+        m_kept.leaveOut(record::style);
     }
 
     std::vector<std::size_t> write()
@@ -108,7 +108,7 @@ public:
             {0x088C, nullptr, "\x8C\x08\0\0\0\0\0\0\0\0\0\0\1\0\0\0"sv}, // COMPAT12: Excel saves without checking
             {record::eof, &Writer::writeEnd},
         });
-        writeSteps<Writer>(*this, steps, m_carried, m_target);
+        writeSteps<Writer>(*this, steps, m_kept, m_target);
         return std::move(m_sheetOffsets);
     }
 
@@ -127,7 +127,7 @@ private:
 
     void writeUserName()
     {
-        if (m_carried.writeAt(record::writeAccess, m_target))
+        if (m_kept.writeAt(record::writeAccess, m_target))
             return;
         ByteWriter& data = m_target.begin(record::writeAccess);
         const std::size_t start = data.size();
@@ -149,11 +149,11 @@ private:
 
     void writeWindow()
     {
-        const CarriedRecord* const carried = m_carried.find(record::window1);
-        const bool usable = carried != nullptr && carried->data.size() == window1Size;
+        const KeptRecord* const kept = m_kept.find(record::window1);
+        const bool usable = kept != nullptr && kept->data.size() == window1Size;
         ByteWriter& data = m_target.begin(record::window1);
         const std::size_t start = data.size();
-        data.bytes(usable ? std::span<const std::byte>(carried->data) : std::as_bytes(std::span(standardWindow)));
+        data.bytes(usable ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow)));
         putU16(data.view(), start + 10, static_cast<std::uint16_t>(m_activeSheet));
         putU16(data.view(), start + 12, 0); // the first tab shown
         putU16(data.view(), start + 14, 1); // one sheet is selected
@@ -193,14 +193,14 @@ private:
 
     void writeStyles()
     {
-        const auto isStyle = [](const CarriedRecord& carried) { return carried.id == record::style; };
-        const bool hasStyles = std::ranges::any_of(m_book.carried, isStyle);
+        const auto isStyle = [](const KeptRecord& kept) { return kept.id == record::style; };
+        const bool hasStyles = std::ranges::any_of(m_book.kept, isStyle);
         for (const std::string_view style : builtInStyles)
             if (!hasStyles && isStyleFormat(static_cast<unsigned char>(style.front())))
                 m_target.write(record::style, std::as_bytes(std::span(style)));
-        for (const CarriedRecord& carried : m_book.carried)
-            if (isStyle(carried))
-                m_target.write(carried);
+        for (const KeptRecord& kept : m_book.kept)
+            if (isStyle(kept))
+                m_target.write(kept);
     }
 
     void writeOwnPalette()
@@ -235,8 +235,8 @@ private:
     {
         for (const SupportingBook& book : m_book.supportingBooks) {
             writeSupportingBook(book);
-            for (const CarriedRecord& carried : book.carried)
-                m_target.write(carried);
+            for (const KeptRecord& kept : book.kept)
+                m_target.write(kept);
         }
         if (needsOwnBook())
             writeSupportingBook({});
@@ -337,7 +337,7 @@ private:
     std::size_t m_activeSheet;
     const SharedStringTable& m_strings;
     RecordWriter& m_target;
-    CarriedRecords m_carried;
+    KeptRecords m_kept;
     std::vector<std::size_t> m_sheetOffsets;
 };
 
@@ -345,9 +345,9 @@ private:
 
 SubstreamType substreamType(const Sheet& sheet)
 {
-    if (!sheet.isCarriedWhole)
+    if (!sheet.isKeptWhole)
         return SubstreamType::Worksheet;
-    ByteReader reader(sheet.carried.front().data);
+    ByteReader reader(sheet.kept.front().data);
     reader.skip(2);
     return static_cast<SubstreamType>(reader.u16());
 }

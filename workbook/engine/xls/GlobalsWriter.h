@@ -11,7 +11,7 @@
 
 namespace wagemill::engine::xls {
 
-/// The kind of substream that a sheet is written as: a worksheet, or what its carried BOF says.
+/// The kind of substream that a sheet is written as: a worksheet, or what its kept BOF says.
 SubstreamType substreamType(const Sheet& sheet);
 
 /// Writes the globals of a workbook. Answers where the offset of each sheet is to be put in.

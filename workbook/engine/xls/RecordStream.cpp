@@ -38,9 +38,9 @@ std::vector<std::byte> Record::joined() const
     return all;
 }
 
-CarriedRecord Record::carried() const
+KeptRecord Record::kept() const
 {
-    CarriedRecord copy{id, {data.begin(), data.end()}, {}};
+    KeptRecord copy{id, {data.begin(), data.end()}, {}};
     for (const auto& piece : continued)
         copy.continued.emplace_back(piece.begin(), piece.end());
     return copy;
@@ -109,20 +109,20 @@ void RecordWriter::writeU16(std::uint16_t id, std::uint16_t value)
     finish();
 }
 
-void RecordWriter::write(const CarriedRecord& record)
+void RecordWriter::write(const KeptRecord& record)
 {
     write(record.id, record.data);
     for (const auto& piece : record.continued)
         write(record::continuation, piece);
 }
 
-CarriedRecords::CarriedRecords(const std::vector<CarriedRecord>& records, RankOf rankOf) : m_rankOf(rankOf)
+KeptRecords::KeptRecords(const std::vector<KeptRecord>& records, RankOf rankOf) : m_rankOf(rankOf)
 {
     m_placed.reserve(records.size());
     Nesting nesting;
     int rank = 0;
-    const CarriedRecord* owner = nullptr;
-    for (const CarriedRecord& record : records) {
+    const KeptRecord* owner = nullptr;
+    for (const KeptRecord& record : records) {
         if (!nesting.isInside()) {
             owner = &record;
             if (record.id != record::bof)
@@ -134,18 +134,18 @@ CarriedRecords::CarriedRecords(const std::vector<CarriedRecord>& records, RankOf
     std::ranges::stable_sort(m_placed, {}, &Placed::rank);
 }
 
-const CarriedRecord* CarriedRecords::find(std::uint16_t id) const
+const KeptRecord* KeptRecords::find(std::uint16_t id) const
 {
     const auto found = std::ranges::find_if(m_placed, [id](const Placed& placed) { return is(placed, id); });
     return found == m_placed.end() ? nullptr : found->record;
 }
 
-void CarriedRecords::writeBefore(std::uint16_t id, RecordWriter& target)
+void KeptRecords::writeBefore(std::uint16_t id, RecordWriter& target)
 {
     writeUpTo(m_rankOf(id).value_or(0), target);
 }
 
-bool CarriedRecords::writeAt(std::uint16_t id, RecordWriter& target)
+bool KeptRecords::writeAt(std::uint16_t id, RecordWriter& target)
 {
     writeBefore(id, target);
     const std::size_t before = m_written;
@@ -154,25 +154,25 @@ bool CarriedRecords::writeAt(std::uint16_t id, RecordWriter& target)
     return !isLeftOut(id) && std::ranges::any_of(written, [id](const Placed& placed) { return is(placed, id); });
 }
 
-void CarriedRecords::leaveOut(std::uint16_t id)
+void KeptRecords::leaveOut(std::uint16_t id)
 {
     m_leftOut.push_back(id);
 }
 
-void CarriedRecords::leaveOutWrongSizes()
+void KeptRecords::leaveOutWrongSizes()
 {
     for (const Placed& placed : m_placed)
-        if (const CarriedRecord& record = *placed.record;
+        if (const KeptRecord& record = *placed.record;
             is(placed, record.id) && fixedSize(record.id).value_or(record.data.size()) != record.data.size())
             leaveOut(record.id);
 }
 
-bool CarriedRecords::isLeftOut(std::uint16_t id) const
+bool KeptRecords::isLeftOut(std::uint16_t id) const
 {
     return std::ranges::find(m_leftOut, id) != m_leftOut.end();
 }
 
-void CarriedRecords::writeUpTo(int rank, RecordWriter& target)
+void KeptRecords::writeUpTo(int rank, RecordWriter& target)
 {
     for (; m_written < m_placed.size() && m_placed[m_written].rank < rank; ++m_written)
         if (!isLeftOut(m_placed[m_written].owner->id))

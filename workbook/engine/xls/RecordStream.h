@@ -20,7 +20,7 @@ struct Record {
     ByteReader reader() const { return ByteReader(data); }
     /// All data in one piece; for records whose continuation adds nothing of its own.
     std::vector<std::byte> joined() const;
-    CarriedRecord carried() const;
+    KeptRecord kept() const;
 };
 
 /// Reads record after record. Throws DamagedFile when one runs past the end.
@@ -51,7 +51,7 @@ public:
     /// A record with these data; what one record cannot hold goes on in CONTINUE records.
     void write(std::uint16_t id, std::span<const std::byte> data);
     void writeU16(std::uint16_t id, std::uint16_t value);
-    void write(const CarriedRecord& record);
+    void write(const KeptRecord& record);
     void putU32(std::size_t offset, std::uint32_t value) { wagemill::putU32(m_stream.view(), offset, value); }
 
 private:
@@ -59,16 +59,16 @@ private:
     std::size_t m_dataStart = 0;
 };
 
-/// Records carried from the file, to be written at their place among those that we make ourselves. Records that belong
+/// Records kept from the file, to be written at their place among those that we make ourselves. Records that belong
 /// to others (embedded charts, custom views, unknown ones) stay behind them; what lies inside a chart or custom view is
 /// no record of the sheet, whatever its number.
-class CarriedRecords {
+class KeptRecords {
 public:
     using RankOf = std::optional<int> (*)(std::uint16_t);
 
-    CarriedRecords(const std::vector<CarriedRecord>& records, RankOf rankOf);
-    /// The first record of that number, none where none was carried.
-    const CarriedRecord* find(std::uint16_t id) const;
+    KeptRecords(const std::vector<KeptRecord>& records, RankOf rankOf);
+    /// The first record of that number, none where none was kept.
+    const KeptRecord* find(std::uint16_t id) const;
     /// Writes what stands before the place of record `id` and .
     void writeBefore(std::uint16_t id, RecordWriter& target);
     /// Writes the records of number `id`, and those that follow them. False when there is none.
@@ -81,8 +81,8 @@ public:
 private:
     struct Placed {
         int rank;
-        const CarriedRecord* record;
-        const CarriedRecord* owner; ///< the record that began what this one lies in; else itself
+        const KeptRecord* record;
+        const KeptRecord* owner; ///< the record that began what this one lies in; else itself
     };
     static bool is(const Placed& placed, std::uint16_t id)
     {

@@ -80,7 +80,7 @@ public:
                              "\" was emptied: macros of its kind are not supported.");
             break;
         default:
-            carryAll(record);
+            keepAll(record);
         }
     }
 
@@ -156,13 +156,13 @@ private:
         return true;
     }
 
-    void carryAll(Record& record)
+    void keepAll(Record& record)
     {
-        m_sheet.isCarriedWhole = true;
+        m_sheet.isKeptWhole = true;
         do
-            m_sheet.carried.push_back(record.carried());
+            m_sheet.kept.push_back(record.kept());
         while (nextInSheet(record));
-        m_sheet.carried.push_back(record.carried());
+        m_sheet.kept.push_back(record.kept());
     }
 
     void readWorksheet(Record& record)
@@ -174,7 +174,7 @@ private:
             if (!nested && found != handlers().end() && found->first == record.id)
                 (this->*found->second)(record);
             else if (nested || !readPrintRecord(record, m_sheet.print))
-                m_sheet.carried.push_back(record.carried());
+                m_sheet.kept.push_back(record.kept());
         }
         resolveParts();
         orderColumns();
@@ -409,7 +409,7 @@ private:
         ByteReader reader = record.reader();
         ArrayArea array;
         array.cells = readArea(reader);
-        array.table = record.carried();
+        array.table = record.kept();
         putArray(std::move(array), {OpaqueToken{}}); // is not computed
     }
 
@@ -511,7 +511,7 @@ private:
         if (std::exchange(m_hasWindow, true) || record.data.size() < windowSize)
             return;
         m_sheet.showGridLines = (record.reader().u16() & gridLinesFlag) != 0;
-        m_sheet.carried.push_back(record.carried());
+        m_sheet.kept.push_back(record.kept());
     }
 
     void readPane(const Record& record)
@@ -526,7 +526,7 @@ private:
     void readSheetSettings(const Record& record)
     {
         m_sheet.print.fitToPages = record.data.size() == 2 && (record.reader().u16() & fitToPagesFlag) != 0;
-        m_sheet.carried.push_back(record.carried());
+        m_sheet.kept.push_back(record.kept());
     }
 
     void readSelection(const Record& record)
@@ -549,13 +549,13 @@ private:
         if (pane == (m_sheet.panes ? m_sheet.panes->active : wholeWindowPane))
             m_sheet.selection = selection;
         else if (m_sheet.panes)
-            m_sheet.carried.push_back(record.carried());
+            m_sheet.kept.push_back(record.kept());
     }
 
     void readFilterMark(const Record& record)
     {
         m_sheet.isFiltered = true;
-        m_sheet.carried.push_back(record.carried());
+        m_sheet.kept.push_back(record.kept());
     }
 
     void readIteration(const Record& record) { m_context.book.iteration.isOn = record.reader().u16() != 0; }
@@ -578,7 +578,7 @@ private:
         ByteReader reader = record.reader();
         reader.skip(2);
         m_sheet.defaultRowHeightTwips = std::clamp<std::uint16_t>(reader.u16(), 2, 8179);
-        m_sheet.carried.push_back(record.carried());
+        m_sheet.kept.push_back(record.kept());
     }
 
     struct ArrayFormula {

@@ -8,8 +8,8 @@
 
 namespace wagemill::engine::xls {
 
-/// Reads the substream that begins at `offset` of the workbook stream. A chart sheet is carried as a whole: its first
-/// carried record is its BOF. Throws DamagedFile.
+/// Reads the substream that begins at `offset` of the workbook stream. A chart sheet is kept as a whole: its first
+/// kept record is its BOF. Throws DamagedFile.
 void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet);
 
 } // namespace wagemill::engine::xls

@@ -71,11 +71,11 @@ public:
           m_isActive(isActive),
           m_strings(strings),
           m_target(target),
-          m_carried(sheet.carried, worksheetRank)
+          m_kept(sheet.kept, worksheetRank)
     {
-        m_carried.leaveOutWrongSizes();
+        m_kept.leaveOutWrongSizes();
         for (const std::uint16_t id : {record::defaultRowHeight, record::sheetSettings, record::window2})
-            m_carried.leaveOut(id);
+            m_kept.leaveOut(id);
         int row = 0;
         for (const Row& candidate : sheet.rows()) {
             if (!candidate.cells.empty() || !candidate.isPlain())
@@ -114,7 +114,7 @@ public:
             {record::mergedCells, &Writer::writeMergedCells},
             {record::eof, &Writer::writeEnd},
         });
-        writeSteps<Writer>(*this, steps, m_carried, m_target);
+        writeSteps<Writer>(*this, steps, m_kept, m_target);
     }
 
 private:
@@ -165,18 +165,18 @@ private:
 
     void writeDefaultRowHeight()
     {
-        const CarriedRecord* const carried = m_carried.find(record::defaultRowHeight);
+        const KeptRecord* const kept = m_kept.find(record::defaultRowHeight);
         ByteWriter& data = m_target.begin(record::defaultRowHeight);
-        data.u16(carried != nullptr && carried->data.size() == 4 ? ByteReader(carried->data).u16() : std::uint16_t{0});
+        data.u16(kept != nullptr && kept->data.size() == 4 ? ByteReader(kept->data).u16() : std::uint16_t{0});
         data.u16(m_sheet.defaultRowHeightTwips);
         m_target.finish();
     }
 
     void writeSheetSettings()
     {
-        const CarriedRecord* const carried = m_carried.find(record::sheetSettings);
-        const bool usable = carried != nullptr && carried->data.size() == 2;
-        const unsigned flags = usable ? ByteReader(carried->data).u16() : newSheetSettings;
+        const KeptRecord* const kept = m_kept.find(record::sheetSettings);
+        const bool usable = kept != nullptr && kept->data.size() == 2;
+        const unsigned flags = usable ? ByteReader(kept->data).u16() : newSheetSettings;
         m_target.writeU16(record::sheetSettings,
                           static_cast<std::uint16_t>((flags & ~static_cast<unsigned>(fitToPagesFlag)) |
                                                      (m_sheet.print.fitToPages ? fitToPagesFlag : 0U)));
@@ -473,10 +473,9 @@ private:
 
     void writeWindow()
     {
-        const CarriedRecord* const carried = m_carried.find(record::window2);
-        const bool usable = carried != nullptr && carried->data.size() == window2Size;
-        const auto bytes =
-            usable ? std::span<const std::byte>(carried->data) : std::as_bytes(std::span(standardWindow));
+        const KeptRecord* const kept = m_kept.find(record::window2);
+        const bool usable = kept != nullptr && kept->data.size() == window2Size;
+        const auto bytes = usable ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow));
         unsigned flags = ByteReader(bytes).u16() & ~(activeFlags | gridLinesFlag);
         if (!m_sheet.panes)
             flags &= ~static_cast<unsigned>(frozenFlags);
@@ -553,7 +552,7 @@ private:
     bool m_isActive;
     const std::vector<std::uint32_t>& m_strings;
     RecordWriter& m_target;
-    CarriedRecords m_carried;
+    KeptRecords m_kept;
     std::vector<int> m_rows;       ///< that have a ROW record
     std::size_t m_indexOffset = 0; ///< of the place for the offset of DEFCOLWIDTH, those of the blocks behind it
     std::size_t m_nextString = 0;
@@ -563,17 +562,17 @@ private:
 };
 
 /// A sheet that is no worksheet goes out as it came, selected or not as this workbook says.
-void writeCarriedSheet(const Sheet& sheet, bool isActive, RecordWriter& target)
+void writeKeptSheet(const Sheet& sheet, bool isActive, RecordWriter& target)
 {
-    for (const CarriedRecord& carried : sheet.carried) {
-        if (carried.id != record::window2 || carried.data.size() < 2) {
-            target.write(carried);
+    for (const KeptRecord& kept : sheet.kept) {
+        if (kept.id != record::window2 || kept.data.size() < 2) {
+            target.write(kept);
             continue;
         }
-        const unsigned flags = ByteReader(carried.data).u16() & ~static_cast<unsigned>(activeFlags);
-        ByteWriter& data = target.begin(carried.id);
+        const unsigned flags = ByteReader(kept.data).u16() & ~static_cast<unsigned>(activeFlags);
+        ByteWriter& data = target.begin(kept.id);
         data.u16(static_cast<std::uint16_t>(flags | (isActive ? activeFlags : 0U)));
-        data.bytes(std::span(carried.data).subspan(2));
+        data.bytes(std::span(kept.data).subspan(2));
         target.finish();
     }
 }
@@ -607,7 +606,7 @@ void writeSheet(const Book& book, const Sheet& sheet, bool isActive, const std::
     if (substreamType(sheet) == SubstreamType::Worksheet)
         SheetWriter(book, sheet, isActive, strings, target).write();
     else
-        writeCarriedSheet(sheet, isActive, target);
+        writeKeptSheet(sheet, isActive, target);
 }
 
 } // namespace wagemill::engine::xls

@@ -8,8 +8,8 @@
 
 namespace wagemill::engine::xls {
 
-/// One place in the prescribed order of records: either `write` makes them, or the carried one stands there, or, where
-/// none was carried, one with the bytes of `fallback`.
+/// One place in the prescribed order of records: either `write` makes them, or the kept one stands there, or, where
+/// none was kept, one with the bytes of `fallback`.
 template <typename Writer>
 struct WriteStep {
     std::uint16_t id;
@@ -18,13 +18,13 @@ struct WriteStep {
 };
 
 template <typename Writer>
-void writeSteps(Writer& writer, std::span<const WriteStep<Writer>> steps, CarriedRecords& carried, RecordWriter& target)
+void writeSteps(Writer& writer, std::span<const WriteStep<Writer>> steps, KeptRecords& kept, RecordWriter& target)
 {
     for (const auto& [id, write, fallback] : steps) {
-        carried.writeBefore(id, target);
+        kept.writeBefore(id, target);
         if (write != nullptr)
             (writer.*write)();
-        else if (!carried.writeAt(id, target))
+        else if (!kept.writeAt(id, target))
             target.write(id, std::as_bytes(std::span(fallback)));
     }
 }
