@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/base/Interface.h"
 #include "drawing/Drawing.h"
 
 #include <QSizeF>
@@ -13,13 +14,8 @@ class QRectF;
 namespace wagemill {
 
 /// What the preview shows: anything that has a natural size and paints a part of itself at a scale.
-class PreviewPicture {
+class PreviewPicture : public Interface {
 public:
-    PreviewPicture() = default;
-    PreviewPicture(const PreviewPicture&) = delete;
-    PreviewPicture& operator=(const PreviewPicture&) = delete;
-    virtual ~PreviewPicture() = default;
-
     /// In pixels at 96 dots per inch.
     virtual QSizeF naturalSize() const = 0;
     /// Paints what touches `part`, on white; unit and corner of part and painter are those of the natural size.

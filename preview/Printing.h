@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/base/Interface.h"
 #include "drawing/Pages.h"
 
 #include <filesystem>
@@ -11,13 +12,8 @@ class QWidget;
 namespace wagemill {
 
 /// Asks the user for printer, paper, pages and copies.
-class PrintDialog {
+class PrintDialog : public Interface {
 public:
-    PrintDialog() = default;
-    PrintDialog(const PrintDialog&) = delete;
-    PrintDialog& operator=(const PrintDialog&) = delete;
-    virtual ~PrintDialog() = default;
-
     /// Writes the user's choice into the printer; false when the user cancelled.
     virtual bool choose(QPrinter& printer, QWidget& owner) = 0;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/base/Interface.h"
+
 #include <QStringList>
 
 #include <filesystem>
@@ -16,13 +18,8 @@ struct SaveFileRequest {
 };
 
 /// Asks the user for the name of a file to be written.
-class SaveFileDialog {
+class SaveFileDialog : public Interface {
 public:
-    SaveFileDialog() = default;
-    SaveFileDialog(const SaveFileDialog&) = delete;
-    SaveFileDialog& operator=(const SaveFileDialog&) = delete;
-    virtual ~SaveFileDialog() = default;
-
     /// The full path exactly as named, no extension added; empty when the user cancelled. A name that exists already is
     /// returned without a question.
     virtual std::filesystem::path showSave(const SaveFileRequest& request, QWidget& owner) = 0;

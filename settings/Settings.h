@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/base/Interface.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,13 +10,8 @@
 namespace wagemill {
 
 /// A per-user store of texts, addressed by application, section and key. All texts are UTF-8.
-class SettingsStore {
+class SettingsStore : public Interface {
 public:
-    SettingsStore() = default;
-    SettingsStore(const SettingsStore&) = delete;
-    SettingsStore& operator=(const SettingsStore&) = delete;
-    virtual ~SettingsStore() = default;
-
     /// The stored text, nothing when the key or section is missing.
     virtual std::optional<std::string> read(std::string_view application, std::string_view section,
                                             std::string_view key) = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/base/Interface.h"
 #include "entry/data/PayrollData.h"
 #include "workbook/sessions/Session.h"
 
@@ -13,13 +14,8 @@
 namespace wagemill {
 
 /// What a build does to the windows around it.
-class BuildWindows {
+class BuildWindows : public Interface {
 public:
-    BuildWindows() = default;
-    BuildWindows(const BuildWindows&) = delete;
-    BuildWindows& operator=(const BuildWindows&) = delete;
-    virtual ~BuildWindows() = default;
-
     virtual void freezeDrawing() = 0;   ///< the entry window keeps its last picture
     virtual void unfreezeDrawing() = 0; ///< and draws again
     virtual void showHourglass() = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/base/Interface.h"
+
 #include <string>
 #include <string_view>
 
@@ -17,13 +19,8 @@ struct Message {
 };
 
 /// The one way to message boxes. A box is modal: show() returns when the user has answered.
-class Messages {
+class Messages : public Interface {
 public:
-    Messages() = default;
-    Messages(const Messages&) = delete;
-    Messages& operator=(const Messages&) = delete;
-    virtual ~Messages() = default;
-
     virtual MessageAnswer show(const Message& message) = 0;
 };
 

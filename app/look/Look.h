@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/base/Interface.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -17,13 +19,8 @@ inline constexpr std::string_view productPhrase = "Wagemill Payroll Workbook Cre
 
 /// What draws a skin on a window; the skin lasts as long as this object. On Windows its members are called by dispatch
 /// identifier, given at each.
-class SkinningControl {
+class SkinningControl : public Interface {
 public:
-    SkinningControl() = default;
-    SkinningControl(const SkinningControl&) = delete;
-    SkinningControl& operator=(const SkinningControl&) = delete;
-    virtual ~SkinningControl() = default;
-
     /// 2. Throws std::runtime_error that names the file and the reason.
     virtual void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) = 0;
     /// 1. Bit 0 set: the skin covers the controls of a window.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/base/Interface.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -25,13 +27,8 @@ enum class PasteOperation : std::int32_t { None = -4142 };
 /// What we ask of the spreadsheet application, under its own member names, "Put" before a property that is written.
 /// Rows, columns, workbooks and sheets count from 1, paths and texts are UTF-8. A member that fails throws
 /// SpreadsheetError. Objects stay valid after what they belong to is closed; their members then fail.
-class CellRange {
+class CellRange : public Interface {
 public:
-    CellRange() = default;
-    CellRange(const CellRange&) = delete;
-    CellRange& operator=(const CellRange&) = delete;
-    virtual ~CellRange() = default;
-
     virtual std::unique_ptr<CellRange> Rows() = 0;    ///< the range as rows; its count is their number
     virtual std::unique_ptr<CellRange> Columns() = 0; ///< the range as columns
     virtual std::unique_ptr<CellRange> Rows(std::int32_t index) = 0;
@@ -45,24 +42,14 @@ public:
 };
 
 /// What is selected in the application.
-class Selection {
+class Selection : public Interface {
 public:
-    Selection() = default;
-    Selection(const Selection&) = delete;
-    Selection& operator=(const Selection&) = delete;
-    virtual ~Selection() = default;
-
     virtual void Copy() = 0;
     virtual void PasteSpecial(PasteType paste, PasteOperation operation, bool skipBlanks, bool transpose) = 0;
 };
 
-class Worksheet {
+class Worksheet : public Interface {
 public:
-    Worksheet() = default;
-    Worksheet(const Worksheet&) = delete;
-    Worksheet& operator=(const Worksheet&) = delete;
-    virtual ~Worksheet() = default;
-
     virtual std::string Name() = 0;
     virtual void Activate() = 0;
     virtual std::unique_ptr<CellRange> Rows(std::string_view address) = 0;  ///< whole rows, "2:12"
@@ -72,26 +59,16 @@ public:
     virtual void PutCells(std::int32_t row, std::int32_t column, std::string_view text) = 0;
 };
 
-class Workbook {
+class Workbook : public Interface {
 public:
-    Workbook() = default;
-    Workbook(const Workbook&) = delete;
-    Workbook& operator=(const Workbook&) = delete;
-    virtual ~Workbook() = default;
-
     virtual std::unique_ptr<Worksheet> Sheets(std::int32_t index) = 0;
     virtual std::unique_ptr<Worksheet> ActiveSheet() = 0;
     virtual void SaveAs(std::string_view path, FileFormat fileFormat) = 0;
     virtual void Close() = 0;
 };
 
-class Workbooks {
+class Workbooks : public Interface {
 public:
-    Workbooks() = default;
-    Workbooks(const Workbooks&) = delete;
-    Workbooks& operator=(const Workbooks&) = delete;
-    virtual ~Workbooks() = default;
-
     virtual std::unique_ptr<Workbook> Open(std::string_view path) = 0;
     /// Opens with UpdateLinks omitted and ReadOnly = True.
     virtual std::unique_ptr<Workbook> OpenReadOnly(std::string_view path) = 0;
@@ -99,13 +76,8 @@ public:
 };
 
 /// One session with a spreadsheet application.
-class Application {
+class Application : public Interface {
 public:
-    Application() = default;
-    Application(const Application&) = delete;
-    Application& operator=(const Application&) = delete;
-    virtual ~Application() = default;
-
     virtual std::string Version() = 0; ///< such as "16.0"
     virtual std::unique_ptr<wagemill::Workbooks> Workbooks() = 0;
     virtual std::unique_ptr<Workbook> Workbooks(std::int32_t index) = 0;
@@ -122,13 +94,8 @@ struct Picture {
 };
 
 /// The clipboard to which a spreadsheet application copies pictures.
-class PictureClipboard {
+class PictureClipboard : public Interface {
 public:
-    PictureClipboard() = default;
-    PictureClipboard(const PictureClipboard&) = delete;
-    PictureClipboard& operator=(const PictureClipboard&) = delete;
-    virtual ~PictureClipboard() = default;
-
     /// The picture in `format`, 0 for whatever picture format there is. Throws SpreadsheetError while there is none.
     virtual Picture GetData(std::int16_t format) = 0;
 };
