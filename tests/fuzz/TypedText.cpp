@@ -4,7 +4,6 @@
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
 #include "workbook/engine/formula/CellEntry.h"
-#include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/text/NumberFormat.h"
 
@@ -25,18 +24,6 @@ Book preparedBook()
     return book;
 }
 
-/// The text of a formula means the formula.
-void requireSameAgain(const Formula& formula, Book& book)
-{
-    const std::string text = formulaText(formula, book);
-    try {
-        require(formulaText(parseFormula(text, book, 0, {}), book) == text,
-                "a formula's text is read as the same formula");
-    } catch (const FormulaError&) {
-        // a reference that is gone, or a text that became too long
-    }
-}
-
 } // namespace
 
 void tryInput(Input input)
@@ -51,8 +38,6 @@ void tryInput(Input input)
         require(cell.value == CellValue(Empty()) && !cell.formula, "a text that is refused leaves the cell as it was");
         return;
     }
-    if (cell.formula)
-        requireSameAgain(*cell.formula, book);
     recalculate(book, {region, 46112.75});
     test::requireFiniteNumbers(book);
     showValue(cell.value, book.styles.numberFormatCode(book.styles.format(cell.format).numberFormat), region);

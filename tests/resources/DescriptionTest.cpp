@@ -26,7 +26,7 @@ TEST(TemplateDescription, NamesFileAndLineOfWhatIsWrong)
         {"put B2 \"text\" more", "\"more\" is too much"},
         {"put B2 many", "a word is missing or is not a number"},
         {"put ZZ9 5", "\"ZZ9\" is not a cell or an area"},
-        {"put B2 =SUM(", "The formula cannot be read"},
+        {"put B2 =SUM(", "\"=SUM(\" cannot be read"},
         {"look B2", "a word is missing"},
         {"look B2 ink red", "\"red\" is not known here"},
         {"page-breaks 49 48", "a word is missing or is not a number"},

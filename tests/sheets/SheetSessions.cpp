@@ -323,13 +323,20 @@ void Session::expectFormula(std::string_view rest)
 {
     const Cell& cell = takeCell(rest);
     ASSERT_TRUE(cell.formula) << "the cell holds no formula";
-    EXPECT_EQ(formulaText(*cell.formula, m_book), rest);
+    EXPECT_EQ(*cell.formula, parseFormula(rest, m_book, m_sheet, m_formats));
 }
 
 void Session::expectRefused(std::string_view rest)
 {
     const CellAddress address = takeAddress(rest);
-    EXPECT_THROW(enterText(m_book, m_sheet, address, rest, m_formats, sessionDay), EngineError);
+    const std::size_t end = std::min(rest.find(" -> "), rest.size());
+    try {
+        enterText(m_book, m_sheet, address, rest.substr(0, end), m_formats, sessionDay);
+        FAIL() << "the text was taken";
+    } catch (const EngineError& error) {
+        const std::string_view why = rest.substr(std::min(end + 4, rest.size()));
+        EXPECT_TRUE(std::string_view(error.what()).ends_with(why.substr(0, why.find("  # ")))) << error.what();
+    }
     EXPECT_EQ(written(sheet().value(address)), "empty");
 }
 

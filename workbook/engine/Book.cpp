@@ -41,18 +41,13 @@ std::optional<std::size_t> Book::sheetIndex(std::string_view name) const
     return static_cast<std::size_t>(found - sheets.begin());
 }
 
-std::uint16_t Book::externSheetFor(std::size_t sheet)
+std::uint16_t Book::externSheetFor(std::size_t first, std::size_t last)
 {
     auto own = std::ranges::find(supportingBooks, SupportingBook::Kind::Own, &SupportingBook::kind);
     if (own == supportingBooks.end())
         own = supportingBooks.insert(own, SupportingBook{});
-    const auto index = static_cast<std::int16_t>(sheet);
-    const ExternSheet entry{static_cast<std::uint16_t>(own - supportingBooks.begin()), index, index};
-    const auto found = std::ranges::find(externSheets, entry);
-    if (found != externSheets.end())
-        return static_cast<std::uint16_t>(found - externSheets.begin());
-    externSheets.push_back(entry);
-    return static_cast<std::uint16_t>(externSheets.size() - 1);
+    return placeIn(externSheets, ExternSheet{static_cast<std::uint16_t>(own - supportingBooks.begin()),
+                                             static_cast<std::int16_t>(first), static_cast<std::int16_t>(last)});
 }
 
 } // namespace wagemill::engine

@@ -3,6 +3,7 @@
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/Sheet.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -79,6 +80,17 @@ struct Iteration {
     bool operator==(const Iteration&) const = default;
 };
 
+/// The place of `wanted` in the list, added at the end when it is not there.
+template <class Element, class Wanted>
+std::uint16_t placeIn(std::vector<Element>& list, const Wanted& wanted)
+{
+    const auto found = std::ranges::find(list, wanted);
+    const auto place = static_cast<std::uint16_t>(found - list.begin());
+    if (found == list.end())
+        list.emplace_back(wanted);
+    return place;
+}
+
 /// One workbook.
 class Book {
 public:
@@ -100,8 +112,9 @@ public:
     Sheet& addSheet(std::string_view name);
     /// The position of the sheet of that name, without regard to case (ASCII letters).
     std::optional<std::size_t> sheetIndex(std::string_view name) const;
-    /// The index for tokens that refer to one sheet of this book, added when missing.
-    std::uint16_t externSheetFor(std::size_t sheet);
+    /// The index for tokens that refer to sheets of this book, added when missing.
+    std::uint16_t externSheetFor(std::size_t first, std::size_t last);
+    std::uint16_t externSheetFor(std::size_t sheet) { return externSheetFor(sheet, sheet); }
 };
 
 } // namespace wagemill::engine

@@ -1,44 +1,73 @@
 #include "workbook/engine/CellAddress.h"
 
-#include <algorithm>
-#include <cctype>
+#include <utility>
 
 namespace wagemill::engine {
 
 namespace {
 
-struct Corner {
-    std::optional<int> row;
-    std::optional<int> column;
+bool isLetter(char byte)
+{
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+}
+
+bool isDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+/// A row or column as it is written: after a dollar sign where it is absolute.
+struct Coordinate {
+    std::optional<int> place;
+    bool isAbsolute = false;
 };
 
-std::optional<Corner> parseCorner(std::string_view text)
+/// Takes a coordinate of at most so many digits off the front of the text, if there is one.
+template <class IsDigit>
+Coordinate takeCoordinate(std::string_view& text, std::size_t maxDigits, int base, char zero, IsDigit isDigitOfIt)
 {
+    const std::size_t start = text.starts_with('$') ? 1 : 0;
+    std::size_t at = start;
+    int number = 0;
+    for (; at < text.size() && at < start + maxDigits && isDigitOfIt(text[at]); ++at)
+        number = number * base + ((isLetter(text[at]) ? text[at] & 0x5F : text[at]) - zero);
+    if (at == start)
+        return {};
+    text.remove_prefix(at);
+    return {number - 1, start == 1};
+}
+
+struct Corner {
+    Coordinate column;
+    Coordinate row;
+    std::size_t length = 0;
+
+    ReferencePart part(int otherRow, int otherColumn) const
+    {
+        return {row.place.value_or(otherRow), column.place.value_or(otherColumn), row.place && !row.isAbsolute,
+                column.place && !column.isAbsolute};
+    }
+};
+
+std::optional<Corner> readCorner(std::string_view text)
+{
+    std::string_view rest = text;
     Corner corner;
-    std::size_t at = 0;
-    const auto skipDollar = [&] {
-        if (at < text.size() && text[at] == '$')
-            ++at;
-    };
-    skipDollar();
-    int column = 0;
-    const std::size_t firstLetter = at;
-    for (; at < text.size() && std::isalpha(static_cast<unsigned char>(text[at])) && at - firstLetter < 3; ++at)
-        column = column * 26 + (std::toupper(static_cast<unsigned char>(text[at])) - 'A' + 1);
-    if (at > firstLetter)
-        corner.column = column - 1;
-    skipDollar();
-    int row = 0;
-    const std::size_t firstDigit = at;
-    for (; at < text.size() && std::isdigit(static_cast<unsigned char>(text[at])) && at - firstDigit < 6; ++at)
-        row = row * 10 + (text[at] - '0');
-    if (at > firstDigit)
-        corner.row = row - 1;
-    if (at != text.size() || (!corner.row && !corner.column))
-        return std::nullopt;
-    if (corner.row.value_or(0) < 0 || corner.row.value_or(0) >= maxRows || corner.column.value_or(0) >= maxColumns)
+    corner.column = takeCoordinate(rest, 3, 26, 'A' - 1, isLetter);
+    corner.row = takeCoordinate(rest, 6, 10, '0', isDigit);
+    corner.length = text.size() - rest.size();
+    const bool goesOn = !rest.empty() && (isNameByte(rest[0]) || rest[0] == '(' || rest[0] == '!');
+    if (corner.length == 0 || goesOn || !isInsideSheet({corner.row.place.value_or(0), corner.column.place.value_or(0)}))
         return std::nullopt;
     return corner;
+}
+
+WrittenReference areaBetween(const Corner& first, const Corner& last)
+{
+    ReferencePart from = first.part(0, 0);
+    ReferencePart to = last.part(maxRows - 1, maxColumns - 1);
+    orderCorners(from, to);
+    return {from, to, first.length + 1 + last.length};
 }
 
 } // namespace
@@ -61,19 +90,45 @@ std::string addressText(CellAddress cell)
     return columnName(cell.column) + std::to_string(cell.row + 1);
 }
 
+void orderCorners(ReferencePart& first, ReferencePart& last)
+{
+    if (first.row > last.row) {
+        std::swap(first.row, last.row);
+        std::swap(first.rowRelative, last.rowRelative);
+    }
+    if (first.column > last.column) {
+        std::swap(first.column, last.column);
+        std::swap(first.columnRelative, last.columnRelative);
+    }
+}
+
+bool isNameByte(char byte)
+{
+    return isLetter(byte) || isDigit(byte) || std::string_view("_.\\?").find(byte) != std::string_view::npos ||
+           static_cast<unsigned char>(byte) >= 0x80;
+}
+
+std::optional<WrittenReference> readReference(std::string_view text)
+{
+    const auto first = readCorner(text);
+    if (!first)
+        return std::nullopt;
+    const std::string_view rest = text.substr(first->length);
+    const bool isCell = first->row.place && first->column.place;
+    if (rest.starts_with(':'))
+        if (const auto last = readCorner(rest.substr(1));
+            last && last->row.place.has_value() == first->row.place.has_value() &&
+            last->column.place.has_value() == first->column.place.has_value())
+            return areaBetween(*first, *last);
+    if (!isCell)
+        return std::nullopt; // a lone "5" or "B"
+    return WrittenReference{first->part(0, 0), std::nullopt, first->length};
+}
+
 std::optional<CellRect> parseAddress(std::string_view text)
 {
-    const std::size_t colon = text.find(':');
-    const auto first = parseCorner(text.substr(0, colon));
-    const auto last = colon == std::string_view::npos ? first : parseCorner(text.substr(colon + 1));
-    if (!first || !last || first->row.has_value() != last->row.has_value() ||
-        first->column.has_value() != last->column.has_value())
-        return std::nullopt;
-    if (colon == std::string_view::npos && (!first->row || !first->column))
-        return std::nullopt; // a lone "5" or "B" is no range
-    const auto [top, bottom] = std::minmax({first->row.value_or(0), last->row.value_or(maxRows - 1)});
-    const auto [left, right] = std::minmax({first->column.value_or(0), last->column.value_or(maxColumns - 1)});
-    return CellRect{top, left, bottom, right};
+    const auto written = readReference(text);
+    return written && written->length == text.size() ? std::optional(written->cells()) : std::nullopt;
 }
 
 } // namespace wagemill::engine

@@ -34,6 +34,33 @@ struct CellRect {
     }
 };
 
+/// One corner of a reference. A relative row or column moves when the formula is copied.
+struct ReferencePart {
+    int row = 0;
+    int column = 0;
+    bool rowRelative = true;
+    bool columnRelative = true;
+
+    bool operator==(const ReferencePart&) const = default;
+};
+
+/// Makes `first` the upper left corner and `last` the lower right one; each row and column stays relative or absolute.
+void orderCorners(ReferencePart& first, ReferencePart& last);
+
+/// A cell or area as it is written, "$B$4:N28", "A:C", "2:12". Whole rows and columns are areas that reach across the
+/// sheet; the direction in which they do is absolute.
+struct WrittenReference {
+    ReferencePart first; ///< the upper left corner
+    std::optional<ReferencePart> last;
+    std::size_t length = 0; ///< bytes read
+
+    CellRect cells() const
+    {
+        const ReferencePart& end = last ? *last : first;
+        return {first.row, first.column, end.row, end.column};
+    }
+};
+
 bool isInsideSheet(CellAddress cell);
 
 /// "A", "Z", "AA", "IV" for columns 0, 25, 26, 255.
@@ -42,8 +69,14 @@ std::string columnName(int column);
 /// "D5" for row 4, column 3.
 std::string addressText(CellAddress cell);
 
-/// Reads "D5", "A1:B7" or whole rows "2:12" (columns 0 to 255), in any case and with or without "$"; empty when the
-/// text is no such address or lies outside the sheet.
+/// Letters, digits and signs that a name or a reference may hold.
+bool isNameByte(char byte);
+
+/// Reads from the beginning of `text`, in any case; nothing when it does not begin with a reference inside the sheet,
+/// or that is the beginning of a longer word.
+std::optional<WrittenReference> readReference(std::string_view text);
+
+/// The cells of a whole text such as "D5", "A1:B7" or "2:12" (columns 0 to 255); nothing when it is not a reference.
 std::optional<CellRect> parseAddress(std::string_view text);
 
 } // namespace wagemill::engine

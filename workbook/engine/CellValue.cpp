@@ -1,28 +1,14 @@
 #include "workbook/engine/CellValue.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace wagemill::engine {
 
-const char* errorText(ErrorCode error)
+std::string errorText(ErrorCode error)
 {
-    switch (error) {
-    case ErrorCode::Null:
-        return "#NULL!";
-    case ErrorCode::DivisionByZero:
-        return "#DIV/0!";
-    case ErrorCode::Value:
-        return "#VALUE!";
-    case ErrorCode::Reference:
-        return "#REF!";
-    case ErrorCode::Name:
-        return "#NAME?";
-    case ErrorCode::Number:
-        return "#NUM!";
-    case ErrorCode::NotAvailable:
-        return "#N/A";
-    }
-    return "#VALUE!"; // a code that no format defines, read from a damaged file
+    const auto found = std::ranges::find(errorNames, error, &ErrorName::error);
+    return found == errorNames.end() ? errorText(ErrorCode::Value) : std::string(found->text);
 }
 
 CellValue numberValue(double number)

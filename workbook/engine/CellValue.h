@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace wagemill::engine {
@@ -17,8 +19,24 @@ enum class ErrorCode : std::uint8_t {
     NotAvailable = 0x2A,
 };
 
-/// "#N/A" and its like.
-const char* errorText(ErrorCode error);
+struct ErrorName {
+    ErrorCode error;
+    std::string_view text;
+};
+
+/// In the order in which ERROR.TYPE counts them.
+inline constexpr auto errorNames = std::to_array<ErrorName>({
+    {ErrorCode::Null, "#NULL!"},
+    {ErrorCode::DivisionByZero, "#DIV/0!"},
+    {ErrorCode::Value, "#VALUE!"},
+    {ErrorCode::Reference, "#REF!"},
+    {ErrorCode::Name, "#NAME?"},
+    {ErrorCode::Number, "#NUM!"},
+    {ErrorCode::NotAvailable, "#N/A"},
+});
+
+/// "#N/A" and its like; a code that no format defines, from a damaged file, reads "#VALUE!".
+std::string errorText(ErrorCode error);
 
 struct Empty {
     Empty() = default;

@@ -1,10 +1,8 @@
 #include "workbook/engine/Formula.h"
 
 #include "app/base/Utf8.h"
-#include "workbook/engine/CellAddress.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace wagemill::engine {
 
@@ -40,7 +38,7 @@ void shiftReference(ReferenceToken& token, int rows, int columns)
     }
 }
 
-/// Characters of a text are one byte each where all are Latin-1, which in UTF-8 is what the first bytes tell.
+/// Characters of a text are one byte each where all are Latin-1, as the first bytes in UTF-8 show.
 std::size_t characterBytes(const std::string& text)
 {
     const bool isWide = std::ranges::any_of(text, [](char byte) { return static_cast<unsigned char>(byte) > 0xC3; });
@@ -74,8 +72,8 @@ struct TokenSize {
     std::size_t operator()(const OpaqueToken& token) const { return token.bytes.size(); }
 };
 
-/// Bytes that lie behind the tokens.
-std::size_t sizeBehind(const Token& token)
+/// Bytes that come after the tokens.
+std::size_t trailingSize(const Token& token)
 {
     if (const auto* const opaque = std::get_if<OpaqueToken>(&token))
         return opaque->trailingBytes.size();
@@ -92,18 +90,6 @@ std::size_t sizeBehind(const Token& token)
 
 } // namespace
 
-void orderCorners(ReferencePart& first, ReferencePart& last)
-{
-    if (first.row > last.row) {
-        std::swap(first.row, last.row);
-        std::swap(first.rowRelative, last.rowRelative);
-    }
-    if (first.column > last.column) {
-        std::swap(first.column, last.column);
-        std::swap(first.columnRelative, last.columnRelative);
-    }
-}
-
 Formula shiftedFormula(const Formula& formula, int rows, int columns)
 {
     Formula shifted = formula;
@@ -118,7 +104,7 @@ StoredSize storedSize(const Formula& formula)
     StoredSize size;
     for (const Token& token : formula.tokens) {
         size.tokens += std::visit(TokenSize{}, token);
-        size.behind += sizeBehind(token);
+        size.trailing += trailingSize(token);
     }
     return size;
 }

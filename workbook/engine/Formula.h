@@ -1,5 +1,6 @@
 #pragma once
 
+#include "workbook/engine/CellAddress.h"
 #include "workbook/engine/CellValue.h"
 
 #include <cstddef>
@@ -14,20 +15,6 @@ namespace wagemill::engine {
 
 /// What a formula's operand is to be read as ([MS-XLS] 2.5.198.2 PtgDataType).
 enum class OperandClass : std::uint8_t { Reference = 1, Value = 2, Array = 3 };
-
-/// One corner of a reference. Row and column are actual places counting from 0; a relative part moves when the formula
-/// is copied.
-struct ReferencePart {
-    int row = 0;
-    int column = 0;
-    bool rowRelative = true;
-    bool columnRelative = true;
-
-    bool operator==(const ReferencePart&) const = default;
-};
-
-/// Makes `first` the upper left corner and `last` the lower right one; each row and column stays relative or absolute.
-void orderCorners(ReferencePart& first, ReferencePart& last);
 
 /// Operators under their token numbers ([MS-XLS] 2.5.198.25): binary, then unary, then the brackets kept as typed.
 enum class Operator : std::uint8_t {
@@ -131,7 +118,7 @@ struct ArrayToken {
 /// value, unless it is the mark of a sub-expression, whose tokens follow.
 struct OpaqueToken {
     std::vector<std::byte> bytes;
-    std::vector<std::byte> trailingBytes; ///< what belongs to it behind the token list
+    std::vector<std::byte> trailingBytes; ///< what belongs to it after the token list
     bool isMark = false;
     bool operator==(const OpaqueToken&) const = default;
 };
@@ -149,14 +136,14 @@ struct Formula {
 /// Bytes that a formula takes in the file ([MS-XLS] 2.5.198.104 Rgce and 2.5.198.103 RgbExtra).
 struct StoredSize {
     std::size_t tokens = 0;
-    std::size_t behind = 0; ///< of the constant arrays, which lie behind the tokens
+    std::size_t trailing = 0; ///< of the constant arrays, which come after the tokens
 
     bool operator==(const StoredSize&) const = default;
 };
 StoredSize storedSize(const Formula& formula);
 
-/// Most bytes of a formula's tokens.
-inline constexpr std::size_t largestFormula = 1800;
+/// Of a formula's tokens.
+inline constexpr std::size_t maxFormulaBytes = 1800;
 
 /// The formula moved by so many rows and columns: relative parts move, absolute ones stay; a part that leaves the sheet
 /// makes its reference bad.

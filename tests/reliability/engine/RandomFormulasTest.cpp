@@ -102,23 +102,13 @@ private:
     int m_pieces = 0; ///< of the present formula
 };
 
-std::vector<std::string> formulaTexts(const Book& book)
-{
-    std::vector<std::string> texts;
-    for (const Row& row : book.sheets.front()->rows())
-        for (const Cell& cell : row.cells)
-            if (cell.formula) // one that we cannot compute has no value, and 0 in the file
-                texts.push_back(formulaText(*cell.formula, book) + " = " +
-                                testing::PrintToString(isEmpty(cell.value) ? CellValue(0.0) : cell.value));
-    return texts;
-}
-
-/// Saved and opened again it holds the same formulas, which compute to the same values.
+/// Saved, opened, computed and saved again it is the same file, with the same formulas and values.
 void expectSameAgain(const Calculator& calculator)
 {
-    Book again = xls::readWorkbook(xls::writeWorkbook(calculator.book, xls::FileKind::Workbook), "formulas.xls");
+    const auto saved = xls::writeWorkbook(calculator.book, xls::FileKind::Workbook);
+    Book again = xls::readWorkbook(saved, "formulas.xls");
     recalculate(again, calculator.settings);
-    EXPECT_EQ(formulaTexts(again), formulaTexts(calculator.book));
+    EXPECT_TRUE(xls::writeWorkbook(again, xls::FileKind::Workbook) == saved);
 }
 
 void expectInTime(Calculator& calculator, const std::string& what)
@@ -174,9 +164,6 @@ std::string repeated(std::string_view text, std::size_t count)
 void expectComputedAndSaved(Calculator& calculator, const std::string& what)
 {
     expectInTime(calculator, what);
-    const double start = test::secondsUsed();
-    formulaTexts(calculator.book);
-    EXPECT_LT(test::secondsUsed() - start, test::mostSeconds) << "the text of " << what;
     try {
         xls::writeWorkbook(calculator.book, xls::FileKind::Workbook);
     } catch (const EngineError& refusal) {

@@ -10,7 +10,7 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr std::size_t mostCharacters = 32767;
+constexpr std::size_t maxCharacters = 32767;
 constexpr std::string_view generalFormat = "General";
 
 void enterFormula(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
@@ -52,7 +52,7 @@ void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_v
                               (sheet < book.sheets.size() ? book.sheets[sheet]->name : std::string()) + "\"";
     if (sheet >= book.sheets.size() || !isInsideSheet(address))
         throw EngineError(place + " does not exist.");
-    if (utf16Length(text) > mostCharacters) {
+    if (utf16Length(text) > maxCharacters) {
         enterValue(book, sheet, address, {});
         throw EngineError(place + " is left empty, because it cannot hold more than 32767 characters.");
     }
@@ -63,8 +63,7 @@ void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_v
             enterValue(book, sheet, address, readTypedText(text, formats, today, book.dates1904));
     } catch (const FormulaError& error) {
         enterValue(book, sheet, address, {});
-        throw EngineError(place + " is left empty, because \"" + std::string(text.substr(0, 100)) +
-                          "\" is not a formula: " + error.what());
+        throw EngineError(place + " is left empty, because " + error.what());
     }
 }
 

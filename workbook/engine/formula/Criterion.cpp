@@ -1,11 +1,8 @@
 #include "workbook/engine/formula/Criterion.h"
 
 #include "app/base/Utf8.h"
+#include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/TextCase.h"
-
-#include <algorithm>
-#include <array>
-#include <utility>
 
 namespace wagemill::engine {
 
@@ -24,16 +21,8 @@ std::u16string folded(std::string_view text)
 /// The comparison that a condition begins with, taken off its front.
 Operator takeComparison(std::string_view& condition)
 {
-    constexpr auto comparisons = std::to_array<std::pair<std::string_view, Operator>>({
-        {"<=", Operator::LessOrEqual},
-        {">=", Operator::GreaterOrEqual},
-        {"<>", Operator::NotEqual},
-        {"<", Operator::Less},
-        {">", Operator::Greater},
-        {"=", Operator::Equal},
-    });
-    for (const auto& [sign, op] : comparisons)
-        if (condition.starts_with(sign)) {
+    for (const auto& [sign, op, precedence] : binaryOperators)
+        if (isComparison(op) && condition.starts_with(sign)) {
             condition.remove_prefix(sign.size());
             return op;
         }
@@ -150,10 +139,7 @@ bool Criterion::matches(const CellValue& value) const
         return !equals(value);
     if (value.index() != m_operand.index() || isEmpty(value) || std::holds_alternative<ErrorCode>(value))
         return false; // only values of one kind have an order
-    const int order = compareValues(value, m_operand);
-    if (order == 0)
-        return m_comparison == Operator::LessOrEqual || m_comparison == Operator::GreaterOrEqual;
-    return (order < 0) == (m_comparison == Operator::Less || m_comparison == Operator::LessOrEqual);
+    return holds(m_comparison, compareValues(value, m_operand));
 }
 
 } // namespace wagemill::engine

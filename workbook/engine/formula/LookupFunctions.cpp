@@ -251,8 +251,20 @@ Operand indirect(const FunctionCall& call)
         return errorOperand(ErrorCode::Reference);
     if (!written || written->length != rest.size())
         return namedArea(call, rest, sheet);
-    const ReferencePart& last = written->last ? *written->last : written->first;
-    return Area{sheet, {written->first.row, written->first.column, last.row, last.column}};
+    return Area{sheet, written->cells()};
+}
+
+/// What comes before a reference to the sheet; in quotation marks where the name needs them.
+std::string sheetPrefix(std::string_view sheet)
+{
+    const bool isPlain = std::ranges::all_of(sheet, [](char byte) { return isNameByte(byte) || byte == ':'; }) &&
+                         sheet.find_first_of("0123456789") != 0 && !readReference(sheet);
+    if (isPlain)
+        return std::string(sheet) + "!";
+    std::string quoted;
+    for (const char byte : sheet)
+        quoted.append(byte == '\'' ? 2 : 1, byte);
+    return "'" + quoted + "'!";
 }
 
 /// type  1: $A$1, 2: A$1, 3: $A1, 4: A1; R1C1 notation when the fourth argument is false

@@ -11,29 +11,6 @@ namespace wagemill::engine {
 
 namespace {
 
-bool isComparison(Operator op)
-{
-    return op >= Operator::Less && op <= Operator::NotEqual;
-}
-
-bool holds(Operator op, int order)
-{
-    switch (op) {
-    case Operator::Less:
-        return order < 0;
-    case Operator::LessOrEqual:
-        return order <= 0;
-    case Operator::Equal:
-        return order == 0;
-    case Operator::GreaterOrEqual:
-        return order >= 0;
-    case Operator::Greater:
-        return order > 0;
-    default:
-        return order != 0;
-    }
-}
-
 CellValue arithmetic(Operator op, double left, double right)
 {
     switch (op) {
@@ -80,9 +57,7 @@ std::optional<CellRect> common(const CellRect& a, const CellRect& b)
     return rect;
 }
 
-using Joined = std::variant<std::vector<Area>, ErrorCode>;
-
-Joined intersectionOf(std::span<const Area> left, std::span<const Area> right)
+AreasOrError intersectionOf(std::span<const Area> left, std::span<const Area> right)
 {
     std::vector<Area> areas;
     for (const Area& a : left)
@@ -94,7 +69,7 @@ Joined intersectionOf(std::span<const Area> left, std::span<const Area> right)
     return areas;
 }
 
-Joined rangeOf(std::span<const Area> left, std::span<const Area> right)
+AreasOrError rangeOf(std::span<const Area> left, std::span<const Area> right)
 {
     Area whole = left.front();
     for (const auto areas : {left, right})
@@ -110,6 +85,24 @@ Joined rangeOf(std::span<const Area> left, std::span<const Area> right)
 }
 
 } // namespace
+
+bool holds(Operator comparison, int order)
+{
+    switch (comparison) {
+    case Operator::Less:
+        return order < 0;
+    case Operator::LessOrEqual:
+        return order <= 0;
+    case Operator::Equal:
+        return order == 0;
+    case Operator::GreaterOrEqual:
+        return order >= 0;
+    case Operator::Greater:
+        return order > 0;
+    default:
+        return order != 0;
+    }
+}
 
 CellValue textValue(std::string text)
 {
@@ -161,8 +154,7 @@ CellValue calculated(Operator op, const CellValue& operand, const CoercionRules&
     return numberValue(op == Operator::Percent ? std::get<double>(number) / 100 : -std::get<double>(number));
 }
 
-std::variant<std::vector<Area>, ErrorCode> joinedAreas(Operator op, std::span<const Area> left,
-                                                       std::span<const Area> right)
+AreasOrError joinedAreas(Operator op, std::span<const Area> left, std::span<const Area> right)
 {
     if (op == Operator::Range)
         return rangeOf(left, right);

@@ -4,11 +4,43 @@
 #include "workbook/engine/formula/Coercion.h"
 #include "workbook/engine/formula/Operand.h"
 
+#include <array>
 #include <span>
+#include <string_view>
 #include <variant>
 #include <vector>
 
 namespace wagemill::engine {
+
+struct BinaryOperator {
+    std::string_view sign;
+    Operator op;
+    int precedence;
+};
+
+/// As they are written; a longer sign is before one that it begins with.
+inline constexpr auto binaryOperators = std::to_array<BinaryOperator>({
+    {"<=", Operator::LessOrEqual, 1},
+    {">=", Operator::GreaterOrEqual, 1},
+    {"<>", Operator::NotEqual, 1},
+    {"<", Operator::Less, 1},
+    {">", Operator::Greater, 1},
+    {"=", Operator::Equal, 1},
+    {"&", Operator::Concatenate, 2},
+    {"+", Operator::Add, 3},
+    {"-", Operator::Subtract, 3},
+    {"*", Operator::Multiply, 4},
+    {"/", Operator::Divide, 4},
+    {"^", Operator::Power, 5},
+});
+
+inline bool isComparison(Operator op)
+{
+    return op >= Operator::Less && op <= Operator::NotEqual;
+}
+
+/// Whether two values meet the comparison. order  as compareValues() answers it
+bool holds(Operator comparison, int order);
 
 /// Longest text a cell or formula may hold, in UTF-16 units.
 inline constexpr std::size_t maxTextLength = 32767;
@@ -27,8 +59,9 @@ bool isNothingButRounding(Operator op, const CellValue& left, const CellValue& r
 /// base to the power of exponent; 0 to the power of 0 is #NUM!.
 CellValue power(double base, double exponent);
 
+using AreasOrError = std::variant<std::vector<Area>, ErrorCode>;
+
 /// Range, union or intersection of references, none of them empty: the areas, never none, or the error.
-std::variant<std::vector<Area>, ErrorCode> joinedAreas(Operator op, std::span<const Area> left,
-                                                       std::span<const Area> right);
+AreasOrError joinedAreas(Operator op, std::span<const Area> left, std::span<const Area> right);
 
 } // namespace wagemill::engine

@@ -218,4 +218,15 @@ std::string generalText(double number, const RegionalFormats& formats, int chara
     return (number < 0 ? formats.negativeSign : "") + toLocalDigits(digits, formats);
 }
 
+std::string fullNumberText(double number, const RegionalFormats& formats)
+{
+    constexpr int maxIntegerDigits = 20;
+    constexpr int maxLeadingZeros = 8;
+    constexpr int allDigits = 30; // in either form
+    const DecimalNumber decimal = toShownDecimal(number);
+    const bool isPlain = decimal.pointPosition <= maxIntegerDigits && decimal.pointPosition >= -maxLeadingZeros;
+    return (decimal.negative ? "-" : "") +
+           (isPlain ? fixedText(decimal, allDigits, formats) : scientificText(decimal, allDigits, formats));
+}
+
 } // namespace wagemill::engine

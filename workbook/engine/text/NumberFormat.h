@@ -55,4 +55,8 @@ ShownText showValue(const CellValue& value, std::string_view code, const Regiona
 /// narrow one), with exponent where needed.
 std::string generalText(double number, const RegionalFormats& formats, int characters = 11);
 
+/// The number as formulas make a text of it, "1234.5": all of its 15 digits, with an exponent where more than 20 would
+/// be before the separator or more than 8 zeros after it. Its digits and sign are never the user's own.
+std::string fullNumberText(double number, const RegionalFormats& formats);
+
 } // namespace wagemill::engine

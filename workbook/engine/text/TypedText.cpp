@@ -7,7 +7,6 @@
 #include "workbook/engine/text/TypedMoment.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 namespace wagemill::engine {
@@ -78,15 +77,11 @@ std::string upperCase(std::string_view text)
 
 std::optional<TypedValue> readWord(std::string_view plain)
 {
-    constexpr std::array errors = {ErrorCode::Null,        ErrorCode::DivisionByZero, ErrorCode::Value,
-                                   ErrorCode::Reference,   ErrorCode::Name,           ErrorCode::Number,
-                                   ErrorCode::NotAvailable};
     const std::string upper = upperCase(plain);
     if (upper == "TRUE" || upper == "FALSE")
         return TypedValue{upper == "TRUE", "", false};
-    const auto error =
-        std::find_if(errors.begin(), errors.end(), [&upper](ErrorCode code) { return upper == errorText(code); });
-    return error == errors.end() ? std::nullopt : std::optional(TypedValue{*error, "", false});
+    const auto error = std::ranges::find(errorNames, upper, &ErrorName::text);
+    return error == errorNames.end() ? std::nullopt : std::optional(TypedValue{error->error, "", false});
 }
 
 /// The serial day of a valid date, nothing before the first one.

@@ -365,9 +365,9 @@ private:
     FormulaContext m_context;
     Formula m_formula;
     OperandClass m_class = OperandClass::Value;
-    std::array<std::uint16_t, largestFormula> m_operands; ///< the stack: the last token of each operand
+    std::array<std::uint16_t, maxFormulaBytes> m_operands; ///< the stack: the last token of each operand
     std::size_t m_depth = 0;
-    std::array<std::uint16_t, largestFormula + 1> m_starts; ///< of each token, and the end
+    std::array<std::uint16_t, maxFormulaBytes + 1> m_starts; ///< of each token, and the end
     std::vector<std::size_t> m_jumps;
     bool m_hasMemoryTokens = false;
 };
@@ -390,7 +390,7 @@ bool writesBack(const Formula& formula, std::span<const std::byte> tokens)
 
 Formula readFormula(std::span<const std::byte> tokens, std::span<const std::byte> behind, const FormulaContext& context)
 {
-    if (tokens.size() > largestFormula)
+    if (tokens.size() > maxFormulaBytes)
         throw DamagedFile("a formula is longer than 1800 bytes");
     try {
         FormulaReader reader(tokens, behind, context);

@@ -55,7 +55,7 @@ public:
         m_starts.push_back(m_tokens.size());
         for (const Jump& jump : m_jumps)
             putU16(m_tokens.view(), jump.place, distance(jump));
-        if (m_tokens.size() - m_origin > largestFormula)
+        if (m_tokens.size() - m_origin > maxFormulaBytes)
             throw std::length_error("The formula is too long for this kind of file.");
     }
 
