@@ -9,36 +9,16 @@ namespace wagemill::automation {
 
 namespace {
 
-/// What a failing call left behind; its texts are ours to free.
-struct Exception {
-    Exception() = default;
+/// What a failing call leaves; its texts are ours to free.
+struct Exception : EXCEPINFO {
+    Exception() : EXCEPINFO() {}
     Exception(const Exception&) = delete;
     Exception& operator=(const Exception&) = delete;
-    ~Exception() { clear(); }
-
-    void clear()
+    ~Exception()
     {
-        ::SysFreeString(info.bstrSource);
-        ::SysFreeString(info.bstrDescription);
-        ::SysFreeString(info.bstrHelpFile);
-        info = {};
+        for (const BSTR text : {bstrSource, bstrDescription, bstrHelpFile})
+            ::SysFreeString(text);
     }
-
-    /// The number of the call's failure; asks for what the object left to be filled in later.
-    HRESULT numberOf(HRESULT status)
-    {
-        if (status == DISP_E_EXCEPTION && info.pfnDeferredFillIn != nullptr)
-            info.pfnDeferredFillIn(&info);
-        return status == DISP_E_EXCEPTION && FAILED(info.scode) ? info.scode : status;
-    }
-
-    std::string description() const
-    {
-        return info.bstrDescription == nullptr ? ""
-                                               : toUtf8({info.bstrDescription, ::SysStringLen(info.bstrDescription)});
-    }
-
-    EXCEPINFO info = {};
 };
 
 /// Makes the call until it is not turned away, for ten seconds. The pauses are no waiting of COM's, which would let
@@ -72,43 +52,10 @@ bool isTurnedAway(HRESULT result)
     return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER || result == busyWithItsUser;
 }
 
-Variant::Variant(Variant&& other) noexcept : m_value(std::exchange(other.m_value, VARIANT{}))
+Variant::Variant(const Variant& other)
 {
-}
-
-Variant& Variant::operator=(Variant&& other) noexcept
-{
-    std::swap(m_value, other.m_value);
-    return *this;
-}
-
-Variant::~Variant()
-{
-    ::VariantClear(&m_value);
-}
-
-Variant Variant::ofInt16(std::int16_t number)
-{
-    Variant variant;
-    variant.m_value.vt = VT_I2;
-    variant.m_value.iVal = number;
-    return variant;
-}
-
-Variant Variant::ofInt32(std::int32_t number)
-{
-    Variant variant;
-    variant.m_value.vt = VT_I4;
-    variant.m_value.lVal = number;
-    return variant;
-}
-
-Variant Variant::ofBoolean(bool value)
-{
-    Variant variant;
-    variant.m_value.vt = VT_BOOL;
-    variant.m_value.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-    return variant;
+    if (FAILED(::VariantCopy(&m_value, const_cast<VARIANT*>(&other.m_value)))) // which it only reads
+        throw std::bad_alloc();
 }
 
 Variant Variant::ofText(std::string_view utf8)
@@ -126,14 +73,6 @@ Variant Variant::ofText(const std::wstring& text)
     return variant;
 }
 
-Variant Variant::omitted()
-{
-    Variant variant;
-    variant.m_value.vt = VT_ERROR;
-    variant.m_value.scode = DISP_E_PARAMNOTFOUND;
-    return variant;
-}
-
 VARIANT* Variant::receive()
 {
     ::VariantClear(&m_value);
@@ -147,19 +86,13 @@ bool Variant::become(VARTYPE type)
     return SUCCEEDED(::VariantChangeTypeEx(&m_value, &m_value, LOCALE_INVARIANT, 0, type));
 }
 
-Dispatch::Dispatch(const wchar_t* programId, DWORD context) : m_reference(nullptr)
+Dispatch::Dispatch(const wchar_t* programId, DWORD context)
 {
     CLSID classId = {};
     require(::CLSIDFromProgID(programId, &classId));
     void* object = nullptr;
     require(::CoCreateInstance(classId, nullptr, context, IID_IDispatch, &object));
-    m_reference = static_cast<IDispatch*>(object);
-}
-
-Dispatch::~Dispatch()
-{
-    if (m_reference != nullptr)
-        m_reference->Release();
+    m_reference.reset(static_cast<IDispatch*>(object));
 }
 
 std::vector<DISPID> Dispatch::identifiers(std::vector<std::wstring> names) const
@@ -185,15 +118,21 @@ Variant Dispatch::invoke(const std::vector<DISPID>& ids, CallKind kind, const Ar
     DISPPARAMS parameters = {values.data(), names.data(), static_cast<UINT>(values.size()),
                              static_cast<UINT>(names.size())};
     Variant result;
-    Exception exception;
+    std::string description;
     const HRESULT outcome = offer([&] {
-        exception.clear();
-        return exception.numberOf(m_reference->Invoke(ids.front(), IID_NULL, locale, static_cast<WORD>(kind),
-                                                      &parameters, kind == CallKind::Put ? nullptr : result.receive(),
-                                                      &exception.info, nullptr));
+        Exception exception;
+        const HRESULT status =
+            m_reference->Invoke(ids.front(), IID_NULL, locale, static_cast<WORD>(kind), &parameters,
+                                kind == CallKind::Put ? nullptr : result.receive(), &exception, nullptr);
+        if (status != DISP_E_EXCEPTION)
+            return status;
+        if (exception.pfnDeferredFillIn != nullptr)
+            exception.pfnDeferredFillIn(&exception);
+        description = toUtf8({exception.bstrDescription, ::SysStringLen(exception.bstrDescription)});
+        return FAILED(exception.scode) ? exception.scode : status;
     });
     if (FAILED(outcome))
-        throw CallFailure(outcome, exception.description());
+        throw CallFailure(outcome, description);
     return result;
 }
 

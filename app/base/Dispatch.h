@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,18 +20,22 @@ namespace wagemill::automation {
 class Variant {
 public:
     Variant() = default;
-    Variant(Variant&& other) noexcept;
-    Variant& operator=(Variant&& other) noexcept;
-    Variant(const Variant&) = delete;
-    Variant& operator=(const Variant&) = delete;
-    ~Variant();
+    Variant(const Variant& other);
+    Variant(Variant&& other) noexcept : m_value(std::exchange(other.m_value, VARIANT{})) {}
+    Variant& operator=(Variant other) noexcept
+    {
+        std::swap(m_value, other.m_value);
+        return *this;
+    }
+    ~Variant() { ::VariantClear(&m_value); }
 
-    static Variant ofInt16(std::int16_t number);     ///< VT_I2
-    static Variant ofInt32(std::int32_t number);     ///< VT_I4
-    static Variant ofBoolean(bool value);            ///< VT_BOOL
-    static Variant ofText(std::string_view utf8);    ///< VT_BSTR
-    static Variant ofText(const std::wstring& text); ///< VT_BSTR
-    static Variant omitted();                        ///< VT_ERROR DISP_E_PARAMNOTFOUND: an argument that is not given
+    static Variant ofInt16(std::int16_t number) { return {VT_I2, &VARIANT::iVal, number}; }
+    static Variant ofInt32(std::int32_t number) { return {VT_I4, &VARIANT::lVal, number}; }
+    static Variant ofBoolean(bool value) { return {VT_BOOL, &VARIANT::boolVal, value ? VARIANT_TRUE : VARIANT_FALSE}; }
+    static Variant ofText(std::string_view utf8); ///< VT_BSTR
+    static Variant ofText(const std::wstring& text);
+    /// An argument that is not given.
+    static Variant omitted() { return {VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}; }
 
     const VARIANT& raw() const { return m_value; }
     /// Where a call puts its result; what was there is cleared.
@@ -39,20 +44,17 @@ public:
     bool become(VARTYPE type);
 
 private:
+    template <typename Field, typename Value>
+    Variant(VARTYPE type, Field VARIANT::*field, Value value)
+    {
+        m_value.vt = type;
+        m_value.*field = static_cast<Field>(value);
+    }
+
     VARIANT m_value = {};
 };
 
 using Arguments = std::vector<Variant>;
-
-/// Arguments as a list; a list in braces would copy them.
-template <typename... Values>
-Arguments arguments(Values... values)
-{
-    Arguments list;
-    list.reserve(sizeof...(values));
-    (list.push_back(std::move(values)), ...);
-    return list;
-}
 
 /// A call that failed; what() is the object's own description, empty where it gave none.
 class CallFailure : public std::runtime_error {
@@ -87,11 +89,6 @@ public:
     explicit Dispatch(IDispatch* reference) : m_reference(reference) {}
     /// A new object of the class, such as "Scripting.FileSystemObject".
     Dispatch(const wchar_t* programId, DWORD context);
-    Dispatch(Dispatch&& other) noexcept : m_reference(std::exchange(other.m_reference, nullptr)) {}
-    Dispatch& operator=(Dispatch&&) = delete;
-    Dispatch(const Dispatch&) = delete;
-    Dispatch& operator=(const Dispatch&) = delete;
-    ~Dispatch();
 
     /// The identifiers of a member and, after it, of its named arguments.
     std::vector<DISPID> identifiers(std::vector<std::wstring> names) const;
@@ -102,7 +99,11 @@ public:
                    LCID locale = englishUnitedStates) const;
 
 private:
-    IDispatch* m_reference;
+    struct ReleaseReference {
+        void operator()(IDispatch* reference) const { reference->Release(); }
+    };
+
+    std::unique_ptr<IDispatch, ReleaseReference> m_reference;
 };
 
 /// COM for as long as this lives, on this thread; harmless where the window system has initialised it already.

@@ -6,34 +6,35 @@ namespace wagemill {
 
 namespace {
 
-/// Project and date of the release; the same in every label.
-constexpr std::string_view projectTag = "Wagemill2021/08/31";
+/// The text of the error dialog. Two of its line breaks are bare carriage returns: support recognises our dialogs in
+/// screenshots by them.
+/// description  what the failing operation reported
+std::string applicationErrorText(const std::string& description, const std::string& procedure, int step)
+{
+    return description + "\r\nin Wagemill2021/08/31." + procedure + " at line " + std::to_string(step) +
+           "\r\rPlease email screenshot of this message to support@quellory.example";
+}
 
 } // namespace
 
-ErrorTrap::ErrorTrap(std::string_view procedure)
-    : m_label("in " + std::string(projectTag) + "." + std::string(procedure) + " ")
+void ErrorTrap::step(int number, const std::function<void()>& work)
 {
+    m_step = number;
+    try {
+        work();
+    } catch (const std::exception& error) {
+        showMessage({applicationErrorText(error.what(), m_procedure, m_step), "Application Error", MessageIcon::Warning,
+                     MessageButtons::Ok});
+    }
 }
 
-void ErrorTrap::reportApplicationError(const std::exception& error) const
+void handleEvent(const std::function<void()>& work)
 {
-    showMessage({applicationErrorText(error.what(), m_label, m_step), "Application Error", MessageIcon::Warning,
-                 MessageButtons::Ok});
-}
-
-void reportEventFailure(const std::exception& error)
-{
-    showMessage({error.what(), "", MessageIcon::Warning, MessageButtons::Ok});
-}
-
-std::string applicationErrorText(std::string_view description, std::string_view label, int step)
-{
-    std::string text(description);
-    text.append("\r\n").append(label).append("at line ").append(std::to_string(step));
-    // Bare carriage returns here, unlike the line break above: support recognises our dialogs in screenshots by them.
-    text.append("\r\r").append("Please email screenshot of this message to ").append(supportAddress);
-    return text;
+    try {
+        work();
+    } catch (const std::exception& error) {
+        showMessage({error.what(), "", MessageIcon::Warning, MessageButtons::Ok});
+    }
 }
 
 } // namespace wagemill

@@ -2,6 +2,8 @@
 
 #include "app/base/PlatformFiles.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <optional>
@@ -9,12 +11,12 @@
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace wagemill {
 
 namespace fs = std::filesystem;
-using platform::OpenFile;
 using platform::Opening;
 
 namespace {
@@ -66,38 +68,63 @@ void requireOwn(const platform::FileFacts& facts, const fs::path& path)
                            std::string(reason) + ". Please remove it, or let TEMP name another folder");
 }
 
-void writeAll(OpenFile& file, std::span<const std::byte> bytes, FileLife life)
-{
-    while (!bytes.empty())
-        bytes = bytes.subspan(file.write(bytes));
-    if (life == FileLife::Kept)
-        file.flush();
-    file.close();
-}
+/// A file descriptor that closes itself. What fails throws std::system_error.
+class OpenFile {
+public:
+    OpenFile(const fs::path& path, Opening how) : m_descriptor(platform::openFile(path, how)) {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
 
-std::vector<std::byte> readAll(const OpenFile& file, std::uint64_t size)
-{
-    std::vector<std::byte> bytes(static_cast<std::size_t>(size));
-    std::size_t filled = 0;
-    while (const std::size_t count = file.read(std::span(bytes).subspan(filled)))
-        filled += count;
-    bytes.resize(filled);
-    return bytes;
-}
+    platform::FileFacts facts() const { return platform::factsOf(m_descriptor); }
+
+    std::vector<std::byte> readAll() const
+    {
+        std::vector<std::byte> bytes(static_cast<std::size_t>(facts().size));
+        std::size_t filled = 0;
+        while (const std::size_t count = moved(::read, bytes.data() + filled, bytes.size() - filled))
+            filled += count;
+        bytes.resize(filled);
+        return bytes;
+    }
+
+    /// Closes the file as well, so that an error of a late write is seen.
+    void writeAll(std::span<const std::byte> bytes, FileLife life)
+    {
+        while (!bytes.empty())
+            bytes = bytes.subspan(moved(::write, bytes.data(), bytes.size()));
+        if (life == FileLife::Kept)
+            platform::flush(m_descriptor);
+        if (::close(std::exchange(m_descriptor, -1)) != 0)
+            throw std::system_error(errno, std::generic_category());
+    }
+
+private:
+    /// How many bytes the call moved, as many as the system moves at a time. Reading: 0 at the end of the file.
+    std::size_t moved(auto* call, auto* bytes, std::size_t count) const
+    {
+        constexpr std::size_t max = std::size_t{1} << 24U;
+        for (;;) {
+            const auto answer = call(m_descriptor, bytes, static_cast<unsigned>(std::min(count, max)));
+            if (answer >= 0)
+                return static_cast<std::size_t>(answer);
+            if (errno != EINTR)
+                throw std::system_error(errno, std::generic_category());
+        }
+    }
+
+    int m_descriptor;
+};
 
 std::string freshName(std::string_view stem)
 {
     std::random_device random;
     return std::string(stem) + std::to_string(random()) + std::to_string(random());
 }
-
-struct RemoveFile {
-    void operator()(const fs::path* path) const
-    {
-        std::error_code ignored;
-        fs::remove(*path, ignored);
-    }
-};
 
 constexpr std::string_view privateFolderStem = "wagemill-run-";
 
@@ -150,20 +177,22 @@ void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
     namingTheFile("Cannot write the file", path, [&] {
         OpenFile file(path, Opening::Write);
         requireOwn(file.facts(), path);
-        writeAll(file, bytes, FileLife::Temporary);
+        file.writeAll(bytes, FileLife::Temporary);
     });
 }
 
 void writeWholeFile(std::span<const std::byte> bytes, const fs::path& path, FileLife life)
 {
-    namingTheFile("Cannot write the file", path, [&] {
-        // In one folder, renaming replaces in one step.
-        const fs::path unfinished = path.parent_path() / freshName(".wagemill-").append(".part");
-        const std::unique_ptr<const fs::path, RemoveFile> removal(&unfinished);
-        OpenFile file(unfinished, life == FileLife::Kept ? Opening::MakeNormal : Opening::MakePrivate);
-        writeAll(file, bytes, life);
+    // In one folder, renaming replaces in one step.
+    const fs::path unfinished = path.parent_path() / freshName(".wagemill-").append(".part");
+    try {
+        OpenFile(unfinished, life == FileLife::Kept ? Opening::MakeNormal : Opening::MakePrivate).writeAll(bytes, life);
         platform::renameFile(unfinished, path);
-    });
+    } catch (const std::system_error& error) {
+        std::error_code ignored;
+        fs::remove(unfinished, ignored);
+        throwFileError("Cannot write the file", path, error.code().message());
+    }
 }
 
 std::vector<std::byte> readBytesFromFile(const fs::path& path)
@@ -171,10 +200,9 @@ std::vector<std::byte> readBytesFromFile(const fs::path& path)
     constexpr std::string_view failure = "Cannot read the file";
     return namingTheFile(failure, path, [&] {
         const OpenFile file(path, Opening::Read);
-        const platform::FileFacts facts = file.facts();
-        if (facts.type != fs::file_type::regular)
+        if (file.facts().type != fs::file_type::regular)
             throwFileError(failure, path, "it is not a plain file");
-        return readAll(file, facts.size);
+        return file.readAll();
     });
 }
 
@@ -183,9 +211,8 @@ std::vector<std::byte> readOwnFile(const fs::path& path)
     requireOwnFile(path); // a device must not even be opened; what was put there since is met below
     return namingTheFile("Cannot read the file", path, [&] {
         const OpenFile file(path, Opening::ReadOwn);
-        const platform::FileFacts facts = file.facts();
-        requireOwn(facts, path);
-        return readAll(file, facts.size);
+        requireOwn(file.facts(), path);
+        return file.readAll();
     });
 }
 

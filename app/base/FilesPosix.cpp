@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace wagemill::platform {
 
@@ -18,47 +17,16 @@ namespace {
 constexpr mode_t userAlone = S_IRUSR | S_IWUSR;
 constexpr mode_t usersNormal = userAlone | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH; // less what umask withholds
 
-int openFile(const fs::path& path, Opening how)
-{
-    const auto open = [&path](int flags, mode_t mode = userAlone) {
-        return ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, mode);
-    };
-    switch (how) {
-    case Opening::Read:
-        return open(O_RDONLY);
-    case Opening::ReadOwn:
-        return open(O_RDONLY | O_NOFOLLOW);
-    case Opening::Write:
-        return open(O_WRONLY | O_CREAT | O_NOFOLLOW);
-    case Opening::MakePrivate:
-        return open(O_WRONLY | O_CREAT | O_EXCL);
-    case Opening::MakeNormal:
-        return open(O_WRONLY | O_CREAT | O_EXCL, usersNormal);
-    }
-    std::abort(); // not reached
-}
-
 [[noreturn]] void throwLastError()
 {
     throw std::system_error(errno, std::generic_category());
 }
 
-template <typename Number>
-Number succeeded(Number answer)
+int succeeded(int answer)
 {
     if (answer < 0)
         throwLastError();
     return answer;
-}
-
-/// What a call moved that a signal may interrupt.
-template <typename Call>
-std::size_t moved(Call&& call)
-{
-    ssize_t count = call();
-    while (count < 0 && errno == EINTR)
-        count = call();
-    return static_cast<std::size_t>(succeeded(count));
 }
 
 FileFacts factsOf(const struct stat& status)
@@ -80,42 +48,37 @@ std::optional<FileFacts> factsAt(const fs::path& path)
     return ::lstat(path.c_str(), &status) == 0 ? std::optional(factsOf(status)) : std::nullopt;
 }
 
-OpenFile::OpenFile(const fs::path& path, Opening how) : m_handle(succeeded(openFile(path, how)))
-{
-}
-
-OpenFile::~OpenFile()
-{
-    if (m_handle >= 0)
-        ::close(static_cast<int>(m_handle));
-}
-
-FileFacts OpenFile::facts() const
+FileFacts factsOf(int descriptor)
 {
     struct stat status = {};
-    succeeded(::fstat(static_cast<int>(m_handle), &status));
+    succeeded(::fstat(descriptor, &status));
     return factsOf(status);
 }
 
-std::size_t OpenFile::read(std::span<std::byte> buffer) const
+int openFile(const fs::path& path, Opening how)
 {
-    return moved([&] { return ::read(static_cast<int>(m_handle), buffer.data(), buffer.size()); });
+    const auto open = [&path](int flags, mode_t mode = userAlone) {
+        return succeeded(::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, mode));
+    };
+    switch (how) {
+    case Opening::Read:
+        return open(O_RDONLY);
+    case Opening::ReadOwn:
+        return open(O_RDONLY | O_NOFOLLOW);
+    case Opening::Write:
+        return open(O_WRONLY | O_CREAT | O_NOFOLLOW);
+    case Opening::MakePrivate:
+        return open(O_WRONLY | O_CREAT | O_EXCL);
+    case Opening::MakeNormal:
+        return open(O_WRONLY | O_CREAT | O_EXCL, usersNormal);
+    }
+    std::abort(); // not reached
 }
 
-std::size_t OpenFile::write(std::span<const std::byte> bytes) const
+void flush(int descriptor)
 {
-    return moved([&] { return ::write(static_cast<int>(m_handle), bytes.data(), bytes.size()); });
-}
-
-void OpenFile::flush() const
-{
-    if (::fsync(static_cast<int>(m_handle)) != 0 && errno != EINVAL) // some file systems have nothing to flush
+    if (::fsync(descriptor) != 0 && errno != EINVAL) // some file systems have nothing to flush
         throwLastError();
-}
-
-void OpenFile::close()
-{
-    succeeded(::close(static_cast<int>(std::exchange(m_handle, -1))));
 }
 
 void deleteByForce(const fs::path& path)

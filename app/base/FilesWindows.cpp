@@ -10,9 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <fcntl.h>
+#include <io.h>
 #include <string>
 #include <system_error>
-#include <utility>
 
 namespace wagemill::platform {
 
@@ -35,36 +36,30 @@ struct FreeLocalMemory {
     void operator()(void* memory) const { ::LocalFree(memory); }
 };
 
+/// "S-1-5-..."; empty when the system does not say.
+std::wstring textOf(PSID identifier)
+{
+    wchar_t* text = nullptr;
+    if (identifier == nullptr || !::ConvertSidToStringSidW(identifier, &text))
+        return {};
+    const std::unique_ptr<wchar_t, FreeLocalMemory> owner(text);
+    return text;
+}
+
 /// A security identifier that the process's token holds: TokenUser is who runs the program, TokenOwner whom its new
 /// files belong to, which is the administrators' group for some of its members.
-class TokenIdentifier {
-public:
-    explicit TokenIdentifier(TOKEN_INFORMATION_CLASS which)
-    {
-        HANDLE token = nullptr;
-        if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token))
-            return;
-        const WindowsHandle owner(token);
-        DWORD size = 0;
-        m_isKnown = ::GetTokenInformation(token, which, m_bytes.data(), static_cast<DWORD>(m_bytes.size()), &size) != 0;
-    }
-
-    /// Null when the system does not say.
-    PSID identifier() const
-    {
-        static_assert(offsetof(TOKEN_USER, User.Sid) == offsetof(TOKEN_OWNER, Owner)); // both begin with it
-        return m_isKnown ? reinterpret_cast<const TOKEN_OWNER*>(m_bytes.data())->Owner : nullptr;
-    }
-
-private:
-    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> m_bytes = {};
-    bool m_isKnown = false;
-};
-
-bool isIdentifier(PSID identifier, TOKEN_INFORMATION_CLASS which)
+std::wstring tokenIdentifier(TOKEN_INFORMATION_CLASS which)
 {
-    const TokenIdentifier own(which);
-    return own.identifier() != nullptr && ::EqualSid(identifier, own.identifier());
+    HANDLE token = nullptr;
+    if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token))
+        return {};
+    const WindowsHandle owner(token);
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> bytes = {};
+    static_assert(offsetof(TOKEN_USER, User.Sid) == offsetof(TOKEN_OWNER, Owner)); // both begin with it
+    DWORD size = 0;
+    if (!::GetTokenInformation(token, which, bytes.data(), static_cast<DWORD>(bytes.size()), &size))
+        return {};
+    return textOf(reinterpret_cast<const TOKEN_OWNER*>(bytes.data())->Owner);
 }
 
 /// True where the disk keeps no owners.
@@ -81,7 +76,8 @@ bool isUsersOwn(HANDLE handle)
                           &raw) != ERROR_SUCCESS)
         return false;
     const std::unique_ptr<void, FreeLocalMemory> descriptor(raw);
-    return owner != nullptr && (isIdentifier(owner, TokenUser) || isIdentifier(owner, TokenOwner));
+    const std::wstring name = textOf(owner);
+    return !name.empty() && (name == tokenIdentifier(TokenUser) || name == tokenIdentifier(TokenOwner));
 }
 
 /// What a new file or folder is made with that belongs to the user and that the user and the system alone may enter,
@@ -90,55 +86,31 @@ class PrivateSecurity {
 public:
     PrivateSecurity()
     {
-        const TokenIdentifier user(TokenUser);
-        wchar_t* text = nullptr;
-        if (user.identifier() == nullptr || !::ConvertSidToStringSidW(user.identifier(), &text))
-            return;
-        const std::unique_ptr<wchar_t, FreeLocalMemory> textOwner(text);
-        const std::wstring name(text);
+        const std::wstring user = tokenIdentifier(TokenUser);
         // Owner the user; nothing inherited; full access for the user and the system, also to what is made inside.
-        const std::wstring rules = L"O:" + name + L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + name + L")";
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1, &descriptor,
-                                                                   nullptr))
-            m_descriptor.reset(descriptor);
-        m_attributes.lpSecurityDescriptor = descriptor;
+        const std::wstring rules = L"O:" + user + L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + user + L")";
+        ::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1,
+                                                               &m_attributes.lpSecurityDescriptor, nullptr);
     }
+    PrivateSecurity(const PrivateSecurity&) = delete;
+    PrivateSecurity& operator=(const PrivateSecurity&) = delete;
+    ~PrivateSecurity() { ::LocalFree(m_attributes.lpSecurityDescriptor); }
 
     /// Null, for the permissions of the folder around it, when the system does not say who the user is.
-    SECURITY_ATTRIBUTES* attributes() { return m_descriptor ? &m_attributes : nullptr; }
+    SECURITY_ATTRIBUTES* attributes() { return m_attributes.lpSecurityDescriptor != nullptr ? &m_attributes : nullptr; }
 
 private:
-    std::unique_ptr<void, FreeLocalMemory> m_descriptor;
     SECURITY_ATTRIBUTES m_attributes = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
 };
 
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// Null when it cannot be opened.
-WindowsHandle openFile(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
-                       SECURITY_ATTRIBUTES* security = nullptr)
+WindowsHandle openHandle(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
+                         SECURITY_ATTRIBUTES* security = nullptr)
 {
     const HANDLE handle = ::CreateFileW(path.c_str(), access, share, security, disposition, flags, nullptr);
     return WindowsHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
-}
-
-WindowsHandle openFile(const fs::path& path, Opening how, SECURITY_ATTRIBUTES* userAlone)
-{
-    switch (how) {
-    case Opening::Read:
-        return openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
-    case Opening::ReadOwn:
-        return openFile(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
-    case Opening::Write:
-        return openFile(path, GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, userAlone);
-    case Opening::MakePrivate:
-        return openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, userAlone);
-    case Opening::MakeNormal:
-        return openFile(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
-    }
-    return nullptr;
 }
 
 /// file  opened with READ_CONTROL and FILE_READ_ATTRIBUTES
@@ -157,61 +129,48 @@ FileFacts factsOf(HANDLE file)
     return {type, isUsersOwn(file), true, info.nNumberOfLinks, size};
 }
 
-/// The most that one call is asked to move.
-DWORD blockOf(std::size_t bytes)
-{
-    constexpr std::size_t max = std::size_t{1} << 24U;
-    return static_cast<DWORD>(std::min(bytes, max));
-}
-
 } // namespace
 
 std::optional<FileFacts> factsAt(const fs::path& path)
 {
-    const WindowsHandle file = openFile(path, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
-                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
+    const WindowsHandle file = openHandle(path, READ_CONTROL | FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING,
+                                          FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
     return file ? std::optional(factsOf(file.get())) : std::nullopt;
 }
 
-OpenFile::OpenFile(const fs::path& path, Opening how)
+FileFacts factsOf(int descriptor)
 {
-    PrivateSecurity security;
-    m_handle = reinterpret_cast<std::intptr_t>(openFile(path, how, security.attributes()).release());
-    require(m_handle != 0);
+    return factsOf(reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor)));
 }
 
-OpenFile::~OpenFile()
+int openFile(const fs::path& path, Opening how)
 {
-    const WindowsHandle closed(reinterpret_cast<HANDLE>(m_handle));
+    PrivateSecurity userAlone;
+    const auto open = [&path](DWORD access, DWORD share, DWORD disposition, DWORD flags,
+                              SECURITY_ATTRIBUTES* security = nullptr) {
+        WindowsHandle handle = openHandle(path, access, share, disposition, flags, security);
+        require(handle != nullptr);
+        return ::_open_osfhandle(reinterpret_cast<std::intptr_t>(handle.release()), _O_BINARY);
+    };
+    switch (how) {
+    case Opening::Read:
+        return open(GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    case Opening::ReadOwn:
+        return open(GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    case Opening::Write:
+        return open(GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
+                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, userAlone.attributes());
+    case Opening::MakePrivate:
+        return open(GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, userAlone.attributes());
+    case Opening::MakeNormal:
+        return open(GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+    }
+    std::abort(); // not reached
 }
 
-FileFacts OpenFile::facts() const
+void flush(int descriptor)
 {
-    return factsOf(reinterpret_cast<HANDLE>(m_handle));
-}
-
-std::size_t OpenFile::read(std::span<std::byte> buffer) const
-{
-    DWORD count = 0;
-    require(::ReadFile(reinterpret_cast<HANDLE>(m_handle), buffer.data(), blockOf(buffer.size()), &count, nullptr));
-    return count;
-}
-
-std::size_t OpenFile::write(std::span<const std::byte> bytes) const
-{
-    DWORD count = 0;
-    require(::WriteFile(reinterpret_cast<HANDLE>(m_handle), bytes.data(), blockOf(bytes.size()), &count, nullptr));
-    return count;
-}
-
-void OpenFile::flush() const
-{
-    require(::FlushFileBuffers(reinterpret_cast<HANDLE>(m_handle)));
-}
-
-void OpenFile::close()
-{
-    require(::CloseHandle(reinterpret_cast<HANDLE>(std::exchange(m_handle, 0))));
+    require(::FlushFileBuffers(reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor))));
 }
 
 void deleteByForce(const fs::path& path)
@@ -221,7 +180,7 @@ void deleteByForce(const fs::path& path)
     try {
         const Dispatch fileSystem(L"Scripting.FileSystemObject", CLSCTX_INPROC_SERVER);
         fileSystem.invoke(fileSystem.identifiers({L"DeleteFile"}), CallKind::Call,
-                          arguments(Variant::ofText(path.native()), Variant::ofBoolean(true)));
+                          {Variant::ofText(path.native()), Variant::ofBoolean(true)});
     } catch (const CallFailure&) {
         return; // ignored
     }
@@ -234,7 +193,7 @@ void renameFile(const fs::path& from, const fs::path& to)
     if (::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING))
         return;
     const auto error = static_cast<int>(::GetLastError());
-    const WindowsHandle target = openFile(to, DELETE, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    const WindowsHandle target = openHandle(to, DELETE, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
     const bool isOpenElsewhere = !target && ::GetLastError() == ERROR_SHARING_VIOLATION;
     throw std::system_error(isOpenElsewhere ? ERROR_SHARING_VIOLATION : error, windowsErrors());
 }
@@ -255,7 +214,7 @@ void makePrivateFolder(const fs::path& folder)
 /// The lock is a mutex that all programs share that know the folder, however they name it.
 std::optional<std::shared_ptr<void>> tryToLockFolder(const fs::path& folder)
 {
-    const WindowsHandle open = openFile(folder, 0, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    const WindowsHandle open = openHandle(folder, 0, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     BY_HANDLE_FILE_INFORMATION info = {};
     if (!open || !::GetFileInformationByHandle(open.get(), &info))
         return nullptr;

@@ -20,6 +20,7 @@ struct FileFacts {
 
 /// Of a link the link's own; nothing where nothing is.
 std::optional<FileFacts> factsAt(const std::filesystem::path& path);
+FileFacts factsOf(int descriptor);
 
 enum class Opening {
     Read,
@@ -29,26 +30,10 @@ enum class Opening {
     MakeNormal,  ///< a file that was not there, with the user's normal permissions
 };
 
-/// An open file that closes itself. Nothing waits for a pipe.
-class OpenFile {
-public:
-    OpenFile(const std::filesystem::path& path, Opening how);
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile();
-
-    FileFacts facts() const;
-    /// Moves as many bytes as the system moves at a time. Reading: 0 at the end of the file.
-    std::size_t read(std::span<std::byte> buffer) const;
-    std::size_t write(std::span<const std::byte> bytes) const;
-    /// Returns when all that was written is on the disk.
-    void flush() const;
-    /// Closes now, so that an error of a late write is seen.
-    void close();
-
-private:
-    std::intptr_t m_handle; ///< a file descriptor; a HANDLE of Windows
-};
+/// The descriptor of the open file. Does not wait for a pipe.
+int openFile(const std::filesystem::path& path, Opening how);
+/// Returns when all that was written is on the disk.
+void flush(int descriptor);
 
 /// Deletes the file, a read-only one too; of a link the link itself. Every failure is ignored.
 void deleteByForce(const std::filesystem::path& path);

@@ -53,13 +53,12 @@ automation::Variant AutomationSkin::invoke(const std::vector<DISPID>& ids, CallK
 
 void AutomationSkin::put(DISPID property, Variant value) const
 {
-    invoke({property, DISPID_PROPERTYPUT}, CallKind::Put, automation::arguments(std::move(value)));
+    invoke({property, DISPID_PROPERTYPUT}, CallKind::Put, {std::move(value)});
 }
 
 void AutomationSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view variant)
 {
-    invoke({loadSkinIdentifier}, CallKind::Call,
-           automation::arguments(Variant::ofText(skinFile.native()), Variant::ofText(variant)),
+    invoke({loadSkinIdentifier}, CallKind::Call, {Variant::ofText(skinFile.native()), Variant::ofText(variant)},
            "Cannot use the skin file \"" + toUtf8(skinFile.native()) + "\"");
 }
 
@@ -84,8 +83,7 @@ void AutomationSkin::setFlag(int dispatchIdentifier, bool value)
 void AutomationSkin::applyWindow(std::uintptr_t windowHandle)
 {
     // Of a window handle 32 bits count, in a 64-bit program too.
-    invoke({applyWindowIdentifier}, CallKind::Call,
-           automation::arguments(Variant::ofInt32(static_cast<std::int32_t>(windowHandle))));
+    invoke({applyWindowIdentifier}, CallKind::Call, {Variant::ofInt32(static_cast<std::int32_t>(windowHandle))});
 }
 
 } // namespace wagemill

@@ -8,7 +8,6 @@
 
 namespace wagemill {
 
-using automation::arguments;
 using automation::int32In;
 using automation::NamedArguments;
 using automation::textIn;
@@ -32,11 +31,11 @@ public:
     std::unique_ptr<CellRange> Columns() override { return part(m_range->get(L"Columns")); }
     std::unique_ptr<CellRange> Rows(std::int32_t index) override
     {
-        return part(m_range->get(L"Rows", arguments(Variant::ofInt32(index))));
+        return part(m_range->get(L"Rows", {Variant::ofInt32(index)}));
     }
     std::unique_ptr<CellRange> Columns(std::int32_t index) override
     {
-        return part(m_range->get(L"Columns", arguments(Variant::ofInt32(index))));
+        return part(m_range->get(L"Columns", {Variant::ofInt32(index)}));
     }
     std::int32_t count() override { return int32In(m_range->get(L"count"), L"count"); }
     std::int32_t Row() override { return int32In(m_range->get(L"Row"), L"Row"); }
@@ -81,17 +80,17 @@ public:
     void Activate() override { m_sheet->call(L"Activate"); }
     std::unique_ptr<CellRange> Rows(std::string_view address) override
     {
-        return range(m_sheet->get(L"Rows", arguments(Variant::ofText(address))));
+        return range(m_sheet->get(L"Rows", {Variant::ofText(address)}));
     }
     std::unique_ptr<CellRange> Range(std::string_view address) override
     {
-        return range(m_sheet->get(L"Range", arguments(Variant::ofText(address))));
+        return range(m_sheet->get(L"Range", {Variant::ofText(address)}));
     }
     std::unique_ptr<CellRange> UsedRange() override { return range(m_sheet->get(L"UsedRange")); }
 
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
     {
-        m_sheet->putTyped(L"Cells", arguments(Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))),
+        m_sheet->putTyped(L"Cells", {Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))},
                           Variant::ofText(text), m_sheet.typingLocale(),
                           "cell " + engine::addressText({row - 1, column - 1}));
     }
@@ -111,7 +110,7 @@ public:
 
     std::unique_ptr<Worksheet> Sheets(std::int32_t index) override
     {
-        const Variant sheet = m_workbook->get(L"Sheets", arguments(Variant::ofInt16(toInt16(index))));
+        const Variant sheet = m_workbook->get(L"Sheets", {Variant::ofInt16(toInt16(index))});
         return std::make_unique<ExcelWorksheet>(m_workbook.child(sheet, numbered("worksheet", index)));
     }
 
@@ -124,7 +123,7 @@ public:
     {
         NamedArguments named;
         named.push_back({L"FileFormat", Variant::ofInt32(static_cast<std::int32_t>(fileFormat))});
-        m_workbook->call(L"SaveAs", arguments(Variant::ofText(path)), std::move(named));
+        m_workbook->call(L"SaveAs", {Variant::ofText(path)}, std::move(named));
     }
 
     void Close() override { m_workbook->call(L"Close"); }
@@ -139,13 +138,13 @@ public:
 
     std::unique_ptr<Workbook> Open(std::string_view path) override
     {
-        return opened(path, m_workbooks->call(L"Open", arguments(Variant::ofText(path))));
+        return opened(path, m_workbooks->call(L"Open", {Variant::ofText(path)}));
     }
 
     std::unique_ptr<Workbook> OpenReadOnly(std::string_view path) override
     {
-        return opened(path, m_workbooks->call(L"Open", arguments(Variant::ofText(path), Variant::omitted(),
-                                                                 Variant::ofBoolean(true))));
+        return opened(
+            path, m_workbooks->call(L"Open", {Variant::ofText(path), Variant::omitted(), Variant::ofBoolean(true)}));
     }
 
     std::int32_t count() override { return int32In(m_workbooks->get(L"count"), L"count"); }
@@ -182,7 +181,7 @@ std::unique_ptr<wagemill::Workbooks> ExcelApplication::Workbooks()
 
 std::unique_ptr<Workbook> ExcelApplication::Workbooks(std::int32_t index)
 {
-    const Variant workbook = m_application->get(L"Workbooks", arguments(Variant::ofInt32(index)));
+    const Variant workbook = m_application->get(L"Workbooks", {Variant::ofInt32(index)});
     return std::make_unique<ExcelWorkbook>(m_application.child(workbook, numbered("workbook", index)));
 }
 
@@ -194,7 +193,7 @@ std::unique_ptr<wagemill::Selection> ExcelApplication::Selection()
 
 std::unique_ptr<CellRange> ExcelApplication::Range(std::string_view address)
 {
-    const Variant range = m_application->get(L"Range", arguments(Variant::ofText(address)));
+    const Variant range = m_application->get(L"Range", {Variant::ofText(address)});
     return std::make_unique<ExcelRange>(m_application.child(range, noCells));
 }
 
