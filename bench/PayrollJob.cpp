@@ -25,7 +25,7 @@ constexpr int stubHeight = 12;
 constexpr engine::CellAddress periodEndingCell = {1, 11};
 constexpr int companyColumn = 2;
 constexpr int employeeColumn = 7;
-constexpr engine::Today today = {2026, 4, 7};
+constexpr CalendarDate today = {2026, 4, 7};
 constexpr double now = 46119.5;
 
 EmployeeRow employee(int number)

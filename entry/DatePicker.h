@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/DateText.h"
+#include "app/base/text/DateText.h"
 #include "entry/EntryField.h"
 
 #include <functional>

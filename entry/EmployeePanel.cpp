@@ -2,7 +2,7 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Messages.h"
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "entry/SettingsNames.h"
 #include "settings/Settings.h"
 

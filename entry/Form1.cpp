@@ -1,5 +1,6 @@
 #include "entry/Form1.h"
 
+#include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/look/DrawingLock.h"
 #include "app/look/Look.h"

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "app/base/DateText.h"
-#include "app/base/ErrorTrap.h"
-#include "app/base/RegionalFormats.h"
+#include "app/base/text/DateText.h"
 #include "app/look/WindowPointer.h"
 #include "entry/EntryMetrics.h"
 #include "preview/Printing.h"
@@ -26,6 +24,7 @@ class DatePicker;
 class EmployeePanel;
 class EntryArea;
 class EntryField;
+class ErrorTrap;
 class Form2;
 class LeaveGuard;
 class PushButton;

@@ -1,6 +1,6 @@
 #include "entry/SampleData.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
 namespace wagemill {
 

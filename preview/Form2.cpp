@@ -2,7 +2,7 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "app/look/Look.h"
 #include "app/look/PushButton.h"
 #include "app/look/ScrollBar.h"

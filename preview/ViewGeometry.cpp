@@ -1,6 +1,6 @@
 #include "preview/ViewGeometry.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,6 +1,7 @@
 #include "settings/RegistryStore.h"
 
-#include "app/base/WindowsText.h"
+#include "app/base/WindowsErrors.h"
+#include "app/base/text/WideText.h"
 #include "settings/UserStore.h"
 
 #include <windows.h>

@@ -3,7 +3,7 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "workbook/Excel1.h"
 
 #include <memory>

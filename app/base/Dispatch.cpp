@@ -1,6 +1,6 @@
 #include "app/base/Dispatch.h"
 
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <chrono>
 #include <new>

@@ -1,7 +1,8 @@
 #include "app/base/Dispatch.h"
 #include "app/base/PlatformFiles.h"
+#include "app/base/WindowsErrors.h"
 #include "app/base/WindowsHandle.h"
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <aclapi.h>
 #include <ole2.h>

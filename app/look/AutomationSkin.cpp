@@ -1,7 +1,8 @@
 #include "app/look/AutomationSkin.h"
 
 #include "app/base/Messages.h"
-#include "app/base/WindowsText.h"
+#include "app/base/WindowsErrors.h"
+#include "app/base/text/WideText.h"
 #include "app/look/StyleSheetSkin.h"
 
 #include <stdexcept>

@@ -1,7 +1,7 @@
 #include "app/look/Look.h"
 
 #include "app/base/Files.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>

@@ -5,7 +5,7 @@
 #include "app/base/PlatformFiles.h"
 #include "app/base/RandomNumber.h"
 #include "app/base/WindowsHandle.h"
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 #include "app/look/UserRegion.h"
 #include "resources/CustomResource.h"
 #include "workbook/embedded/EmbeddedApplication.h"

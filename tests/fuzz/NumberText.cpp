@@ -1,6 +1,6 @@
 // Input: a byte that chooses the region, then the text of a field.
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "tests/fuzz/FuzzRegions.h"
 #include "tests/fuzz/FuzzTarget.h"
 

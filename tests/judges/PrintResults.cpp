@@ -1,8 +1,8 @@
 // print_results FOLDER: for some numbers of employees and two papers, the workbook of a build whose stubs alone are to
 // be printed, NAME.xls, and beside it NAME.pdf, as the preview's print button makes it.
 
-#include "app/base/DateText.h"
 #include "app/base/Files.h"
+#include "app/base/text/DateText.h"
 #include "preview/Printing.h"
 #include "tests/support/EmbeddedBuilds.h"
 #include "tests/workbook/BuildCases.h"

@@ -20,7 +20,7 @@
 namespace wagemill::engine {
 namespace {
 
-constexpr Today sessionDay{2026, 3, 31};
+constexpr CalendarDate sessionDay{2026, 3, 31};
 constexpr double sessionMoment = 46112.75;
 
 std::vector<std::filesystem::path> sessionFiles()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
 // Prints the text on the clipboard, as UTF-8; ends with 1 when there is none.
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <windows.h>
 

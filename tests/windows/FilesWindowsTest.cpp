@@ -1,7 +1,7 @@
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
 #include "app/base/WindowsHandle.h"
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 #include "tests/support/FailureOf.h"
 
 #include <gtest/gtest.h>

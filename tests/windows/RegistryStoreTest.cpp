@@ -1,5 +1,5 @@
 #include "settings/RegistryStore.h"
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <windows.h>
 

@@ -1,5 +1,6 @@
 #include "app/look/AutomationSkin.h"
 
+#include "app/base/WindowsErrors.h"
 #include "tests/support/FakeDispatch.h"
 
 #include <gtest/gtest.h>

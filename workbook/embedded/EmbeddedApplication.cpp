@@ -2,7 +2,7 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
@@ -33,7 +33,7 @@ std::tm localTime()
     return *std::localtime(&now); // there is one thread
 }
 
-engine::Today today()
+CalendarDate today()
 {
     const std::tm local = localTime();
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};

@@ -1,24 +1,11 @@
 #include "workbook/engine/Book.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 
 namespace wagemill::engine {
-
-namespace {
-
-char upperAscii(char letter)
-{
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
-bool sameName(std::string_view one, std::string_view other)
-{
-    return std::ranges::equal(one, other, {}, upperAscii, upperAscii);
-}
-
-} // namespace
 
 Sheet& Book::addSheet(std::string_view name)
 {
@@ -35,7 +22,8 @@ Sheet& Book::addSheet(std::string_view name)
 
 std::optional<std::size_t> Book::sheetIndex(std::string_view name) const
 {
-    const auto found = std::ranges::find_if(sheets, [&](const auto& sheet) { return sameName(sheet->name, name); });
+    const auto found =
+        std::ranges::find_if(sheets, [&](const auto& sheet) { return sameIgnoringCase(sheet->name, name); });
     if (found == sheets.end())
         return std::nullopt;
     return static_cast<std::size_t>(found - sheets.begin());

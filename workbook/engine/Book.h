@@ -110,7 +110,7 @@ public:
 
     /// A new sheet behind the others. Throws EngineError when the name is taken or not allowed.
     Sheet& addSheet(std::string_view name);
-    /// The position of the sheet of that name, without regard to case (ASCII letters).
+    /// The position of the sheet of that name, without regard to case.
     std::optional<std::size_t> sheetIndex(std::string_view name) const;
     /// The index for tokens that refer to sheets of this book, added when missing.
     std::uint16_t externSheetFor(std::size_t first, std::size_t last);

@@ -1,20 +1,12 @@
 #include "workbook/engine/CellAddress.h"
 
+#include "app/base/text/TextScanner.h"
+
 #include <utility>
 
 namespace wagemill::engine {
 
 namespace {
-
-bool isLetter(char byte)
-{
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-}
-
-bool isDigit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
 
 /// A row or column as it is written: after a dollar sign where it is absolute.
 struct Coordinate {

@@ -1,6 +1,6 @@
 #include "workbook/engine/Formula.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 

@@ -1,5 +1,7 @@
 #include "workbook/engine/FunctionTable.h"
 
+#include "app/base/text/LetterCase.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -265,14 +267,9 @@ constexpr auto functions = std::to_array<FunctionInfo>({
 
 static_assert(std::ranges::is_sorted(functions, {}, &FunctionInfo::id));
 
-char upperCase(char letter)
-{
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
 bool precedesIgnoringCase(std::string_view left, std::string_view right)
 {
-    return std::ranges::lexicographical_compare(left, right, {}, upperCase, upperCase);
+    return compareIgnoringCase(left, right) < 0;
 }
 
 std::vector<const FunctionInfo*> functionsByName()

@@ -1,6 +1,6 @@
 #include "workbook/excel/Automation.h"
 
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 #include "workbook/excel/CallWatch.h"
 #include "workbook/excel/FailureText.h"
 

@@ -1,6 +1,6 @@
 #include "workbook/excel/ExcelApplication.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "workbook/engine/CellAddress.h"
 #include "workbook/excel/ExcelSession.h"
 

@@ -1,6 +1,6 @@
 #include "workbook/excel/FailureText.h"
 
-#include "app/base/WindowsText.h"
+#include "app/base/WindowsErrors.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
 #include <cstdlib>
 #include <stdexcept>

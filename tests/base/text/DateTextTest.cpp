@@ -1,4 +1,4 @@
-#include "app/base/DateText.h"
+#include "app/base/text/DateText.h"
 
 #include "tests/base/text/Regions.h"
 

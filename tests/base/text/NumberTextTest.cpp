@@ -1,4 +1,4 @@
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
 #include "tests/base/text/Regions.h"
 

@@ -1,6 +1,6 @@
 #include "workbook/engine/text/TypedText.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "tests/base/text/Regions.h"
 #include "workbook/engine/text/NumberFormat.h"
 
@@ -15,7 +15,7 @@ using namespace wagemill::test;
 namespace {
 
 const RegionalFormats unitedStates;
-constexpr Today today{2026, 11, 21};
+constexpr CalendarDate today{2026, 11, 21};
 } // namespace
 
 TEST(TypedText, BlanksAreNothingAndDaysBeforeTheFirstAreText)

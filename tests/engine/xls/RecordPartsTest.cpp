@@ -1,5 +1,5 @@
 #include "app/base/Bytes.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/RkNumber.h"

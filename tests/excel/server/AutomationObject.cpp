@@ -1,6 +1,6 @@
 #include "tests/excel/server/AutomationObject.h"
 
-#include "app/base/WindowsText.h"
+#include "app/base/text/WideText.h"
 
 #include <algorithm>
 #include <stdexcept>

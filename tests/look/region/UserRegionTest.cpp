@@ -1,7 +1,7 @@
 #include "app/look/UserRegion.h"
 
-#include "app/base/DateText.h"
-#include "app/base/NumberText.h"
+#include "app/base/text/DateText.h"
+#include "app/base/text/NumberText.h"
 #include "workbook/engine/text/TypedText.h"
 
 #include <QLocale>
@@ -16,7 +16,7 @@ using namespace wagemill::engine;
 
 namespace {
 
-constexpr Today today{2026, 11, 21};
+constexpr CalendarDate today{2026, 11, 21};
 const int firstDay = daysSinceEpoch({2000, 1, 1});
 const int lastDay = daysSinceEpoch({2049, 12, 31});
 

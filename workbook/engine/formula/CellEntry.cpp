@@ -1,6 +1,6 @@
 #include "workbook/engine/formula/CellEntry.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/FormulaParser.h"
 
 #include <algorithm>
@@ -46,7 +46,7 @@ void enterValue(Book& book, std::size_t sheet, CellAddress address, TypedValue t
 } // namespace
 
 void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
-               const RegionalFormats& formats, Today today)
+               const RegionalFormats& formats, CalendarDate today)
 {
     const std::string place = "Cell " + addressText(address) + " of the sheet \"" +
                               (sheet < book.sheets.size() ? book.sheets[sheet]->name : std::string()) + "\"";

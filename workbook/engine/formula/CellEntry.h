@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/RegionalFormats.h"
+#include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/Book.h"
 #include "workbook/engine/text/TypedText.h"
 
@@ -13,6 +13,6 @@ namespace wagemill::engine {
 /// EngineError, naming the cell, when the address lies outside the sheet, the text is too long or the formula cannot be
 /// read; the cell is then empty: what it held before, perhaps an example, is not what the user typed.
 void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
-               const RegionalFormats& formats, Today today);
+               const RegionalFormats& formats, CalendarDate today);
 
 } // namespace wagemill::engine

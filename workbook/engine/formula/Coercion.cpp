@@ -1,6 +1,6 @@
 #include "workbook/engine/formula/Coercion.h"
 
-#include "workbook/engine/formula/TextCase.h"
+#include "app/base/text/LetterCase.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/text/SerialDay.h"
 #include "workbook/engine/text/TypedText.h"
@@ -8,12 +8,6 @@
 namespace wagemill::engine {
 
 namespace {
-
-Today todayOf(const CoercionRules& rules)
-{
-    const CalendarDate date = dateOfSerialDay(static_cast<int>(rules.now), false);
-    return {date.year, date.month, date.day};
-}
 
 CellValue emptyLike(const CellValue& other)
 {
@@ -34,7 +28,8 @@ int compareNumbers(Number a, Number b)
 
 CellValue valueInText(std::string_view text, const CoercionRules& rules)
 {
-    return readTypedText(text, rules.formats, todayOf(rules), rules.dates1904).value;
+    return readTypedText(text, rules.formats, dateOfSerialDay(static_cast<int>(rules.now), false), rules.dates1904)
+        .value;
 }
 
 std::optional<double> numberInText(std::string_view text, const CoercionRules& rules)
@@ -78,9 +73,9 @@ std::variant<std::string, ErrorCode> toText(const CellValue& value, const Coerci
 std::variant<bool, ErrorCode> toLogical(const CellValue& value, const CoercionRules& rules)
 {
     if (const auto* const text = std::get_if<std::string>(&value)) {
-        if (compareIgnoringCase(*text, "TRUE") == 0)
+        if (sameIgnoringCase(*text, "TRUE"))
             return true;
-        if (compareIgnoringCase(*text, "FALSE") == 0)
+        if (sameIgnoringCase(*text, "FALSE"))
             return false;
         return ErrorCode::Value;
     }

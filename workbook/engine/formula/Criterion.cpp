@@ -1,8 +1,8 @@
 #include "workbook/engine/formula/Criterion.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/Operators.h"
-#include "workbook/engine/formula/TextCase.h"
 
 namespace wagemill::engine {
 
@@ -99,7 +99,7 @@ bool LookupKey::matches(const CellValue& value) const
     const auto* const text = std::get_if<std::string>(&value);
     if (text == nullptr)
         return value == m_key;
-    return m_pattern ? m_pattern->matches(*text) : compareIgnoringCase(*text, std::get<std::string>(m_key)) == 0;
+    return m_pattern ? m_pattern->matches(*text) : sameIgnoringCase(*text, std::get<std::string>(m_key));
 }
 
 Criterion::Criterion(const CellValue& condition, const CoercionRules& rules) : m_operand(condition), m_rules(rules)

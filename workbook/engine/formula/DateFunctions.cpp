@@ -1,5 +1,5 @@
+#include "app/base/text/LetterCase.h"
 #include "workbook/engine/formula/NumberArguments.h"
-#include "workbook/engine/formula/TextCase.h"
 #include "workbook/engine/text/SerialDay.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "workbook/engine/formula/DecimalRounding.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,9 +1,9 @@
 #include "workbook/engine/formula/FormulaEvaluator.h"
 
+#include "app/base/text/LetterCase.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
-#include "workbook/engine/formula/TextCase.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 #include "workbook/engine/formula/FormulaFunctions.h"
 
+#include "app/base/text/LetterCase.h"
 #include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/formula/TextCase.h"
 
 #include <algorithm>
 #include <array>

@@ -1,13 +1,13 @@
 #include "workbook/engine/formula/FormulaParser.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/formula/AddInNames.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"
-#include "workbook/engine/formula/TextCase.h"
 
 #include <algorithm>
 #include <charconv>
@@ -29,16 +29,11 @@ constexpr std::uint16_t addInFunction = 255; ///< calls the name that is its fir
 constexpr int maxArguments = 30;
 constexpr std::size_t volatileMarkSize = 4; ///< comes in the file before a formula that changes with every calculation
 
-bool startsWithIgnoringCase(std::string_view text, std::string_view start)
-{
-    return text.size() >= start.size() && compareIgnoringCase(text.substr(0, start.size()), start) == 0;
-}
-
 std::optional<bool> logicalNamed(std::string_view name)
 {
-    if (compareIgnoringCase(name, "TRUE") == 0)
+    if (sameIgnoringCase(name, "TRUE"))
         return true;
-    return compareIgnoringCase(name, "FALSE") == 0 ? std::optional(false) : std::nullopt;
+    return sameIgnoringCase(name, "FALSE") ? std::optional(false) : std::nullopt;
 }
 
 /// index  in Book::names
@@ -336,7 +331,7 @@ private:
         const std::optional<std::size_t> index = findName(m_book, name, sheet);
         if (index || !canBeName(name))
             return index;
-        const auto isSame = [name](const std::string& known) { return compareIgnoringCase(known, name) == 0; };
+        const auto isSame = [name](const std::string& known) { return sameIgnoringCase(known, name); };
         const auto found = std::ranges::find_if(m_unknownNames, isSame);
         const auto place = static_cast<std::size_t>(found - m_unknownNames.begin());
         if (found == m_unknownNames.end())

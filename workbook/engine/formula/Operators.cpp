@@ -1,7 +1,7 @@
 #include "workbook/engine/formula/Operators.h"
 
-#include "app/base/NumberText.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/NumberText.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <cmath>

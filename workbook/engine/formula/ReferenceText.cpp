@@ -1,7 +1,7 @@
 #include "workbook/engine/formula/ReferenceText.h"
 
-#include "app/base/Utf8.h"
-#include "workbook/engine/formula/TextCase.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -49,8 +49,8 @@ bool canBeName(std::string_view text)
 {
     constexpr std::string_view ownPrefix = "_xl"; // names functions that the application came to know later
     if (text.empty() || utf16Length(text) > maxNameUnits || readReference(text) || isRowColumn(text) ||
-        compareIgnoringCase(text.substr(0, ownPrefix.size()), ownPrefix) == 0 ||
-        std::ranges::any_of(builtInNames, [text](auto name) { return compareIgnoringCase(text, name) == 0; }))
+        startsWithIgnoringCase(text, ownPrefix) ||
+        std::ranges::any_of(builtInNames, [text](auto name) { return sameIgnoringCase(text, name); }))
         return false;
     const char32_t first = toUtf32(text.substr(0, 4)).front();
     return std::ranges::any_of(letterRanges,
@@ -62,7 +62,7 @@ std::optional<std::size_t> findName(const Book& book, std::string_view name, std
     std::optional<std::size_t> index;
     for (std::size_t i = 0; i < book.names.size(); ++i) {
         const DefinedName& candidate = book.names[i];
-        if (compareIgnoringCase(candidate.name, name) != 0 || (candidate.sheet && *candidate.sheet != sheet))
+        if (!sameIgnoringCase(candidate.name, name) || (candidate.sheet && *candidate.sheet != sheet))
             continue;
         if (!index || candidate.sheet)
             index = i;

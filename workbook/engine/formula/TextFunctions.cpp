@@ -1,10 +1,10 @@
-#include "app/base/NumberText.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/NumberText.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/Criterion.h"
 #include "workbook/engine/formula/DecimalRounding.h"
 #include "workbook/engine/formula/NumberArguments.h"
 #include "workbook/engine/formula/Operators.h"
-#include "workbook/engine/formula/TextCase.h"
 #include "workbook/engine/text/FormatCode.h"
 #include "workbook/engine/text/NumberFormat.h"
 
@@ -16,13 +16,6 @@ namespace {
 
 constexpr int mostDecimals = 127;
 constexpr int mostTextLength = static_cast<int>(maxTextLength);
-
-/// The characters 0x80 to 0x9F of the Windows code page 1252; the others are those of Unicode (Microsoft, "Code Page
-/// 1252 Windows Latin 1").
-constexpr auto windowsCharacters =
-    std::to_array<char32_t>({0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-                             0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-                             0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178});
 
 Operand textAnswer(std::string text)
 {
@@ -162,9 +155,7 @@ Operand character(const FunctionCall& call)
     const int code = call.integer(0);
     if (code < 1 || code > 255)
         return errorOperand(ErrorCode::Value);
-    const auto letter = static_cast<char32_t>(code);
-    const bool isWindows = letter >= 0x80 && letter < 0x80 + windowsCharacters.size();
-    return textAnswer(toUtf8(std::u32string(1, isWindows ? windowsCharacters.at(letter - 0x80) : letter)));
+    return textAnswer(toUtf8(std::u32string(1, fromCodePage1252(static_cast<std::uint8_t>(code)))));
 }
 
 Operand code(const FunctionCall& call)
@@ -172,10 +163,7 @@ Operand code(const FunctionCall& call)
     const std::u32string text = toUtf32(call.text(0));
     if (text.empty())
         return errorOperand(ErrorCode::Value);
-    const auto found = std::ranges::find(windowsCharacters, text[0]);
-    if (found != windowsCharacters.end())
-        return numberAnswer(static_cast<double>(0x80 + (found - windowsCharacters.begin())));
-    return numberAnswer(text[0] <= 0xFF ? static_cast<double>(text[0]) : '?');
+    return numberAnswer(toCodePage1252(text[0]).value_or('?'));
 }
 
 /// Printable characters only.

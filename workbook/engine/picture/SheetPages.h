@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/RegionalFormats.h"
+#include "app/base/text/RegionalFormats.h"
 #include "drawing/Pages.h"
 #include "workbook/engine/Book.h"
 #include "workbook/engine/picture/PageTexts.h"

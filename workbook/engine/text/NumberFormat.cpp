@@ -1,6 +1,6 @@
 #include "workbook/engine/text/NumberFormat.h"
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "workbook/engine/text/DateRendering.h"
 #include "workbook/engine/text/NumberRendering.h"
 

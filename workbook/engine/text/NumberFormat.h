@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/RegionalFormats.h"
+#include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/CellValue.h"
 #include "workbook/engine/text/FormatCode.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 #include "workbook/engine/text/FormatCode.h"
 
 #include <string>

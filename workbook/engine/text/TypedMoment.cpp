@@ -1,6 +1,7 @@
 #include "workbook/engine/text/TypedMoment.h"
 
-#include "app/base/PlainCharacters.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/PlainCharacters.h"
 
 #include <algorithm>
 #include <charconv>
@@ -59,7 +60,7 @@ std::vector<std::string_view> pieces(std::string_view text)
 
 /// Day and month, or month and year, in figures: "1/2", "3/2026".
 std::optional<TypedMoment> readFigures(std::string_view text, const std::vector<std::string_view>& parts,
-                                       const RegionalFormats& formats, Today today)
+                                       const RegionalFormats& formats, CalendarDate today)
 {
     const bool dotted = formats.shortDatePattern.find('.') != std::string::npos;
     if (text.find_first_of(dotted ? "/-." : "/-") == std::string_view::npos)
@@ -73,7 +74,7 @@ std::optional<TypedMoment> readFigures(std::string_view text, const std::vector<
 
 /// Dates whose month is a name: "3-Mar", "Mar 3", "Mar 2026", "3-Mar-2026", "March 3, 2026".
 std::optional<TypedMoment> readNamedMonth(const std::vector<std::string_view>& parts, const RegionalFormats& formats,
-                                          Today today)
+                                          CalendarDate today)
 {
     const auto first = monthOfName(parts[0], formats);
     const auto month = first ? first : monthOfName(parts[1], formats);
@@ -85,7 +86,7 @@ std::optional<TypedMoment> readNamedMonth(const std::vector<std::string_view>& p
     return moment(today.year, month, wholeNumber(beside, 2), "d-mmm");
 }
 
-std::optional<TypedMoment> readDate(std::string_view text, const RegionalFormats& formats, Today today)
+std::optional<TypedMoment> readDate(std::string_view text, const RegionalFormats& formats, CalendarDate today)
 {
     const std::vector<std::string_view> parts = pieces(text);
     if (parts.size() < 2)
@@ -99,16 +100,9 @@ std::optional<TypedMoment> readDate(std::string_view text, const RegionalFormats
     return parts.size() <= 3 ? readNamedMonth(parts, formats, today) : std::nullopt;
 }
 
-char lowerCase(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 bool endsWithWord(std::string_view text, std::string_view word)
 {
-    return !word.empty() && text.size() > word.size() &&
-           std::equal(word.rbegin(), word.rend(), text.rbegin(),
-                      [](char left, char right) { return lowerCase(left) == lowerCase(right); });
+    return !word.empty() && text.size() > word.size() && sameIgnoringCase(text.substr(text.size() - word.size()), word);
 }
 
 enum class HalfDay { None, Morning, Afternoon };
@@ -196,7 +190,7 @@ std::optional<TypedMoment> readTime(std::string_view text, const RegionalFormats
 
 } // namespace
 
-std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, Today today)
+std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, CalendarDate today)
 {
     if (plain.size() > longestMoment || plain.find_first_of(digits) == std::string_view::npos)
         return std::nullopt;

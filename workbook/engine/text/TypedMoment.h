@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/DateText.h"
+#include "app/base/text/DateText.h"
 #include "workbook/engine/text/TypedText.h"
 
 #include <optional>
@@ -19,6 +19,6 @@ struct TypedMoment {
 /// Reads a moment in the user's order: "3/31/2026", "1/2" (of this year), "3-Mar", "Mar 2026", "31 March 2026",
 /// "2026-03-31", "12:30", "1:30 PM", "3/31/2026 12:30". Blanks alone separate no figures: "1 2" is no date.
 /// plain  the text in plain characters (see plainCharacters)
-std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, Today today);
+std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, CalendarDate today);
 
 } // namespace wagemill::engine

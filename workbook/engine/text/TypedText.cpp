@@ -1,8 +1,9 @@
 #include "workbook/engine/text/TypedText.h"
 
-#include "app/base/NumberText.h"
-#include "app/base/PlainCharacters.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/NumberText.h"
+#include "app/base/text/PlainCharacters.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/text/SerialDay.h"
 #include "workbook/engine/text/TypedMoment.h"
 
@@ -66,21 +67,13 @@ std::optional<TypedValue> readFigure(std::string_view plain, const RegionalForma
     return TypedValue{numberValue(number.value_or(0)), figureCode(*reading, formats), false};
 }
 
-std::string upperCase(std::string_view text)
-{
-    std::string upper(text);
-    for (char& character : upper)
-        if (character >= 'a' && character <= 'z')
-            character = static_cast<char>(character - 'a' + 'A');
-    return upper;
-}
-
 std::optional<TypedValue> readWord(std::string_view plain)
 {
-    const std::string upper = upperCase(plain);
-    if (upper == "TRUE" || upper == "FALSE")
-        return TypedValue{upper == "TRUE", "", false};
-    const auto error = std::ranges::find(errorNames, upper, &ErrorName::text);
+    for (const bool value : {true, false})
+        if (sameIgnoringCase(plain, value ? "TRUE" : "FALSE"))
+            return TypedValue{value, "", false};
+    const auto error =
+        std::ranges::find_if(errorNames, [plain](const ErrorName& name) { return sameIgnoringCase(plain, name.text); });
     return error == errorNames.end() ? std::nullopt : std::optional(TypedValue{error->error, "", false});
 }
 
@@ -92,7 +85,7 @@ std::optional<int> countedDay(CalendarDate date, bool dates1904)
                                  : std::optional(serialDayOf(date.year, date.month, date.day, dates1904));
 }
 
-std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalFormats& formats, Today today,
+std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalFormats& formats, CalendarDate today,
                                          bool dates1904)
 {
     auto moment = readMoment(plain, formats, today);
@@ -106,7 +99,7 @@ std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalF
 
 } // namespace
 
-TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, Today today, bool dates1904)
+TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, CalendarDate today, bool dates1904)
 {
     if (text.starts_with('\''))
         return {std::string(text.substr(1)), "", true};

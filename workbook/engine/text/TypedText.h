@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/RegionalFormats.h"
+#include "app/base/text/DateText.h"
 #include "workbook/engine/CellValue.h"
 
 #include <string>
@@ -17,20 +17,15 @@ struct TypedValue {
     bool quotePrefix = false; ///< the text stood behind an apostrophe
 };
 
-/// The day and year that an incomplete date such as "1/2" is completed with; handed in, never looked up.
-struct Today {
-    int year = 2000;
-    int month = 1;
-    int day = 1;
-};
-
 /// The value that a cell takes when a user types `text` into it, and the number format typing suggests:
 ///   "$15.00" -> 15.0, currency    "7.65%" -> 0.0765, "0.00%"    "%" -> the text "%"    "" -> empty
 ///   "3/31/2026" -> 46112.0, date  (serial days; 1 is 1 January 1900, 29 February 1900 counts)
 /// text       UTF-8, at most 32767 characters, not beginning with "=": formulas are read by parseFormula. A leading "'"
 ///            makes everything after it text.
 /// formats    the user's separators, currency symbol and date order
+/// today      completes a date such as "1/2"; handed in, never looked up
 /// dates1904  the workbook counts its days from 1 January 1904
-TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, Today today, bool dates1904 = false);
+TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, CalendarDate today,
+                         bool dates1904 = false);
 
 } // namespace wagemill::engine

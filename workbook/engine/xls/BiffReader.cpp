@@ -1,11 +1,11 @@
 #include "workbook/engine/xls/BiffReader.h"
 
 #include "app/base/Bytes.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/GlobalsReader.h"
 #include "workbook/engine/xls/SheetReader.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -63,16 +63,11 @@ bool isCompoundFile(std::span<const std::byte> bytes)
     return bytes.size() >= sizeof compoundFileSignature && ByteReader(bytes).u64() == compoundFileSignature;
 }
 
-bool isSameName(std::string_view one, std::string_view other)
-{
-    return std::ranges::equal(toUtf16(one), toUtf16(other), {}, upperCase, upperCase);
-}
-
 /// Takes a stream of the root storage out of the list; capitals or not is all one.
 std::optional<std::vector<std::byte>> takeStream(std::vector<KeptStream>& streams, std::string_view name)
 {
     const auto found = std::ranges::find_if(streams, [&](const KeptStream& stream) {
-        return !stream.isStorage && stream.path.size() == 1 && isSameName(stream.path.front(), name);
+        return !stream.isStorage && stream.path.size() == 1 && sameIgnoringCase(stream.path.front(), name);
     });
     if (found == streams.end())
         return std::nullopt;

@@ -1,5 +1,5 @@
 #include "app/base/Bytes.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/CompoundSectors.h"
 

@@ -1,8 +1,8 @@
 #include "app/base/Bytes.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/LetterCase.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/CompoundSectors.h"
-#include "workbook/engine/xls/Unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -61,7 +61,8 @@ struct DirectoryNode {
 std::pair<std::size_t, std::u16string> sortKey(const std::u16string& name)
 {
     std::u16string capitals = name;
-    std::ranges::transform(capitals, capitals.begin(), upperCase);
+    std::ranges::transform(capitals, capitals.begin(),
+                           [](char16_t unit) { return static_cast<char16_t>(upperCase(unit)); });
     return {name.size(), std::move(capitals)};
 }
 

@@ -1,6 +1,6 @@
 #include "workbook/engine/xls/RecordStrings.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/SharedStrings.h"
 
 #include "app/base/Bytes.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"

@@ -1,6 +1,6 @@
 #include "workbook/engine/xls/StyleRecords.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
 

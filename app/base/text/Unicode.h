@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,5 +25,9 @@ std::filesystem::path toPath(std::string_view utf8);
 /// How many characters a valid UTF-8 text has, and how many UTF-16 units, which is what spreadsheets count.
 std::size_t characterCount(std::string_view utf8);
 std::size_t utf16Length(std::string_view utf8);
+
+/// A character of the Windows code page 1252 in Unicode, and back; nothing for what that code page does not hold.
+char32_t fromCodePage1252(std::uint8_t character);
+std::optional<std::uint8_t> toCodePage1252(char32_t character);
 
 } // namespace wagemill

@@ -1,7 +1,8 @@
-#include "app/base/NumberText.h"
+#include "app/base/text/NumberText.h"
 
-#include "app/base/PlainCharacters.h"
-#include "app/base/Utf8.h"
+#include "app/base/text/PlainCharacters.h"
+#include "app/base/text/TextScanner.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -17,39 +18,6 @@ namespace {
 
 /// Far beyond every double and far from overflow in sums.
 constexpr std::int64_t pointLimit = 1'000'000'000;
-
-bool isDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
-/// The part of a plain text that is still to be read.
-class Reader {
-public:
-    explicit Reader(std::string_view text) : m_rest(text) {}
-
-    bool atEnd() const { return m_rest.empty(); }
-    char peek(std::size_t offset = 0) const { return offset < m_rest.size() ? m_rest[offset] : '\0'; }
-    bool startsWith(std::string_view text) const { return !text.empty() && m_rest.substr(0, text.size()) == text; }
-    bool skip(std::string_view text)
-    {
-        const bool found = startsWith(text);
-        if (found)
-            m_rest.remove_prefix(text.size());
-        return found;
-    }
-    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size())); }
-    std::string_view takeDigits()
-    {
-        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), isDigit);
-        const std::string_view digits = m_rest.substr(0, static_cast<std::size_t>(end - m_rest.begin()));
-        m_rest.remove_prefix(digits.size());
-        return digits;
-    }
-
-private:
-    std::string_view m_rest;
-};
 
 /// The separators and the symbol as they are met in a plain text.
 struct PlainFormats {
@@ -92,7 +60,7 @@ struct Marks {
 
 enum class Side { Before, Behind };
 
-void readMarks(Reader& reader, Side side, const PlainFormats& formats, Marks& marks)
+void readMarks(TextScanner& reader, Side side, const PlainFormats& formats, Marks& marks)
 {
     int& brackets = side == Side::Before ? marks.openBrackets : marks.closeBrackets;
     const std::string_view bracket = side == Side::Before ? "(" : ")";
@@ -123,7 +91,7 @@ bool isGrouping(const std::vector<std::size_t>& groups, int firstGroup, int furt
 }
 
 /// The digits before the decimal separator without their group separators; nothing when groups are misplaced.
-std::optional<std::string> readInteger(Reader& reader, const PlainFormats& plain, const RegionalFormats& formats,
+std::optional<std::string> readInteger(TextScanner& reader, const PlainFormats& plain, const RegionalFormats& formats,
                                        bool& hasGroups)
 {
     std::string digits(reader.takeDigits());
@@ -142,7 +110,7 @@ std::optional<std::string> readInteger(Reader& reader, const PlainFormats& plain
 }
 
 /// An exponent behind the digits, 0 when there is none; clamped far beyond every double.
-std::int64_t readExponent(Reader& reader, bool& hasExponent)
+std::int64_t readExponent(TextScanner& reader, bool& hasExponent)
 {
     const bool hasSign = reader.peek(1) == '-' || reader.peek(1) == '+';
     hasExponent = (reader.peek() == 'E' || reader.peek() == 'e') && isDigit(reader.peek(hasSign ? 2 : 1));
@@ -250,7 +218,7 @@ std::optional<NumberReading> readNumber(std::string_view text, const RegionalFor
 {
     const std::string plain = plainCharacters(text, formats);
     const PlainFormats plainFormats(formats);
-    Reader reader(plain);
+    TextScanner reader(plain);
     NumberReading reading;
     Marks marks;
 

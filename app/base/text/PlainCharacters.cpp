@@ -1,6 +1,6 @@
-#include "app/base/PlainCharacters.h"
+#include "app/base/text/PlainCharacters.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <array>

@@ -1,15 +1,21 @@
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
-
-#include <cstddef>
-#include <cstdint>
+#include <array>
 
 namespace wagemill {
 
 namespace {
 
 constexpr char32_t replacementCharacter = 0xFFFD;
+
+/// The characters 0x80 to 0x9F of the Windows code page 1252; the others are those of Unicode (Microsoft, "Code Page
+/// 1252 Windows Latin 1").
+constexpr auto windowsCharacters =
+    std::to_array<char32_t>({0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+                             0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+                             0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178});
+constexpr std::uint8_t firstWindowsCharacter = 0x80;
 
 bool isCodePoint(char32_t character)
 {
@@ -65,7 +71,7 @@ void appendUtf8(std::string& text, char32_t character)
         appendSequence(text, isCodePoint(character) ? character : replacementCharacter);
 }
 
-/// Reads one sequence and moves `position` behind it; behind one byte when it is none.
+/// Reads one sequence and moves `position` past it; past one byte when it is not valid.
 char32_t readCodePoint(std::string_view text, std::size_t& position)
 {
     const auto first = static_cast<std::uint8_t>(text[position]);
@@ -141,6 +147,20 @@ std::size_t utf16Length(std::string_view utf8)
         length += (byte & 0xC0U) == 0x80U ? 0U : byte >= 0xF0U ? 2U : 1U;
     }
     return length;
+}
+
+char32_t fromCodePage1252(std::uint8_t character)
+{
+    const std::size_t index = static_cast<std::size_t>(character) - firstWindowsCharacter; // huge before the first
+    return index < windowsCharacters.size() ? windowsCharacters[index] : character;
+}
+
+std::optional<std::uint8_t> toCodePage1252(char32_t character)
+{
+    const auto found = std::ranges::find(windowsCharacters, character);
+    if (found != windowsCharacters.end())
+        return static_cast<std::uint8_t>(firstWindowsCharacter + (found - windowsCharacters.begin()));
+    return character <= 0xFF ? std::optional(static_cast<std::uint8_t>(character)) : std::nullopt;
 }
 
 } // namespace wagemill

@@ -1,11 +1,12 @@
-#include "workbook/engine/formula/TextCase.h"
+#include "app/base/text/LetterCase.h"
 
-#include "app/base/Utf8.h"
+#include "app/base/text/Unicode.h"
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
-namespace wagemill::engine {
+namespace wagemill {
 
 namespace {
 
@@ -13,7 +14,7 @@ namespace {
 struct CaseRange {
     char32_t firstUpper;
     char32_t lastUpper;
-    char32_t distance;
+    std::int32_t distance;
     char32_t step;
 };
 
@@ -25,6 +26,7 @@ constexpr auto caseRanges = std::to_array<CaseRange>({
     {0x0132, 0x0136, 1, 2},
     {0x0139, 0x0147, 1, 2},
     {0x014A, 0x0176, 1, 2},
+    {0x0178, 0x0178, -121, 1}, // Ÿ, whose small letter is of Latin-1
     {0x0179, 0x017D, 1, 2},
     {0x0388, 0x038A, 37, 1}, // Greek
     {0x0391, 0x03A1, 32, 1},
@@ -71,7 +73,7 @@ char32_t lowerCase(char32_t letter)
         return letter >= U'A' && letter <= U'Z' ? letter + 32 : letter;
     for (const CaseRange& range : caseRanges)
         if (letter >= range.firstUpper && letter <= range.lastUpper && (letter - range.firstUpper) % range.step == 0)
-            return letter + range.distance;
+            return letter + static_cast<char32_t>(range.distance);
     return letter;
 }
 
@@ -80,7 +82,7 @@ char32_t upperCase(char32_t letter)
     if (letter < 0x80)
         return letter >= U'a' && letter <= U'z' ? letter - 32 : letter;
     for (const CaseRange& range : caseRanges) {
-        const char32_t upper = letter - range.distance;
+        const char32_t upper = letter - static_cast<char32_t>(range.distance);
         if (upper >= range.firstUpper && upper <= range.lastUpper && (upper - range.firstUpper) % range.step == 0)
             return upper;
     }
@@ -104,4 +106,14 @@ int compareIgnoringCase(std::string_view a, std::string_view b)
     return compareMapped(toUtf32(a), toUtf32(b), lowerCase);
 }
 
-} // namespace wagemill::engine
+bool sameIgnoringCase(std::string_view a, std::string_view b)
+{
+    return compareIgnoringCase(a, b) == 0;
+}
+
+bool startsWithIgnoringCase(std::string_view text, std::string_view start)
+{
+    return sameIgnoringCase(text.substr(0, start.size()), start);
+}
+
+} // namespace wagemill
