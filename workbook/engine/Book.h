@@ -26,7 +26,7 @@ struct SupportingBook {
     enum class Kind : std::uint8_t { Own, AddIn, Foreign };
     Kind kind = Kind::Own;
     KeptRecord record;                    ///< of a foreign book, as in the file
-    std::vector<std::string> externNames; ///< names of its EXTERNNAME records, counting from 1 in the tokens
+    std::vector<std::string> externNames; ///< counting from 1 in the tokens; the first are those of the records below
     std::vector<KeptRecord> kept;         ///< EXTERNNAME, XCT and CRN records behind it, as in the file
 };
 

@@ -30,7 +30,7 @@ struct Font {
     std::uint16_t superSubscript = 0;
     std::uint8_t family = 0;
     std::uint8_t characterSet = 0;
-    std::uint8_t otherFlags = 0; ///< outline, shadow and the like, kept as they came (bits 3 to 7 of the flags)
+    std::uint8_t otherFlags = 0; ///< outline, shadow and the like, kept as they came (bits 4 to 7 of the flags)
     ColorIndex color = automaticFontColor;
 
     bool operator==(const Font&) const = default;

@@ -44,12 +44,12 @@ Bytes workbookOf(const std::vector<RawRecord>& sheetRecords, const std::vector<R
         writer.write(id, fromHex(hex));
     const std::size_t place = writer.offset() + 4;
     writer.write(0x0085, fromHex("00000000 00 00 01 00 53"));
-    writer.write(endMark.id, {});
+    writer.write(endMark.id, "");
     writer.putU32(place, static_cast<std::uint32_t>(writer.offset()));
     writer.write(sheetBof.id, fromHex(sheetBof.hex));
     for (const auto& [id, hex] : sheetRecords)
         writer.write(id, fromHex(hex));
-    writer.write(endMark.id, {});
+    writer.write(endMark.id, "");
     return workbookFile(writer.take());
 }
 
@@ -249,12 +249,12 @@ TEST(DamagedWorkbook, ClaimsTakeNeitherMemoryNorTime)
         places.push_back(writer.offset() + 4);
         writer.write(0x0085, fromHex("00000000 00 00 01 00 53"));
     }
-    writer.write(endMark.id, {});
+    writer.write(endMark.id, "");
     for (const std::size_t place : places) {
         writer.putU32(place, static_cast<std::uint32_t>(writer.offset()));
         writer.write(sheetBof.id, fromHex(sheetBof.hex));
         writer.write(0x0201, fromHex("FFFF 0000 0F00"));
-        writer.write(endMark.id, {});
+        writer.write(endMark.id, "");
     }
     EXPECT_NE(refusalOf(workbookFile(writer.take())).find("too many rows"), std::string::npos);
 }

@@ -1,8 +1,7 @@
 #include "app/base/Bytes.h"
 #include "app/base/text/Unicode.h"
 #include "tests/engine/xls/TestBytes.h"
-#include "workbook/engine/xls/MergedCells.h"
-#include "workbook/engine/xls/RkNumber.h"
+#include "workbook/engine/xls/SheetRecords.h"
 
 #include <gtest/gtest.h>
 

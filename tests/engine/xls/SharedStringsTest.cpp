@@ -1,7 +1,7 @@
-#include "workbook/engine/xls/SharedStrings.h"
 #include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/xls/BiffRecords.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-std::vector<SharedString> writtenAndRead(const SharedStringTable& table)
+std::vector<RichText> writtenAndRead(const SharedStringTable& table)
 {
     RecordWriter writer;
     table.write(writer);
@@ -17,8 +17,8 @@ std::vector<SharedString> writtenAndRead(const SharedStringTable& table)
     RecordReader reader(stream);
     Record record;
     EXPECT_TRUE(reader.next(record));
-    EXPECT_LE(record.data.size(), largestRecord);
-    std::vector<SharedString> strings = readSharedStrings(record);
+    EXPECT_LE(record.data.size(), maxRecordSize);
+    std::vector<RichText> strings = readSharedStrings(record);
     EXPECT_TRUE(reader.next(record));
     EXPECT_EQ(record.id, record::extendedSharedStrings);
     return strings;

@@ -134,9 +134,8 @@ Book readBook(std::span<const std::byte> bytes)
     const auto workbook = takeStream(book.keptStreams, "Workbook");
     const bool hasOlderWorkbook = takeStream(book.keptStreams, "Book").has_value();
     if (!workbook)
-        throw EngineError(hasOlderWorkbook
-                              ? "it was saved by a version before Excel 97; save it anew as \"Excel 97-2003 workbook\""
-                              : "it holds no workbook; it may be a document of another program");
+        throw EngineError(hasOlderWorkbook ? olderVersion
+                                           : "it holds no workbook; it may be a document of another program");
     ReadContext context{book, {}, {}, {}, {}};
     readGlobals(*workbook, context);
     readSheets(*workbook, context);
@@ -150,7 +149,7 @@ Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
 {
     const std::string name = std::string(1, '"').append(file) + '"';
     if (!isCompoundFile(bytes))
-        throw EngineError("The file " + name + " is no Excel 97-2003 workbook (.xls): it is " + kindOfFile(bytes) +
+        throw EngineError("The file " + name + " is not an Excel 97-2003 workbook (.xls): it is " + kindOfFile(bytes) +
                           ".");
     try {
         return readBook(bytes);

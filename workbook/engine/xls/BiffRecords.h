@@ -2,15 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 namespace wagemill::engine::xls {
 
 /// Largest data of one record; more goes on in CONTINUE records ([MS-XLS] 2.1.4).
-inline constexpr std::size_t largestRecord = 8224;
+inline constexpr std::size_t maxRecordSize = 8224;
 
 /// Most characters (UTF-16 units) of a cell's text.
-inline constexpr std::size_t longestCellText = 32767;
+inline constexpr std::size_t maxCellText = 32767;
 
 inline constexpr std::uint16_t biff8Version = 0x0600;
 
@@ -102,17 +101,5 @@ inline constexpr std::uint16_t bof = 0x0809;
 inline constexpr std::uint16_t formatChecksum = 0x087C;
 inline constexpr std::uint16_t formatExtension = 0x087D;
 } // namespace record
-
-/// Says that a name of the application is written as one character, its number in builtInNames.
-inline constexpr std::uint16_t builtInNameFlag = 0x20;
-
-/// The record's place in the order that the format prescribes for the globals ([MS-XLS] 2.1.7.20.3) and for a worksheet
-/// (2.1.7.20.5), lowest first; records that stand mixed have the same place. Nothing for a record that belongs behind
-/// the one that it follows.
-std::optional<int> globalsRank(std::uint16_t id);
-std::optional<int> worksheetRank(std::uint16_t id);
-
-/// The size that the format fixes for the record's data, nothing where it varies ([MS-XLS] 2.4).
-std::optional<std::size_t> fixedSize(std::uint16_t id);
 
 } // namespace wagemill::engine::xls

@@ -4,7 +4,7 @@
 #include "workbook/engine/xls/CompoundSectors.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/PropertySet.h"
-#include "workbook/engine/xls/SharedStrings.h"
+#include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/SheetWriter.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ std::vector<std::byte> workbookStream(const Book& book, FileKind kind)
     RecordWriter target;
     const std::vector<std::size_t> offsets = writeGlobals(book, kind, activeSheet, strings, target);
     for (std::size_t index = 0; index < book.sheets.size(); ++index) {
-        target.putU32(offsets[index], static_cast<std::uint32_t>(target.offset()));
+        target.putU32(offsets[index], target.offset());
         writeSheet(book, *book.sheets[index], index == activeSheet, sheetStrings[index], target);
     }
     std::vector<std::byte> stream = target.take();

@@ -3,7 +3,7 @@
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/RecordStrings.h"
-#include "workbook/engine/xls/XlsErrors.h"
+#include "workbook/engine/xls/SheetRecords.h"
 
 #include <algorithm>
 #include <array>

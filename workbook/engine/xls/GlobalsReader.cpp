@@ -1,8 +1,7 @@
 #include "workbook/engine/xls/GlobalsReader.h"
 
+#include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
-#include "workbook/engine/xls/RecordStream.h"
-#include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
 
 #include <algorithm>
@@ -13,11 +12,9 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-constexpr std::size_t mostRenumberedFormats = 200;
-constexpr std::size_t mostNotices = 50;
+constexpr std::size_t maxRenumberedFormats = 200;
+constexpr std::size_t maxNotices = 50;
 constexpr std::uint16_t firstUnknownBuiltInFormat = 82;
-constexpr std::uint16_t ownBookMark = 0x0401;
-constexpr std::uint16_t addInMark = 0x3A01;
 
 class GlobalsReader {
 public:
@@ -31,14 +28,13 @@ public:
 
     void read()
     {
-        Record record;
-        readBeginning(record);
+        readBeginning();
         while (true) {
-            if (!m_records.next(record))
+            if (!m_records.next(m_record))
                 throw DamagedFile("its list of sheets has no end; the file may be cut off");
-            if (record.id == record::eof)
+            if (m_record.id == record::eof)
                 break;
-            readRecord(record);
+            readRecord();
         }
         finishFonts();
         finishNumberFormats();
@@ -47,108 +43,87 @@ public:
     }
 
 private:
-    using Handler = void (GlobalsReader::*)(const Record&);
-    static const std::vector<std::pair<std::uint16_t, Handler>>& handlers()
+    void readBeginning()
     {
-        static const auto table = [] {
-            std::vector<std::pair<std::uint16_t, Handler>> handlersById = {
-                {record::externSheet, &GlobalsReader::readExternSheets},
-                {record::definedName, &GlobalsReader::readName},
-                {record::date1904, &GlobalsReader::readDateSystem},
-                {record::externName, &GlobalsReader::readExternName},
-                {record::filePass, &GlobalsReader::refuseEncrypted},
-                {record::font, &GlobalsReader::readFontRecord},
-                {record::window1, &GlobalsReader::readWindow},
-                {record::codePage, &GlobalsReader::skip}, // always 1200 in this format
-                {record::externCount, &GlobalsReader::readExternCache},
-                {record::externCache, &GlobalsReader::readExternCache},
-                {record::fileTemplate, &GlobalsReader::readTemplateMark},
-                {record::boundSheet, &GlobalsReader::readBoundSheet},
-                {record::palette, &GlobalsReader::readPaletteRecord},
-                {record::extendedFormat, &GlobalsReader::readFormat},
-                {record::sharedStrings, &GlobalsReader::readStrings},
-                {record::extendedSharedStrings, &GlobalsReader::skip},
-                {record::sheetIds, &GlobalsReader::skip},
-                {record::supportingBook, &GlobalsReader::readSupportingBook},
-                {record::recalculationId, &GlobalsReader::skip},
-                {record::numberFormat, &GlobalsReader::readNumberFormat},
-                {record::formatChecksum, &GlobalsReader::skip},  // of formats that we may add to
-                {record::formatExtension, &GlobalsReader::skip}, // void without its checksum
-            };
-            std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
-            return handlersById;
-        }();
-        return table;
-    }
-
-    void readBeginning(Record& record)
-    {
-        if (!m_records.next(record) || record.id != record::bof)
+        if (!m_records.next(m_record) || m_record.id != record::bof)
             throw DamagedFile("it does not begin like a workbook");
-        ByteReader reader = record.reader();
-        if (reader.u16() != biff8Version)
-            throw EngineError("it was saved by a version before Excel 97; save it anew as \"Excel 97-2003 workbook\"");
+        if (m_record.reader().u16() != biff8Version)
+            throw EngineError(olderVersion);
     }
 
-    void readRecord(const Record& record)
+    void readRecord()
     {
-        const auto found =
-            std::ranges::lower_bound(handlers(), record.id, {}, &std::pair<std::uint16_t, Handler>::first);
-        if (found != handlers().end() && found->first == record.id)
-            (this->*found->second)(record);
+        using Self = GlobalsReader;
+        using Handler = void (Self::*)(ByteReader);
+        static constexpr auto handlers = sortedById(std::to_array<ById<Handler>>({
+            {record::externSheet, &Self::readExternSheets},
+            {record::definedName, &Self::readName},
+            {record::date1904, &Self::readDateSystem},
+            {record::externName, &Self::readExternName},
+            {record::filePass, &Self::refuseEncrypted},
+            {record::font, &Self::readFontRecord},
+            {record::window1, &Self::readWindow},
+            {record::codePage, &Self::skip}, // always 1200 in this format
+            {record::externCount, &Self::readExternCache},
+            {record::externCache, &Self::readExternCache},
+            {record::fileTemplate, &Self::readTemplateMark},
+            {record::boundSheet, &Self::readBoundSheet},
+            {record::palette, &Self::readPaletteRecord},
+            {record::extendedFormat, &Self::readFormat},
+            {record::sharedStrings, &Self::readStrings},
+            {record::extendedSharedStrings, &Self::skip},
+            {record::sheetIds, &Self::skip},
+            {record::supportingBook, &Self::readSupportingBook},
+            {record::recalculationId, &Self::skip},
+            {record::numberFormat, &Self::readNumberFormat},
+            {record::formatChecksum, &Self::skip},  // of formats that we may add to
+            {record::formatExtension, &Self::skip}, // void without its checksum
+        }));
+        if (const Handler* const handler = findById(handlers, m_record.id))
+            (this->**handler)(m_record.reader());
         else
-            m_book.kept.push_back(record.kept());
+            m_book.kept.push_back(m_record.kept());
     }
 
-    void skip(const Record& /*record*/) {}
+    void skip(ByteReader /*reader*/) {}
 
-    void refuseEncrypted(const Record& /*record*/) { throw EngineError("it is encrypted; remove its password first"); }
+    void refuseEncrypted(ByteReader /*reader*/) { throw EngineError("it is encrypted; remove its password first"); }
 
-    void readTemplateMark(const Record& /*record*/) { m_book.isTemplate = true; }
+    void readTemplateMark(ByteReader /*reader*/) { m_book.isTemplate = true; }
 
-    void readDateSystem(const Record& record) { m_book.dates1904 = record.reader().u16() == 1; }
+    void readDateSystem(ByteReader reader) { m_book.dates1904 = reader.u16() == 1; }
 
-    void readWindow(const Record& record)
+    void readWindow(ByteReader reader)
     {
-        if (m_hasWindow)
+        if (std::exchange(m_hasWindow, true))
             return; // further windows on the same workbook
-        m_hasWindow = true;
-        ByteReader reader = record.reader();
         reader.skip(10);
         m_book.activeSheet = reader.u16();
-        m_book.kept.push_back(record.kept());
+        m_book.kept.push_back(m_record.kept());
     }
 
-    void readFontRecord(const Record& record)
+    void readFontRecord(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         if (m_book.styles.fonts.size() < mostFonts)
             m_book.styles.fonts.push_back(readFont(reader));
     }
 
-    void readNumberFormat(const Record& record)
+    void readNumberFormat(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const std::uint16_t identifier = reader.u16();
         m_numberFormats.emplace_back(identifier, readLastString(reader));
     }
 
-    void readFormat(const Record& record)
+    void readFormat(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         if (m_fileFormats.size() < mostFormats)
             m_fileFormats.push_back(readCellFormat(reader));
     }
 
-    void readPaletteRecord(const Record& record)
-    {
-        ByteReader reader = record.reader();
-        readPalette(reader, m_book.styles);
-    }
+    void readPaletteRecord(ByteReader reader) { readPalette(reader, m_book.styles); }
 
-    void readBoundSheet(const Record& record)
+    void readBoundSheet(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         BoundSheet sheet;
         sheet.offset = reader.u32();
         const unsigned visibility = reader.u8() & 3U;
@@ -159,67 +134,59 @@ private:
         m_context.boundSheets.push_back(std::move(sheet));
     }
 
-    void readStrings(const Record& record) { m_context.strings = readSharedStrings(record); }
+    void readStrings(ByteReader /*reader*/) { m_context.strings = readSharedStrings(m_record); }
 
-    void readSupportingBook(const Record& record)
+    void readSupportingBook(ByteReader reader)
     {
-        ByteReader reader = record.reader();
+        using enum SupportingBook::Kind;
         reader.skip(2);
         const std::uint16_t mark = reader.u16();
-        SupportingBook book;
-        book.kind = mark == ownBookMark ? SupportingBook::Kind::Own
-                    : mark == addInMark ? SupportingBook::Kind::AddIn
-                                        : SupportingBook::Kind::Foreign;
-        book.record = record.kept();
-        m_book.supportingBooks.push_back(std::move(book));
+        m_book.supportingBooks.push_back({mark == ownBookMark ? Own
+                                          : mark == addInMark ? AddIn
+                                                              : Foreign,
+                                          m_record.kept(),
+                                          {},
+                                          {}});
     }
 
-    void readExternCache(const Record& record)
+    void readExternCache(ByteReader /*reader*/)
     {
         if (!m_book.supportingBooks.empty())
-            m_book.supportingBooks.back().kept.push_back(record.kept());
+            m_book.supportingBooks.back().kept.push_back(m_record.kept());
     }
 
-    void readExternName(const Record& record)
+    void readExternName(ByteReader reader)
     {
         if (m_book.supportingBooks.empty())
             return;
-        ByteReader reader = record.reader();
         reader.skip(6);
         m_book.supportingBooks.back().externNames.push_back(readShortString(reader));
-        readExternCache(record);
+        readExternCache(reader);
     }
 
-    void readExternSheets(const Record& record)
+    void readExternSheets(ByteReader /*reader*/)
     {
-        const std::vector<std::byte> data = record.joined();
+        const std::vector<std::byte> data = joined(m_record);
         ByteReader reader(data);
-        for (std::size_t count = reader.u16(); count > 0 && !reader.atEnd(); --count) {
-            const std::uint16_t book = reader.u16();
-            const auto first = static_cast<std::int16_t>(reader.u16());
-            m_book.externSheets.push_back({book, first, static_cast<std::int16_t>(reader.u16())});
-        }
+        for (std::size_t count = reader.u16(); count > 0 && !reader.atEnd(); --count)
+            externSheetFields(FieldReader(reader), m_book.externSheets.emplace_back());
     }
 
-    void readName(const Record& record)
+    void readName(ByteReader /*reader*/)
     {
-        const std::vector<std::byte> data = record.joined();
+        const std::vector<std::byte> data = joined(m_record);
         ByteReader reader(data);
+        NameHead head;
+        nameFields(FieldReader(reader), head);
         DefinedName name;
-        const std::uint16_t flags = reader.u16();
-        reader.skip(1);
-        const std::size_t length = reader.u8();
-        reader.skip(4);
-        const std::uint16_t sheet = reader.u16();
-        reader.skip(4);
-        name.name = readStringWithoutCount(reader, length);
-        if ((flags & builtInNameFlag) != 0 && name.name.size() == 1 &&
+        name.name = readStringWithoutCount(reader, head.length);
+        if (head.isBuiltIn && name.name.size() == 1 &&
             static_cast<unsigned char>(name.name.front()) < builtInNames.size())
             name.name = builtInNames[static_cast<unsigned char>(name.name.front())];
-        if (sheet != 0)
-            name.sheet = static_cast<std::uint16_t>(sheet - 1);
-        name.record = record.kept();
-        m_nameFormulas.push_back(reader.position());
+        if (head.sheet != 0)
+            name.sheet = static_cast<std::uint16_t>(head.sheet - 1);
+        name.record = m_record.kept();
+        m_nameFormulas.push_back({reader.position(), head.formulaSize});
         m_book.names.push_back(std::move(name));
     }
 
@@ -229,15 +196,11 @@ private:
         const FormulaContext formulas{{}, m_book.names.size(), m_book.externSheets.size()};
         for (std::size_t index = 0; index < m_book.names.size(); ++index) {
             DefinedName& name = m_book.names[index];
-            const Record record{
-                0, name.record.id, name.record.data, {name.record.continued.begin(), name.record.continued.end()}};
-            const std::vector<std::byte> data = record.joined();
-            ByteReader reader(data);
-            reader.skip(4);
-            const std::size_t size = reader.u16();
-            reader.seek(m_nameFormulas[index]);
+            const auto [position, size] = m_nameFormulas[index];
             if (size == 0)
                 continue;
+            const std::vector<std::byte> data = joined(name.record);
+            ByteReader reader(data, position);
             try {
                 const auto tokens = reader.bytes(size);
                 name.formula = readFormula(tokens, reader.rest(), formulas);
@@ -265,7 +228,7 @@ private:
             styles.numberFormats.emplace(identifier, code);
         for (const auto& [identifier, code] : m_numberFormats)
             if (!isWrittenNumberFormat(identifier) && !code.empty() && code != builtInNumberFormat(identifier) &&
-                m_renumbered.size() < mostRenumberedFormats)
+                m_renumbered.size() < maxRenumberedFormats)
                 m_renumbered.emplace_back(identifier, styles.numberFormatFor(code));
     }
 
@@ -322,21 +285,27 @@ private:
         return index < m_fileFormats.size() && m_fileFormats[index].isStyle;
     }
 
+    struct StoredFormula {
+        std::size_t position; ///< in the record's data
+        std::size_t size;
+    };
+
     RecordReader m_records;
+    Record m_record; ///< the present one
     ReadContext& m_context;
     Book& m_book;
     bool m_hasWindow = false;
     std::vector<std::pair<std::uint16_t, std::string>> m_numberFormats;
     std::vector<std::pair<std::uint16_t, std::uint16_t>> m_renumbered; ///< number of the file, own number
     std::vector<CellFormat> m_fileFormats;
-    std::vector<std::size_t> m_nameFormulas; ///< where they begin in the record's data
+    std::vector<StoredFormula> m_nameFormulas;
 };
 
 } // namespace
 
 void ReadContext::notice(const std::string& text)
 {
-    if (book.notices.size() < mostNotices && std::ranges::find(book.notices, text) == book.notices.end())
+    if (book.notices.size() < maxNotices && std::ranges::find(book.notices, text) == book.notices.end())
         book.notices.push_back(text);
 }
 

@@ -2,8 +2,7 @@
 
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/ReadLimits.h"
-#include "workbook/engine/xls/SharedStrings.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +12,10 @@
 
 namespace wagemill::engine::xls {
 
+/// Why an older workbook is not read.
+inline constexpr const char* olderVersion =
+    "it was saved by a version before Excel 97; save it again as \"Excel 97-2003 workbook\"";
+
 /// What BOUNDSHEET says of a sheet ([MS-XLS] 2.4.28).
 struct BoundSheet {
     std::size_t offset = 0; ///< of its BOF
@@ -21,11 +24,39 @@ struct BoundSheet {
     std::string name; ///< as in the file
 };
 
+/// What a file may make of itself in memory. A few bytes can name the last row, a long shared text or a long shared
+/// formula again and again; these limits lie far above any workbook that people make.
+class ReadLimits {
+public:
+    /// Rows that a sheet grows by. Throws DamagedFile when all sheets have more than 32 full ones.
+    void addRows(std::size_t rows) { add(m_rows, rows, std::size_t{32} * 65536, "its sheets have too many rows"); }
+    /// Bytes of text put into cells. Throws DamagedFile beyond 512 MB.
+    void addText(std::size_t bytes) { add(m_text, bytes, std::size_t{512} << 20U, "its cells hold too much text"); }
+    /// Tokens of a shared formula made a cell's own; false beyond four million.
+    bool addTokens(std::size_t tokens)
+    {
+        m_tokens += tokens;
+        return m_tokens <= 4'000'000;
+    }
+
+private:
+    static void add(std::size_t& sum, std::size_t more, std::size_t max, const char* complaint)
+    {
+        sum += more;
+        if (sum > max)
+            throw DamagedFile(complaint);
+    }
+
+    std::size_t m_rows = 0;
+    std::size_t m_text = 0;
+    std::size_t m_tokens = 0;
+};
+
 /// What the sheets of a workbook are read with.
 struct ReadContext {
     Book& book;
     std::vector<BoundSheet> boundSheets;
-    std::vector<SharedString> strings;
+    std::vector<RichText> strings;
     std::vector<std::uint16_t> cellFormats; ///< by the file's numbers: the cell format in StyleTable::formats
     ReadLimits limits;
 

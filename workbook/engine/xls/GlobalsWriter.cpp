@@ -1,10 +1,10 @@
 #include "workbook/engine/xls/GlobalsWriter.h"
 
 #include "app/base/text/Unicode.h"
+#include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
-#include "workbook/engine/xls/WriteSteps.h"
 
 #include <algorithm>
 #include <array>
@@ -15,15 +15,12 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t longestSheetName = 31;
-constexpr std::size_t longestUserName = 54;
+constexpr std::size_t maxSheetName = 31;
+constexpr std::size_t maxUserName = 54;
 constexpr std::size_t userNameSize = 112;
 constexpr std::size_t window1Size = 18;
-constexpr std::uint16_t ownBookMark = 0x0401;
-constexpr std::uint16_t addInMark = 0x3A01;
 constexpr std::int16_t missingSheet = -1;
 constexpr std::int16_t wholeBook = -2;
-constexpr std::uint32_t recalculationEngine = 0; // none: whoever opens the workbook computes it anew
 
 /// The built-in styles of the first formats: format with 0x8000, number of the style, outline level FF
 /// ([MS-XLS] 2.4.269).
@@ -51,78 +48,29 @@ std::uint8_t boundSheetType(SubstreamType type)
     }
 }
 
+/// The public members write the records of one place each, see globalsPlaces.
 class GlobalsWriter {
 public:
     GlobalsWriter(const Book& book, FileKind kind, std::size_t activeSheet, const SharedStringTable& strings,
-                  RecordWriter& target)
-        : m_book(book),
-          m_kind(kind),
-          m_activeSheet(activeSheet),
-          m_strings(strings),
-          m_target(target),
-          m_kept(book.kept, globalsRank)
+                  KeptRecords& kept, RecordWriter& target)
+        : m_book(book), m_kind(kind), m_activeSheet(activeSheet), m_strings(strings), m_kept(kept), m_target(target)
     {
-        m_kept.leaveOutWrongSizes();
-        m_kept.leaveOut(record::window1);
-        m_kept.leaveOut(record::style);
+        kept.leaveOut(record::window1);
+        kept.leaveOut(record::style);
     }
 
-    std::vector<std::size_t> write()
-    {
-        using Writer = GlobalsWriter;
-        static constexpr auto steps = std::to_array<WriteStep<Writer>>({
-            {record::bof, &Writer::writeBeginning},
-            {record::fileTemplate, &Writer::writeTemplateMark},
-            {0x00E1, nullptr, "\xB0\x04"sv}, // INTERFACEHDR
-            {0x00C1, nullptr, "\0\0"sv},     // MMS
-            {0x00E2, nullptr, ""sv},         // INTERFACEEND
-            {record::writeAccess, &Writer::writeUserName},
-            {record::codePage, &Writer::writeCodePage},
-            {0x0161, nullptr, "\0\0"sv}, // DSF
-            {record::sheetIds, &Writer::writeSheetIds},
-            {0x009C, nullptr, "\x0E\0"sv}, // BUILTINFNGROUPCOUNT
-            {0x0019, nullptr, "\0\0"sv},   // WINPROTECT
-            {0x0012, nullptr, "\0\0"sv},   // PROTECT
-            {0x0013, nullptr, "\0\0"sv},   // PASSWORD
-            {0x01AF, nullptr, "\0\0"sv},   // PROT4REV
-            {0x01BC, nullptr, "\0\0"sv},   // PROT4REVPASS
-            {record::window1, &Writer::writeWindow},
-            {0x0040, nullptr, "\0\0"sv}, // BACKUP
-            {0x008D, nullptr, "\0\0"sv}, // HIDEOBJ
-            {record::date1904, &Writer::writeDateSystem},
-            {0x000E, nullptr, "\1\0"sv}, // CALCPRECISION
-            {0x01B7, nullptr, "\0\0"sv}, // REFRESHALL
-            {0x00DA, nullptr, "\0\0"sv}, // BOOKBOOL
-            {record::font, &Writer::writeFonts},
-            {record::numberFormat, &Writer::writeNumberFormats},
-            {record::extendedFormat, &Writer::writeCellFormats},
-            {record::style, &Writer::writeStyles},
-            {record::palette, &Writer::writeOwnPalette},
-            {0x0160, nullptr, "\0\0"sv}, // USESELFS
-            {record::boundSheet, &Writer::writeBoundSheets},
-            {0x008C, nullptr, "\1\0\1\0"sv}, // COUNTRY
-            {record::supportingBook, &Writer::writeSupportingBooks},
-            {record::definedName, &Writer::writeNames},
-            {record::recalculationId, &Writer::writeRecalculationId},
-            {record::sharedStrings, &Writer::writeStrings},
-            {0x088C, nullptr, "\x8C\x08\0\0\0\0\0\0\0\0\0\0\1\0\0\0"sv}, // COMPAT12: Excel saves without checking
-            {record::eof, &Writer::writeEnd},
-        });
-        writeSteps<Writer>(*this, steps, m_kept, m_target);
-        return std::move(m_sheetOffsets);
-    }
+    /// Where the offset of each sheet is to be put in.
+    const std::vector<std::size_t>& sheetOffsets() const { return m_sheetOffsets; }
 
-private:
     void writeBeginning()
     {
-        m_target.write(record::bof,
-                       std::as_bytes(std::span("\x00\x06\x05\x00\xA9\x1F\xCD\x07\xC9\x00\x01\x00\x06\x04\x00\x00"sv)));
+        m_target.write(record::bof, "\x00\x06\x05\x00\xA9\x1F\xCD\x07\xC9\x00\x01\x00\x06\x04\x00\x00"sv);
     }
 
     void writeTemplateMark()
     {
         if (m_kind == FileKind::Template)
-            m_target.write(record::fileTemplate, {});
+            m_target.write(record::fileTemplate, ""sv);
     }
 
     void writeUserName()
@@ -131,13 +79,11 @@ private:
             return;
         ByteWriter& data = m_target.begin(record::writeAccess);
         const std::size_t start = data.size();
-        writeString(data, shortened(m_book.properties.lastAuthor, longestUserName));
+        writeString(data, shortened(m_book.properties.lastAuthor, maxUserName));
         while (data.size() < start + userNameSize)
             data.u8(' ');
         m_target.finish();
     }
-
-    void writeCodePage() { m_target.writeU16(record::codePage, 1200); }
 
     void writeSheetIds()
     {
@@ -149,18 +95,17 @@ private:
 
     void writeWindow()
     {
-        const KeptRecord* const kept = m_kept.find(record::window1);
-        const bool usable = kept != nullptr && kept->data.size() == window1Size;
+        const KeptRecord* const kept = m_kept.find(record::window1, window1Size);
         ByteWriter& data = m_target.begin(record::window1);
         const std::size_t start = data.size();
-        data.bytes(usable ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow)));
+        data.bytes(kept != nullptr ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow)));
         putU16(data.view(), start + 10, static_cast<std::uint16_t>(m_activeSheet));
         putU16(data.view(), start + 12, 0); // the first tab shown
         putU16(data.view(), start + 14, 1); // one sheet is selected
         m_target.finish();
     }
 
-    void writeDateSystem() { m_target.writeU16(record::date1904, m_book.dates1904 ? 1 : 0); }
+    void writeDateSystem() { m_target.writeU16(record::date1904, m_book.dates1904); }
 
     void writeFonts()
     {
@@ -197,7 +142,7 @@ private:
         const bool hasStyles = std::ranges::any_of(m_book.kept, isStyle);
         for (const std::string_view style : builtInStyles)
             if (!hasStyles && isStyleFormat(static_cast<unsigned char>(style.front())))
-                m_target.write(record::style, std::as_bytes(std::span(style)));
+                m_target.write(record::style, style);
         for (const KeptRecord& kept : m_book.kept)
             if (isStyle(kept))
                 m_target.write(kept);
@@ -212,7 +157,7 @@ private:
     void writeBoundSheets()
     {
         for (const auto& sheet : m_book.sheets) {
-            if (toUtf16(sheet->name).size() > longestSheetName)
+            if (toUtf16(sheet->name).size() > maxSheetName)
                 throw EngineError("The name of the sheet \"" + sheet->name + "\" is longer than 31 characters.");
             ByteWriter& data = m_target.begin(record::boundSheet);
             m_sheetOffsets.push_back(data.size());
@@ -237,11 +182,25 @@ private:
             writeSupportingBook(book);
             for (const KeptRecord& kept : book.kept)
                 m_target.write(kept);
+            const auto written = std::ranges::count(book.kept, record::externName, &KeptRecord::id);
+            for (const std::string& name : std::span(book.externNames).subspan(static_cast<std::size_t>(written)))
+                writeAddInFunction(name);
         }
         if (needsOwnBook())
             writeSupportingBook({});
         if (!m_book.externSheets.empty())
             writeExternSheets();
+    }
+
+    /// EXTERNNAME ([MS-XLS] 2.4.105): no flags, the name, and #REF! for a formula.
+    void writeAddInFunction(std::string_view name)
+    {
+        ByteWriter& data = m_target.begin(record::externName);
+        data.zeros(6);
+        writeShortString(data, name);
+        data.u16(2);
+        data.bytes(std::as_bytes(std::span("\x1C\x17"sv)));
+        m_target.finish();
     }
 
     void writeSupportingBook(const SupportingBook& book)
@@ -251,10 +210,7 @@ private:
             return;
         }
         const bool own = book.kind == SupportingBook::Kind::Own;
-        ByteWriter& data = m_target.begin(record::supportingBook);
-        data.u16(own ? static_cast<std::uint16_t>(m_book.sheets.size()) : std::uint16_t{1});
-        data.u16(own ? ownBookMark : addInMark);
-        m_target.finish();
+        m_target.writeU16(record::supportingBook, own ? m_book.sheets.size() : 1, own ? ownBookMark : addInMark);
     }
 
     void writeExternSheets()
@@ -263,9 +219,7 @@ private:
         data.u16(static_cast<std::uint16_t>(m_book.externSheets.size()));
         for (const ExternSheet& entry : m_book.externSheets) {
             const ExternSheet written = writtenExternSheet(entry);
-            data.u16(written.supportingBook);
-            data.u16(static_cast<std::uint16_t>(written.first));
-            data.u16(static_cast<std::uint16_t>(written.last));
+            externSheetFields(FieldWriter(data), written);
         }
         m_target.write(record::externSheet, data.view());
     }
@@ -304,42 +258,93 @@ private:
         ByteWriter tokens;
         ByteWriter behind;
         writeFormula(name.formula, tokens, behind);
+        const NameHead head{.isBuiltIn = isBuiltIn,
+                            .length = characters.count,
+                            .formulaSize = tokens.size(),
+                            .sheet = name.sheet ? *name.sheet + 1 : 0};
         ByteWriter data;
-        data.u16(isBuiltIn ? builtInNameFlag : std::uint16_t{0});
-        data.u8(0);
-        data.u8(static_cast<std::uint8_t>(characters.count));
-        data.u16(static_cast<std::uint16_t>(tokens.size()));
-        data.u16(0);
-        data.u16(static_cast<std::uint16_t>(name.sheet ? *name.sheet + 1 : 0));
-        data.u32(0);
-        data.u8(characters.wide ? 1 : 0);
-        characters.append(data, 0, characters.count);
+        nameFields(FieldWriter(data), head);
+        characters.append(data);
         data.bytes(tokens.view());
         data.bytes(behind.view());
         m_target.write(record::definedName, data.view());
     }
 
-    void writeRecalculationId()
-    {
-        ByteWriter& data = m_target.begin(record::recalculationId);
-        data.u16(record::recalculationId);
-        data.u16(0);
-        data.u32(recalculationEngine);
-        m_target.finish();
-    }
-
     void writeStrings() { m_strings.write(m_target); }
-
-    void writeEnd() { m_target.write(record::eof, {}); }
 
     const Book& m_book;
     FileKind m_kind;
     std::size_t m_activeSheet;
     const SharedStringTable& m_strings;
+    KeptRecords& m_kept;
     RecordWriter& m_target;
-    KeptRecords m_kept;
     std::vector<std::size_t> m_sheetOffsets;
 };
+
+// [MS-XLS] 2.1.7.20.3; RECALCID 0: whoever opens the workbook computes it again
+// clang-format off
+constexpr auto globalsPlaces = std::to_array<Place<GlobalsWriter>>({
+    {record::bof, &GlobalsWriter::writeBeginning},
+    {record::fileTemplate, &GlobalsWriter::writeTemplateMark},
+    {0x0086}, // WRITEPROTECT
+    {0x00E1, "\xB0\x04"sv}, // INTERFACEHDR
+    {0x00C1, "\0\0"sv}, // MMS
+    {0x00E2, ""sv}, // INTERFACEEND
+    {record::writeAccess, &GlobalsWriter::writeUserName},
+    {0x005B}, // FILESHARING
+    {record::codePage, "\xB0\x04"sv},
+    {0x01B9}, // LEL
+    {0x0161, "\0\0"sv}, // DSF
+    {0x01C0}, // EXCEL9FILE
+    {record::sheetIds, &GlobalsWriter::writeSheetIds},
+    {0x00D3}, {0x01BD}, {0x01BA}, // OBPROJ OBNOMACROS CODENAME
+    {0x009C, "\x0E\0"sv}, // BUILTINFNGROUPCOUNT
+    {0x009A}, {0x0898, Order::Mixed}, {0x00DE}, // FNGROUPNAME FNGRP12 OLEOBJECTSIZE
+    {0x0019, "\0\0"sv}, // WINPROTECT
+    {0x0012, "\0\0"sv}, // PROTECT
+    {0x0063}, // OBJPROTECT
+    {0x0013, "\0\0"sv}, // PASSWORD
+    {0x01AF, "\0\0"sv}, // PROT4REV
+    {0x01BC, "\0\0"sv}, // PROT4REVPASS
+    {record::window1, &GlobalsWriter::writeWindow},
+    {0x0040, "\0\0"sv}, // BACKUP
+    {0x008D, "\0\0"sv}, // HIDEOBJ
+    {record::date1904, &GlobalsWriter::writeDateSystem},
+    {0x000E, "\1\0"sv}, // CALCPRECISION
+    {0x01B7, "\0\0"sv}, // REFRESHALL
+    {0x00DA, "\0\0"sv}, // BOOKBOOL
+    {record::font, &GlobalsWriter::writeFonts},
+    {record::numberFormat, &GlobalsWriter::writeNumberFormats},
+    {record::extendedFormat, &GlobalsWriter::writeCellFormats},
+    {0x088D}, // DXF
+    {record::style, &GlobalsWriter::writeStyles},
+    {0x0892, Order::Mixed}, {0x088E}, {0x088F, Order::Mixed}, // STYLEEXT TABLESTYLES TABLESTYLE
+    {0x0890, Order::Mixed}, // TABLESTYLEELEMENT
+    {record::palette, &GlobalsWriter::writeOwnPalette},
+    {0x105C}, {0x00D5}, {0x00B8}, {0x00B9, Order::Mixed}, // CLRTCLIENT SXSTREAMID DOCROUTE RECIPNAME
+    {0x01A9}, // USERBVIEW
+    {0x0160, "\0\0"sv}, // USESELFS
+    {record::boundSheet, &GlobalsWriter::writeBoundSheets},
+    {0x0884}, {0x0885, Order::Mixed}, {0x0886, Order::Mixed}, {0x0887, Order::Mixed}, // MDTINFO MDXSTR MDXTUPLE MDXSET
+    {0x0888, Order::Mixed}, {0x0889, Order::Mixed}, {0x088A, Order::Mixed}, {0x089A}, // MDXPROP MDXKPI MDB MTRSETTINGS
+    {0x08A3}, // FORCEFULLCALCULATION
+    {0x008C, "\1\0\1\0"sv}, // COUNTRY
+    {record::supportingBook, &GlobalsWriter::writeSupportingBooks},
+    {0x0023, Order::Mixed}, {0x0059, Order::Mixed}, {0x005A, Order::Mixed}, {0x0017, Order::Mixed}, // EXTERNNAME XCT CRN EXTERNSHEET
+    {record::definedName, &GlobalsWriter::writeNames},
+    {0x0894, Order::Mixed}, {0x0899, Order::Mixed}, {0x0893, Order::Mixed}, // NAMECMT NAMEFNGRP12 NAMEPUBLISH
+    {0x0813}, // REALTIMEDATA
+    {record::recalculationId, "\xC1\x01\0\0\0\0\0\0"sv},
+    {0x0866}, {0x00EB}, // HFPICTURE MSODRAWINGGROUP
+    {record::sharedStrings, &GlobalsWriter::writeStrings},
+    {0x00FF}, {0x0801}, {0x080B}, {0x0865}, {0x0863}, {0x0867}, // EXTSST WEBPUB WOPT CRERR BOOKEXT FEATHDR
+    {0x0876}, {0x0896}, {0x089B}, // DCONN THEME COMPRESSPICTURES
+    {0x088C, "\x8C\x08\0\0\0\0\0\0\0\0\0\0\1\0\0\0"sv}, // COMPAT12: Excel saves without checking
+    {0x0897}, // GUIDTYPELIB
+    {record::eof, ""sv},
+});
+// clang-format on
+constexpr auto globalsRanks = ranksOf(globalsPlaces);
 
 } // namespace
 
@@ -355,7 +360,10 @@ SubstreamType substreamType(const Sheet& sheet)
 std::vector<std::size_t> writeGlobals(const Book& book, FileKind kind, std::size_t activeSheet,
                                       const SharedStringTable& strings, RecordWriter& target)
 {
-    return GlobalsWriter(book, kind, activeSheet, strings, target).write();
+    KeptRecords kept(book.kept, globalsRanks);
+    GlobalsWriter writer(book, kind, activeSheet, strings, kept, target);
+    writePlaces<GlobalsWriter>(writer, globalsPlaces, kept, target);
+    return writer.sheetOffsets();
 }
 
 } // namespace wagemill::engine::xls

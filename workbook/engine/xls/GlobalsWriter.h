@@ -4,7 +4,7 @@
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/BiffWriter.h"
 #include "workbook/engine/xls/RecordStream.h"
-#include "workbook/engine/xls/SharedStrings.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <cstddef>
 #include <vector>

@@ -8,10 +8,7 @@ namespace wagemill::engine::xls {
 /// Reads a record of the print set-up into `setup`; one that is damaged changes nothing. False for any other record.
 bool readPrintRecord(const Record& record, PrintSetup& setup);
 
-/// The records of the print set-up, each group at its place in the sheet.
-void writePrintMarks(RecordWriter& target, const PrintSetup& setup); ///< PRINTROWCOL, PRINTGRID
-void writePageBreaks(RecordWriter& target, const PrintSetup& setup);
-void writePageMargins(RecordWriter& target, const PrintSetup& setup); ///< HEADER to BOTTOMMARGIN
-void writePageSetup(RecordWriter& target, const PrintSetup& setup);   ///< SETUP
+/// Writes the record of that number, which is one of the print set-up; none for breaks where there are none.
+void writePrintRecord(RecordWriter& target, std::uint16_t id, const PrintSetup& setup);
 
 } // namespace wagemill::engine::xls

@@ -1,9 +1,7 @@
 #include "workbook/engine/xls/RecordStream.h"
 
-#include "app/base/Bytes.h"
 #include "workbook/engine/xls/BiffRecords.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace wagemill::engine::xls {
@@ -12,31 +10,24 @@ namespace {
 
 constexpr std::size_t recordHead = 4;
 
-/// Substreams and custom views nested in a sheet; every record within keeps the place of the one that began them.
-class Nesting {
-public:
-    bool isInside() const { return m_depth > 0; }
-    void follow(std::uint16_t id)
-    {
-        if (id == record::bof || id == record::customViewBegin)
-            ++m_depth;
-        else if ((id == record::eof || id == record::customViewEnd) && m_depth > 0)
-            --m_depth;
-    }
+/// The sizes that the format fixes for the data of records ([MS-XLS] 2.4); of records that are kept.
+constexpr auto fixedSizes = sortedById(std::to_array<ById<std::size_t>>({
+    {0x0086, 0}, {0x009B, 0}, {0x00D3, 0}, {0x00E2, 0},  {0x01BD, 0},  {0x01C0, 0},  {0x000C, 2},
+    {0x000D, 2}, {0x000E, 2}, {0x000F, 2}, {0x0011, 2},  {0x0012, 2},  {0x0013, 2},  {0x0019, 2},
+    {0x002B, 2}, {0x0033, 2}, {0x0040, 2}, {0x005E, 2},  {0x005F, 2},  {0x0061, 2},  {0x0063, 2},
+    {0x0081, 2}, {0x0082, 2}, {0x008D, 2}, {0x0099, 2},  {0x009C, 2},  {0x009D, 2},  {0x00C1, 2},
+    {0x00D5, 2}, {0x00DA, 2}, {0x00DD, 2}, {0x00E1, 2},  {0x00E3, 2},  {0x0160, 2},  {0x0161, 2},
+    {0x01AB, 2}, {0x01AF, 2}, {0x01B7, 2}, {0x01BC, 2},  {0x008C, 4},  {0x0097, 4},  {0x00A0, 4},
+    {0x0225, 4}, {0x0010, 8}, {0x0080, 8}, {0x0236, 16}, {0x003D, 18}, {0x01B2, 18}, {0x005C, 112},
+}));
 
-private:
-    int m_depth = 0;
-};
+bool hasWrongSize(const KeptRecord& record)
+{
+    const std::size_t* const size = findById(fixedSizes, record.id);
+    return size != nullptr && *size != record.data.size();
+}
 
 } // namespace
-
-std::vector<std::byte> Record::joined() const
-{
-    std::vector<std::byte> all(data.begin(), data.end());
-    for (const auto& piece : continued)
-        all.insert(all.end(), piece.begin(), piece.end());
-    return all;
-}
 
 KeptRecord Record::kept() const
 {
@@ -44,11 +35,6 @@ KeptRecord Record::kept() const
     for (const auto& piece : continued)
         copy.continued.emplace_back(piece.begin(), piece.end());
     return copy;
-}
-
-RecordReader::RecordReader(std::span<const std::byte> stream, std::size_t offset) : m_reader(stream)
-{
-    m_reader.seek(offset);
 }
 
 std::span<const std::byte> RecordReader::piece()
@@ -89,24 +75,18 @@ ByteWriter& RecordWriter::begin(std::uint16_t id)
 void RecordWriter::finish()
 {
     const std::size_t size = m_stream.size() - m_dataStart;
-    if (size > largestRecord)
+    if (size > maxRecordSize)
         throw std::length_error("A record of the workbook would be longer than 8224 bytes.");
     putU16(m_stream.view(), m_dataStart - 2, static_cast<std::uint16_t>(size));
 }
 
 void RecordWriter::write(std::uint16_t id, std::span<const std::byte> data)
 {
-    const auto head = data.first(std::min(data.size(), largestRecord));
+    const auto head = data.first(std::min(data.size(), maxRecordSize));
     begin(id).bytes(head);
     finish();
     if (head.size() < data.size())
         write(record::continuation, data.subspan(head.size()));
-}
-
-void RecordWriter::writeU16(std::uint16_t id, std::uint16_t value)
-{
-    begin(id).u16(value);
-    finish();
 }
 
 void RecordWriter::write(const KeptRecord& record)
@@ -116,19 +96,24 @@ void RecordWriter::write(const KeptRecord& record)
         write(record::continuation, piece);
 }
 
-KeptRecords::KeptRecords(const std::vector<KeptRecord>& records, RankOf rankOf) : m_rankOf(rankOf)
+KeptRecords::KeptRecords(const std::vector<KeptRecord>& records, std::span<const ById<int>> ranks) : m_ranks(ranks)
 {
     m_placed.reserve(records.size());
-    Nesting nesting;
+    int depth = 0; // of substreams and custom views nested in a sheet; every record in them has the place of the first
     int rank = 0;
     const KeptRecord* owner = nullptr;
     for (const KeptRecord& record : records) {
-        if (!nesting.isInside()) {
+        if (depth == 0) {
             owner = &record;
             if (record.id != record::bof)
-                rank = rankOf(record.id).value_or(rank);
+                rank = rankOf(record.id, rank);
+            if (hasWrongSize(record))
+                leaveOut(record.id);
         }
-        nesting.follow(record.id);
+        if (record.id == record::bof || record.id == record::customViewBegin)
+            ++depth;
+        else if ((record.id == record::eof || record.id == record::customViewEnd) && depth > 0)
+            --depth;
         m_placed.push_back({rank, &record, owner});
     }
     std::ranges::stable_sort(m_placed, {}, &Placed::rank);
@@ -140,31 +125,25 @@ const KeptRecord* KeptRecords::find(std::uint16_t id) const
     return found == m_placed.end() ? nullptr : found->record;
 }
 
-void KeptRecords::writeBefore(std::uint16_t id, RecordWriter& target)
+const KeptRecord* KeptRecords::find(std::uint16_t id, std::size_t size) const
 {
-    writeUpTo(m_rankOf(id).value_or(0), target);
+    const KeptRecord* const record = find(id);
+    return record != nullptr && record->data.size() == size ? record : nullptr;
 }
 
 bool KeptRecords::writeAt(std::uint16_t id, RecordWriter& target)
 {
     writeBefore(id, target);
     const std::size_t before = m_written;
-    writeUpTo(m_rankOf(id).value_or(0) + 1, target);
+    writeUpTo(rankOf(id) + 1, target);
     const auto written = std::span(m_placed).subspan(before, m_written - before);
     return !isLeftOut(id) && std::ranges::any_of(written, [id](const Placed& placed) { return is(placed, id); });
 }
 
-void KeptRecords::leaveOut(std::uint16_t id)
+int KeptRecords::rankOf(std::uint16_t id, int otherwise) const
 {
-    m_leftOut.push_back(id);
-}
-
-void KeptRecords::leaveOutWrongSizes()
-{
-    for (const Placed& placed : m_placed)
-        if (const KeptRecord& record = *placed.record;
-            is(placed, record.id) && fixedSize(record.id).value_or(record.data.size()) != record.data.size())
-            leaveOut(record.id);
+    const int* const rank = findById(m_ranks, id);
+    return rank == nullptr ? otherwise : *rank;
 }
 
 bool KeptRecords::isLeftOut(std::uint16_t id) const

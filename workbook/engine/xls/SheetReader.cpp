@@ -2,12 +2,9 @@
 
 #include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
-#include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
-#include "workbook/engine/xls/RkNumber.h"
-#include "workbook/engine/xls/StyleRecords.h"
-#include "workbook/engine/xls/XlsErrors.h"
+#include "workbook/engine/xls/SheetRecords.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,12 +16,6 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-constexpr std::uint8_t wholeWindowPane = 3;
-constexpr std::uint16_t gridLinesFlag = 0x0002;
-constexpr std::uint16_t hiddenRowFlag = 0x20;
-constexpr std::uint16_t fitToPagesFlag = 0x0100;
-constexpr std::uint16_t widestColumn = 255 * 256;
-constexpr std::size_t windowSize = 18;
 constexpr std::size_t usualRowLength = 4;
 
 /// A formula that several cells share ([MS-XLS] 2.4.260 ShrFmla).
@@ -70,118 +61,109 @@ public:
 
     void read()
     {
-        Record record;
-        switch (readBeginning(record)) {
+        switch (readBeginning()) {
         case SubstreamType::Worksheet:
-            readWorksheet(record);
-            break;
+            return readWorksheet();
         case SubstreamType::Macro:
-            m_context.notice("The macro sheet \"" + m_sheet.name +
-                             "\" was emptied: macros of its kind are not supported.");
-            break;
+            return m_context.notice("The macro sheet \"" + m_sheet.name +
+                                    "\" was emptied: macros of its kind are not supported.");
         default:
-            keepAll(record);
+            keepAll();
         }
     }
 
 private:
-    using Handler = void (SheetReader::*)(const Record&);
-    static const std::vector<std::pair<std::uint16_t, Handler>>& handlers()
+    SubstreamType readBeginning()
     {
-        static const auto table = [] {
-            std::vector<std::pair<std::uint16_t, Handler>> handlersById = {
-                {record::formula, &SheetReader::readFormulaCell},
-                {record::olderFormula, &SheetReader::readFormulaCell},
-                {record::number, &SheetReader::readNumber},
-                {record::rk, &SheetReader::readRk},
-                {record::multipleRk, &SheetReader::readMultipleRk},
-                {record::sharedLabel, &SheetReader::readSharedLabel},
-                {record::label, &SheetReader::readLabel},
-                {record::richString, &SheetReader::readRichString},
-                {record::logicalOrError, &SheetReader::readLogicalOrError},
-                {record::blank, &SheetReader::readBlank},
-                {record::multipleBlank, &SheetReader::readMultipleBlank},
-                {record::formulaText, &SheetReader::readFormulaText},
-                {record::sharedFormula, &SheetReader::readSharedFormula},
-                {record::array, &SheetReader::readArray},
-                {record::dataTable, &SheetReader::readDataTable},
-                {record::row, &SheetReader::readRow},
-                {record::columnInfo, &SheetReader::readColumns},
-                {record::mergedCells, &SheetReader::readMergedCells},
-                {record::window2, &SheetReader::readWindow},
-                {record::pane, &SheetReader::readPane},
-                {record::sheetSettings, &SheetReader::readSheetSettings},
-                {record::selection, &SheetReader::readSelection},
-                {record::defaultColumnWidth, &SheetReader::readDefaultColumnWidth},
-                {record::defaultRowHeight, &SheetReader::readDefaultRowHeight},
-                {record::dimensions, &SheetReader::skip}, // these follow from the cells
-                {record::index, &SheetReader::skip},
-                {record::cellOffsets, &SheetReader::skip},
-                {record::gutters, &SheetReader::skip},
-                {record::uncalculated, &SheetReader::skip},
-                {record::iteration, &SheetReader::readIteration},
-                {record::iterationTurns, &SheetReader::readIterationTurns},
-                {record::iterationChange, &SheetReader::readIterationChange},
-                {record::filterMode, &SheetReader::readFilterMark},
-            };
-            std::ranges::sort(handlersById, {}, &std::pair<std::uint16_t, Handler>::first);
-            return handlersById;
-        }();
-        return table;
-    }
-
-    SubstreamType readBeginning(Record& record)
-    {
-        if (!m_records.next(record) || record.id != record::bof)
+        if (!m_records.next(m_record) || m_record.id != record::bof)
             throw DamagedFile("the sheet \"" + m_sheet.name + "\" is not where the file says");
-        ByteReader reader = record.reader();
+        ByteReader reader = m_record.reader();
         if (reader.u16() != biff8Version)
             throw DamagedFile("the sheet \"" + m_sheet.name + "\" is of another format than the workbook");
         return static_cast<SubstreamType>(reader.u16());
     }
 
-    /// The next record; false at the end mark of the substream that the caller is in.
-    bool nextInSheet(Record& record)
+    /// Goes to the next record; false at the end mark of the substream that the caller is in.
+    bool next()
     {
-        if (!m_records.next(record))
+        if (!m_records.next(m_record))
             throw DamagedFile("the sheet \"" + m_sheet.name + "\" has no end; the file may be cut off");
-        if (record.id == record::bof || record.id == record::customViewBegin)
+        const std::uint16_t id = m_record.id;
+        if (id == record::bof || id == record::customViewBegin)
             ++m_depth;
-        if (record.id != record::eof && record.id != record::customViewEnd)
+        if (id != record::eof && id != record::customViewEnd)
             return true;
         if (m_depth == 0)
-            return record.id != record::eof;
+            return id != record::eof;
         --m_depth;
         m_leaving = true;
         return true;
     }
 
-    void keepAll(Record& record)
+    void keep() { m_sheet.kept.push_back(m_record.kept()); }
+
+    void keepAll()
     {
         m_sheet.isKeptWhole = true;
         do
-            m_sheet.kept.push_back(record.kept());
-        while (nextInSheet(record));
-        m_sheet.kept.push_back(record.kept());
+            keep();
+        while (next());
+        keep();
     }
 
-    void readWorksheet(Record& record)
+    void readWorksheet()
     {
-        while (nextInSheet(record)) {
+        using Self = SheetReader;
+        using Handler = void (Self::*)(ByteReader);
+        static constexpr auto handlers = sortedById(std::to_array<ById<Handler>>({
+            {record::formula, &Self::readFormulaCell},
+            {record::olderFormula, &Self::readFormulaCell},
+            {record::number, &Self::readNumber},
+            {record::rk, &Self::readRk},
+            {record::multipleRk, &Self::readMultipleRk},
+            {record::sharedLabel, &Self::readSharedLabel},
+            {record::label, &Self::readLabel},
+            {record::richString, &Self::readRichString},
+            {record::logicalOrError, &Self::readLogicalOrError},
+            {record::blank, &Self::readBlank},
+            {record::multipleBlank, &Self::readMultipleBlank},
+            {record::formulaText, &Self::readFormulaText},
+            {record::sharedFormula, &Self::readSharedFormula},
+            {record::array, &Self::readArray},
+            {record::dataTable, &Self::readDataTable},
+            {record::row, &Self::readRow},
+            {record::columnInfo, &Self::readColumns},
+            {record::mergedCells, &Self::readMergedCells},
+            {record::window2, &Self::readWindow},
+            {record::pane, &Self::readPane},
+            {record::sheetSettings, &Self::readSheetSettings},
+            {record::selection, &Self::readSelection},
+            {record::defaultColumnWidth, &Self::readDefaultColumnWidth},
+            {record::defaultRowHeight, &Self::readDefaultRowHeight},
+            {record::dimensions, &Self::skip}, // these follow from the cells
+            {record::index, &Self::skip},
+            {record::cellOffsets, &Self::skip},
+            {record::gutters, &Self::skip},
+            {record::uncalculated, &Self::skip},
+            {record::iteration, &Self::readIteration},
+            {record::iterationTurns, &Self::readIterationTurns},
+            {record::iterationChange, &Self::readIterationChange},
+            {record::filterMode, &Self::readFilterMark},
+        }));
+        while (next()) {
             const bool nested = m_depth > 0 || std::exchange(m_leaving, false);
-            const auto found =
-                std::ranges::lower_bound(handlers(), record.id, {}, &std::pair<std::uint16_t, Handler>::first);
-            if (!nested && found != handlers().end() && found->first == record.id)
-                (this->*found->second)(record);
-            else if (nested || !readPrintRecord(record, m_sheet.print))
-                m_sheet.kept.push_back(record.kept());
+            const Handler* const handler = nested ? nullptr : findById(handlers, m_record.id);
+            if (handler != nullptr)
+                (this->**handler)(m_record.reader());
+            else if (nested || !readPrintRecord(m_record, m_sheet.print))
+                keep();
         }
         resolveParts();
         orderColumns();
         m_sheet.merged = withoutOverlaps(std::move(m_sheet.merged));
     }
 
-    void skip(const Record& /*record*/) {}
+    void skip(ByteReader /*reader*/) {}
 
     Row& row(int index)
     {
@@ -191,105 +173,82 @@ private:
         return m_sheet.row(index);
     }
 
-    /// Puts a cell in; a second one at the same place replaces the first.
-    Cell& put(int rowIndex, int column, std::uint16_t fileFormat, CellValue value)
+    static CellHead readHead(ByteReader& reader)
     {
-        if (column >= maxColumns)
+        CellHead head;
+        cellHeadFields(FieldReader(reader), head);
+        return head;
+    }
+
+    /// Puts a cell in; a second one at the same place replaces the first.
+    Cell& put(const CellHead& head, CellValue value)
+    {
+        if (head.column >= maxColumns)
             throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" lies outside the sheet");
-        std::vector<Cell>& cells = row(rowIndex).cells;
+        std::vector<Cell>& cells = row(head.row).cells;
         if (cells.empty())
             cells.reserve(usualRowLength);
         auto place = cells.end();
-        if (!cells.empty() && cells.back().column >= column)
-            place = std::ranges::lower_bound(cells, column, {}, &Cell::column);
-        if (place == cells.end() || place->column != column)
+        if (!cells.empty() && cells.back().column >= head.column)
+            place = std::ranges::lower_bound(cells, head.column, {}, &Cell::column);
+        if (place == cells.end() || place->column != head.column)
             place = cells.emplace(place);
         *place = Cell{};
-        place->column = static_cast<std::int16_t>(column); // checked above
-        place->format = m_context.cellFormat(fileFormat);
+        place->column = static_cast<std::int16_t>(head.column); // checked above
+        place->format = m_context.cellFormat(head.format);
         place->value = std::move(value);
         return *place;
     }
 
-    /// Where a cell record begins: its row, column and format.
-    struct CellHead {
-        int row;
-        int column;
-        std::uint16_t format;
-    };
-    static CellHead readHead(ByteReader& reader)
+    void readNumber(ByteReader reader)
     {
-        const int row = reader.u16();
-        const int column = reader.u16();
-        return {row, column, reader.u16()};
-    }
-
-    Cell& put(const CellHead& head, CellValue value)
-    {
-        return put(head.row, head.column, head.format, std::move(value));
-    }
-
-    void readNumber(const Record& record)
-    {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         put(head, numberValue(reader.real()));
     }
 
-    void readRk(const Record& record)
+    void readRk(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         put(head, numberValue(numberOfRk(reader.u32())));
     }
 
-    void readMultipleRk(const Record& record)
+    void readMultipleRk(ByteReader reader)
     {
-        ByteReader reader = record.reader();
-        const int rowIndex = reader.u16();
+        const int row = reader.u16();
         for (int column = reader.u16(); reader.remaining() >= 8; ++column) {
             const std::uint16_t format = reader.u16();
-            put(rowIndex, column, format, numberValue(numberOfRk(reader.u32())));
+            put({row, column, format}, numberValue(numberOfRk(reader.u32())));
         }
     }
 
-    void readSharedLabel(const Record& record)
+    void readSharedLabel(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         const std::uint32_t index = reader.u32();
         if (index >= m_context.strings.size())
             throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" names a text that does not exist");
-        const SharedString& string = m_context.strings[index];
+        const RichText& string = m_context.strings[index];
         m_context.limits.addText(string.text.size());
         put(head, string.text).runs = string.runs;
     }
 
-    void readLabel(const Record& record)
+    void readLabel(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         put(head, readLastString(reader));
     }
 
-    void readRichString(const Record& record)
+    void readRichString(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         std::string text = readString(reader);
-        std::vector<TextRun> runs;
-        for (std::size_t count = reader.u16(); count > 0; --count) {
-            const std::uint16_t first = reader.u16();
-            runs.push_back({first, fontOfFileIndex(reader.u16())});
-        }
-        Cell& cell = put(head, std::move(text));
-        if (!runs.empty())
-            cell.runs = std::make_shared<const std::vector<TextRun>>(std::move(runs));
+        const std::size_t runs = reader.u16();
+        TextRuns read = readRuns(reader, runs);
+        put(head, std::move(text)).runs = std::move(read);
     }
 
-    void readLogicalOrError(const Record& record)
+    void readLogicalOrError(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         const CellHead head = readHead(reader);
         const std::uint8_t code = reader.u8();
         if (reader.u8() == 0)
@@ -298,49 +257,49 @@ private:
             put(head, errorOfCode(code));
     }
 
-    void readBlank(const Record& record)
-    {
-        ByteReader reader = record.reader();
-        put(readHead(reader), Empty{});
-    }
+    void readBlank(ByteReader reader) { put(readHead(reader), Empty{}); }
 
-    void readMultipleBlank(const Record& record)
+    void readMultipleBlank(ByteReader reader)
     {
-        ByteReader reader = record.reader();
-        const int rowIndex = reader.u16();
+        const int row = reader.u16();
         for (int column = reader.u16(); reader.remaining() >= 4; ++column)
-            put(rowIndex, column, reader.u16(), Empty{});
+            put({row, column, reader.u16()}, Empty{});
     }
 
-    void readFormulaCell(const Record& record)
+    void readFormulaCell(ByteReader reader)
     {
-        const std::vector<std::byte> joined = record.continued.empty() ? std::vector<std::byte>() : record.joined();
-        ByteReader reader = joined.empty() ? record.reader() : ByteReader(joined);
+        std::vector<std::byte> joined;
+        if (!m_record.continued.empty()) {
+            joined = xls::joined(m_record);
+            reader = ByteReader(joined);
+        }
         const CellHead head = readHead(reader);
         FormulaResult result = readFormulaResult(reader.bytes(8));
         reader.skip(6);
         const std::size_t size = reader.u16();
-        const CellAddress address{head.row, head.column};
         Cell& cell = put(head, std::move(result.value));
-        m_formulaCell = address;
+        m_formulaCell = {head.row, head.column};
         m_textFollows = result.textFollows;
         const auto tokens = reader.bytes(size);
         if (const auto base = sharedBase(tokens)) {
-            m_parts.push_back({address, *base});
+            m_parts.push_back({m_formulaCell, *base});
             cell.formula = m_unresolved;
         } else {
-            setFormula(cell, tokens, reader.rest(), address);
+            setFormula(cell, {{}, tokens, reader.rest()}, m_formulaCell);
         }
     }
 
-    /// A formula that cannot be read leaves its last value behind.
-    void setFormula(Cell& cell, std::span<const std::byte> tokens, std::span<const std::byte> behind,
-                    CellAddress origin)
+    FormulaContext contextOf(CellAddress origin) const
     {
-        const Book& book = m_context.book;
+        return {origin, m_context.book.names.size(), m_context.book.externSheets.size()};
+    }
+
+    /// A formula that cannot be read leaves its last value.
+    void setFormula(Cell& cell, const SharedFormula& stored, CellAddress origin)
+    {
         try {
-            cell.formula = std::make_shared<const Formula>(
-                readFormula(tokens, behind, {origin, book.names.size(), book.externSheets.size()}));
+            cell.formula =
+                std::make_shared<const Formula>(readFormula(stored.tokens, stored.behind, contextOf(origin)));
         } catch (const DamagedFile&) {
             dropFormula(cell, origin);
         }
@@ -353,63 +312,53 @@ private:
                          "\" could not be read; its last value was kept.");
     }
 
-    void readFormulaText(const Record& record)
+    void readFormulaText(ByteReader /*reader*/)
     {
         Cell* const cell = m_textFollows ? m_sheet.find(m_formulaCell) : nullptr;
         if (cell == nullptr)
             return;
         m_textFollows = false;
-        std::string text = readLongString(record);
+        std::string text = readLongString(m_record);
         cell->value = std::move(text);
-    }
-
-    void readSharedFormula(const Record& record)
-    {
-        ByteReader reader = record.reader();
-        SharedFormula formula;
-        formula.area = readArea(reader);
-        reader.skip(2);
-        const std::size_t size = reader.u16();
-        formula.tokens = reader.bytes(size);
-        formula.behind = reader.rest();
-        m_sharedFormulas[m_formulaCell] = formula;
     }
 
     static CellRect readArea(ByteReader& reader)
     {
         CellRect area;
-        area.firstRow = reader.u16();
-        area.lastRow = reader.u16();
-        area.firstColumn = reader.u8();
-        area.lastColumn = reader.u8();
+        shortAreaFields(FieldReader(reader), area);
         return area;
     }
 
-    void readArray(const Record& record)
+    void readSharedFormula(ByteReader reader)
     {
-        const std::vector<std::byte> joined = record.joined();
+        const CellRect area = readArea(reader);
+        reader.skip(2);
+        const auto tokens = reader.bytes(reader.u16());
+        m_sharedFormulas[m_formulaCell] = {area, tokens, reader.rest()};
+    }
+
+    void readArray(ByteReader /*reader*/)
+    {
+        const std::vector<std::byte> joined = xls::joined(m_record);
         ByteReader reader(joined);
         ArrayArea array;
         array.cells = readArea(reader);
         array.flags = reader.u16();
         reader.skip(4);
         const auto tokens = reader.bytes(reader.u16());
-        const Book& book = m_context.book;
         try {
-            Formula formula =
-                readFormula(tokens, reader.rest(), {m_formulaCell, book.names.size(), book.externSheets.size()});
+            Formula formula = readFormula(tokens, reader.rest(), contextOf(m_formulaCell));
             putArray(std::move(array), asArrayFormula(std::move(formula.tokens)));
         } catch (const DamagedFile&) {
             return; // its cells drop a formula that is missing
         }
     }
 
-    void readDataTable(const Record& record)
+    void readDataTable(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         ArrayArea array;
         array.cells = readArea(reader);
-        array.table = record.kept();
+        array.table = m_record.kept();
         putArray(std::move(array), {OpaqueToken{}}); // is not computed
     }
 
@@ -439,45 +388,30 @@ private:
 
     void expand(Cell& cell, const SharedFormula& shared, CellAddress address)
     {
-        setFormula(cell, shared.tokens, shared.behind, address);
+        setFormula(cell, shared, address);
         if (cell.formula && (sharedBase(shared.tokens) || !m_context.limits.addTokens(cell.formula->tokens.size())))
             dropFormula(cell, address);
     }
 
-    void readRow(const Record& record)
+    void readRow(ByteReader reader)
     {
-        ByteReader reader = record.reader();
-        const int index = reader.u16();
-        reader.skip(4);
-        const std::uint16_t height = reader.u16();
-        reader.skip(4);
-        const std::uint16_t flags = reader.u16();
-        const std::uint16_t format = reader.u16();
-        Row& read = row(index);
-        read.outlineLevel = flags & 7;
-        read.collapsed = (flags & 0x10) != 0;
-        read.hidden = (flags & hiddenRowFlag) != 0;
-        read.heightSetByHand = (flags & 0x40) != 0;
-        const std::uint16_t twips = height & 0x7FFF; // the rest says that it is automatic
+        Row& read = row(ByteReader(reader).u16());
+        RowHead head;
+        rowFields(FieldReader(reader), head, read);
+        const std::uint16_t twips = head.heightTwips & 0x7FFF; // the rest says that it is automatic
         if ((twips != 0 && twips != m_sheet.defaultRowHeightTwips) || read.heightSetByHand)
             read.heightTwips = std::clamp<std::uint16_t>(twips, 2, 8192);
-        if ((flags & 0x80) != 0)
-            read.format = m_context.cellFormat(format & 0xFFF);
+        if (head.hasFormat)
+            read.format = m_context.cellFormat(head.format & 0xFFF);
     }
 
-    void readColumns(const Record& record)
+    void readColumns(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         ColumnRun run;
-        run.first = reader.u16();
-        run.last = std::min<int>(reader.u16(), maxColumns - 1);
-        run.width = std::min(reader.u16(), widestColumn);
-        run.format = m_context.cellFormat(reader.u16());
-        const std::uint16_t flags = reader.u16();
-        run.hidden = (flags & 1) != 0;
-        run.ownWidth = (flags & 2) != 0;
-        run.outlineLevel = flags >> 8U & 7U;
-        run.collapsed = (flags & 0x1000) != 0;
+        columnFields(FieldReader(reader), run);
+        run.last = std::min(run.last, maxColumns - 1);
+        run.width = std::min(run.width, maxColumnWidth);
+        run.format = m_context.cellFormat(run.format);
         if (run.first <= run.last)
             m_sheet.columns.push_back(run);
     }
@@ -493,45 +427,30 @@ private:
         std::erase_if(m_sheet.columns, [](const ColumnRun& run) { return run.first > run.last; });
     }
 
-    void readMergedCells(const Record& record)
+    void readMergedCells(ByteReader reader)
     {
-        ByteReader reader = record.reader();
-        for (std::size_t count = reader.u16(); count > 0 && reader.remaining() >= 8; --count) {
-            CellRect area;
-            area.firstRow = reader.u16();
-            area.lastRow = reader.u16();
-            area.firstColumn = reader.u16();
-            area.lastColumn = reader.u16();
-            m_sheet.merged.push_back(area);
-        }
+        for (std::size_t count = reader.u16(); count > 0 && reader.remaining() >= 8; --count)
+            areaFields(FieldReader(reader), m_sheet.merged.emplace_back());
     }
 
-    void readWindow(const Record& record)
+    void readWindow(ByteReader reader)
     {
-        if (std::exchange(m_hasWindow, true) || record.data.size() < windowSize)
+        if (std::exchange(m_hasWindow, true) || reader.remaining() < window2Size)
             return;
-        m_sheet.showGridLines = (record.reader().u16() & gridLinesFlag) != 0;
-        m_sheet.kept.push_back(record.kept());
+        m_sheet.showGridLines = (reader.u16() & gridLinesFlag) != 0;
+        keep();
     }
 
-    void readPane(const Record& record)
+    void readPane(ByteReader reader) { paneFields(FieldReader(reader), m_sheet.panes.emplace()); }
+
+    void readSheetSettings(ByteReader reader)
     {
-        ByteReader reader = record.reader();
-        SheetPanes& panes = m_sheet.panes.emplace();
-        for (std::uint16_t* number : {&panes.columns, &panes.rows, &panes.firstRow, &panes.firstColumn})
-            *number = reader.u16();
-        panes.active = reader.u8();
+        m_sheet.print.fitToPages = reader.remaining() == 2 && (reader.u16() & fitToPagesFlag) != 0;
+        keep();
     }
 
-    void readSheetSettings(const Record& record)
+    void readSelection(ByteReader reader)
     {
-        m_sheet.print.fitToPages = record.data.size() == 2 && (record.reader().u16() & fitToPagesFlag) != 0;
-        m_sheet.kept.push_back(record.kept());
-    }
-
-    void readSelection(const Record& record)
-    {
-        ByteReader reader = record.reader();
         const std::uint8_t pane = reader.u8();
         SheetSelection selection;
         selection.active.row = reader.u16();
@@ -549,36 +468,35 @@ private:
         if (pane == (m_sheet.panes ? m_sheet.panes->active : wholeWindowPane))
             m_sheet.selection = selection;
         else if (m_sheet.panes)
-            m_sheet.kept.push_back(record.kept());
+            keep();
     }
 
-    void readFilterMark(const Record& record)
+    void readFilterMark(ByteReader /*reader*/)
     {
         m_sheet.isFiltered = true;
-        m_sheet.kept.push_back(record.kept());
+        keep();
     }
 
-    void readIteration(const Record& record) { m_context.book.iteration.isOn = record.reader().u16() != 0; }
+    void readIteration(ByteReader reader) { m_context.book.iteration.isOn = reader.u16() != 0; }
 
-    void readIterationTurns(const Record& record) { m_context.book.iteration.maxTurns = record.reader().u16(); }
+    void readIterationTurns(ByteReader reader) { m_context.book.iteration.maxTurns = reader.u16(); }
 
-    void readIterationChange(const Record& record)
+    void readIterationChange(ByteReader reader)
     {
-        if (const double change = record.reader().real(); change >= 0 && std::isfinite(change))
+        if (const double change = reader.real(); change >= 0 && std::isfinite(change))
             m_context.book.iteration.maxChange = change;
     }
 
-    void readDefaultColumnWidth(const Record& record)
+    void readDefaultColumnWidth(ByteReader reader)
     {
-        m_sheet.defaultColumnWidth = std::min<std::uint16_t>(record.reader().u16(), 255);
+        m_sheet.defaultColumnWidth = std::min<std::uint16_t>(reader.u16(), 255);
     }
 
-    void readDefaultRowHeight(const Record& record)
+    void readDefaultRowHeight(ByteReader reader)
     {
-        ByteReader reader = record.reader();
         reader.skip(2);
         m_sheet.defaultRowHeightTwips = std::clamp<std::uint16_t>(reader.u16(), 2, 8179);
-        m_sheet.kept.push_back(record.kept());
+        keep();
     }
 
     struct ArrayFormula {
@@ -592,6 +510,7 @@ private:
     };
 
     RecordReader m_records;
+    Record m_record; ///< the present one
     ReadContext& m_context;
     Sheet& m_sheet;
     int m_depth = 0;        ///< of charts and custom views nested in the sheet

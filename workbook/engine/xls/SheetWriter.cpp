@@ -4,10 +4,8 @@
 #include "workbook/engine/xls/FormulaTokenNumbers.h"
 #include "workbook/engine/xls/FormulaTokensXls.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
-#include "workbook/engine/xls/MergedCells.h"
 #include "workbook/engine/xls/PrintRecords.h"
-#include "workbook/engine/xls/RkNumber.h"
-#include "workbook/engine/xls/WriteSteps.h"
+#include "workbook/engine/xls/SheetRecords.h"
 
 #include <algorithm>
 #include <array>
@@ -22,17 +20,12 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t rowsPerBlock = 32;
 constexpr std::size_t rowRecordSize = 20;
-constexpr std::size_t mostMergedInRecord = 1026;
-constexpr std::uint8_t wholeWindowPane = 3;
-constexpr std::size_t window2Size = 18;
+constexpr std::size_t maxMergedInRecord = 1026;
 constexpr std::size_t pageBreakZoomOffset = 10;
 constexpr std::size_t zoomOffset = 12;
-constexpr std::uint16_t gridLinesFlag = 0x0002;
 constexpr std::uint16_t frozenFlags = 0x0108;
-constexpr std::uint16_t fitToPagesFlag = 0x0100;
 constexpr std::uint16_t newSheetSettings = 0x04C1; ///< automatic outlines
 constexpr std::uint16_t activeFlags = 0x0600;
-constexpr std::uint16_t widestColumn = 255 * 256;
 constexpr auto standardWindow = "\xB6\x00\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
 
 /// The cell that holds the array formula or data table of the area for all its cells.
@@ -62,81 +55,35 @@ const Formula* writtenFormula(const Sheet& sheet, const Cell& cell)
                       "\" cannot be saved: " + reason.what());
 }
 
+/// The public members write the records of one place each, see sheetPlaces.
 class SheetWriter {
 public:
     SheetWriter(const Book& book, const Sheet& sheet, bool isActive, const std::vector<std::uint32_t>& strings,
-                RecordWriter& target)
-        : m_book(book),
-          m_sheet(sheet),
-          m_isActive(isActive),
-          m_strings(strings),
-          m_target(target),
-          m_kept(sheet.kept, worksheetRank)
+                KeptRecords& kept, RecordWriter& target)
+        : m_book(book), m_sheet(sheet), m_isActive(isActive), m_strings(strings), m_kept(kept), m_target(target)
     {
-        m_kept.leaveOutWrongSizes();
         for (const std::uint16_t id : {record::defaultRowHeight, record::sheetSettings, record::window2})
-            m_kept.leaveOut(id);
-        int row = 0;
-        for (const Row& candidate : sheet.rows()) {
+            kept.leaveOut(id);
+        for (int row = 0; const Row& candidate : sheet.rows()) {
             if (!candidate.cells.empty() || !candidate.isPlain())
                 m_rows.push_back(row);
             ++row;
         }
     }
 
-    void write()
-    {
-        using Writer = SheetWriter;
-        static constexpr auto steps = std::to_array<WriteStep<Writer>>({
-            {record::bof, &Writer::writeBeginning},
-            {record::index, &Writer::writeIndex},
-            {0x000D, nullptr, "\1\0"sv}, // CALCMODE: automatic
-            {record::iterationTurns, &Writer::writeIterationTurns},
-            {0x000F, nullptr, "\1\0"sv}, // CALCREFMODE: A1
-            {record::iteration, &Writer::writeIteration},
-            {record::iterationChange, &Writer::writeIterationChange},
-            {0x005F, nullptr, "\1\0"sv}, // CALCSAVERECALC
-            {record::printHeadings, &Writer::writeMarksOfPrint},
-            {0x0082, nullptr, "\1\0"sv}, // GRIDSET
-            {record::gutters, &Writer::writeGutters},
-            {record::defaultRowHeight, &Writer::writeDefaultRowHeight},
-            {record::sheetSettings, &Writer::writeSheetSettings},
-            {record::rowBreaks, &Writer::writeBreaks},
-            {record::header, &Writer::writeMargins},
-            {record::pageSetup, &Writer::writeSetup},
-            {record::defaultColumnWidth, &Writer::writeDefaultColumnWidth},
-            {record::columnInfo, &Writer::writeColumns},
-            {record::dimensions, &Writer::writeDimensions},
-            {record::row, &Writer::writeRowBlocks},
-            {record::window2, &Writer::writeWindow},
-            {record::pane, &Writer::writePanes},
-            {record::selection, &Writer::writeSelection},
-            {record::mergedCells, &Writer::writeMergedCells},
-            {record::eof, &Writer::writeEnd},
-        });
-        writeSteps<Writer>(*this, steps, m_kept, m_target);
-    }
-
-private:
-    std::uint16_t cellFormat(std::uint16_t format) const
-    {
-        const auto& formats = m_book.styles.formats;
-        return format < formats.size() && !formats[format].isStyle ? format : defaultCellFormat;
-    }
-
     void writeBeginning()
     {
-        m_target.write(record::bof,
-                       std::as_bytes(std::span("\x00\x06\x10\x00\xA9\x1F\xCD\x07\xC9\x00\x01\x00\x06\x04\x00\x00"sv)));
+        m_target.write(record::bof, "\x00\x06\x10\x00\xA9\x1F\xCD\x07\xC9\x00\x01\x00\x06\x04\x00\x00"sv);
     }
 
     /// Offsets are put in when the records they lead to are written.
     void writeIndex()
     {
         ByteWriter& data = m_target.begin(record::index);
-        data.u32(0);
-        data.u32(m_rows.empty() ? 0 : static_cast<std::uint32_t>(m_rows.front()));
-        data.u32(m_rows.empty() ? 0 : static_cast<std::uint32_t>(m_rows.back() + 1));
+        FieldWriter fields(data);
+        fields.u32(0);
+        fields.u32(m_rows.empty() ? 0 : m_rows.front());
+        fields.u32(m_rows.empty() ? 0 : m_rows.back() + 1);
         m_indexOffset = data.size();
         data.u32(0);
         data.zeros((m_rows.size() + rowsPerBlock - 1) / rowsPerBlock * 4);
@@ -151,44 +98,43 @@ private:
             rowLevels = std::max<int>(rowLevels, m_sheet.findRow(row)->outlineLevel);
         for (const ColumnRun& run : m_sheet.columns)
             columnLevels = std::max<int>(columnLevels, run.outlineLevel);
-        const auto levels = [](int deepest) { return static_cast<std::uint16_t>(deepest == 0 ? 0 : deepest + 1); };
-        const auto pixels = [](int deepest) {
-            return static_cast<std::uint16_t>(deepest == 0 ? 0 : deepest * 12 + 17);
-        };
-        ByteWriter& data = m_target.begin(record::gutters);
-        data.u16(pixels(rowLevels));
-        data.u16(pixels(columnLevels));
-        data.u16(levels(rowLevels));
-        data.u16(levels(columnLevels));
-        m_target.finish();
+        const auto levels = [](int deepest) { return deepest == 0 ? 0 : deepest + 1; };
+        const auto pixels = [](int deepest) { return deepest == 0 ? 0 : deepest * 12 + 17; };
+        m_target.writeU16(record::gutters, pixels(rowLevels), pixels(columnLevels), levels(rowLevels),
+                          levels(columnLevels));
     }
 
     void writeDefaultRowHeight()
     {
-        const KeptRecord* const kept = m_kept.find(record::defaultRowHeight);
-        ByteWriter& data = m_target.begin(record::defaultRowHeight);
-        data.u16(kept != nullptr && kept->data.size() == 4 ? ByteReader(kept->data).u16() : std::uint16_t{0});
-        data.u16(m_sheet.defaultRowHeightTwips);
-        m_target.finish();
+        const KeptRecord* const kept = m_kept.find(record::defaultRowHeight, 4);
+        m_target.writeU16(record::defaultRowHeight, kept == nullptr ? 0 : ByteReader(kept->data).u16(),
+                          m_sheet.defaultRowHeightTwips);
     }
 
     void writeSheetSettings()
     {
-        const KeptRecord* const kept = m_kept.find(record::sheetSettings);
-        const bool usable = kept != nullptr && kept->data.size() == 2;
-        const unsigned flags = usable ? ByteReader(kept->data).u16() : newSheetSettings;
+        const KeptRecord* const kept = m_kept.find(record::sheetSettings, 2);
+        const unsigned flags = kept == nullptr ? newSheetSettings : ByteReader(kept->data).u16();
         m_target.writeU16(record::sheetSettings,
-                          static_cast<std::uint16_t>((flags & ~static_cast<unsigned>(fitToPagesFlag)) |
-                                                     (m_sheet.print.fitToPages ? fitToPagesFlag : 0U)));
+                          m_sheet.print.fitToPages ? flags | fitToPagesFlag : flags & ~unsigned{fitToPagesFlag});
     }
 
-    void writeMarksOfPrint() { writePrintMarks(m_target, m_sheet.print); }
-    void writeBreaks() { writePageBreaks(m_target, m_sheet.print); }
-    void writeMargins() { writePageMargins(m_target, m_sheet.print); }
-    void writeSetup() { writePageSetup(m_target, m_sheet.print); }
+    void writePrintMarks() { writePrintRecords({record::printHeadings, record::printGridLines}); }
+    void writeBreaks() { writePrintRecords({record::rowBreaks, record::columnBreaks}); }
+    void writeMargins()
+    {
+        writePrintRecords({record::header, record::footer, record::centerHorizontally, record::centerVertically,
+                           record::leftMargin, record::rightMargin, record::topMargin, record::bottomMargin});
+    }
+    void writeSetup() { writePrintRecords({record::pageSetup}); }
+    void writePrintRecords(std::initializer_list<std::uint16_t> ids)
+    {
+        for (const std::uint16_t id : ids)
+            writePrintRecord(m_target, id, m_sheet.print);
+    }
 
     void writeIterationTurns() { m_target.writeU16(record::iterationTurns, m_book.iteration.maxTurns); }
-    void writeIteration() { m_target.writeU16(record::iteration, m_book.iteration.isOn ? 1 : 0); }
+    void writeIteration() { m_target.writeU16(record::iteration, m_book.iteration.isOn); }
     void writeIterationChange()
     {
         m_target.begin(record::iterationChange).real(m_book.iteration.maxChange);
@@ -197,20 +143,17 @@ private:
 
     void writeDefaultColumnWidth()
     {
-        m_target.putU32(m_indexOffset, static_cast<std::uint32_t>(m_target.offset()));
+        m_target.putU32(m_indexOffset, m_target.offset());
         m_target.writeU16(record::defaultColumnWidth, m_sheet.defaultColumnWidth);
     }
 
     void writeColumns()
     {
-        for (const ColumnRun& run : m_sheet.columns) {
+        for (ColumnRun run : m_sheet.columns) {
+            run.width = std::min(run.width, maxColumnWidth);
+            run.format = cellFormat(run.format);
             ByteWriter& data = m_target.begin(record::columnInfo);
-            data.u16(static_cast<std::uint16_t>(run.first));
-            data.u16(static_cast<std::uint16_t>(run.last));
-            data.u16(std::min(run.width, widestColumn));
-            data.u16(cellFormat(run.format));
-            data.u16(static_cast<std::uint16_t>((run.hidden ? 1U : 0U) | (run.ownWidth ? 2U : 0U) |
-                                                (run.outlineLevel & 7U) << 8U | (run.collapsed ? 0x1000U : 0U)));
+            columnFields(FieldWriter(data), run);
             data.u16(0);
             m_target.finish();
         }
@@ -218,13 +161,13 @@ private:
 
     void writeDimensions()
     {
-        const auto used = m_sheet.usedRange();
-        ByteWriter& data = m_target.begin(record::dimensions);
-        data.u32(used ? static_cast<std::uint32_t>(used->firstRow) : 0);
-        data.u32(used ? static_cast<std::uint32_t>(used->lastRow + 1) : 0);
-        data.u16(used ? static_cast<std::uint16_t>(used->firstColumn) : std::uint16_t{0});
-        data.u16(used ? static_cast<std::uint16_t>(used->lastColumn + 1) : std::uint16_t{0});
-        data.u16(0);
+        const CellRect used = m_sheet.usedRange().value_or(CellRect{0, 0, -1, -1});
+        FieldWriter fields(m_target.begin(record::dimensions));
+        fields.u32(used.firstRow);
+        fields.u32(used.lastRow + 1);
+        fields.u16(used.firstColumn);
+        fields.u16(used.lastColumn + 1);
+        fields.zeros(2);
         m_target.finish();
     }
 
@@ -253,7 +196,7 @@ private:
             offsets.push_back(static_cast<std::uint16_t>(std::min<std::size_t>(firstCell - before, 0xFFFF)));
             before = firstCell;
         }
-        m_target.putU32(indexEntry, static_cast<std::uint32_t>(m_target.offset()));
+        m_target.putU32(indexEntry, m_target.offset());
         const std::size_t distance = m_target.offset() - firstRow;
         ByteWriter& data = m_target.begin(record::cellOffsets);
         data.u32(static_cast<std::uint32_t>(distance));
@@ -265,16 +208,16 @@ private:
     void writeRow(int index)
     {
         const Row& row = *m_sheet.findRow(index);
-        ByteWriter& data = m_target.begin(record::row);
-        data.u16(static_cast<std::uint16_t>(index));
-        data.u16(row.cells.empty() ? std::uint16_t{0} : static_cast<std::uint16_t>(row.cells.front().column));
-        data.u16(row.cells.empty() ? std::uint16_t{0} : static_cast<std::uint16_t>(row.cells.back().column + 1));
-        data.u16(std::clamp<std::uint16_t>(row.heightTwips.value_or(m_sheet.defaultRowHeightTwips), 2, 8192));
-        data.u32(0);
-        data.u16(static_cast<std::uint16_t>(0x0100U | (row.outlineLevel & 7U) | (row.collapsed ? 0x10U : 0U) |
-                                            (row.hidden ? 0x20U : 0U) | (row.heightSetByHand ? 0x40U : 0U) |
-                                            (row.format ? 0x80U : 0U)));
-        data.u16(cellFormat(row.format.value_or(defaultCellFormat)));
+        RowHead head{.row = index,
+                     .heightTwips =
+                         std::clamp<std::uint16_t>(row.heightTwips.value_or(m_sheet.defaultRowHeightTwips), 2, 8192),
+                     .format = cellFormat(row.format.value_or(defaultCellFormat)),
+                     .hasFormat = row.format.has_value()};
+        if (!row.cells.empty()) {
+            head.firstColumn = row.cells.front().column;
+            head.endColumn = row.cells.back().column + 1;
+        }
+        rowFields(FieldWriter(m_target.begin(record::row)), head, row);
         m_target.finish();
     }
 
@@ -345,9 +288,8 @@ private:
 
     void writeHead(ByteWriter& data, int row, const Cell& cell) const
     {
-        data.u16(static_cast<std::uint16_t>(row));
-        data.u16(static_cast<std::uint16_t>(cell.column));
-        data.u16(cellFormat(cell.format));
+        const CellHead head{row, cell.column, cellFormat(cell.format)};
+        cellHeadFields(FieldWriter(data), head);
     }
 
     void writeCell(int row, const Cell& cell)
@@ -439,10 +381,7 @@ private:
         m_tokens.clear();
         writeFormula(formula, m_tokens, m_behind);
         m_data.clear();
-        m_data.u16(static_cast<std::uint16_t>(array.cells.firstRow));
-        m_data.u16(static_cast<std::uint16_t>(array.cells.lastRow));
-        m_data.u8(static_cast<std::uint8_t>(array.cells.firstColumn));
-        m_data.u8(static_cast<std::uint8_t>(array.cells.lastColumn));
+        shortAreaFields(FieldWriter(m_data), array.cells);
         m_data.u16(array.flags);
         m_data.u32(0);
         m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
@@ -473,21 +412,21 @@ private:
 
     void writeWindow()
     {
-        const KeptRecord* const kept = m_kept.find(record::window2);
-        const bool usable = kept != nullptr && kept->data.size() == window2Size;
-        const auto bytes = usable ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow));
+        const KeptRecord* const kept = m_kept.find(record::window2, window2Size);
+        const auto bytes =
+            kept != nullptr ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow));
         unsigned flags = ByteReader(bytes).u16() & ~(activeFlags | gridLinesFlag);
         if (!m_sheet.panes)
-            flags &= ~static_cast<unsigned>(frozenFlags);
-        else if (!usable)
+            flags &= ~unsigned{frozenFlags};
+        else if (kept == nullptr)
             flags |= frozenFlags;
         flags |= (m_isActive ? activeFlags : 0U) | (m_sheet.showGridLines ? gridLinesFlag : 0U);
         ByteWriter& data = m_target.begin(record::window2);
         const std::size_t start = data.size();
-        data.u16(static_cast<std::uint16_t>(flags));
-        data.bytes(bytes.subspan(2));
+        data.bytes(bytes);
+        putU16(data.view(), start, static_cast<std::uint16_t>(flags));
         for (const std::size_t zoom : {start + pageBreakZoomOffset, start + zoomOffset})
-            if (!isZoom(ByteReader(data.view().subspan(zoom)).u16()))
+            if (!isZoom(ByteReader(data.view(), zoom).u16()))
                 putU16(data.view(), zoom, 0);
         m_target.finish();
     }
@@ -499,60 +438,55 @@ private:
     {
         if (!m_sheet.panes)
             return;
-        const SheetPanes& panes = *m_sheet.panes;
         ByteWriter& data = m_target.begin(record::pane);
-        for (const std::uint16_t number : {panes.columns, panes.rows, panes.firstRow, panes.firstColumn})
-            data.u16(number);
-        data.u8(panes.active);
+        paneFields(FieldWriter(data), *m_sheet.panes);
         data.u8(0);
         m_target.finish();
     }
 
     void writeSelection()
     {
-        const auto clampRow = [](int row) { return static_cast<std::uint16_t>(std::clamp(row, 0, maxRows - 1)); };
-        const auto clampColumn = [](int column) {
-            return static_cast<std::uint8_t>(std::clamp(column, 0, maxColumns - 1));
+        const auto inSheet = [](const CellRect& area) {
+            return CellRect{std::clamp(area.firstRow, 0, maxRows - 1), std::clamp(area.firstColumn, 0, maxColumns - 1),
+                            std::clamp(area.lastRow, 0, maxRows - 1), std::clamp(area.lastColumn, 0, maxColumns - 1)};
         };
-        const SheetSelection& selection = m_sheet.selection;
-        const CellRect active{selection.active.row, selection.active.column, selection.active.row,
-                              selection.active.column};
-        const CellRect area = selection.area.contains(selection.active) ? selection.area : active;
-        ByteWriter& data = m_target.begin(record::selection);
-        data.u8(m_sheet.panes ? m_sheet.panes->active : wholeWindowPane);
-        data.u16(clampRow(selection.active.row));
-        data.u16(clampColumn(selection.active.column));
-        data.u16(0);
-        data.u16(1);
-        data.u16(clampRow(area.firstRow));
-        data.u16(clampRow(area.lastRow));
-        data.u8(clampColumn(area.firstColumn));
-        data.u8(clampColumn(area.lastColumn));
+        const auto& [cell, area] = m_sheet.selection;
+        const CellRect active = inSheet({cell.row, cell.column, cell.row, cell.column});
+        FieldWriter fields(m_target.begin(record::selection));
+        fields.u8(m_sheet.panes ? m_sheet.panes->active : wholeWindowPane);
+        fields.u16(active.firstRow);
+        fields.u16(active.firstColumn);
+        fields.u16(0);
+        fields.u16(1);
+        shortAreaFields(fields, area.contains(cell) ? inSheet(area) : active);
         m_target.finish();
     }
 
     void writeMergedCells()
     {
         const std::vector<CellRect> areas = withoutOverlaps(m_sheet.merged);
-        for (std::size_t first = 0; first < areas.size(); first += mostMergedInRecord) {
-            const auto part = std::span(areas).subspan(first, std::min(mostMergedInRecord, areas.size() - first));
+        for (std::size_t first = 0; first < areas.size(); first += maxMergedInRecord) {
+            const auto part = std::span(areas).subspan(first, std::min(maxMergedInRecord, areas.size() - first));
             ByteWriter& data = m_target.begin(record::mergedCells);
             data.u16(static_cast<std::uint16_t>(part.size()));
             for (const CellRect& area : part)
-                for (const int edge : {area.firstRow, area.lastRow, area.firstColumn, area.lastColumn})
-                    data.u16(static_cast<std::uint16_t>(edge));
+                areaFields(FieldWriter(data), area);
             m_target.finish();
         }
     }
 
-    void writeEnd() { m_target.write(record::eof, {}); }
+    std::uint16_t cellFormat(std::uint16_t format) const
+    {
+        const auto& formats = m_book.styles.formats;
+        return format < formats.size() && !formats[format].isStyle ? format : defaultCellFormat;
+    }
 
     const Book& m_book;
     const Sheet& m_sheet;
     bool m_isActive;
     const std::vector<std::uint32_t>& m_strings;
+    KeptRecords& m_kept;
     RecordWriter& m_target;
-    KeptRecords m_kept;
     std::vector<int> m_rows;       ///< that have a ROW record
     std::size_t m_indexOffset = 0; ///< of the place for the offset of DEFCOLWIDTH, those of the blocks behind it
     std::size_t m_nextString = 0;
@@ -561,7 +495,61 @@ private:
     ByteWriter m_data;
 };
 
-/// A sheet that is no worksheet goes out as it came, selected or not as this workbook says.
+// [MS-XLS] 2.1.7.20.5
+// clang-format off
+constexpr auto sheetPlaces = std::to_array<Place<SheetWriter>>({
+    {record::bof, &SheetWriter::writeBeginning},
+    {0x005E}, // UNCALCED
+    {record::index, &SheetWriter::writeIndex},
+    {0x000D, "\1\0"sv}, // CALCMODE
+    {record::iterationTurns, &SheetWriter::writeIterationTurns},
+    {0x000F, "\1\0"sv}, // CALCREFMODE
+    {record::iteration, &SheetWriter::writeIteration},
+    {record::iterationChange, &SheetWriter::writeIterationChange},
+    {0x005F, "\1\0"sv}, // CALCSAVERECALC
+    {record::printHeadings, &SheetWriter::writePrintMarks},
+    {0x002B}, // PRINTGRID
+    {0x0082, "\1\0"sv}, // GRIDSET
+    {record::gutters, &SheetWriter::writeGutters},
+    {record::defaultRowHeight, &SheetWriter::writeDefaultRowHeight},
+    {record::sheetSettings, &SheetWriter::writeSheetSettings},
+    {0x0097}, {0x0098}, // SYNC LPR
+    {record::rowBreaks, &SheetWriter::writeBreaks},
+    {0x001A}, // VERTICALPAGEBREAKS
+    {record::header, &SheetWriter::writeMargins},
+    {0x0015}, {0x0083}, {0x0084}, {0x0026}, {0x0027}, // FOOTER HCENTER VCENTER LEFTMARGIN RIGHTMARGIN
+    {0x0028}, {0x0029}, {0x004D}, // TOPMARGIN BOTTOMMARGIN PLS
+    {record::pageSetup, &SheetWriter::writeSetup},
+    {0x089C}, {0x00E9}, {0x0418}, {0x043C, Order::Mixed}, // HEADERFOOTER BKHIM BIGNAME CONTINUEBIGNAME
+    {0x0019}, {0x0012}, {0x00DD}, {0x0063}, // WINPROTECT PROTECT SCENARIOPROTECT OBJPROTECT
+    {0x0013}, // PASSWORD
+    {record::defaultColumnWidth, &SheetWriter::writeDefaultColumnWidth},
+    {record::columnInfo, &SheetWriter::writeColumns},
+    {0x00AE}, {0x00AF, Order::Mixed}, {0x0090}, {0x0895}, {0x009B}, // SCENMAN SCENARIO SORT SORTDATA FILTERMODE
+    {0x0874}, {0x009D}, {0x009E}, {0x087E, Order::Mixed}, // DROPDOWNOBJIDS AUTOFILTERINFO AUTOFILTER AUTOFILTER12
+    {record::dimensions, &SheetWriter::writeDimensions},
+    {record::row, &SheetWriter::writeRowBlocks},
+    {0x00D7}, {0x01C2}, {0x00EC}, {0x005D, Order::Mixed}, {0x01B6, Order::Mixed}, // DBCELL ENTEXU2 MSODRAWING OBJ TXO
+    {0x00ED, Order::Mixed}, {0x0866}, {0x001C}, {0x00B0}, {0x0050}, // MSODRAWINGSELECTION HFPICTURE NOTE SXVIEW DCON
+    {0x0051, Order::Mixed}, {0x0052, Order::Mixed}, {0x01B5, Order::Mixed}, // DCONREF DCONNAME DCONBIN
+    {record::window2, &SheetWriter::writeWindow},
+    {0x088B}, {0x00A0}, // PLV SCL
+    {record::pane, &SheetWriter::writePanes},
+    {record::selection, &SheetWriter::writeSelection},
+    {0x01AA}, {0x0099}, // USERSVIEWBEGIN DXGCOL
+    {record::mergedCells, &SheetWriter::writeMergedCells},
+    {0x015F}, {0x01AD}, {0x00DC, Order::Mixed}, {0x0802, Order::Mixed}, // LRNG QSI DBORPARAMQRY QSISXTAG
+    {0x00EF}, {0x01B0}, {0x01B1, Order::Mixed}, {0x0879, Order::Mixed}, // PHONETICINFO CONDFMT CF CONDFMT12
+    {0x087A, Order::Mixed}, {0x087B, Order::Mixed}, {0x01B8}, {0x0800, Order::Mixed}, // CF12 CFEX HLINK HLINKTOOLTIP
+    {0x01B2}, {0x01BE, Order::Mixed}, {0x01BA}, {0x0801}, {0x086C}, // DVAL DV CODENAME WEBPUB CELLWATCH
+    {0x0862}, {0x0867}, {0x0868, Order::Mixed}, {0x0871, Order::Mixed}, // SHEETEXT FEATHDR FEAT FEATHDR11
+    {0x0872, Order::Mixed}, {0x0878, Order::Mixed}, {0x0877, Order::Mixed}, // FEAT11 FEAT12 LIST12
+    {record::eof, ""sv},
+});
+// clang-format on
+constexpr auto sheetRanks = ranksOf(sheetPlaces);
+
+/// A sheet that is not a worksheet goes out as it came, selected or not as this workbook says.
 void writeKeptSheet(const Sheet& sheet, bool isActive, RecordWriter& target)
 {
     for (const KeptRecord& kept : sheet.kept) {
@@ -603,10 +591,11 @@ std::vector<std::uint32_t> collectStrings(const Sheet& sheet, SharedStringTable&
 void writeSheet(const Book& book, const Sheet& sheet, bool isActive, const std::vector<std::uint32_t>& strings,
                 RecordWriter& target)
 {
-    if (substreamType(sheet) == SubstreamType::Worksheet)
-        SheetWriter(book, sheet, isActive, strings, target).write();
-    else
-        writeKeptSheet(sheet, isActive, target);
+    if (substreamType(sheet) != SubstreamType::Worksheet)
+        return writeKeptSheet(sheet, isActive, target);
+    KeptRecords kept(sheet.kept, sheetRanks);
+    SheetWriter writer(book, sheet, isActive, strings, kept, target);
+    writePlaces<SheetWriter>(writer, sheetPlaces, kept, target);
 }
 
 } // namespace wagemill::engine::xls

@@ -2,7 +2,7 @@
 
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/RecordStream.h"
-#include "workbook/engine/xls/SharedStrings.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <cstddef>
 #include <cstdint>

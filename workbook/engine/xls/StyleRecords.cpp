@@ -5,22 +5,57 @@
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>
+#include <array>
 
 namespace wagemill::engine::xls {
 
 namespace {
 
 constexpr std::uint16_t missingFileFont = 4;
-constexpr std::uint16_t italicFlag = 0x02;
-constexpr std::uint16_t strikeoutFlag = 0x08;
-constexpr std::uint16_t otherFontFlags = 0xF0;
 constexpr ColorIndex lastFontColor = 0x51;
-constexpr std::size_t longestFontName = 31;
+constexpr std::size_t maxFontName = 31;
 
-/// `count` bits of `value` from bit `first` on.
-std::uint32_t bits(std::uint32_t value, unsigned first, unsigned count)
+void fontFields(auto form, auto& font)
 {
-    return value >> first & ((1U << count) - 1U);
+    form.u16(font.heightTwips);
+    form.bits16(Bits{1, 1, font.italic}, Bits{3, 1, font.strikeout}, Bits{4, 4, font.otherFlags});
+    form.u16(font.color);
+    form.u16(font.weight);
+    form.u16(font.superSubscript);
+    form.u8(font.underline);
+    form.u8(font.family);
+    form.u8(font.characterSet);
+    form.zeros(1);
+}
+
+void cellFormatFields(auto form, auto& format)
+{
+    form.u16(format.font);
+    form.u16(format.numberFormat);
+    form.bits16(Bits{0, 1, format.locked}, Bits{1, 1, format.hidden}, Bits{2, 1, format.isStyle},
+                Bits{3, 1, format.quotePrefix}, Bits{4, 12, format.parent});
+    form.bits8(Bits{0, 3, format.horizontal}, Bits{3, 1, format.wrap}, Bits{4, 3, format.vertical});
+    form.u8(format.rotation);
+    form.bits8(Bits{0, 4, format.indent}, Bits{4, 1, format.shrinkToFit}, Bits{6, 2, format.readingOrder});
+    form.u8(format.usedAttributes);
+    form.bits32(Bits{0, 4, format.left.style}, Bits{4, 4, format.right.style}, Bits{8, 4, format.top.style},
+                Bits{12, 4, format.bottom.style}, Bits{16, 7, format.left.color}, Bits{23, 7, format.right.color},
+                Bits{30, 2, format.diagonalDirections});
+    form.bits32(Bits{0, 7, format.top.color}, Bits{7, 7, format.bottom.color}, Bits{14, 7, format.diagonal.color},
+                Bits{21, 4, format.diagonal.style}, Bits{26, 6, format.fill.pattern});
+    form.bits16(Bits{0, 7, format.fill.patternColor}, Bits{7, 7, format.fill.backgroundColor});
+}
+
+void colorFields(auto form, auto& color)
+{
+    for (auto* const part : {&color.red, &color.green, &color.blue})
+        form.u8(*part);
+    form.zeros(1);
+}
+
+auto bordersOf(auto& format)
+{
+    return std::array{&format.left, &format.right, &format.top, &format.bottom, &format.diagonal};
 }
 
 bool isUnderline(std::uint8_t underline)
@@ -32,31 +67,8 @@ std::string shortenedFontName(const std::string& name)
 {
     std::u16string units = toUtf16(name);
     std::erase(units, u'\0');
-    units.resize(std::min(units.size(), longestFontName));
+    units.resize(std::min(units.size(), maxFontName));
     return units.empty() ? "Arial" : toUtf8(units);
-}
-
-Border border(std::uint32_t style, std::uint32_t color)
-{
-    if (style == 0 || style > static_cast<std::uint32_t>(BorderStyle::SlantDashDot))
-        return {};
-    return {static_cast<BorderStyle>(style),
-            color > windowBackgroundColor ? windowTextColor : static_cast<ColorIndex>(color)};
-}
-
-ColorIndex fillColor(std::uint32_t color, ColorIndex automatic)
-{
-    return color > windowBackgroundColor ? automatic : static_cast<ColorIndex>(color);
-}
-
-std::uint32_t styleBits(const Border& border)
-{
-    return static_cast<std::uint32_t>(border.style);
-}
-
-std::uint32_t colorBits(const Border& border)
-{
-    return border.style == BorderStyle::None ? 0U : border.color & 0x7FU;
 }
 
 } // namespace
@@ -76,22 +88,17 @@ std::uint16_t fileIndexOfFont(std::uint16_t font)
 Font readFont(ByteReader& source)
 {
     Font font;
-    font.heightTwips = std::clamp<std::uint16_t>(source.u16(), 20, 8191);
-    const std::uint16_t flags = source.u16();
-    font.italic = (flags & italicFlag) != 0;
-    font.strikeout = (flags & strikeoutFlag) != 0;
-    font.otherFlags = static_cast<std::uint8_t>(flags & otherFontFlags);
-    const ColorIndex color = source.u16();
-    font.color = color <= lastFontColor ? color : automaticFontColor;
-    font.weight = std::clamp<std::uint16_t>(source.u16(), 100, 1000);
-    const std::uint16_t script = source.u16();
-    font.superSubscript = script <= 2 ? script : std::uint16_t{0};
-    const std::uint8_t underline = source.u8();
-    font.underline = isUnderline(underline) ? underline : std::uint8_t{0};
-    const std::uint8_t family = source.u8();
-    font.family = family <= 5 ? family : std::uint8_t{0};
-    font.characterSet = source.u8();
-    source.skip(1);
+    fontFields(FieldReader(source), font);
+    font.heightTwips = std::clamp<std::uint16_t>(font.heightTwips, 20, 8191);
+    font.weight = std::clamp<std::uint16_t>(font.weight, 100, 1000);
+    if (font.color > lastFontColor)
+        font.color = automaticFontColor;
+    if (font.superSubscript > 2)
+        font.superSubscript = 0;
+    if (!isUnderline(font.underline))
+        font.underline = 0;
+    if (font.family > 5)
+        font.family = 0;
     font.name = shortenedFontName(readShortString(source));
     return font;
 }
@@ -99,16 +106,7 @@ Font readFont(ByteReader& source)
 void writeFont(RecordWriter& target, const Font& font)
 {
     ByteWriter& data = target.begin(record::font);
-    data.u16(font.heightTwips);
-    data.u16(static_cast<std::uint16_t>((font.italic ? italicFlag : 0) | (font.strikeout ? strikeoutFlag : 0) |
-                                        (font.otherFlags & otherFontFlags)));
-    data.u16(font.color);
-    data.u16(font.weight);
-    data.u16(font.superSubscript);
-    data.u8(font.underline);
-    data.u8(font.family);
-    data.u8(font.characterSet);
-    data.u8(0);
+    fontFields(FieldWriter(data), font);
     writeShortString(data, font.name);
     target.finish();
 }
@@ -116,63 +114,38 @@ void writeFont(RecordWriter& target, const Font& font)
 CellFormat readCellFormat(ByteReader& source)
 {
     CellFormat format;
-    format.font = fontOfFileIndex(source.u16());
-    format.numberFormat = source.u16();
-    const std::uint16_t flags = source.u16();
-    format.locked = bits(flags, 0, 1) != 0;
-    format.hidden = bits(flags, 1, 1) != 0;
-    format.isStyle = bits(flags, 2, 1) != 0;
-    format.quotePrefix = !format.isStyle && bits(flags, 3, 1) != 0;
-    format.parent = static_cast<std::uint16_t>(bits(flags, 4, 12));
-    const std::uint8_t alignment = source.u8();
-    format.horizontal = static_cast<HorizontalAlignment>(bits(alignment, 0, 3));
-    format.wrap = bits(alignment, 3, 1) != 0;
-    const std::uint32_t vertical = bits(alignment, 4, 3);
-    format.vertical = vertical <= 4 ? static_cast<VerticalAlignment>(vertical) : VerticalAlignment::Bottom;
-    const std::uint8_t rotation = source.u8();
-    format.rotation = rotation <= 180 || rotation == 255 ? rotation : std::uint8_t{0};
-    const std::uint8_t indentation = source.u8();
-    format.indent = static_cast<std::uint8_t>(bits(indentation, 0, 4));
-    format.shrinkToFit = bits(indentation, 4, 1) != 0;
-    const std::uint32_t readingOrder = bits(indentation, 6, 2);
-    format.readingOrder = readingOrder <= 2 ? static_cast<std::uint8_t>(readingOrder) : std::uint8_t{0};
-    format.usedAttributes = static_cast<std::uint8_t>(source.u8() & 0xFCU);
-    const std::uint32_t sides = source.u32();
-    format.left = border(bits(sides, 0, 4), bits(sides, 16, 7));
-    format.right = border(bits(sides, 4, 4), bits(sides, 23, 7));
-    format.diagonalDirections = static_cast<std::uint8_t>(bits(sides, 30, 2));
-    const std::uint32_t rest = source.u32();
-    format.top = border(bits(sides, 8, 4), bits(rest, 0, 7));
-    format.bottom = border(bits(sides, 12, 4), bits(rest, 7, 7));
-    format.diagonal = border(bits(rest, 21, 4), bits(rest, 14, 7));
-    const std::uint32_t pattern = bits(rest, 26, 6);
-    format.fill.pattern = pattern <= 18 ? static_cast<std::uint8_t>(pattern) : std::uint8_t{0};
-    const std::uint16_t colors = source.u16();
-    format.fill.patternColor = fillColor(bits(colors, 0, 7), windowTextColor);
-    format.fill.backgroundColor = fillColor(bits(colors, 7, 7), windowBackgroundColor);
+    cellFormatFields(FieldReader(source), format);
+    format.font = fontOfFileIndex(format.font);
+    format.quotePrefix = format.quotePrefix && !format.isStyle;
+    if (format.vertical > VerticalAlignment::Distributed)
+        format.vertical = VerticalAlignment::Bottom;
+    if (format.rotation > 180 && format.rotation != 255)
+        format.rotation = 0;
+    if (format.readingOrder > 2)
+        format.readingOrder = 0;
+    format.usedAttributes &= 0xFC;
+    for (Border* const border : bordersOf(format))
+        if (border->style == BorderStyle::None || border->style > BorderStyle::SlantDashDot)
+            *border = {};
+        else if (border->color > windowBackgroundColor)
+            border->color = windowTextColor;
+    if (format.fill.pattern > 18)
+        format.fill.pattern = 0;
+    if (format.fill.patternColor > windowBackgroundColor)
+        format.fill.patternColor = windowTextColor;
+    if (format.fill.backgroundColor > windowBackgroundColor)
+        format.fill.backgroundColor = windowBackgroundColor;
     return format;
 }
 
-void writeCellFormat(RecordWriter& target, const CellFormat& format)
+void writeCellFormat(RecordWriter& target, CellFormat format)
 {
-    ByteWriter& data = target.begin(record::extendedFormat);
-    data.u16(fileIndexOfFont(format.font));
-    data.u16(format.numberFormat);
-    data.u16(static_cast<std::uint16_t>((format.locked ? 1 : 0) | (format.hidden ? 2 : 0) | (format.isStyle ? 4 : 0) |
-                                        (format.quotePrefix && !format.isStyle ? 8 : 0) | format.parent << 4));
-    data.u8(static_cast<std::uint8_t>(static_cast<unsigned>(format.horizontal) | (format.wrap ? 8U : 0U) |
-                                      static_cast<unsigned>(format.vertical) << 4U));
-    data.u8(format.rotation);
-    data.u8(static_cast<std::uint8_t>((format.indent & 0xFU) | (format.shrinkToFit ? 0x10U : 0U) |
-                                      static_cast<unsigned>(format.readingOrder) << 6U));
-    data.u8(format.usedAttributes);
-    data.u32(styleBits(format.left) | styleBits(format.right) << 4U | styleBits(format.top) << 8U |
-             styleBits(format.bottom) << 12U | colorBits(format.left) << 16U | colorBits(format.right) << 23U |
-             static_cast<std::uint32_t>(format.diagonalDirections) << 30U);
-    data.u32(colorBits(format.top) | colorBits(format.bottom) << 7U | colorBits(format.diagonal) << 14U |
-             styleBits(format.diagonal) << 21U | static_cast<std::uint32_t>(format.fill.pattern) << 26U);
-    data.u16(
-        static_cast<std::uint16_t>((format.fill.patternColor & 0x7FU) | (format.fill.backgroundColor & 0x7FU) << 7U));
+    format.font = fileIndexOfFont(format.font);
+    format.quotePrefix = format.quotePrefix && !format.isStyle;
+    for (Border* const border : bordersOf(format))
+        if (border->style == BorderStyle::None)
+            border->color = 0;
+    cellFormatFields(FieldWriter(target.begin(record::extendedFormat)), format);
     target.finish();
 }
 
@@ -187,13 +160,8 @@ void readPalette(ByteReader& source, StyleTable& styles)
 {
     const std::size_t colors = std::min<std::size_t>(source.u16(), styles.palette.size());
     const auto before = styles.palette;
-    for (std::size_t index = 0; index < colors; ++index) {
-        Rgb& color = styles.palette[index];
-        color.red = source.u8();
-        color.green = source.u8();
-        color.blue = source.u8();
-        source.skip(1);
-    }
+    for (Rgb& color : std::span(styles.palette).first(colors))
+        colorFields(FieldReader(source), color);
     styles.ownPalette = styles.palette != before;
 }
 
@@ -201,12 +169,8 @@ void writePalette(RecordWriter& target, const StyleTable& styles)
 {
     ByteWriter& data = target.begin(record::palette);
     data.u16(static_cast<std::uint16_t>(styles.palette.size()));
-    for (const Rgb& color : styles.palette) {
-        data.u8(color.red);
-        data.u8(color.green);
-        data.u8(color.blue);
-        data.u8(0);
-    }
+    for (const Rgb& color : styles.palette)
+        colorFields(FieldWriter(data), color);
     target.finish();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/base/Bytes.h"
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/xls/RecordStream.h"
 
@@ -19,7 +18,7 @@ void writeFont(RecordWriter& target, const Font& font);
 
 /// XF ([MS-XLS] 2.4.353); values that the format does not know become the plain ones.
 CellFormat readCellFormat(ByteReader& source);
-void writeCellFormat(RecordWriter& target, const CellFormat& format);
+void writeCellFormat(RecordWriter& target, CellFormat format);
 
 /// Whether the file may define a number format of that identifier ([MS-XLS] 2.4.126).
 bool isWrittenNumberFormat(std::uint16_t identifier);
