@@ -34,7 +34,7 @@ wagemill::Form1Setup productionSetup(std::int16_t employees)
 {
     using namespace wagemill;
     BuildServices build;
-    build.formats = userRegionalFormats();
+    build.formats = regionalFormatsOf(userLocale());
     build.spreadsheet = spreadsheetPlatform(build.formats);
     build.templateResource = [] { return customResource(payrollTemplateResource); };
     build.randomNumber = randomWholeNumber;

@@ -1,7 +1,6 @@
 #include "bench/PayrollJob.h"
 
 #include "app/base/Files.h"
-#include "entry/SampleData.h"
 #include "resources/CustomResource.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
@@ -31,7 +30,7 @@ constexpr double now = 46119.5;
 EmployeeRow employee(int number)
 {
     EmployeeRow row;
-    std::ranges::copy(sampleRow, row.texts.begin());
+    std::ranges::transform(rowFields, row.texts.begin(), &RowField::sample);
     row.texts[employeeIdField] = "E" + std::to_string(1000 + number);
     row.texts[rowFieldIndex("txtName")] = "Employee Number " + std::to_string(number);
     row.texts[rowFieldIndex("txtHourlyWage")] = "$" + std::to_string(10 + number % 40) + ".25";
@@ -44,18 +43,20 @@ void type(engine::Book& book, std::size_t sheet, engine::CellAddress cell, std::
     engine::enterText(book, sheet, cell, text, {}, today);
 }
 
-void fillSheet(engine::Book& book, std::size_t sheet, std::uint8_t RowField::*column, int row, const EmployeeRow& texts)
+void fillSheet(engine::Book& book, std::size_t sheet, std::uint8_t FieldColumns::*column, int row,
+               const EmployeeRow& texts)
 {
     for (std::size_t index = 0; index < rowFields.size(); ++index)
-        if (const RowField& field = rowFields[index]; field.*column != 0)
-            type(book, sheet, {row, field.*column - 1}, texts.texts[index] + (field.isRate ? "%" : ""));
+        if (const RowField& field = rowFields[index]; field.columns.*column != 0)
+            type(book, sheet, {row, field.columns.*column - 1},
+                 texts.texts[index] + (field.kind == FieldKind::Rate ? "%" : ""));
 }
 
 } // namespace
 
 PayrollData payroll(int employees)
 {
-    PayrollData data{{std::string(sampleCompanyName), "3/31/2026"}, {}};
+    PayrollData data{{"ACME Inc", "3/31/2026"}, {}};
     for (int number = 0; number < employees; ++number)
         data.rows.push_back(employee(number));
     return data;
@@ -67,8 +68,8 @@ void fill(engine::Book& book, const PayrollData& payroll)
     for (int index = 0; index < static_cast<int>(payroll.rows.size()); ++index) {
         const EmployeeRow& row = payroll.rows[static_cast<std::size_t>(index)];
         const int stub = firstStubRow + index * stubHeight;
-        fillSheet(book, informationSheet, &RowField::informationColumn, firstSummaryRow + index, row);
-        fillSheet(book, calculatorSheet, &RowField::calculatorColumn, firstSummaryRow + index, row);
+        fillSheet(book, informationSheet, &FieldColumns::sheet1, firstSummaryRow + index, row);
+        fillSheet(book, calculatorSheet, &FieldColumns::sheet2, firstSummaryRow + index, row);
         type(book, calculatorSheet, periodEndingCell, payroll.header.periodEnding);
         stubs.copyRows(firstStubRow, lastStubRow, stub);
         type(book, stubSheet, {stub, companyColumn}, payroll.header.companyName);

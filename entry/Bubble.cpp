@@ -1,6 +1,6 @@
 #include "entry/Bubble.h"
 
-#include <QAccessibleWidget>
+#include "app/look/Controls.h"
 
 #include <algorithm>
 
@@ -11,19 +11,11 @@ namespace {
 constexpr int shownMilliseconds = 15'000;
 constexpr int charactersInLine = 60;
 
-/// Makes a screen reader speak as soon as the bubble appears, which it does not for a label.
-QAccessibleInterface* accessibleBubble(const QString& className, QObject* object)
-{
-    if (className != QLatin1String(Bubble::staticMetaObject.className()))
-        return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Notification);
-}
-
 } // namespace
 
 Bubble::Bubble(QWidget& about) : QLabel(about.window()), m_about(about)
 {
-    QAccessible::installFactory(accessibleBubble); // once, however often it is asked
+    setAccessibleRole<Bubble, QAccessible::Notification>(); // spoken as soon as it appears, which a label is not
     setObjectName(QStringLiteral("Bubble"));
     setFont(about.font());
     setTextFormat(Qt::PlainText);
@@ -43,7 +35,7 @@ void Bubble::say(const QString& text)
 {
     setText(text);
     // After the focus has moved on, which makes a screen reader break off what it says.
-    QMetaObject::invokeMethod(this, "appear", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &Bubble::appear, Qt::QueuedConnection);
 }
 
 void Bubble::appear()
@@ -75,11 +67,6 @@ void Bubble::placeBelow()
     const QPoint corner = m_about.mapTo(window(), QPoint(m_about.width() - width, m_about.height() + 1));
     setGeometry(std::clamp(corner.x(), 0, room.width() - width), std::clamp(corner.y(), 0, room.height() - height),
                 width, height);
-}
-
-void Bubble::mousePressEvent(QMouseEvent* /*event*/)
-{
-    withdraw();
 }
 
 } // namespace wagemill

@@ -19,10 +19,10 @@ public:
     void withdraw();
 
 protected:
-    void mousePressEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* /*event*/) override { withdraw(); }
 
 private:
-    Q_INVOKABLE void appear();
+    void appear();
     void placeBelow();
 
     QWidget& m_about;

@@ -3,7 +3,6 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Messages.h"
 #include "app/base/text/NumberText.h"
-#include "entry/SettingsNames.h"
 #include "settings/Settings.h"
 
 #include <QGridLayout>
@@ -18,31 +17,16 @@ namespace wagemill {
 
 namespace {
 
-/// Fields that belong together stand together. Side by side, both columns have their gaps at the same height.
-constexpr std::size_t fieldsInFirstColumn = 9;
-constexpr auto groupEnds = std::to_array<std::string_view>(
-    {"txtName", "txtFedAllowance", "txtMedicareTax", "txtOtherRegDeduction", "txtSickHours"});
-
-bool endsGroup(const RowField& field)
-{
-    return std::ranges::find(groupEnds, field.name) != groupEnds.end();
-}
-
 QString arrayName(std::string_view control, std::int16_t row)
 {
-    return QString::fromUtf8(control.data(), static_cast<qsizetype>(control.size())) + QString("(%1)").arg(row);
-}
-
-QString qtText(std::string_view text)
-{
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    return QString::fromUtf8(control) + QString("(%1)").arg(row);
 }
 
 } // namespace
 
 EmployeePanel::EmployeePanel(std::int16_t row, std::int16_t rows, const EntryMetrics& metrics, RegionalFormats formats,
-                             QWidget* parent)
-    : QFrame(parent), m_row(row), m_formats(std::move(formats))
+                             StoreText storeText, QWidget* parent)
+    : QFrame(parent), m_row(row), m_formats(std::move(formats)), m_storeText(std::move(storeText))
 {
     setObjectName(arrayName("picMainContainer", row));
     auto* const serialNumber = new QLabel(QString("Serial Number : %1").arg(row + 1), this);
@@ -66,23 +50,23 @@ QGridLayout* EmployeePanel::fieldGrid(const EntryMetrics& metrics)
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(metrics.smallGap());
     grid->setVerticalSpacing(metrics.line / 3);
+    if (metrics.columns == 2)
+        grid->setColumnMinimumWidth(2, metrics.columnGap() - metrics.smallGap()); // one gap is between columns anyway
     int line = 0;
     int column = 0;
     for (std::size_t index = 0; index < rowFields.size(); ++index) {
-        if (metrics.columns == 2 && index == fieldsInFirstColumn) {
-            line = 0;
-            column = 3;
-            grid->setColumnMinimumWidth(2,
-                                        metrics.columnGap() - metrics.smallGap()); // one gap is between columns anyway
-        }
         QLabel* const label = makeLabel(index, metrics);
         EntryField* const field = makeField(index, metrics);
         label->setBuddy(field);
         grid->addWidget(label, line, column, Qt::AlignVCenter);
         grid->addWidget(field, line, column + 1, Qt::AlignVCenter);
         ++line;
-        if (endsGroup(rowFields[index]))
+        if (rowFields[index].gap != Gap::None)
             grid->setRowMinimumHeight(line++, metrics.groupGap());
+        if (rowFields[index].gap == Gap::Column && metrics.columns == 2) {
+            line = 0;
+            column = 3;
+        }
     }
     grid->setRowStretch(grid->rowCount(), 1);
     return grid;
@@ -90,7 +74,7 @@ QGridLayout* EmployeePanel::fieldGrid(const EntryMetrics& metrics)
 
 QLabel* EmployeePanel::makeLabel(std::size_t index, const EntryMetrics& metrics)
 {
-    auto* const label = new QLabel(qtText(rowFields[index].caption), this);
+    auto* const label = new QLabel(QString::fromUtf8(rowFields[index].caption), this);
     label->setObjectName(arrayName("lbl" + std::to_string(index + 1), m_row));
     label->setWordWrap(true);
     label->setFixedWidth(metrics.labelWidth);
@@ -107,7 +91,7 @@ EntryField* EmployeePanel::makeField(std::size_t index, const EntryMetrics& metr
 
     connect(field, &QLineEdit::textChanged, this, [this, index] { handleEvent([&] { store(index); }); });
     if (description.kind != FieldKind::FreeText) {
-        field->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter); // figures in Arabic too
+        field->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter); // numbers in Arabic too
         field->setLeaveCheck([this, index] { return validate(index); });
         field->setDecimalSeparator(QString::fromStdString(m_formats.decimalSeparator));
     }
@@ -126,17 +110,24 @@ void EmployeePanel::refill(std::size_t index)
 {
     const RowField& description = rowFields[index];
     const std::string stored =
-        GetSetting(settingsApplication, settingsSection, rowFieldKey(description, m_row), description.fallback);
+        GetSetting(settingsApplication, settingsSection, rowFieldKey(description, m_row), description.fallback());
     const bool isMoney = description.kind == FieldKind::Currency;
-    if (isMoney && !isNumericText(stored, m_formats))
-        throw std::runtime_error((m_row == 0
-                                      ? "The stored \"" + std::string(description.caption) + "\" cannot be shown: "
-                                      : std::string()) + // the report of the others names the field
-                                 "\"" +
-                                 stored + "\" is not a number.");
+    if (isMoney && !isNumericText(stored, m_formats)) {
+        const std::string caption(description.caption); // the report of the other employees names the field itself
+        throw std::runtime_error((m_row == 0 ? "The stored \"" + caption + "\" cannot be shown: \"" : "\"") + stored +
+                                 "\" is not a number.");
+    }
     m_fields[index]->refillText(QString::fromStdString(isMoney ? currencyTextOf(stored, m_formats) : stored));
-    if (m_row == 0 || stored != description.fallback) // rows that were never filled would cost a first start seconds
+    if (m_row == 0 || stored != description.fallback()) // rows that were never filled would cost a first start seconds
         store(index);
+}
+
+void EmployeePanel::assignSample(std::size_t index)
+{
+    const RowField& field = rowFields[index];
+    assign(index, field.kind == FieldKind::Currency
+                      ? currencyText(readNumber(field.sample, {}).value().number, m_formats)
+                      : std::string(field.sample));
 }
 
 void EmployeePanel::assign(std::size_t index, const std::string& text)
@@ -147,8 +138,7 @@ void EmployeePanel::assign(std::size_t index, const std::string& text)
 
 void EmployeePanel::store(std::size_t index)
 {
-    SaveSetting(settingsApplication, settingsSection, rowFieldKey(rowFields[index], m_row),
-                m_fields[index]->text().toStdString());
+    m_storeText(rowFieldKey(rowFields[index], m_row), m_fields[index]->text());
 }
 
 bool EmployeePanel::validate(std::size_t index)

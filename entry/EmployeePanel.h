@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 class QGridLayout;
@@ -16,35 +17,40 @@ class QLabel;
 
 namespace wagemill {
 
+/// Stores a text at once. Throws when it cannot be stored.
+using StoreText = std::function<void(const std::string& key, const QString& text)>;
+
 /// The label and the 17 fields of one employee row. Every change of a field goes to the settings store at once.
 class EmployeePanel : public QFrame {
 public:
     /// row   index of the employee, from 0
     /// rows  employees in all
     EmployeePanel(std::int16_t row, std::int16_t rows, const EntryMetrics& metrics, RegionalFormats formats,
-                  QWidget* parent);
+                  StoreText storeText, QWidget* parent);
 
     std::int16_t row() const { return m_row; }
-    EntryField& field(std::size_t index) { return *m_fields.at(index); }
     const std::array<EntryField*, rowFields.size()>& fields() const { return m_fields; }
     EmployeeRow texts() const;
 
     /// Fills one field from the store, money in currency form. Throws when the store cannot be read or written, or when
     /// the stored money is not a number: the field then keeps its text.
     void refill(std::size_t index);
-    /// Puts a text into a field as a change of the user would: the text is stored at once. Throws when it cannot be.
-    void assign(std::size_t index, const std::string& text);
+    /// Puts the example into a field as the user would see it after typing it. Throws when it cannot be stored.
+    void assignSample(std::size_t index);
 
 private:
     QGridLayout* fieldGrid(const EntryMetrics& metrics);
     QLabel* makeLabel(std::size_t index, const EntryMetrics& metrics);
     EntryField* makeField(std::size_t index, const EntryMetrics& metrics);
+    /// As a change of the user would: the text is stored at once.
+    void assign(std::size_t index, const std::string& text);
     void store(std::size_t index);
     /// Checks and tidies the number before the focus leaves. False when it is not one and the user has been told.
     bool validate(std::size_t index);
 
     std::int16_t m_row;
     RegionalFormats m_formats;
+    StoreText m_storeText;
     std::array<EntryField*, rowFields.size()> m_fields = {};
 };
 

@@ -1,28 +1,12 @@
 #include "entry/EntryArea.h"
 
-#include <QAccessibleWidget>
+#include "app/look/Controls.h"
+
 #include <QApplication>
 #include <QLayout>
 #include <QScrollBar>
 
 namespace wagemill {
-
-namespace {
-
-/// What a screen reader is told of a scroll area. Qt's own ends the program when it is asked for a child beyond the
-/// last, as happens when a scroll bar has gone since the children were counted.
-class AreaToScreenReaders : public QAccessibleWidget {
-public:
-    explicit AreaToScreenReaders(QWidget* area) : QAccessibleWidget(area, QAccessible::Client) {}
-};
-
-QAccessibleInterface* areaToScreenReaders(const QString& className, QObject* object)
-{
-    return className == QStringLiteral("QScrollArea") ? new AreaToScreenReaders(static_cast<QWidget*>(object))
-                                                      : nullptr;
-}
-
-} // namespace
 
 EntryArea::EntryArea(QWidget* content, QWidget* parent) : QScrollArea(parent)
 {
@@ -31,7 +15,9 @@ EntryArea::EntryArea(QWidget* content, QWidget* parent) : QScrollArea(parent)
     content->layout()->setSizeConstraint(QLayout::SetFixedSize);
     setAlignment(Qt::AlignCenter);
     setWidget(content);
-    QAccessible::installFactory(areaToScreenReaders);
+    // Qt's own interface to screen readers ends the program when it is asked for a child beyond the last, as happens
+    // when a scroll bar has gone since the children were counted.
+    setAccessibleRole<QScrollArea, QAccessible::Client>();
     content->setAutoFillBackground(false); // the window's own background shows
     viewport()->setAutoFillBackground(false);
     horizontalScrollBar()->setAccessibleName(QStringLiteral("Scroll the window left and right"));

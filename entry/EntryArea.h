@@ -7,8 +7,6 @@ namespace wagemill {
 /// Holds the content of the entry window, centred where there is room for more. Where the screen is too small for it
 /// the content scrolls, and the control that has the focus is kept in view.
 class EntryArea : public QScrollArea {
-    Q_OBJECT
-
 public:
     EntryArea(QWidget* content, QWidget* parent);
 

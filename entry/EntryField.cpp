@@ -22,8 +22,8 @@ constexpr int besideText = 2; ///< pixels that a line edit leaves free on either
 /// Whether the focus moves within the program, not because a window or menu came or went.
 bool isOwnMove(Qt::FocusReason reason)
 {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::MouseFocusReason ||
-           reason == Qt::ShortcutFocusReason || reason == Qt::OtherFocusReason;
+    return reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason &&
+           reason != Qt::MenuBarFocusReason && reason != Qt::NoFocusReason;
 }
 
 /// Whether the event is a key, or what an input method makes of keys. Shift, Ctrl and their like alone are none.
@@ -73,7 +73,7 @@ void EntryField::refillText(const QString& text)
 {
     const QSignalBlocker blocker(this);
     setText(text);
-    showBeginning();
+    home(false);
 }
 
 void EntryField::replaceText(const QString& text)
@@ -83,11 +83,6 @@ void EntryField::replaceText(const QString& text)
     const QSignalBlocker blocker(this);
     selectAll();
     insert(text);
-    showBeginning();
-}
-
-void EntryField::showBeginning()
-{
     home(false);
 }
 
@@ -125,7 +120,7 @@ void EntryField::focusOutEvent(QFocusEvent* event)
 {
     QLineEdit::focusOutEvent(event);
     if (isOwnMove(event->reason()))
-        showBeginning();
+        home(false);
 }
 
 void EntryField::keyPressEvent(QKeyEvent* event)

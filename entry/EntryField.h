@@ -15,7 +15,7 @@ class EntryField : public QLineEdit {
 public:
     explicit EntryField(QWidget* parent = nullptr);
 
-    /// check  answers whether the focus may leave, and has told the user when it may not; none: it always may
+    /// check  answers whether the focus may leave, and has told the user if not; without one it always may
     void setLeaveCheck(std::function<bool()> check) { m_leaveCheck = std::move(check); }
     bool mayLeave() const { return !m_leaveCheck || m_leaveCheck(); }
     /// The decimal key of the keypad enters `separator`, whatever is printed on it; empty: what the keyboard says.
@@ -40,7 +40,6 @@ protected:
 
 private:
     bool isCut() const;
-    void showBeginning();
 
     std::function<bool()> m_leaveCheck;
     QString m_decimalSeparator;
@@ -51,8 +50,6 @@ private:
 /// at all; whatever else moves the focus, or presses a button, asks by itself. Lives as long as the window that is its
 /// parent.
 class LeaveGuard : public QObject {
-    Q_OBJECT
-
 public:
     explicit LeaveGuard(QWidget* window);
 

@@ -19,7 +19,7 @@ EntryMetrics entryMetrics(const QFontMetrics& font, int availableWidth)
 {
     EntryMetrics metrics;
     metrics.line = font.height();
-    metrics.labelWidth = font.horizontalAdvance(QString::fromLatin1(longestUnbrokenCaption.data())) + 2;
+    metrics.labelWidth = font.horizontalAdvance(QString::fromUtf8(longestUnbrokenCaption)) + 2;
     metrics.fieldWidth = font.averageCharWidth() * charactersInField;
     if (2 * metrics.columnWidth() + metrics.columnGap() + linesOfFrames * metrics.line > availableWidth)
         metrics.columns = 1;

@@ -8,7 +8,7 @@ namespace wagemill {
 /// larger letters get the room they need.
 struct EntryMetrics {
     int line = 0;       ///< height of a line of text: the measure of margins and gaps
-    int labelWidth = 0; ///< every caption but the longest stands on one line
+    int labelWidth = 0; ///< every caption but the longest is on one line
     int fieldWidth = 0;
     int columns = 2; ///< of fields side by side; 1 where two would be wider than the screen
 

@@ -2,21 +2,14 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
-#include "app/look/DrawingLock.h"
-#include "app/look/Look.h"
-#include "app/look/PushButton.h"
-#include "app/look/ScrollBar.h"
-#include "app/look/WindowPlace.h"
+#include "app/look/Controls.h"
 #include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
 #include "entry/EntryField.h"
 #include "entry/RefillReport.h"
-#include "entry/SampleData.h"
-#include "entry/SettingsNames.h"
 #include "help/HelpMessage.h"
 #include "preview/Form2.h"
-#include "preview/LoadPicture.h"
 #include "settings/Settings.h"
 
 #include <QApplication>
@@ -25,10 +18,10 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
-#include <QTimer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -44,20 +37,20 @@ constexpr float rowGapTwips = 120;
 constexpr float twipsPerPixel = 15;
 constexpr QSize roomForFrame(8, 40); ///< what the window manager puts around a window
 
-template <typename Widget>
-Widget* named(Widget* widget, const char* name)
-{
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
-
-} // namespace
-
+/// Top edge of the strip in twips, so that the panel of row `value` is at the top of the viewport.
 float stripTop(float panelHeight, std::int16_t value)
 {
     const auto negated = static_cast<std::int16_t>(-value);
     return (panelHeight + rowGapTwips) * static_cast<float>(negated);
 }
+
+/// The last day of the month before `today`.
+CalendarDate samplePeriodEnding(CalendarDate today)
+{
+    return dateFromDaysSinceEpoch(daysSinceEpoch({today.year, today.month, 1}) - 1);
+}
+
+} // namespace
 
 Form1::Form1(Form1Setup setup)
     : m_setup(std::move(setup)), m_pointer(new WindowPointer(*this)), m_leaveGuard(new LeaveGuard(this))
@@ -66,15 +59,17 @@ Form1::Form1(Form1Setup setup)
     applyDesignFont(*this);
     keepPlace(*this);
     m_metrics = entryMetrics(fontMetrics(), screen()->availableSize().width());
+    m_retry.setInterval(std::chrono::seconds(1));
+    connect(&m_retry, &QTimer::timeout, this, [this] {
+        if (retrySettings().empty())
+            m_retry.stop();
+    });
     layOut();
     connectHandlers();
     setKeys();
     Form_Load();
     placeRows(); // the skin has changed the sizes
     resize(m_area->sizeWithin(screen()->availableSize() - roomForFrame));
-    auto* const secondChance = new QTimer(this);
-    connect(secondChance, &QTimer::timeout, this, &retrySettings);
-    secondChance->start(std::chrono::seconds(1));
     txtCompanyName->setFocus();
 }
 
@@ -82,7 +77,7 @@ Form1::~Form1() = default;
 
 void Form1::layOut()
 {
-    auto* const content = new QWidget;
+    auto* const content = new QWidget(this);
     auto* const column = new QVBoxLayout(content);
     column->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.line);
     column->setSpacing(m_metrics.groupGap());
@@ -93,41 +88,45 @@ void Form1::layOut()
     auto* const whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(m_area);
-    setTabOrder();
 }
 
 /// Its fields end where those of the employee end.
 QGroupBox* Form1::headerFrame()
 {
     Frame1 = named(new QGroupBox(QStringLiteral("Header Details"), this), "Frame1");
-    auto* const companyLabel = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");
+    auto* const company = named(new QLabel(QStringLiteral("Company Name:"), Frame1), "Label1");
     txtCompanyName = named(new EntryField(Frame1), "txtCompanyName");
-    txtCompanyName->setFixedWidth(m_metrics.columnWidth() - m_metrics.smallGap() - companyLabel->sizeHint().width());
-    companyLabel->setBuddy(txtCompanyName);
-    auto* const dateLabel = named(new QLabel(QStringLiteral("Period ending:"), Frame1), "Label2");
-    dateLabel->setFixedWidth(m_metrics.labelWidth);
+    txtCompanyName->setFixedWidth(m_metrics.columnWidth() - m_metrics.smallGap() - company->sizeHint().width());
+    auto* const date = named(new QLabel(QStringLiteral("Period ending:"), Frame1), "Label2");
+    date->setFixedWidth(m_metrics.labelWidth);
     dtPeriodEnding = named(new DatePicker(m_setup.build.formats, m_setup.today, Frame1), "dtPeriodEnding");
     dtPeriodEnding->setFixedWidth(m_metrics.fieldWidth);
-    dateLabel->setBuddy(dtPeriodEnding);
 
-    auto* const company = new QHBoxLayout;
-    company->setSpacing(m_metrics.smallGap());
-    company->addWidget(companyLabel);
-    company->addWidget(txtCompanyName);
-    auto* const date = new QHBoxLayout;
-    date->setSpacing(m_metrics.smallGap());
-    date->addWidget(dateLabel);
-    date->addWidget(dtPeriodEnding);
-    auto* const both =
-        new QBoxLayout(m_metrics.columns == 2 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, Frame1);
+    QBoxLayout* const both = besideEachOther(Frame1);
     both->setContentsMargins(2 * m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.line, m_metrics.groupGap());
     both->setSpacing(m_metrics.columns == 2 ? m_metrics.columnGap() : m_metrics.smallGap());
-    for (QHBoxLayout* part : {company, date}) {
-        part->addStretch(1);
-        both->addLayout(part);
-    }
+    both->addLayout(line(company, txtCompanyName));
+    both->addLayout(line(date, dtPeriodEnding));
     both->addStretch(1);
     return Frame1;
+}
+
+/// A caption and its field.
+QHBoxLayout* Form1::line(QLabel* label, EntryField* field) const
+{
+    label->setBuddy(field);
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(m_metrics.smallGap());
+    line->addWidget(label);
+    line->addWidget(field);
+    line->addStretch(1);
+    return line;
+}
+
+/// One below the other where the screen is too narrow.
+QBoxLayout* Form1::besideEachOther(QWidget* parent) const
+{
+    return new QBoxLayout(m_metrics.columns == 2 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, parent);
 }
 
 QGroupBox* Form1::employeeFrame()
@@ -135,15 +134,16 @@ QGroupBox* Form1::employeeFrame()
     Frame3 = named(new QGroupBox(QStringLiteral("Employee Details"), this), "Frame3");
     Picture1 = named(new QFrame(Frame3), "Picture1");
     Picture3 = named(new QFrame(Picture1), "Picture3");
-    VScroll1 = named(new ScrollBar(Qt::Vertical, Frame3), "VScroll1");
+    VScroll1 = named(new ScrollBar(Qt::Vertical, Frame3), "VScroll1", "Employee shown");
     VScroll1->setRange(0, m_setup.rows - 1);
     VScroll1->setEnabled(m_setup.rows > 1);
     VScroll1->setPageStep(1); // a turn of the wheel, or a click beside the thumb, is one employee
     VScroll1->setTracking(false);
-    VScroll1->setAccessibleName(QStringLiteral("Employee shown"));
 
+    const StoreText storeText = [this](const std::string& key, const QString& text) { store(key, text); };
     for (std::int16_t row = 0; row < m_setup.rows; ++row)
-        picMainContainer.push_back(new EmployeePanel(row, m_setup.rows, m_metrics, m_setup.build.formats, Picture3));
+        picMainContainer.push_back(
+            new EmployeePanel(row, m_setup.rows, m_metrics, m_setup.build.formats, storeText, Picture3));
 
     auto* const row = new QHBoxLayout(Frame3);
     row->setContentsMargins(m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.smallGap());
@@ -175,40 +175,25 @@ void Form1::placeRows()
 QWidget* Form1::buttonRow()
 {
     auto* const buttons = new QWidget(this);
-    PushButton6 = named(new PushButton(QStringLiteral("Help"), buttons), "PushButton6");
-    PushButton7 = named(new PushButton(QStringLiteral("Load Sample/Example Data"), buttons), "PushButton7");
+    // In the order of the tab key.
     PushButton22 = named(new PushButton(QStringLiteral("Start Creating Template"), buttons), "PushButton22");
-    PushButton22->setDefault(false);
+    PushButton7 = named(new PushButton(QStringLiteral("Load Sample/Example Data"), buttons), "PushButton7");
+    PushButton6 = named(new PushButton(QStringLiteral("Help"), buttons), "PushButton6");
 
     auto* const helpful = new QHBoxLayout;
     helpful->addWidget(PushButton6);
     helpful->addWidget(PushButton7);
     helpful->addStretch(1);
-    auto* const all =
-        new QBoxLayout(m_metrics.columns == 2 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, buttons);
+    QBoxLayout* const all = besideEachOther(buttons);
     all->setContentsMargins(0, 0, 0, 0);
     all->addLayout(helpful, 1);
     all->addWidget(PushButton22, 0, Qt::AlignRight);
     return buttons;
 }
 
-void Form1::setTabOrder()
-{
-    std::vector<QWidget*> order = {txtCompanyName, dtPeriodEnding};
-    for (EmployeePanel* container : picMainContainer)
-        for (std::size_t field = 0; field < rowFields.size(); ++field)
-            order.push_back(&container->field(field));
-    order.insert(order.end(), {PushButton22, PushButton7, PushButton6});
-    for (std::size_t next = 1; next < order.size(); ++next)
-        QWidget::setTabOrder(order[next - 1], order[next]);
-}
-
-/// Keys beside the tab key; the captions show none of them.
+/// Keys beside the tab key and the access keys of the buttons; the captions show none of them.
 void Form1::setKeys()
 {
-    PushButton22->setShortcut(Qt::ALT | Qt::Key_S);
-    PushButton7->setShortcut(Qt::ALT | Qt::Key_L);
-    PushButton6->setShortcut(Qt::ALT | Qt::Key_H);
     const auto onKey = [this](QKeyCombination key, auto action) {
         connect(new QShortcut(key, this), &QShortcut::activated, this, action);
     };
@@ -216,7 +201,7 @@ void Form1::setKeys()
     onKey(Qt::ALT | Qt::Key_C, [this] { goTo(*txtCompanyName); });
     onKey(Qt::ALT | Qt::Key_P, [this] { goTo(*dtPeriodEnding); });
     onKey(Qt::ALT | Qt::Key_E,
-          [this] { goTo(picMainContainer[static_cast<std::size_t>(VScroll1->value())]->field(employeeIdField)); });
+          [this] { goTo(*picMainContainer[static_cast<std::size_t>(VScroll1->value())]->fields()[employeeIdField]); });
     onKey(Qt::CTRL | Qt::Key_PageDown, [this] { goToEmployee(VScroll1->value() + 1); });
     onKey(Qt::CTRL | Qt::Key_PageUp, [this] { goToEmployee(VScroll1->value() - 1); });
 }
@@ -237,7 +222,7 @@ void Form1::goToEmployee(int row)
         if (const auto focused = std::ranges::find_if(container->fields(), &QWidget::hasFocus);
             focused != container->fields().end())
             index = static_cast<std::size_t>(focused - container->fields().begin());
-    goTo(picMainContainer[static_cast<std::size_t>(row)]->field(index));
+    goTo(*picMainContainer[static_cast<std::size_t>(row)]->fields()[index]);
 }
 
 void Form1::connectHandlers()
@@ -245,18 +230,25 @@ void Form1::connectHandlers()
     connect(txtCompanyName, &QLineEdit::textChanged, this, [this] { handleEvent([&] { txtCompanyName_Change(); }); });
     connect(dtPeriodEnding, &DatePicker::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &Form1::VScroll1_Change);
-    connect(VScroll1, &QScrollBar::sliderMoved, this, &Form1::VScroll1_Scroll);
-    for (const auto& [button, handler] :
-         {std::pair(PushButton6, &Form1::PushButton6_Click), std::pair(PushButton7, &Form1::PushButton7_Click),
-          std::pair(PushButton22, &Form1::PushButton22_Click)})
-        connect(button, &QPushButton::clicked, this, [this, pressed = button, click = handler] {
+    connect(VScroll1, &QScrollBar::sliderMoved, this, &Form1::VScroll1_Change);
+    const struct {
+        PushButton* button;
+        Qt::Key accessKey; ///< with Alt
+        void (Form1::*click)();
+    } buttons[] = {{PushButton22, Qt::Key_S, &Form1::PushButton22_Click},
+                   {PushButton7, Qt::Key_L, &Form1::PushButton7_Click},
+                   {PushButton6, Qt::Key_H, &Form1::PushButton6_Click}};
+    for (const auto& [button, accessKey, click] : buttons) {
+        button->setShortcut(Qt::ALT | accessKey);
+        m_pointer->watch(PointerMode::Hand, {button});
+        connect(button, &QPushButton::clicked, this, [this, pressed = button, handler = click] {
             if (m_leaveGuard->allows(*pressed)) // an access key, or a screen reader, presses without moving the focus
-                (this->*click)();
+                (this->*handler)();
         });
+    }
     for (EntryField* field : {txtCompanyName, static_cast<EntryField*>(dtPeriodEnding)})
         connect(field, &EntryField::needsView, m_area, [this, field] { m_area->showWhole(*field); });
 
-    m_pointer->watch(PointerMode::Hand, {PushButton6, PushButton7, PushButton22});
     m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3, txtCompanyName});
     m_pointer->watch(PointerMode::Arrow, {m_area->widget(), PushButton6->parentWidget()}); // they cover the background
     for (const EmployeePanel* container : picMainContainer)
@@ -276,9 +268,9 @@ void Form1::Form_Load()
         SkinFramework1 = createSkinningControl();
         applyMainWindowSkin(*this, SkinFramework1.get());
     });
-    trap.step(20, [&] { setWindowTitle(QString::fromUtf8(productTitle.data())); });
+    trap.step(20, [&] { setWindowTitle(productTitle); });
     trap.step(30, [&] { makeApplicationTitle(productPhrase); });
-    const std::filesystem::path cursor = besideProgram("/HAND-M.CUR");
+    const std::filesystem::path cursor = besideProgram(handCursorName);
     trap.step(40, [&] { handCursorPresent = fileExists(cursor); });
     trap.step(50, [&] {
         if (handCursorPresent)
@@ -294,22 +286,7 @@ void Form1::refill(ErrorTrap& trap)
     trap.step(70, [&] { refillPeriodEnding(); });
     for (std::size_t field = 0; field < rowFields.size(); ++field)
         trap.step(100 + static_cast<int>(field), [&] { picMainContainer.front()->refill(field); });
-    trap.step(120, [&] { refillOtherRows(); });
-}
-
-/// What cannot be refilled is reported together: a store that cannot be used fails for each of up to 408 fields.
-void Form1::refillOtherRows()
-{
-    std::vector<RefillFailure> failures;
-    for (EmployeePanel* container : std::span(picMainContainer).subspan(1))
-        for (std::size_t field = 0; field < rowFields.size(); ++field)
-            try {
-                container->refill(field);
-            } catch (const std::exception& error) {
-                failures.push_back({container->row(), field, error.what()});
-            }
-    if (!failures.empty())
-        throw std::runtime_error(refillReport(failures));
+    trap.step(120, [&] { refillTogether(std::span(picMainContainer).subspan(1)); });
 }
 
 void Form1::refillCompanyName()
@@ -330,41 +307,26 @@ void Form1::refillPeriodEnding()
     dtPeriodEnding_Change();
 }
 
-void Form1::assignCompanyName(const std::string& text)
+/// What cannot be stored now is offered to the store again every second.
+void Form1::store(const std::string& key, const QString& text)
 {
-    txtCompanyName->replaceText(QString::fromStdString(text));
-    txtCompanyName_Change();
-}
-
-void Form1::assignPeriodEnding(CalendarDate date)
-{
-    dtPeriodEnding->replaceDate(date);
-    dtPeriodEnding_Change();
+    auto again = qScopeGuard([this] { m_retry.start(); });
+    SaveSetting(settingsApplication, settingsSection, key, text.toStdString());
+    again.dismiss();
 }
 
 void Form1::txtCompanyName_Change()
 {
-    SaveSetting(settingsApplication, settingsSection, companyNameKey, txtCompanyName->text().toStdString());
+    store(companyNameKey, txtCompanyName->text());
 }
 
 void Form1::dtPeriodEnding_Change()
 {
-    SaveSetting(settingsApplication, settingsSection, periodEndingKey,
-                shortDateText(dtPeriodEnding->date(), m_setup.build.formats));
-}
-
-void Form1::VScroll1_Change()
-{
-    placeStrip();
+    store(periodEndingKey, QString::fromStdString(shortDateText(dtPeriodEnding->date(), m_setup.build.formats)));
 }
 
 /// The strip follows the thumb while it is dragged; the value changes when it is let go.
-void Form1::VScroll1_Scroll()
-{
-    placeStrip();
-}
-
-void Form1::placeStrip()
+void Form1::VScroll1_Change()
 {
     const float panelHeight = static_cast<float>(picMainContainer.front()->height()) * twipsPerPixel;
     const float top = stripTop(panelHeight, static_cast<std::int16_t>(VScroll1->sliderPosition()));
@@ -386,12 +348,16 @@ void Form1::PushButton7_Click()
 {
     ErrorTrap trap("Form1.PushButton7_Click");
     VScroll1->setValue(0);
-    trap.step(10, [&] { assignCompanyName(std::string(sampleCompanyName)); });
-    trap.step(20, [&] { assignPeriodEnding(samplePeriodEnding(m_setup.today())); });
-    EmployeePanel& first = *picMainContainer.front();
+    trap.step(10, [&] {
+        txtCompanyName->replaceText(QStringLiteral("ACME Inc"));
+        txtCompanyName_Change();
+    });
+    trap.step(20, [&] {
+        dtPeriodEnding->replaceDate(samplePeriodEnding(m_setup.today()));
+        dtPeriodEnding_Change();
+    });
     for (std::size_t field = 0; field < rowFields.size(); ++field)
-        trap.step(100 + static_cast<int>(field),
-                  [&] { first.assign(field, sampleText(field, m_setup.build.formats)); });
+        trap.step(100 + static_cast<int>(field), [&] { picMainContainer.front()->assignSample(field); });
 }
 
 PayrollData Form1::payrollData() const
@@ -429,29 +395,9 @@ void Form1::takeTurn()
     show();
 }
 
-void Form1::freezeDrawing()
-{
-    lockDrawing(*this);
-}
-
-void Form1::unfreezeDrawing()
-{
-    unlockDrawing(*this);
-}
-
-void Form1::showHourglass()
-{
-    m_pointer->setMode(PointerMode::Hourglass);
-}
-
-void Form1::showArrow()
-{
-    m_pointer->setMode(PointerMode::Arrow);
-}
-
 void Form1::showPicture(const std::filesystem::path& picture)
 {
-    preview().setPicture({}); // a build whose picture fails must not show the figures of an earlier one
+    preview().setPicture({}); // a build whose picture fails must not show the amounts of an earlier one
     preview().setPicture(loadPicture(picture));
 }
 
@@ -464,11 +410,6 @@ void Form1::passWorkbook(const std::filesystem::path& workbook)
 void Form1::showPreview()
 {
     preview().show();
-}
-
-void Form1::hideEntry()
-{
-    hide();
 }
 
 /// The wheel over the employees, where nothing else takes it, turns to the next one.

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "app/base/ErrorTrap.h"
 #include "app/base/text/DateText.h"
+#include "app/base/text/RegionalFormats.h"
+#include "app/look/Look.h"
 #include "app/look/WindowPointer.h"
 #include "entry/EntryMetrics.h"
 #include "preview/Printing.h"
 #include "workbook/PayrollBuild.h"
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
@@ -14,8 +18,11 @@
 #include <memory>
 #include <vector>
 
+class QBoxLayout;
 class QFrame;
 class QGroupBox;
+class QHBoxLayout;
+class QLabel;
 class QScrollBar;
 
 namespace wagemill {
@@ -28,14 +35,13 @@ class ErrorTrap;
 class Form2;
 class LeaveGuard;
 class PushButton;
-class SkinningControl;
 
 /// What the entry window is given.
 struct Form1Setup {
     BuildServices build;                 ///< with the user's regional formats
     std::function<CalendarDate()> today; ///< the clock
     std::int16_t rows = 1;               ///< employees, at least 1
-    /// What a saved workbook shows, in words; empty where that cannot be told. None: never told.
+    /// What a saved workbook shows, in words; empty where it cannot be said. None: never said.
     std::function<std::string(const std::filesystem::path& workbook)> describeWorkbook = {};
     SheetOf sheetOf = {}; ///< for printing
 };
@@ -43,8 +49,6 @@ struct Form1Setup {
 /// The entry window: one pay period, typed, kept and turned into a workbook. Making it is the whole start-up, up to and
 /// with the check that the spreadsheet application is there; it is shown by its maker.
 class Form1 : public QWidget, private BuildWindows {
-    Q_OBJECT
-
 public:
     explicit Form1(Form1Setup setup);
     ~Form1() override;
@@ -60,45 +64,42 @@ protected:
 private:
     void layOut();
     QGroupBox* headerFrame();
+    QHBoxLayout* line(QLabel* label, EntryField* field) const;
+    QBoxLayout* besideEachOther(QWidget* parent) const;
     QGroupBox* employeeFrame();
     QWidget* buttonRow();
     void placeRows();
-    void setTabOrder();
     void setKeys();
     void connectHandlers();
 
     void Form_Load();
     void Form_Unload();
     void refill(ErrorTrap& trap);
-    void refillOtherRows();
     void refillCompanyName();
     void refillPeriodEnding();
     void txtCompanyName_Change();
     void dtPeriodEnding_Change();
     void VScroll1_Change();
-    void VScroll1_Scroll();
     void PushButton22_Click();
     void PushButton6_Click();
     void PushButton7_Click();
 
     void goTo(QWidget& target);
     void goToEmployee(int row);
-    void placeStrip();
-    void assignCompanyName(const std::string& text);
-    void assignPeriodEnding(CalendarDate date);
+    void store(const std::string& key, const QString& text);
     PayrollData payrollData() const;
     Form2& preview();
     void passTurn();
     void takeTurn();
 
-    void freezeDrawing() override;
-    void unfreezeDrawing() override;
-    void showHourglass() override;
-    void showArrow() override;
+    void freezeDrawing() override { lockDrawing(*this); }
+    void unfreezeDrawing() override { unlockDrawing(*this); }
+    void showHourglass() override { m_pointer->setMode(PointerMode::Hourglass); }
+    void showArrow() override { m_pointer->setMode(PointerMode::Arrow); }
     void showPicture(const std::filesystem::path& picture) override;
     void passWorkbook(const std::filesystem::path& workbook) override;
     void showPreview() override;
-    void hideEntry() override;
+    void hideEntry() override { hide(); }
 
     Form1Setup m_setup;
     EntryMetrics m_metrics;
@@ -121,9 +122,7 @@ private:
     std::unique_ptr<SkinningControl> SkinFramework1; ///< null where none is installed
     std::unique_ptr<Form2> m_preview;                ///< made by the first build, then kept
     QPointer<QWidget> m_focusBefore;                 ///< when the turn was passed on
+    QTimer m_retry;                                  ///< runs while something is not stored yet
 };
-
-/// Top edge of the strip in twips, so that the panel of row `value` stands at the top of the viewport.
-float stripTop(float panelHeight, std::int16_t value);
 
 } // namespace wagemill

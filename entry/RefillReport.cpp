@@ -1,48 +1,62 @@
 #include "entry/RefillReport.h"
 
-#include "entry/data/RowFields.h"
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace wagemill {
 
 namespace {
 
-constexpr int maxLines = 12;
+constexpr std::size_t maxLines = 12;
 
-std::string place(const RefillFailure& failure)
+/// Fields one after the other that cannot be refilled for the same reason.
+struct FailedFields {
+    std::string first; ///< "employee 2, Hourly Wage"
+    std::string last;
+    std::string reason;
+};
+
+std::string place(const EmployeePanel& employee, const RowField& field)
 {
-    const std::string_view caption = rowFields.at(failure.field).caption;
-    return "mployee " + std::to_string(failure.row + 1) + ", " + std::string(caption.substr(0, caption.rfind(':')));
+    const std::string_view caption = field.caption.substr(0, field.caption.rfind(':'));
+    return "employee " + std::to_string(employee.row() + 1) + ", " + std::string(caption);
 }
 
-/// How many of the first failures are of fields one after the other, for the same reason.
-std::size_t countAlike(std::span<const RefillFailure> failures)
+std::vector<FailedFields> failuresOfRefilling(std::span<EmployeePanel* const> employees)
 {
-    const auto position = [](const RefillFailure& failure) {
-        return static_cast<std::size_t>(failure.row) * rowFields.size() + failure.field;
-    };
-    std::size_t count = 1;
-    while (count < failures.size() && failures[count].reason == failures[0].reason &&
-           position(failures[count]) == position(failures[0]) + count)
-        ++count;
-    return count;
+    std::vector<FailedFields> failures;
+    bool hasFailed = false; // the field before
+    for (EmployeePanel* employee : employees)
+        for (std::size_t field = 0; field < rowFields.size(); ++field)
+            try {
+                employee->refill(field);
+                hasFailed = false;
+            } catch (const std::exception& error) {
+                const std::string failed = place(*employee, rowFields[field]);
+                if (!hasFailed || failures.back().reason != error.what())
+                    failures.push_back({failed, failed, error.what()});
+                failures.back().last = failed;
+                hasFailed = true;
+            }
+    return failures;
 }
 
 } // namespace
 
-std::string refillReport(std::span<const RefillFailure> failures)
+void refillTogether(std::span<EmployeePanel* const> employees)
 {
+    const std::vector<FailedFields> failures = failuresOfRefilling(employees);
+    if (failures.empty())
+        return;
     std::string text = "What is stored for these employees cannot be shown:";
-    for (int line = 0; !failures.empty(); ++line) {
-        if (line == maxLines)
-            return text + "\nand " + std::to_string(failures.size()) + " more, up to e" + place(failures.back()) + ".";
-        const std::size_t alike = countAlike(failures);
-        text += "\nE" + place(failures.front());
-        if (alike > 1)
-            text += " to e" + place(failures[alike - 1]);
-        text += ": " + failures.front().reason;
-        failures = failures.subspan(alike);
-    }
-    return text;
+    const std::size_t lines = std::min(failures.size(), maxLines);
+    for (const auto& [first, last, reason] : std::span(failures).first(lines))
+        text += "\n- " + first + (first == last ? "" : " to " + last) + ": " + reason;
+    if (failures.size() > lines)
+        text += "\nand " + std::to_string(failures.size() - lines) + " more, up to " + failures.back().last + ".";
+    throw std::runtime_error(text);
 }
 
 } // namespace wagemill

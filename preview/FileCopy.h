@@ -5,7 +5,7 @@
 namespace wagemill {
 
 /// Copies the bytes of a file of the user's own. The new name appears with its last byte or not at all, replacing a
-/// file or link of that name, and then is on the disk: a copy that fails half-way leaves nothing behind. Throws
+/// file or link of that name, and then is on the disk: a copy that fails half-way leaves nothing. Throws
 /// std::runtime_error that names both files and the reason; a file cannot be copied onto itself.
 void copyFile(const std::filesystem::path& from, const std::filesystem::path& to);
 

@@ -3,13 +3,10 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/base/text/NumberText.h"
+#include "app/look/Controls.h"
 #include "app/look/Look.h"
-#include "app/look/PushButton.h"
-#include "app/look/ScrollBar.h"
-#include "app/look/WindowPlace.h"
 #include "preview/FileCopy.h"
 #include "preview/PictureBox.h"
-#include "preview/ViewGeometry.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -17,7 +14,6 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QScreen>
-#include <QScrollBar>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
@@ -25,7 +21,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -33,19 +28,9 @@ namespace wagemill {
 
 namespace {
 
-constexpr std::string_view handCursorName = "/HAND-M.CUR";
 constexpr QSizeF partOfScreen(0.92, 0.85); // 1024 units across are enough for a pay stub at natural size
-constexpr QSize largestWindow(1600, 1200);
+constexpr QSize maxWindow(1600, 1200);
 constexpr int wheelNotch = 120; // eighths of a degree
-
-/// accessibleName  what a screen reader says of a control that has no caption of its own
-template <typename Control>
-Control* named(Control* control, const char* name, const char* accessibleName = "")
-{
-    control->setObjectName(QString::fromLatin1(name));
-    control->setAccessibleName(QString::fromLatin1(accessibleName));
-    return control;
-}
 
 QScrollBar* makeScrollBar(Qt::Orientation orientation, const char* name, const char* accessibleName, QWidget* parent)
 {
@@ -70,14 +55,9 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, float pictureExtent, float vi
     return range.unit;
 }
 
-std::string displayedPath(const std::filesystem::path& path)
-{
-    return QString::fromStdU16String(path.u16string()).toStdString();
-}
-
 } // namespace
 
-Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDialog> commonDialog)
+Form2::Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog)
     : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1")),
       PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2")),
       PushButtonPrint(named(new PushButton(QStringLiteral("Print..."), this), "PushButtonPrint")),
@@ -103,7 +83,7 @@ Form2::Form2(std::function<void()> showEntryWindow, std::unique_ptr<SaveFileDial
 
 void Form2::layOutControls()
 {
-    // The viewport has no border: a picture dragged to its far edge then stands where the scroll bar's end puts it.
+    // The viewport has no border: a picture dragged to its far edge then is where the scroll bar's end puts it.
     Picture2->setBackgroundRole(QPalette::Midlight);
     Picture2->setAutoFillBackground(true);
     Picture1->setCursor(Qt::OpenHandCursor);
@@ -146,42 +126,40 @@ void Form2::layOutControls()
     if (rows->minimumSize().width() > available.width())
         tools->setDirection(QBoxLayout::TopToBottom); // large letters on a small screen
     const QSizeF part(available.width() * partOfScreen.width(), available.height() * partOfScreen.height());
-    const QSize wanted = part.toSize().boundedTo(largestWindow);
+    const QSize wanted = part.toSize().boundedTo(maxWindow);
     setFixedSize(wanted.expandedTo(rows->minimumSize()));
 }
 
 void Form2::connectControls()
 {
-    m_pointer.watch(PointerMode::Hand, {PushButton1, PushButton2, PushButtonPrint, PushButton6, PushButton8});
+    const struct {
+        PushButton* button;
+        Qt::Key accessKey; ///< with Alt; the caption does not show it
+        void (Form2::*click)();
+    } buttons[] = {
+        {PushButton1, Qt::Key_I, &Form2::PushButton1_Click},
+        {PushButton2, Qt::Key_O, &Form2::PushButton2_Click},
+        {PushButton6, Qt::Key_S, &Form2::PushButton6_Click},
+        {PushButtonPrint, Qt::Key_P, &Form2::PushButtonPrint_Click},
+        {PushButton8, Qt::Key_B, &Form2::PushButton8_Click},
+    };
+    for (const auto& [button, accessKey, click] : buttons) {
+        button->setShortcut(Qt::ALT | accessKey);
+        m_pointer.watch(PointerMode::Hand, {button});
+        connect(button, &QPushButton::clicked, this,
+                [this, handler = click] { handleEvent([&] { (this->*handler)(); }); });
+    }
     m_pointer.watch(PointerMode::Arrow, {Frame1});
-
-    connect(PushButton1, &QPushButton::clicked, this, &Form2::PushButton1_Click);
-    connect(PushButton2, &QPushButton::clicked, this, &Form2::PushButton2_Click);
-    connect(PushButtonPrint, &QPushButton::clicked, this, [this] { handleEvent([this] { PushButtonPrint_Click(); }); });
-    connect(PushButton6, &QPushButton::clicked, this, &Form2::PushButton6_Click);
-    connect(PushButton8, &QPushButton::clicked, this, &Form2::PushButton8_Click);
-    connect(Picture1, &PictureBox::MouseDown, this,
-            [this](Qt::MouseButtons, float x, float y) { Picture1_MouseDown(x, y); });
+    connect(Picture1, &PictureBox::MouseDown, this, &Form2::Picture1_MouseDown);
     connect(Picture1, &PictureBox::MouseMove, this, &Form2::Picture1_MouseMove);
     connect(Picture1, &PictureBox::MouseUp, this, &Form2::Picture1_MouseUp);
     connect(HScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { HScroll1_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, [this] { handleEvent([this] { VScroll1_Change(); }); });
-
-    QWidget* const tabOrder[] = {PushButton1, PushButton2, PushButtonPrint, PushButton6,
-                                 PushButton8, HScroll1,    VScroll1};
-    for (std::size_t index = 1; index < std::size(tabOrder); ++index)
-        setTabOrder(tabOrder[index - 1], tabOrder[index]);
 }
 
-/// Keys beside the tab key; the captions show none of them. Arrow, page, Home and End keys scroll
-/// wherever the focus is.
+/// Keys beside the tab key and the access keys. Arrow, page, Home and End keys scroll wherever the focus is.
 void Form2::setKeys()
 {
-    PushButton1->setShortcut(Qt::ALT | Qt::Key_I);
-    PushButton2->setShortcut(Qt::ALT | Qt::Key_O);
-    PushButtonPrint->setShortcut(Qt::ALT | Qt::Key_P);
-    PushButton6->setShortcut(Qt::ALT | Qt::Key_S);
-    PushButton8->setShortcut(Qt::ALT | Qt::Key_B);
     const std::pair<QKeyCombination, PushButton*> presses[] = {
         {Qt::CTRL | Qt::Key_Plus, PushButton1},  {Qt::CTRL | Qt::Key_Equal, PushButton1}, // the same key without Shift
         {Qt::CTRL | Qt::Key_Minus, PushButton2}, {Qt::CTRL | Qt::Key_P, PushButtonPrint},
@@ -209,10 +187,9 @@ void Form2::setKeys()
 void Form2::Form_Load()
 {
     ErrorTrap trap("Form2.Form_Load");
-    trap.step(10, [&] { SetupPending = true; });
-    trap.step(20, [&] { applyPlainBackground(*this); });
-    trap.step(30, [&] { setWindowTitle(QString::fromUtf8(productTitle.data(), productTitle.size())); });
-    trap.step(40, [&] {
+    trap.step(10, [&] { applyPlainBackground(*this); });
+    trap.step(20, [&] { setWindowTitle(productTitle); });
+    trap.step(30, [&] {
         if (const std::filesystem::path handCursor = besideProgram(handCursorName); fileExists(handCursor))
             m_pointer.loadHandCursor(handCursor);
     });
@@ -227,8 +204,7 @@ void Form2::setPicture(const SharedPicture& picture)
         fitWindow(); // the first activation does the rest
         return;
     }
-    Zoom_Ori->setPicture(picture);
-    Zoom_Ori->resize(Picture1->size());
+    keepOriginal();
     takeNaturalSize();
     scrollToOrigin();
     RedrawImage();
@@ -249,7 +225,7 @@ void Form2::fitWindow()
                  QSize(surplus(Picture1->width(), Picture2->width()), surplus(Picture1->height(), Picture2->height())));
 }
 
-void Form2::setPrinting(SheetOf sheetOf, std::unique_ptr<PrintDialog> dialog)
+void Form2::setPrinting(SheetOf sheetOf, PrintDialog dialog)
 {
     m_sheetOf = std::move(sheetOf);
     m_printDialog = std::move(dialog);
@@ -261,6 +237,13 @@ void Form2::describePicture(const std::string& description)
     Picture1->setAccessibleDescription(QString::fromStdString(description));
 }
 
+/// Every zoom is drawn from it.
+void Form2::keepOriginal()
+{
+    Zoom_Ori->setPicture(Picture1->picture());
+    Zoom_Ori->resize(Picture1->size());
+}
+
 void Form2::takeNaturalSize()
 {
     OrigWidth = naturalExtent(static_cast<double>(toUnits(Zoom_Ori->width())));
@@ -270,22 +253,15 @@ void Form2::takeNaturalSize()
 void Form2::Form_Activate()
 {
     if (!SetupPending || Picture1->picture() == nullptr)
-        return; // a build that failed has no picture to set up the scroll bars for
-    if (m_isSettingUp)
-        return; // the error dialog of a step activates the window again
-    m_isSettingUp = true;
+        return;           // a build that failed has no picture to set up the scroll bars for
+    SetupPending = false; // at once: the error dialog of a step activates the window again
     ErrorTrap trap("Form2.Form_Activate");
     trap.step(10, [&] { Picture1->sizeToPicture(); });
-    trap.step(20, [&] { Zoom_Ori->resize(Picture1->size()); });
-    trap.step(30, [&] { Zoom_Ori->setPicture(Picture1->picture()); });
-    trap.step(40, [&] { ZoomFactor = 1; });
-    trap.step(50, [&] { takeNaturalSize(); });
-    trap.step(60, [&] { ZoomWidth = zoomedExtent(OrigWidth, ZoomFactor); });
-    trap.step(70, [&] { ZoomHeight = zoomedExtent(OrigHeight, ZoomFactor); });
-    trap.step(80, [&] { RedrawImage(); });
-    trap.step(90, [&] { SetupScrollBars(); });
-    SetupPending = false;
-    m_isSettingUp = false;
+    trap.step(20, [&] { keepOriginal(); });
+    ZoomFactor = 1;
+    trap.step(30, [&] { takeNaturalSize(); });
+    trap.step(40, [&] { RedrawImage(); });
+    trap.step(50, [&] { SetupScrollBars(); });
 }
 
 void Form2::RedrawImage()
@@ -294,23 +270,22 @@ void Form2::RedrawImage()
     trap.step(10, [&] { ZoomWidth = zoomedExtent(OrigWidth, ZoomFactor); });
     trap.step(20, [&] { ZoomHeight = zoomedExtent(OrigHeight, ZoomFactor); });
     if (!isDrawable(ZoomWidth, ZoomHeight)) {
-        trap.step(30, [&] { ZoomFactor = 1; });
-        trap.step(40, [&] { takeNaturalSize(); });
-        trap.step(50, [&] { ZoomWidth = OrigWidth; });
-        trap.step(60, [&] { ZoomHeight = OrigHeight; });
+        ZoomFactor = 1;
+        trap.step(30, [&] { takeNaturalSize(); });
+        ZoomWidth = OrigWidth;
+        ZoomHeight = OrigHeight;
         return;
     }
-    trap.step(70, [&] { Picture1->clearPicture(); });
-    trap.step(80, [&] { Picture1->resize(QSize(ZoomWidth, ZoomHeight) * toPixels(1)); });
-    trap.step(90, [&] {
+    trap.step(40, [&] { Picture1->resize(QSize(ZoomWidth, ZoomHeight) * toPixels(1)); });
+    trap.step(50, [&] {
         Picture1->paintPicture(Zoom_Ori->picture(), QSize(OrigWidth, OrigHeight), QSize(ZoomWidth, ZoomHeight));
     });
-    trap.step(100, [&] { scrollToOrigin(); });
-    trap.step(110, [&] { HScroll1->setEnabled(toUnits(Picture2->width()) < static_cast<float>(ZoomWidth)); });
-    trap.step(120, [&] { VScroll1->setEnabled(toUnits(Picture2->height()) < static_cast<float>(ZoomHeight)); });
+    trap.step(60, [&] { scrollToOrigin(); });
+    HScroll1->setEnabled(toUnits(Picture2->width()) < static_cast<float>(ZoomWidth));
+    VScroll1->setEnabled(toUnits(Picture2->height()) < static_cast<float>(ZoomHeight));
 }
 
-/// Tells the change handler itself, because an exception must not pass through a signal of Qt.
+/// Calls the change handler itself, because an exception must not pass through a signal of Qt.
 void Form2::scrollTo(QScrollBar& scrollBar, std::int16_t value)
 {
     if (scrollBar.value() == value)
@@ -386,12 +361,12 @@ void Form2::SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
         scrollTo(scrollBar, *value);
 }
 
-void Form2::Picture1_MouseDown(float x, float y)
+void Form2::Picture1_MouseDown(Qt::MouseButtons /*buttons*/, float x, float y)
 {
     ErrorTrap trap("Form2.picture1_MouseDown");
-    trap.step(10, [&] { DragStartX = x; });
-    trap.step(20, [&] { DragStartY = y; });
-    trap.step(30, [&] { Picture1->setCursor(Qt::ClosedHandCursor); });
+    DragStartX = x;
+    DragStartY = y;
+    trap.step(10, [&] { Picture1->setCursor(Qt::ClosedHandCursor); });
 }
 
 void Form2::Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y)
@@ -399,23 +374,11 @@ void Form2::Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y)
     ErrorTrap trap("Form2.picture1_MouseMove");
     if (buttons == Qt::NoButton)
         return;
-    float newLeft = 0;
-    float newTop = 0;
-    trap.step(10, [&] {
-        newLeft = draggedPosition({.position = toUnits(Picture1->x()),
-                                   .dragStart = DragStartX,
-                                   .pointer = x,
-                                   .viewportInner = toUnits(Picture2->width()),
-                                   .pictureOuter = toUnits(Picture1->width())});
-    });
-    trap.step(20, [&] {
-        newTop = draggedPosition({.position = toUnits(Picture1->y()),
-                                  .dragStart = DragStartY,
-                                  .pointer = y,
-                                  .viewportInner = toUnits(Picture2->height()),
-                                  .pictureOuter = toUnits(Picture1->height())});
-    });
-    trap.step(30, [&] { Picture1->move(toPixels(newLeft), toPixels(newTop)); });
+    const float newLeft = draggedPosition(toUnits(Picture1->x()) - DragStartX + x, toUnits(Picture2->width()),
+                                          toUnits(Picture1->width()));
+    const float newTop = draggedPosition(toUnits(Picture1->y()) - DragStartY + y, toUnits(Picture2->height()),
+                                         toUnits(Picture1->height()));
+    trap.step(10, [&] { Picture1->move(toPixels(newLeft), toPixels(newTop)); });
 }
 
 void Form2::Picture1_MouseUp()
@@ -432,7 +395,7 @@ void Form2::Picture1_MouseUp()
 
 void Form2::PushButtonPrint_Click()
 {
-    printSheet(m_sheetOf(mExcelFile), *m_printDialog, *this);
+    printSheet(m_sheetOf(mExcelFile), m_printDialog, *this);
 }
 
 void Form2::PushButton6_Click()
@@ -440,10 +403,7 @@ void Form2::PushButton6_Click()
     ErrorTrap trap("Form2.PushButton6_Click");
     std::filesystem::path name;
     MessageAnswer answer = MessageAnswer::No;
-    trap.step(10, [&] {
-        name = CommonDialog1->showSave({.fileName = "", .title = "Save File", .filter = "Excel Files (*.xls)|*.xls|"},
-                                       *this);
-    });
+    trap.step(10, [&] { name = CommonDialog1("Save File", "Excel Files (*.xls)|*.xls|", *this); });
     trap.step(20, [&] { answer = makeRoomFor(name); });
     if (answer == MessageAnswer::Yes)
         trap.step(47, [&] { copyFile(mExcelFile, name); });
@@ -457,10 +417,9 @@ MessageAnswer Form2::makeRoomFor(const std::filesystem::path& name)
         return MessageAnswer::No;
     if (!fileExists(name))
         return MessageAnswer::Yes;
-    const MessageAnswer answer =
-        showMessage({.text = "Are you sure you wish to overwrite " + displayedPath(name) + " ?",
-                     .title = {},
-                     .buttons = MessageButtons::YesNo});
+    const MessageAnswer answer = showMessage({.text = "Are you sure you wish to overwrite " + name.string() + " ?",
+                                              .title = {},
+                                              .buttons = MessageButtons::YesNo});
     if (answer == MessageAnswer::Yes && !isSameFile(name, mExcelFile)) // else it would be lost before it was copied
         deleteFileQuietly(name);
     return answer;

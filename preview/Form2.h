@@ -27,12 +27,9 @@ class PushButton;
 /// back. Its size is fixed once it has its first picture, because the scroll ranges belong to one size of the viewport;
 /// it fills most of the screen it is made on.
 class Form2 : public QWidget {
-    Q_OBJECT
-
 public:
     /// showEntryWindow  the way back to the window that the preview was opened from
-    explicit Form2(std::function<void()> showEntryWindow,
-                   std::unique_ptr<SaveFileDialog> commonDialog = std::make_unique<PlatformSaveFileDialog>());
+    explicit Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog = platformSaveFileDialog());
 
     /// The picture of the workbook; null: it has none. Handed over again, it replaces the earlier one: it is shown from
     /// its upper left corner at the zoom of now, so that window and zoom never speak of different builds. Scroll ranges
@@ -42,7 +39,7 @@ public:
     void setExcelFile(const std::filesystem::path& excelFile) { mExcelFile = excelFile; }
 
     /// How the workbook is printed; without, the print button is disabled.
-    void setPrinting(SheetOf sheetOf, std::unique_ptr<PrintDialog> dialog = std::make_unique<PlatformPrintDialog>());
+    void setPrinting(SheetOf sheetOf, PrintDialog dialog = showPrintDialog);
 
     /// What the picture shows, in words, for those who cannot see it.
     void describePicture(const std::string& description);
@@ -72,7 +69,7 @@ private:
     void PushButtonPrint_Click();
     void PushButton6_Click();
     void PushButton8_Click();
-    void Picture1_MouseDown(float x, float y);
+    void Picture1_MouseDown(Qt::MouseButtons buttons, float x, float y);
     void Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y);
     void Picture1_MouseUp();
     void HScroll1_Change();
@@ -86,6 +83,7 @@ private:
     void SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent);
 
     void fitWindow();
+    void keepOriginal();
     void takeNaturalSize();
     void scrollTo(QScrollBar& scrollBar, std::int16_t value);
     void scrollToOrigin();
@@ -102,9 +100,9 @@ private:
     PictureBox* Zoom_Ori;
     QScrollBar* HScroll1;
     QScrollBar* VScroll1;
-    std::unique_ptr<SaveFileDialog> CommonDialog1;
+    SaveFileDialog CommonDialog1;
     SheetOf m_sheetOf;
-    std::unique_ptr<PrintDialog> m_printDialog;
+    PrintDialog m_printDialog;
     WindowPointer m_pointer;
     std::function<void()> m_showEntryWindow;
 
@@ -120,7 +118,6 @@ private:
     float ZoomFactor = 1;
     int m_zoomTurn = 0;       ///< of the wheel since the last zoom step, in eighths of a degree
     bool SetupPending = true; ///< until the window was active with a picture for the first time
-    bool m_isSettingUp = false;
 };
 
 } // namespace wagemill

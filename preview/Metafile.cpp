@@ -18,8 +18,8 @@ constexpr std::uint32_t signature = 0x464D4520; // " EMF"
 constexpr std::size_t signatureAt = 40;
 constexpr std::size_t frameAt = 24;
 constexpr std::size_t fileBytesAt = 48;
-constexpr std::size_t shortestHeader = 88;
-constexpr std::size_t shortestRecord = 8;
+constexpr std::size_t minHeader = 88;
+constexpr std::size_t minRecord = 8;
 constexpr double frameUnitsInInch = 2540; // hundredths of a millimetre
 constexpr double dotsInInch = 96;
 constexpr double maxPixels = 1e6; // in either direction; a sheet of 3000 stubs has fewer
@@ -38,27 +38,27 @@ void checkRecords(std::span<const std::byte> file)
 {
     std::size_t at = 0;
     for (std::uint32_t type = 0; type != endRecord;) {
-        if (file.size() - at < shortestRecord)
+        if (file.size() - at < minRecord)
             throw std::runtime_error("the metafile is cut off");
         type = ByteReader(file, at).u32();
         const std::size_t length = ByteReader(file, at + 4).u32();
-        if (length < (at == 0 ? shortestHeader : shortestRecord) || length % 4 != 0 || length > file.size() - at)
+        if (length < (at == 0 ? minHeader : minRecord) || length % 4 != 0 || length > file.size() - at)
             throw std::runtime_error("the metafile is damaged at byte " + std::to_string(at));
         at += length;
     }
     if (ByteReader(file, fileBytesAt).u32() != at)
-        throw std::runtime_error("the metafile states another length than it has");
+        throw std::runtime_error("the metafile has another length than its header says");
 }
 
 } // namespace
 
 bool isMetafile(std::span<const std::byte> file)
 {
-    return file.size() >= shortestHeader && ByteReader(file, 0).u32() == headerRecord &&
+    return file.size() >= minHeader && ByteReader(file, 0).u32() == headerRecord &&
            ByteReader(file, signatureAt).u32() == signature;
 }
 
-MetafileSize checkedMetafileSize(std::span<const std::byte> file)
+QSizeF checkedMetafileSize(std::span<const std::byte> file)
 {
     if (!isMetafile(file))
         throw std::runtime_error("it is not an enhanced metafile");

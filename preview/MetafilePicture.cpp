@@ -1,4 +1,4 @@
-#include "preview/MetafilePicture.h"
+#include "preview/Metafile.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,4 @@
 #include "preview/Metafile.h"
-#include "preview/MetafilePicture.h"
 
 #include <QImage>
 #include <QPainter>
@@ -15,8 +14,6 @@ namespace wagemill {
 
 namespace {
 
-constexpr WORD bitsPerPixel = 24;
-
 struct DeleteMetafile {
     void operator()(HENHMETAFILE metafile) const { ::DeleteEnhMetaFile(metafile); }
 };
@@ -29,48 +26,30 @@ struct DeleteContext {
 template <class Handle, class Delete>
 using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Delete>;
 
-/// A white bitmap in memory that the system draws on: `part` of the device that the picture is painted on.
-class Canvas {
-public:
-    explicit Canvas(const QRect& part) : m_part(part), m_context(::CreateCompatibleDC(nullptr))
-    {
-        BITMAPINFO info = {};
-        info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = part.width();
-        info.bmiHeader.biHeight = -part.height(); // the first row is the top one
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = bitsPerPixel;
-        m_bitmap.reset(::CreateDIBSection(m_context.get(), &info, DIB_RGB_COLORS, &m_pixels, nullptr, 0));
-        if (m_bitmap == nullptr || ::SelectObject(m_context.get(), m_bitmap.get()) == nullptr)
-            throw std::runtime_error("there is not enough memory for its picture");
-        ::PatBlt(m_context.get(), 0, 0, part.width(), part.height(), WHITENESS);
-    }
-
-    /// whole  where all of the picture is on the device
-    void play(HENHMETAFILE metafile, const QRect& whole)
-    {
-        const QRect onCanvas = whole.translated(-m_part.topLeft());
-        const RECT bounds = {onCanvas.left(), onCanvas.top(), onCanvas.right() + 1, onCanvas.bottom() + 1};
-        // Fails also when a single record cannot be drawn; the rest is drawn all the same, so that is what is shown.
-        ::PlayEnhMetaFile(m_context.get(), metafile, &bounds);
-        ::GdiFlush();
-    }
-
-    /// The drawn pixels, for as long as the canvas lives.
-    QImage picture() const
-    {
-        constexpr int rowAlignment = 4;
-        const int rowBytes = (m_part.width() * bitsPerPixel / 8 + rowAlignment - 1) / rowAlignment * rowAlignment;
-        return {static_cast<const uchar*>(m_pixels), m_part.width(), m_part.height(), rowBytes, QImage::Format_BGR888};
-    }
-
-private:
-    QRect m_part;
-    void* m_pixels = nullptr;
+/// What `part` of a device shows of the metafile, on white.
+/// whole  where all of the picture is on the device
+QImage played(HENHMETAFILE metafile, const QRect& whole, const QRect& part)
+{
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = part.width();
+    info.bmiHeader.biHeight = -part.height(); // the first row is the top one
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* pixels = nullptr;
+    const Owned<HBITMAP, DeleteBitmap> bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
     // The context goes first: a bitmap cannot be deleted while it is selected.
-    Owned<HBITMAP, DeleteBitmap> m_bitmap;
-    Owned<HDC, DeleteContext> m_context;
-};
+    const Owned<HDC, DeleteContext> context(::CreateCompatibleDC(nullptr));
+    if (bitmap == nullptr || ::SelectObject(context.get(), bitmap.get()) == nullptr)
+        throw std::runtime_error("there is not enough memory for its picture");
+    ::PatBlt(context.get(), 0, 0, part.width(), part.height(), WHITENESS);
+    const QRect place = whole.translated(-part.topLeft());
+    const RECT bounds = {place.left(), place.top(), place.right() + 1, place.bottom() + 1};
+    // Fails also when a single record cannot be drawn; the rest is drawn all the same, so that is what is shown.
+    ::PlayEnhMetaFile(context.get(), metafile, &bounds);
+    ::GdiFlush();
+    return QImage(static_cast<const uchar*>(pixels), part.width(), part.height(), QImage::Format_RGB32).copy();
+}
 
 class MetafilePicture : public PreviewPicture {
 public:
@@ -82,7 +61,7 @@ public:
             throw std::runtime_error("the system does not take the metafile");
     }
 
-    QSizeF naturalSize() const override { return {m_size.width, m_size.height}; }
+    QSizeF naturalSize() const override { return m_size; }
 
     void paint(QPainter& painter, const QRectF& part) const override
     {
@@ -91,13 +70,11 @@ public:
         const QRect painted = toDevice.mapRect(part).toAlignedRect() & whole;
         if (painted.isEmpty())
             return;
-        Canvas canvas(painted);
-        canvas.play(m_metafile.get(), whole);
-        painter.drawImage(toDevice.inverted().mapRect(QRectF(painted)), canvas.picture());
+        painter.drawImage(toDevice.inverted().mapRect(QRectF(painted)), played(m_metafile.get(), whole, painted));
     }
 
 private:
-    MetafileSize m_size;
+    QSizeF m_size;
     Owned<HENHMETAFILE, DeleteMetafile> m_metafile;
 };
 

@@ -1,8 +1,8 @@
 #include "preview/PictureBox.h"
 
+#include "app/look/Controls.h"
 #include "preview/ViewGeometry.h"
 
-#include <QAccessibleWidget>
 #include <QMouseEvent>
 #include <QPainter>
 #include <qdrawutil.h>
@@ -26,19 +26,11 @@ QSize sheetSize(const SharedPicture& picture)
     return {static_cast<int>(std::ceil(toUnits(sheet.width()))), static_cast<int>(std::ceil(toUnits(sheet.height())))};
 }
 
-/// Makes a screen reader speak of a picture rather than of an empty area.
-QAccessibleInterface* accessiblePicture(const QString& className, QObject* object)
-{
-    if (className != QLatin1String(PictureBox::staticMetaObject.className()))
-        return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Graphic);
-}
-
 } // namespace
 
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent)
 {
-    QAccessible::installFactory(accessiblePicture); // once, however often it is asked
+    setAccessibleRole<PictureBox, QAccessible::Graphic>(); // rather than an empty area
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
@@ -60,12 +52,6 @@ void PictureBox::paintPicture(const SharedPicture& source, QSize sourceSize, QSi
     m_target = QRect(QPoint(0, 0), targetSize * toPixels(1));
     m_scale = {static_cast<double>(targetSize.width()) / sourceSize.width(),
                static_cast<double>(targetSize.height()) / sourceSize.height()};
-    update();
-}
-
-void PictureBox::clearPicture()
-{
-    m_source.reset();
     update();
 }
 

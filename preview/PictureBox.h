@@ -23,7 +23,6 @@ public:
     /// Shows the upper left part of `source` that is `sourceSize` large, stretched over `targetSize` from the box's own
     /// upper left corner.
     void paintPicture(const SharedPicture& source, QSize sourceSize, QSize targetSize);
-    void clearPicture();
 
 signals:
     /// x and y in the box's own coordinates. While a button is held the box keeps receiving moves from everywhere.

@@ -5,6 +5,7 @@
 
 #include <QSizeF>
 
+#include <filesystem>
 #include <memory>
 
 class QImage;
@@ -27,5 +28,11 @@ using SharedPicture = std::shared_ptr<const PreviewPicture>;
 SharedPicture drawingPicture(drawing::Drawing drawing);
 /// An opaque bitmap; one of device pixel ratio 2 has half its pixels as its natural size.
 SharedPicture bitmapPicture(const QImage& bitmap);
+
+/// A picture file, known by its content whatever its name: a drawing, on Windows an enhanced metafile, else a bitmap. A
+/// bitmap of more than 96 dots an inch, up to 384, is that much sharper rather than larger. Paper is white where a
+/// picture is transparent.
+/// Throws std::runtime_error that names the file and the reason.
+SharedPicture loadPicture(const std::filesystem::path& file);
 
 } // namespace wagemill

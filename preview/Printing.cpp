@@ -139,11 +139,11 @@ void printPages(QPrinter& printer, const std::vector<Page>& pages)
 
 } // namespace
 
-void printSheet(const drawing::PrintableSheet& sheet, PrintDialog& dialog, QWidget& owner)
+void printSheet(const drawing::PrintableSheet& sheet, const PrintDialog& dialog, QWidget& owner)
 {
     QPrinter printer(QPrinter::HighResolution);
     askForWishes(printer, sheet);
-    if (!dialog.choose(printer, owner))
+    if (!dialog(printer, owner))
         return;
     printer.setFullPage(true); // margins are the sheet's own
     printPages(printer, sheet.pagesOn(paperOf(printer)));

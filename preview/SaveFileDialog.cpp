@@ -10,18 +10,6 @@
 
 namespace wagemill {
 
-QStringList nameFilters(const std::string& filter)
-{
-    const QStringList parts = QString::fromStdString(filter).split(u'|');
-    QStringList filters;
-    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
-        const QString description = parts[index].section(u'(', 0, 0).trimmed();
-        const QString patterns = QString(parts[index + 1]).replace(u';', u' ');
-        filters << QStringLiteral("%1 (%2)").arg(description, patterns);
-    }
-    return filters;
-}
-
 namespace {
 
 /// A folder that is missing would become the name that the dialog starts with.
@@ -33,29 +21,46 @@ QString startFolder(const QString& lastFolder)
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
-} // namespace
-
-std::filesystem::path PlatformSaveFileDialog::showSave(const SaveFileRequest& request, QWidget& owner)
+std::filesystem::path askForName(const std::string& title, const std::string& filter, QWidget& owner,
+                                 QString& lastFolder)
 {
-    QFileDialog dialog(&owner, QString::fromStdString(request.title), startFolder(m_lastFolder));
+    QFileDialog dialog(&owner, QString::fromStdString(title), startFolder(lastFolder));
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     applyDesignFont(dialog);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    QStringList filters = nameFilters(request.filter);
+    QStringList filters = nameFilters(filter);
     if (QGuiApplication::platformName() == QStringLiteral("windows")) {
         // Its own dialog adds the ending that follows the first "*." of a filter to a name that was typed without one.
         filters.replaceInStrings(QStringLiteral("*."), QStringLiteral("*?"));
         dialog.setOption(QFileDialog::HideNameFilterDetails);
     }
     dialog.setNameFilters(filters);
-    if (!request.fileName.empty())
-        dialog.selectFile(QString::fromStdString(request.fileName));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     const QFileInfo chosen(dialog.selectedFiles().constFirst());
-    m_lastFolder = chosen.absolutePath();
+    lastFolder = chosen.absolutePath();
     return chosen.filesystemFilePath().make_preferred();
+}
+
+} // namespace
+
+SaveFileDialog platformSaveFileDialog()
+{
+    return [lastFolder = QString()](const std::string& title, const std::string& filter, QWidget& owner) mutable {
+        return askForName(title, filter, owner, lastFolder);
+    };
+}
+
+QStringList nameFilters(const std::string& filter)
+{
+    const QStringList parts = QString::fromStdString(filter).split(u'|');
+    QStringList filters;
+    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
+        const QString description = parts[index].section(u'(', 0, 0).trimmed();
+        filters << description + " (" + QString(parts[index + 1]).replace(u';', u' ') + ')';
+    }
+    return filters;
 }
 
 } // namespace wagemill

@@ -1,38 +1,23 @@
 #pragma once
 
-#include "app/base/Interface.h"
-
 #include <QStringList>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 class QWidget;
 
 namespace wagemill {
 
-struct SaveFileRequest {
-    std::string fileName; ///< the name that the dialog starts with; empty for none
-    std::string title;
-    std::string filter; ///< pairs of description and pattern, each followed by a bar: "Excel Files (*.xls)|*.xls|"
-};
-
-/// Asks the user for the name of a file to be written.
-class SaveFileDialog : public Interface {
-public:
-    /// The full path exactly as named, no extension added; empty when the user cancelled. A name that exists already is
-    /// returned without a question.
-    virtual std::filesystem::path showSave(const SaveFileRequest& request, QWidget& owner) = 0;
-};
+/// Asks the user for the name of a file to be written, beginning with none. Gives the full path exactly as named, no
+/// extension added and without a question when the name exists already; empty when the user cancelled.
+/// filter  pairs of description and pattern, each followed by a bar: "Excel Files (*.xls)|*.xls|"
+using SaveFileDialog =
+    std::function<std::filesystem::path(const std::string& title, const std::string& filter, QWidget& owner)>;
 
 /// The platform's own dialog, opened in the user's documents and then in the folder of the last name.
-class PlatformSaveFileDialog : public SaveFileDialog {
-public:
-    std::filesystem::path showSave(const SaveFileRequest& request, QWidget& owner) override;
-
-private:
-    QString m_lastFolder; ///< empty until a name was chosen
-};
+SaveFileDialog platformSaveFileDialog();
 
 /// The filters of a dialog as Qt names them: "Excel Files (*.xls)|*.xls|" -> {"Excel Files (*.xls)"}.
 QStringList nameFilters(const std::string& filter);

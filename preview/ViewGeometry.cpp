@@ -2,6 +2,7 @@
 
 #include "app/base/text/NumberText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -14,13 +15,18 @@ namespace {
 
 constexpr double pixelsPerUnit = 4;
 constexpr float zoomStep = 0.25F;
-constexpr float smallestZoom = 0.25F;
-constexpr float largestZoom = 3.75F;
+constexpr float minZoom = 0.25F;
+constexpr float maxZoom = 3.75F;
 constexpr std::int32_t widthLimit = 14000;
 constexpr std::int32_t heightLimit = 5000;
 constexpr double borderOfBothSides = 2;
-constexpr float largestOverhangInSingleUnits = 100;
+constexpr float maxOverhangInSingleUnits = 100;
 constexpr std::int16_t coarseUnit = 10;
+
+std::int16_t unitFor(float overhang)
+{
+    return overhang <= maxOverhangInSingleUnits ? 1 : coarseUnit;
+}
 
 double valueAtPercent(std::int16_t percent, std::int16_t maximum)
 {
@@ -46,7 +52,7 @@ float steppedZoom(float zoom, ZoomDirection direction)
 
 bool isZoomOffered(float zoom)
 {
-    return zoom >= smallestZoom && zoom <= largestZoom;
+    return zoom >= minZoom && zoom <= maxZoom;
 }
 
 std::int32_t naturalExtent(double innerExtent)
@@ -68,16 +74,15 @@ ScrollRange scrollRange(float overhang)
 {
     if (overhang <= 0)
         return {};
-    if (overhang <= largestOverhangInSingleUnits)
-        return {.maximum = toInt16(static_cast<double>(overhang)), .unit = 1};
-    return {.maximum = toInt16(static_cast<double>(overhang) / coarseUnit), .unit = coarseUnit};
+    const std::int16_t unit = unitFor(overhang);
+    return {.maximum = toInt16(static_cast<double>(overhang) / unit), .unit = unit};
 }
 
 float missingOverhang(float overhang)
 {
     if (overhang <= 0)
         return 0;
-    const float unit = overhang <= largestOverhangInSingleUnits ? 1.0F : coarseUnit;
+    const float unit = unitFor(overhang);
     return std::ceil(overhang / unit) * unit - overhang;
 }
 
@@ -109,13 +114,9 @@ std::optional<std::int16_t> verticalScrollValue(std::int16_t percent, std::int16
     return value;
 }
 
-float draggedPosition(const DragAxis& axis)
+float draggedPosition(float wanted, float viewportInner, float pictureOuter)
 {
-    const float position = axis.position - axis.dragStart + axis.pointer;
-    if (position > 0)
-        return 0;
-    const float limit = axis.viewportInner - axis.pictureOuter;
-    return limit > position ? limit : position;
+    return wanted > 0 ? 0 : std::max(wanted, viewportInner - pictureOuter);
 }
 
 std::int16_t scrolledPercent(std::int32_t position, std::int32_t pictureOuter, std::int32_t viewportOuter,

@@ -53,18 +53,11 @@ std::int16_t scrolledPosition(std::int16_t unit, std::int16_t value);
 std::optional<std::int16_t> horizontalScrollValue(std::int16_t percent, std::int16_t maximum);
 std::optional<std::int16_t> verticalScrollValue(std::int16_t percent, std::int16_t maximum);
 
-/// What one axis of a drag needs to know.
-struct DragAxis {
-    float position = 0;      ///< of the picture
-    float dragStart = 0;     ///< where the picture was grabbed, in its own coordinates
-    float pointer = 0;       ///< where the pointer is, in the same coordinates
-    float viewportInner = 0; ///< extent inside the viewport's border
-    float pictureOuter = 0;  ///< extent with the picture's border
-};
-
-/// The picture's position under the pointer, kept inside the viewport. A picture smaller than the viewport flips
-/// between its two ends.
-float draggedPosition(const DragAxis& axis);
+/// The position that the pointer drags the picture to, kept inside the viewport. A picture smaller than the viewport
+/// flips between its two ends.
+/// viewportInner  extent inside the viewport's border
+/// pictureOuter   extent with the picture's border
+float draggedPosition(float wanted, float viewportInner, float pictureOuter);
 
 /// The part of the overhang that the picture was scrolled by, in percent, rounded with halves to even; negative for a
 /// picture smaller than the viewport. Both extents include the border.

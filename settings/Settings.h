@@ -9,6 +9,10 @@
 
 namespace wagemill {
 
+/// The program's own application and section in the store.
+inline constexpr std::string_view settingsApplication = "Quellory";
+inline constexpr std::string_view settingsSection = "Wagemill";
+
 /// A per-user store of texts, addressed by application, section and key. All texts are UTF-8.
 class SettingsStore : public Interface {
 public:

@@ -45,7 +45,7 @@ private:
     void beginWaiting();
     void openTemplate();
     void fillEmployee(std::int16_t row);
-    void fillSheet(int step, SheetNumber sheet, std::uint8_t RowField::*column, const EmployeeRow& employee);
+    void fillSheet(int step, SheetNumber sheet, std::uint8_t FieldColumns::*column, const EmployeeRow& employee);
     void copyStub(std::int16_t row, const EmployeeRow& employee);
     void saveWorkbook();
     void takePicture();
@@ -101,21 +101,22 @@ void PayrollBuild::openTemplate()
 void PayrollBuild::fillEmployee(std::int16_t row)
 {
     const EmployeeRow& employee = m_data.rows[static_cast<std::size_t>(row)];
-    fillSheet(100, SheetNumber::Information, &RowField::informationColumn, employee);
-    fillSheet(200, SheetNumber::Calculator, &RowField::calculatorColumn, employee);
+    fillSheet(100, SheetNumber::Information, &FieldColumns::sheet1, employee);
+    fillSheet(200, SheetNumber::Calculator, &FieldColumns::sheet2, employee);
     put(220, SheetNumber::Calculator, 2, 12, m_data.header.periodEnding);
     m_trap.step(230, [&] { m_summaryRow = toInt16(m_summaryRow + 1); });
     copyStub(row, employee);
 }
 
 /// Every field has a step of its own: `step` for the first, one more for each that follows.
-void PayrollBuild::fillSheet(int step, SheetNumber sheet, std::uint8_t RowField::*column, const EmployeeRow& employee)
+void PayrollBuild::fillSheet(int step, SheetNumber sheet, std::uint8_t FieldColumns::*column,
+                             const EmployeeRow& employee)
 {
     for (std::size_t index = 0; index < rowFields.size(); ++index) {
         const RowField& field = rowFields[index];
-        if (field.*column != 0)
-            put(step + static_cast<int>(index), sheet, m_summaryRow, field.*column,
-                employee.texts[index] + (field.isRate ? "%" : ""));
+        if (field.columns.*column != 0)
+            put(step + static_cast<int>(index), sheet, m_summaryRow, field.columns.*column,
+                employee.texts[index] + (field.kind == FieldKind::Rate ? "%" : ""));
     }
 }
 

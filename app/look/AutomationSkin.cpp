@@ -3,7 +3,6 @@
 #include "app/base/Messages.h"
 #include "app/base/WindowsErrors.h"
 #include "app/base/text/WideText.h"
-#include "app/look/StyleSheetSkin.h"
 
 #include <stdexcept>
 #include <utility>
@@ -16,7 +15,6 @@ using automation::Variant;
 
 namespace {
 
-constexpr const wchar_t* controlClass = L"XtremeSkinFramework.SkinFramework";
 constexpr DISPID optionsIdentifier = 1;
 constexpr DISPID loadSkinIdentifier = 2;
 constexpr DISPID applyWindowIdentifier = 3;
@@ -29,17 +27,6 @@ std::string reasonOf(const automation::CallFailure& failure)
 }
 
 } // namespace
-
-std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile)
-{
-    if (isStyleSheetFile(skinFile))
-        return std::make_unique<StyleSheetSkin>();
-    try {
-        return std::make_unique<AutomationSkin>(automation::Dispatch(controlClass, CLSCTX_ALL));
-    } catch (const automation::CallFailure&) {
-        return nullptr; // not installed, as on most machines
-    }
-}
 
 /// failure  begins the text that is thrown: "<failure>: <reason>."
 automation::Variant AutomationSkin::invoke(const std::vector<DISPID>& ids, CallKind kind, const Arguments& arguments,

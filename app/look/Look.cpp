@@ -1,17 +1,18 @@
 #include "app/look/Look.h"
 
 #include "app/base/Files.h"
-#include "app/base/text/Unicode.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QEvent>
 #include <QFrame>
 #include <QGroupBox>
 #include <QLabel>
 #include <QRadioButton>
 #include <QWidget>
+#include <QWindow>
 
-#include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 namespace wagemill {
@@ -20,7 +21,7 @@ namespace {
 
 constexpr std::string_view skinName = "/x/o.cjs";
 constexpr std::int32_t skinTheControls = 1;
-constexpr std::size_t longestApplicationTitle = 40;
+constexpr qsizetype maxApplicationTitle = 40; // characters
 
 enum class PictureBoxes { LeaveAlone, Include };
 
@@ -30,7 +31,7 @@ bool isOneOf(const QWidget& control)
     return ((qobject_cast<const Kinds*>(&control) != nullptr) || ...);
 }
 
-/// A picture box is a plain frame; text areas, lists and labels build on frames but are no picture boxes.
+/// A picture box is a plain frame; text areas, lists and labels build on frames but are not picture boxes.
 bool isPictureBox(const QWidget& control)
 {
     return control.metaObject() == &QFrame::staticMetaObject;
@@ -52,16 +53,24 @@ void setNeutralBackgrounds(QWidget& window, PictureBoxes pictureBoxes)
             setNeutralBackground(*control);
 }
 
-/// Whether listing the folder that holds the path yields its name.
-bool isListed(const std::filesystem::path& path)
-{
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(path.parent_path(), error), end; !error && entry != end;
-         entry.increment(error))
-        if (entry->path().filename() == path.filename())
-            return true;
-    return false;
-}
+class PlaceKeeper : public QObject {
+public:
+    explicit PlaceKeeper(QWidget& window) : QObject(&window), m_window(window) { window.installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Hide && !event->spontaneous())
+            m_place = m_window.geometry().topLeft();
+        else if (event->type() == QEvent::Show && !event->spontaneous() && m_place)
+            m_window.windowHandle()->setPosition(*m_place);
+        return false;
+    }
+
+private:
+    QWidget& m_window;
+    std::optional<QPoint> m_place; ///< inside its frame; none until the window was hidden
+};
 
 } // namespace
 
@@ -73,7 +82,7 @@ std::unique_ptr<SkinningControl> createSkinningControl()
 void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
 {
     const std::filesystem::path skinFile = besideProgram(skinName);
-    if (!isListed(skinFile))
+    if (std::error_code error; !exists(symlink_status(skinFile, error))) // a link that leads nowhere is a faulty skin
         return;
     setNeutralBackgrounds(mainWindow, PictureBoxes::Include);
     if (skin == nullptr)
@@ -97,28 +106,22 @@ void applyDesignFont(QWidget& window)
     window.setFont(font);
 }
 
-std::string shortenedTitle(std::string_view title)
+void keepPlace(QWidget& window)
 {
-    std::string_view remaining = title;
+    new PlaceKeeper(window);
+}
+
+void makeApplicationTitle(QString title)
+{
+    const std::string whole = title.toStdString();
     do {
-        const std::size_t lastBlank = remaining.rfind(' ');
-        if (lastBlank == std::string_view::npos)
-            throw std::invalid_argument("The title \"" + std::string(title) +
-                                        "\" cannot be shortened: it has no blank to cut at.");
-        remaining = remaining.substr(0, lastBlank);
-    } while (characterCount(remaining) > longestApplicationTitle);
-    return std::string(remaining);
-}
-
-void makeApplicationTitle(std::string_view title)
-{
+        const auto lastBlank = title.lastIndexOf(u' ');
+        if (lastBlank < 0)
+            throw std::invalid_argument("The title \"" + whole + "\" cannot be shortened: it has no blank to cut at.");
+        title.truncate(lastBlank);
+    } while (title.size() > maxApplicationTitle);
     // Not the application's display name: the platform would append that to the caption of every window.
-    QCoreApplication::setApplicationName(QString::fromStdString(shortenedTitle(title)));
-}
-
-std::string applicationTitle()
-{
-    return QCoreApplication::applicationName().toStdString();
+    QCoreApplication::setApplicationName(title);
 }
 
 } // namespace wagemill

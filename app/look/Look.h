@@ -2,10 +2,11 @@
 
 #include "app/base/Interface.h"
 
+#include <QString>
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <string>
 #include <string_view>
 
 class QWidget;
@@ -13,9 +14,9 @@ class QWidget;
 namespace wagemill {
 
 /// The caption of every window.
-inline constexpr std::string_view productTitle = "Wagemill";
+inline constexpr QLatin1String productTitle("Wagemill");
 /// The phrase that the application title is cut from.
-inline constexpr std::string_view productPhrase = "Wagemill Payroll Workbook Creator";
+inline constexpr QLatin1String productPhrase("Wagemill Payroll Workbook Creator");
 
 /// What draws a skin on a window; the skin lasts as long as this object. On Windows its members are called by dispatch
 /// identifier, given at each.
@@ -50,13 +51,18 @@ void applyPlainBackground(QWidget& window);
 /// The design font of all windows; its size stays the user's.
 void applyDesignFont(QWidget& window);
 
-/// `title` without its last word, and without further words while it is longer than 40 characters.
-/// Throws std::invalid_argument when there is no blank left to cut at.
-std::string shortenedTitle(std::string_view title);
+/// What message boxes show that name no title of their own becomes `title` without its last word, and without further
+/// words while it is longer than 40 characters.
+/// Throws std::invalid_argument when there is no blank left to cut at; the application title then stays as it was.
+void makeApplicationTitle(QString title);
 
-/// The application title becomes shortenedTitle(title); when that throws, it stays as it was.
-void makeApplicationTitle(std::string_view title);
-/// What message boxes show that name no title of their own.
-std::string applicationTitle();
+/// From now on a window that was hidden comes back where it was, not where the window manager would put a new one.
+void keepPlace(QWidget& window);
+
+/// Holds back the drawing of a window and of all in it; one window at a time. Where the platform refuses, the window is
+/// drawn as ever: nothing fails.
+void lockDrawing(QWidget& window);
+/// The locked window draws again, at once what it has missed.
+void unlockDrawing(QWidget& window);
 
 } // namespace wagemill

@@ -6,11 +6,9 @@
 #include <QFontMetrics>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QScreen>
 
 #include <algorithm>
-#include <string>
 
 namespace wagemill {
 
@@ -30,26 +28,15 @@ QString withLineFeeds(const std::string& text)
 
 QMessageBox::Icon boxIcon(MessageIcon icon)
 {
-    switch (icon) {
-    case MessageIcon::Information:
-        return QMessageBox::Information;
-    case MessageIcon::Warning:
-        return QMessageBox::Warning;
-    case MessageIcon::None:
-        break;
-    }
-    return QMessageBox::NoIcon;
-}
-
-QMessageBox::StandardButtons boxButtons(MessageButtons buttons)
-{
-    return buttons == MessageButtons::YesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok;
+    if (icon == MessageIcon::None)
+        return QMessageBox::NoIcon;
+    return icon == MessageIcon::Warning ? QMessageBox::Warning : QMessageBox::Information;
 }
 
 /// A line breaks after so many characters at the earliest, so that an address stays whole; and the title is read whole.
 void giveRoom(const QMessageBox& box)
 {
-    auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")); // Qt's name of it
     if (label == nullptr)
         return;
     label->ensurePolished();
@@ -62,32 +49,20 @@ void giveRoom(const QMessageBox& box)
     label->setMinimumWidth(std::min(std::max(readable, title), box.screen()->availableSize().width() * 3 / 4));
 }
 
-void nameButtons(const QMessageBox& box)
-{
-    for (const auto& [button, name] :
-         {std::pair(QMessageBox::Ok, "OK"), std::pair(QMessageBox::Yes, "Yes"), std::pair(QMessageBox::No, "No")})
-        if (QAbstractButton* found = box.button(button))
-            found->setObjectName(QString::fromLatin1(name));
-}
-
 } // namespace
 
 MessageAnswer QtMessages::show(const Message& message)
 {
-    const std::string title = message.title.empty() ? applicationTitle() : message.title;
+    const QString title = QString::fromStdString(message.title);
     const bool isQuestion = message.buttons == MessageButtons::YesNo;
-    QMessageBox box(boxIcon(message.icon), QString::fromStdString(title), QString(), boxButtons(message.buttons),
-                    QApplication::activeWindow());
-    box.setObjectName(QStringLiteral("MessageBox"));
+    QMessageBox box(boxIcon(message.icon), title.isEmpty() ? QApplication::applicationName() : title, QString(),
+                    isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, QApplication::activeWindow());
     applyDesignFont(box);
     box.setTextFormat(Qt::PlainText); // before the text: a message is never read as markup
     box.setText(withLineFeeds(message.text));
     giveRoom(box);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    box.setEscapeButton(isQuestion ? QMessageBox::No : QMessageBox::Ok);
-    box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok);
-    box.setWindowModality(Qt::ApplicationModal);
-    nameButtons(box);
+    box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok); // Escape is No, or OK alone
     const int answer = box.exec();
     if (!isQuestion)
         return MessageAnswer::Ok;

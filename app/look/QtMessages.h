@@ -4,8 +4,7 @@
 
 namespace wagemill {
 
-/// Message boxes of the platform, modal over the active window. The box is named "MessageBox", its buttons "OK", "Yes"
-/// and "No". Escape and the close box answer No where there is a No.
+/// Message boxes of the platform, modal over the active window. Escape and the close box answer No where there is a No.
 class QtMessages : public Messages {
 public:
     MessageAnswer show(const Message& message) override;

@@ -70,9 +70,9 @@ QPalette readablePalette(const QPalette& users)
     QPalette readable = users;
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
         for (const auto& [moving, against, wanted] : pairs)
-            if (const QColor color = readable.color(group, moving), ground = readable.color(group, against);
-                contrastRatio(color, ground) < wanted)
-                readable.setColor(group, moving, movedApart(color, ground, wanted));
+            if (const QColor color = readable.color(group, moving), background = readable.color(group, against);
+                contrastRatio(color, background) < wanted)
+                readable.setColor(group, moving, movedApart(color, background, wanted));
     return readable;
 }
 

@@ -8,8 +8,8 @@ namespace wagemill {
 /// (https://www.w3.org/TR/WCAG21/#dfn-contrast-ratio).
 double contrastRatio(const QColor& one, const QColor& other);
 
-/// The user's palette, with the colours moved apart that stand too near to be told from their ground: texts to 4.5 to
-/// 1, the lines around fields and frames to 3 to 1. Colours that can be told apart stay the user's.
+/// The user's palette, with those colours changed that are too much like their background to be read: texts to a
+/// contrast of 4.5 to 1, the lines around fields and frames to 3 to 1. Others stay the user's.
 QPalette readablePalette(const QPalette& users);
 
 } // namespace wagemill

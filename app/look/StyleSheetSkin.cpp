@@ -13,7 +13,7 @@ namespace wagemill {
 
 namespace {
 
-constexpr qint64 largestSkin = 1 << 20; // bytes
+constexpr qint64 maxSkin = 1 << 20; // bytes
 
 /// Qt ignores what it cannot read, without a word to the user. A style sheet is any number of
 /// "selector { name: value; name: value }", with comments anywhere.
@@ -50,8 +50,8 @@ void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string
     QFile file(skinFile);
     if (!file.open(QIODevice::ReadOnly))
         refuseSkin(skinFile, file.errorString().toStdString());
-    const QByteArray bytes = file.read(largestSkin + 1);
-    if (bytes.size() > largestSkin)
+    const QByteArray bytes = file.read(maxSkin + 1);
+    if (bytes.size() > maxSkin)
         refuseSkin(skinFile, "it is larger than 1 MiB");
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString text = decoder(bytes);

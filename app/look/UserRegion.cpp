@@ -1,47 +1,32 @@
 #include "app/look/UserRegion.h"
 
-#include <QDate>
 #include <QLocale>
-#include <QString>
+#include <QRegularExpression>
 
-#include <algorithm>
 #include <string>
 
 namespace wagemill {
 
 namespace {
 
-bool isInvisible(QChar character)
+/// The text without blanks and invisible characters around it.
+QString trimmed(QString text)
 {
-    return character.isSpace() || character.category() == QChar::Other_Format;
+    static const QRegularExpression around(QStringLiteral(R"(^[\s\p{Z}\p{Cf}]+|[\s\p{Z}\p{Cf}]+$)"));
+    return text.remove(around);
 }
 
-/// The locale's text with blanks and invisible characters alone taken as none: some currencies have no symbol.
-std::string visibleText(const QString& text)
+/// What is around the digits of a text, whichever script's they are: money may be written in another than numbers.
+/// Blanks alone are nothing: some currencies have no symbol.
+Affixes affixesAround(const QString& money)
 {
-    return std::all_of(text.begin(), text.end(), isInvisible) ? std::string() : text.toStdString();
-}
-
-QString withoutOuterBlanks(QString text)
-{
-    while (!text.isEmpty() && isInvisible(text.front()))
-        text.remove(0, 1);
-    while (!text.isEmpty() && isInvisible(text.back()))
-        text.chop(1);
-    return text;
-}
-
-/// What stands around the digits of a text, whichever script's they are: money may be written in another than numbers.
-Affixes affixesAround(const QString& text)
-{
-    const auto isDigit = [](char32_t character) { return QChar::isDigit(character); };
-    const std::u32string characters = text.toStdU32String();
-    const auto first = std::find_if(characters.begin(), characters.end(), isDigit);
-    const auto last = std::find_if(characters.rbegin(), characters.rend(), isDigit).base();
-    if (first == characters.end())
-        return {};
-    return {visibleText(QString::fromStdU32String({characters.begin(), first})),
-            visibleText(QString::fromStdU32String({last, characters.end()}))};
+    static const QRegularExpression parts(QStringLiteral(R"(^(\P{Nd}*).*?(\P{Nd}*)$)"));
+    const QRegularExpressionMatch found = parts.match(money);
+    const auto visible = [&](int part) {
+        const QString text = found.captured(part);
+        return trimmed(text).isEmpty() ? std::string() : text.toStdString();
+    };
+    return {visible(1), visible(2)};
 }
 
 void setGrouping(RegionalFormats& formats, const QLocale& locale)
@@ -56,18 +41,15 @@ void setGrouping(RegionalFormats& formats, const QLocale& locale)
     formats.firstGroup = static_cast<int>((long15.size() - last - separator.size()) / digitSize);
     formats.furtherGroups = static_cast<int>((last - previous - separator.size()) / digitSize);
     formats.digitsBeforeGrouping = 1;
-    for (const double number : {1111.5, 11111.5}) // the form with decimals keeps the rule for short figures
+    for (const double number : {1111.5, 11111.5}) // the form with decimals keeps the rule for short numbers
         formats.digitsBeforeGrouping += locale.toString(number, 'f', 1).contains(separator) ? 0 : 1;
 }
 
-/// What stands between the two digits of 1.5; nothing when the locale writes money without decimals.
+/// What is between the two digits of 1.5; nothing when the locale writes money without decimals.
 std::string separatorIn(const QString& money)
 {
-    const auto isDigit = [](QChar character) { return character.isDigit(); };
-    const auto first = std::find_if(money.begin(), money.end(), isDigit);
-    const auto end = std::find_if_not(first, money.end(), isDigit);
-    const auto next = std::find_if(end, money.end(), isDigit);
-    return next == money.end() ? std::string() : QString(end, next - end).toStdString();
+    static const QRegularExpression betweenDigits(QStringLiteral(R"(\p{Nd}(\P{Nd}+)\p{Nd})"));
+    return betweenDigits.match(money).captured(1).toStdString();
 }
 
 void setCurrency(RegionalFormats& formats, const QLocale& locale)
@@ -77,27 +59,17 @@ void setCurrency(RegionalFormats& formats, const QLocale& locale)
     formats.currency = affixesAround(locale.toCurrencyString(1.0, QString(), 0));
     formats.negativeCurrency = affixesAround(locale.toCurrencyString(-1.0, QString(), 0));
     const QString affixes = QString::fromStdString(formats.currency.prefix + formats.currency.suffix);
-    formats.currencySymbol = withoutOuterBlanks(affixes).toStdString();
+    formats.currencySymbol = trimmed(affixes).toStdString();
 }
 
 /// The pattern with every run of "y" outside of quotes as "yyyy".
-QString withFullYear(const QString& pattern)
+QString withFullYear(QString pattern)
 {
-    QString wide;
-    bool quoted = false;
-    for (qsizetype i = 0; i < pattern.size(); ++i) {
-        const QChar character = pattern[i];
-        quoted = quoted != (character == u'\'');
-        const bool isYear = character == u'y' && !quoted;
-        if (!isYear)
-            wide += character;
-        else if (i == 0 || pattern[i - 1] != u'y')
-            wide += QStringLiteral("yyyy");
-    }
-    return wide;
+    static const QRegularExpression yearOutsideQuotes(QStringLiteral("'[^']*'(*SKIP)(*FAIL)|y+"));
+    return pattern.replace(yearOutsideQuotes, QStringLiteral("yyyy"));
 }
 
-/// The sign between hours and minutes, ":" where words stand there.
+/// The sign between hours and minutes, ":" where words are there.
 std::string timeSeparator(const QString& pattern)
 {
     const auto minute = pattern.indexOf(u'm');
@@ -146,11 +118,6 @@ QLocale userLocale()
 {
     const QLocale system = QLocale::system();
     return system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system;
-}
-
-RegionalFormats userRegionalFormats()
-{
-    return regionalFormatsOf(userLocale());
 }
 
 } // namespace wagemill

@@ -7,11 +7,15 @@
 
 #include <filesystem>
 #include <initializer_list>
+#include <string_view>
 #include <vector>
 
 class QWidget;
 
 namespace wagemill {
+
+/// The hand cursor beside the program.
+inline constexpr std::string_view handCursorName = "/HAND-M.CUR";
 
 enum class PointerMode { Arrow = 0, Hourglass = 11, Hand = 99 };
 
@@ -19,8 +23,6 @@ enum class PointerMode { Arrow = 0, Hourglass = 11, Hand = 99 };
 /// window is busy (Hourglass). In mode Arrow a control may show a cursor of its own, as the text cursor of a text
 /// field; in mode Hourglass none does.
 class WindowPointer : public QObject {
-    Q_OBJECT
-
 public:
     /// The mouse over the window's own background means Arrow. The window owns this object.
     explicit WindowPointer(QWidget& window);
@@ -31,9 +33,9 @@ public:
     PointerMode mode() const { return m_mode; }
     void setMode(PointerMode mode);
     /// Arrow, unless the window is busy.
-    void resetPointer();
+    void resetPointer() { hover(PointerMode::Arrow); }
 
-    /// The cursor of mode Hand; until one is loaded that mode shows the arrow.
+    /// The cursor of mode Hand, from a Windows cursor file; until one is loaded that mode shows the arrow.
     /// Throws std::runtime_error that names the file and the reason.
     void loadHandCursor(const std::filesystem::path& file);
 

@@ -9,38 +9,49 @@
 
 namespace wagemill {
 
-enum class FieldKind : std::uint8_t { FreeText, Currency, Number };
+enum class FieldKind : std::uint8_t { FreeText, Currency, Number, Rate };
+
+/// The columns of the workbook that receive a field, from 1; 0: none.
+struct FieldColumns {
+    std::uint8_t sheet1 = 0; ///< Information
+    std::uint8_t sheet2 = 0; ///< Calculator
+};
+
+/// What follows the last field of a group in the window; two columns side by side have it at the same height.
+enum class Gap : std::uint8_t { None, Line, Column };
 
 /// One of the fields that every employee row has.
 struct RowField {
     std::string_view name; ///< of the control, and stem of its settings key
     std::string_view caption;
-    FieldKind kind;
-    std::string_view fallback;      ///< shown until a value was stored
-    std::uint8_t informationColumn; ///< column of sheet 1 that receives it, from 1; 0: none
-    std::uint8_t calculatorColumn;  ///< column of sheet 2
-    bool isRate = false;            ///< a percentage: written with "%" behind it
+    FieldKind kind; ///< a Rate is a percentage: it is written with "%" after it
+    FieldColumns columns;
+    std::string_view sample; ///< the example for a new user; money is a plain number
+    Gap gap = Gap::None;
+
+    /// What is shown until a value was stored.
+    constexpr std::string_view fallback() const { return kind == FieldKind::FreeText ? "" : "0"; }
 };
 
 /// The fields in the order of their labels, of the tab key, of the store and of the columns.
 inline constexpr auto rowFields = std::to_array<RowField>({
-    {"txtEmployeeID", "Employee Id:", FieldKind::FreeText, "", 2, 2},
-    {"txtName", "Name:", FieldKind::FreeText, "", 3, 0},
-    {"txtHourlyWage", "Hourly Wage:", FieldKind::Currency, "0", 4, 0},
-    {"txtTaxStatus", "Tax Status:", FieldKind::FreeText, "", 5, 0},
-    {"txtFedAllowance", "Federal Allowance (From W-4):", FieldKind::FreeText, "", 6, 0},
-    {"txtStateTax", "State Tax (Percentage):", FieldKind::Number, "0", 7, 0, true},
-    {"txtFedIT", "Federal Income Tax (Percentage based on Federal Allowance):", FieldKind::Number, "0", 8, 0, true},
-    {"txtSocialSecurityTax", "Social Security Tax (Percentage):", FieldKind::Number, "0", 9, 0, true},
-    {"txtMedicareTax", "Medicare Tax (Percentage):", FieldKind::Number, "0", 10, 0, true},
-    {"txtInsuranceDeduction", "Insurance Deduction (Dollars):", FieldKind::Currency, "0", 12, 0},
-    {"txtOtherRegDeduction", "Other Regular Deduction (Dollars):", FieldKind::Currency, "0", 13, 0},
-    {"txtRegHoursWorked", "Regular Hours Worked:", FieldKind::Number, "0", 0, 4},
-    {"txtVacationHours", "Vacation Hours:", FieldKind::Number, "0", 0, 5},
-    {"txtSickHours", "Sick Hours:", FieldKind::Number, "0", 0, 6},
-    {"txtOT", "Overtime Hours:", FieldKind::Number, "0", 0, 7},
-    {"txtOTRate", "Overtime Rate:", FieldKind::Currency, "0", 0, 8},
-    {"txtOtherDeduction", "Other Deduction:", FieldKind::Currency, "0", 0, 11},
+    {"txtEmployeeID", "Employee Id:", FieldKind::FreeText, {.sheet1 = 2, .sheet2 = 2}, "E118"},
+    {"txtName", "Name:", FieldKind::FreeText, {.sheet1 = 3}, "Ned Hollister", Gap::Line},
+    {"txtHourlyWage", "Hourly Wage:", FieldKind::Currency, {.sheet1 = 4}, "15"},
+    {"txtTaxStatus", "Tax Status:", FieldKind::FreeText, {.sheet1 = 5}, ""},
+    {"txtFedAllowance", "Federal Allowance (From W-4):", FieldKind::FreeText, {.sheet1 = 6}, "", Gap::Line},
+    {"txtStateTax", "State Tax (Percentage):", FieldKind::Rate, {.sheet1 = 7}, "10"},
+    {"txtFedIT", "Federal Income Tax (Percentage based on Federal Allowance):", FieldKind::Rate, {.sheet1 = 8}, "15"},
+    {"txtSocialSecurityTax", "Social Security Tax (Percentage):", FieldKind::Rate, {.sheet1 = 9}, "1"},
+    {"txtMedicareTax", "Medicare Tax (Percentage):", FieldKind::Rate, {.sheet1 = 10}, "4", Gap::Column},
+    {"txtInsuranceDeduction", "Insurance Deduction (Dollars):", FieldKind::Currency, {.sheet1 = 12}, "2"},
+    {"txtOtherRegDeduction", "Other Regular Deduction (Dollars):", FieldKind::Currency, {.sheet1 = 13}, "5", Gap::Line},
+    {"txtRegHoursWorked", "Regular Hours Worked:", FieldKind::Number, {.sheet2 = 4}, "39"},
+    {"txtVacationHours", "Vacation Hours:", FieldKind::Number, {.sheet2 = 5}, "7"},
+    {"txtSickHours", "Sick Hours:", FieldKind::Number, {.sheet2 = 6}, "15", Gap::Line},
+    {"txtOT", "Overtime Hours:", FieldKind::Number, {.sheet2 = 7}, "8"},
+    {"txtOTRate", "Overtime Rate:", FieldKind::Currency, {.sheet2 = 8}, "10.25"},
+    {"txtOtherDeduction", "Other Deduction:", FieldKind::Currency, {.sheet2 = 11}, "2"},
 });
 
 /// The place of a field in rowFields. Throws (at compile time where used so) when there is none of that name.

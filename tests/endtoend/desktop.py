@@ -115,7 +115,7 @@ class Desktop:
 
     def _start_display(self):
         reading, writing = os.pipe()
-        # Without -noreset the display would start anew, and end its clients, whenever a tool was alone on it and left.
+        # Without -noreset the display would start again, and end its clients, whenever a tool was alone on it and left.
         self._start("Xvfb", "-displayfd", str(writing), "-screen", "0", self.size + "x24", "-nolisten", "tcp",
                     "-noreset", pass_fds=[writing])
         os.close(writing)

@@ -49,14 +49,14 @@ def keeps_what_was_typed_when_killed(program):
         expect(again.screen.text("Hourly Wage:") == "$0.00", "the wage is not shown in currency form")
 
 
-def refuses_a_figure_and_keeps_the_focus(program):
+def refuses_what_is_not_a_number(program):
     with Desktop() as desktop:
         guide = Guide(desktop, program)
         guide.type_into("Medicare Tax (Percentage):", "abc")
         guide.expect_message("Please enter a valid input.")
         desktop.type("1.5")  # the refused text is selected, so typing replaces it
         desktop.key("Tab")
-        desktop.wait_for(lambda: guide.screen.text("Medicare Tax (Percentage):") == "1.50", "the tidied figure")
+        desktop.wait_for(lambda: guide.screen.text("Medicare Tax (Percentage):") == "1.50", "the tidied number")
 
 
 def goes_back_and_cleans_up(program):
@@ -126,7 +126,7 @@ def understands_other_regions(program):
 
 
 SCENARIOS = {scenario.__name__: scenario for scenario in (
-    from_sample_to_saved_workbook, keeps_what_was_typed_when_killed, refuses_a_figure_and_keeps_the_focus,
+    from_sample_to_saved_workbook, keeps_what_was_typed_when_killed, refuses_what_is_not_a_number,
     goes_back_and_cleans_up, prints_the_stub_into_a_file, obeys_temp, ends_with_a_message_without_excel, understands_other_regions,
     *CITIZEN_SCENARIOS, *HASTY_SCENARIOS)}
 

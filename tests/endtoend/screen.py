@@ -1,4 +1,4 @@
-"""Finds the controls of a running program by what a screen reader is told of them."""
+"""Finds the controls of a running program by what a screen reader is given of them."""
 import os
 
 

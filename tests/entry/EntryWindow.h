@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/base/Files.h"
-#include "app/look/PushButton.h"
+#include "app/look/Controls.h"
 #include "entry/EntryField.h"
 #include "entry/Form1.h"
 #include "entry/data/RowFields.h"
-#include "settings/Settings.h"
+#include "tests/support/MemoryStore.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/workbook/FakeSpreadsheet.h"
 
@@ -15,46 +15,10 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace wagemill::test {
-
-/// A store in memory; the test may let it fail.
-class MemoryStore : public SettingsStore {
-public:
-    struct State {
-        std::map<std::string, std::string> values;
-        std::vector<std::string> written;
-        bool failing = false;
-        bool locked = false; ///< neither read nor written
-    };
-    explicit MemoryStore(State& state) : m_state(state) {}
-
-    std::optional<std::string> read(std::string_view application, std::string_view section,
-                                    std::string_view key) override
-    {
-        EXPECT_EQ(application, "Quellory");
-        EXPECT_EQ(section, "Wagemill");
-        if (m_state.locked)
-            throw std::runtime_error("The settings are locked.");
-        const auto found = m_state.values.find(std::string(key));
-        return found == m_state.values.end() ? std::nullopt : std::optional(found->second);
-    }
-    void write(std::string_view, std::string_view, std::string_view key, std::string_view value) override
-    {
-        if (m_state.failing || m_state.locked)
-            throw std::runtime_error("The disk is full.");
-        m_state.written.emplace_back(key);
-        m_state.values[std::string(key)] = value;
-    }
-
-private:
-    State& m_state;
-};
 
 /// The entry window over a store in memory and a spreadsheet that writes down what it is asked.
 class EntryWindow : public testing::Test {

@@ -1,5 +1,4 @@
 #include "app/base/Files.h"
-#include "entry/SampleData.h"
 #include "tests/entry/EntryWindow.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -24,6 +23,14 @@ namespace {
 
 using Form1Test = EntryWindow;
 
+/// The text that fits the field's kind.
+std::string inFormOf(const RowField& description, const char* freeText, const char* money, const char* number)
+{
+    return description.kind == FieldKind::FreeText   ? freeText
+           : description.kind == FieldKind::Currency ? money
+                                                     : number;
+}
+
 TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
 {
     open();
@@ -31,12 +38,8 @@ TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
     EXPECT_EQ(QCoreApplication::applicationName(), "Wagemill Payroll Workbook");
     std::map<std::string, std::string> expected = {{"txtCompanyName", ""}, {"dtPeriodEnding", "3/15/2026"}};
     for (const RowField& description : rowFields)
-        expected[rowFieldKey(description, 0)] = description.kind == FieldKind::Currency ? "$0.00"
-                                                : description.kind == FieldKind::Number ? "0"
-                                                                                        : "";
+        expected[rowFieldKey(description, 0)] = inFormOf(description, "", "$0.00", "0");
     EXPECT_EQ(store.values, expected);
-    EXPECT_EQ(text("txtHourlyWage(0)"), "$0.00");
-    EXPECT_EQ(text("txtStateTax(0)"), "0");
     EXPECT_FALSE(field("txtHourlyWage(0)")->isUndoAvailable()); // undo does not empty what an earlier run left
     EXPECT_TRUE(messages.shown.empty());
     EXPECT_EQ(spreadsheet.calls, std::vector<std::string>{"new"}); // the presence check, released without a call
@@ -100,9 +103,7 @@ TEST_F(Form1Test, TidiesANumberThatIsLeftAndUndoesThat)
     open();
     for (const RowField& description : rowFields) {
         const std::string name = rowName(description);
-        const std::string tidy = description.kind == FieldKind::Currency ? "($1,234.50)"
-                                 : description.kind == FieldKind::Number ? "-1,234.50"
-                                                                         : "-1234.5";
+        const std::string tidy = inFormOf(description, "-1234.5", "($1,234.50)", "-1,234.50");
         type(name.c_str(), "-1234.5");
         pressTab();
         EXPECT_EQ(store.values[rowFieldKey(description, 0)], tidy) << name;
@@ -147,10 +148,8 @@ TEST_F(Form1Test, ShowsTheBeginningOfALongTextThatIsLeftAndTheWholeInAToolTip)
     EXPECT_NE(field("txtName(0)")->cursorPosition(), 0);
     type("txtTaxStatus(0)", "single");
     pressTab();
-    struct {
-        const char* field;
-        std::string tip;
-    } const cases[] = {{"txtEmployeeID(0)", longName}, {"txtName(0)", longName}, {"txtTaxStatus(0)", ""}};
+    const std::pair<const char*, std::string> cases[] = {
+        {"txtEmployeeID(0)", longName}, {"txtName(0)", longName}, {"txtTaxStatus(0)", ""}};
     for (const auto& [name, tip] : cases) {
         EXPECT_EQ(field(name)->cursorPosition(), 0) << name;
         QHelpEvent hover(QEvent::ToolTip, {5, 5}, field(name)->mapToGlobal(QPoint(5, 5)));
@@ -162,18 +161,6 @@ TEST_F(Form1Test, ShowsTheBeginningOfALongTextThatIsLeftAndTheWholeInAToolTip)
         };
         EXPECT_TRUE(QTest::qWaitFor([&, expected = tip] { return shown() == expected; })) << name << ": " << shown();
     }
-}
-
-TEST(SamplePeriodEnding, IsTheLastDayOfTheMonthBefore)
-{
-    struct {
-        CalendarDate today, expected;
-    } const cases[] = {{{2026, 3, 15}, {2026, 2, 28}},
-                       {{2028, 3, 1}, {2028, 2, 29}},
-                       {{2026, 1, 31}, {2025, 12, 31}},
-                       {{2000, 3, 9}, {2000, 2, 29}}};
-    for (const auto& [today, expected] : cases)
-        EXPECT_EQ(samplePeriodEnding(today), expected);
 }
 
 TEST_F(Form1Test, ReportsAFailingStoreOncePerChangeAndKeepsTheText)
@@ -189,6 +176,7 @@ TEST_F(Form1Test, ReportsAFailingStoreOncePerChangeAndKeepsTheText)
     EXPECT_EQ(messages.shown.size(), 19U); // each assignment is a step of its own
     EXPECT_NE(messages.shown[0].text.find("Form1.PushButton7_Click at line 10\r\r"), std::string::npos);
     EXPECT_EQ(text("txtOtherDeduction(0)"), "$2.00");
+    QTest::qWait(1100); // in vain
     store.failing = false;
     EXPECT_TRUE(QTest::qWaitFor([&] { return store.values["txtName0"] == "Ned Hollister"; })) << "without another key";
 }
@@ -200,11 +188,11 @@ TEST_F(Form1Test, ReportsTheFieldsOfFurtherEmployeesTogether)
         open(25);
         return messages.shown.back().text.substr(0, messages.shown.back().text.find('\r'));
     };
-    const std::string begin = "What is stored for these employees cannot be shown:\nEmployee 2, ";
+    const std::string begin = "What is stored for these employees cannot be shown:\n- employee 2, ";
     store.values = {{"txtHourlyWage1", "abc"}, {"txtOTRate1", "abc"}, {"txtOTRate24", "x"}};
     EXPECT_EQ(report(), begin + "Hourly Wage: \"abc\" is not a number.\n"
-                                "Employee 2, Overtime Rate: \"abc\" is not a number.\n"
-                                "Employee 25, Overtime Rate: \"x\" is not a number.");
+                                "- employee 2, Overtime Rate: \"abc\" is not a number.\n"
+                                "- employee 25, Overtime Rate: \"x\" is not a number.");
     EXPECT_EQ(messages.failedSteps(), std::vector<int>{120});
     EXPECT_EQ(text("txtHourlyWage(1)"), "");
     for (int row = 1; row < 25; ++row) // stored in a region whose amounts cannot be read in this one
@@ -223,11 +211,10 @@ TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
     auto* const scrollBar = control<QScrollBar>("VScroll1");
     auto* const strip = control<QFrame>("Picture3");
     const int step = control<QFrame>("picMainContainer(0)")->height() + 8; // 120 twips
-    EXPECT_EQ(stripTop(1000, 2), -2240.0F);
     EXPECT_EQ(scrollBar->maximum(), 2);
     EXPECT_EQ(control<QLabel>("lblSerialNo(2)")->text(), "Serial Number : 3");
-    for (const char* told : {"lblSerialNo(2)", "picMainContainer(2)"})
-        EXPECT_EQ(control<QWidget>(told)->accessibleName(), "Serial Number : 3 of 3");
+    for (const char* named : {"lblSerialNo(2)", "picMainContainer(2)"})
+        EXPECT_EQ(control<QWidget>(named)->accessibleName(), "Serial Number : 3 of 3");
     EXPECT_EQ(control<QFrame>("picMainContainer(2)")->y(), 2 * step);
     field("txtName(2)")->setFocus();
     EXPECT_EQ(scrollBar->value(), 2);
@@ -246,12 +233,12 @@ TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
 }
 
 /// Asks every control for its children and, as screen readers do while windows change, for more than there are.
-int countTold(QAccessibleInterface* control)
+int countAsked(QAccessibleInterface* control)
 {
     int count = 1;
     for (int index = 0; index < control->childCount(); ++index)
         if (QAccessibleInterface* child = control->child(index))
-            count += countTold(child);
+            count += countAsked(child);
     for (const int index : {-1, control->childCount(), control->childCount() + 1, 1000})
         EXPECT_EQ(control->child(index), nullptr) << control->object()->metaObject()->className();
     return count;
@@ -262,36 +249,26 @@ TEST_F(Form1Test, SurvivesAScreenReaderThatAsksForAChildBeyondTheLast)
     open(3);
     for (const QSize size : {form->size(), QSize(400, 250)}) { // without and with scroll bars
         form->resize(size);
-        EXPECT_GT(countTold(QAccessible::queryAccessibleInterface(form.get())), 3 * 34);
+        EXPECT_GT(countAsked(QAccessible::queryAccessibleInterface(form.get())), 3 * 34);
     }
-}
-
-/// The bytes of a bitmap file of that size.
-std::vector<std::byte> bitmap(QSize size)
-{
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(Qt::white);
-    QByteArray file;
-    QBuffer buffer(&file);
-    image.save(&buffer, "BMP");
-    const auto* const bytes = reinterpret_cast<const std::byte*>(file.constData());
-    return {bytes, bytes + file.size()};
 }
 
 QWidget* previewWindow()
 {
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->objectName() == "Form2")
-            return window;
-    return nullptr;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return *std::ranges::find(windows, "Form2", &QWidget::objectName);
 }
 
-TEST_F(Form1Test, ShowsNoEarlierFiguresWhenAPictureFails)
+TEST_F(Form1Test, ShowsNoEarlierAmountsWhenAPictureFails)
 {
     const TemporaryFolder folder;
     const ScopedEnvironment temp("TEMP", folder.path().string());
     open();
-    const auto broken = std::exchange(spreadsheet.pictureBytes, bitmap({298, 198})); // and a hairline
+    QByteArray file;
+    QBuffer buffer(&file);
+    QImage(298, 198, QImage::Format_RGB32).save(&buffer, "BMP"); // and a hairline
+    const auto bytes = std::as_bytes(std::span(file));
+    const auto broken = std::exchange(spreadsheet.pictureBytes, {bytes.begin(), bytes.end()});
     click("PushButton22");
     ASSERT_TRUE(QTest::qWaitForWindowActive(previewWindow()));
     auto* const picture = previewWindow()->findChild<QWidget*>("Picture1");

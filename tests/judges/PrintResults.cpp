@@ -23,15 +23,6 @@ namespace {
 using namespace wagemill;
 namespace fs = std::filesystem;
 
-struct PrintToFile : PrintDialog {
-    fs::path file;
-    bool choose(QPrinter& printer, QWidget& /*owner*/) override
-    {
-        printer.setOutputFileName(QString::fromStdString(file.string()));
-        return true;
-    }
-};
-
 /// The other sheets hidden, which no program prints.
 void keepStubsOnPaper(const fs::path& workbook, std::uint16_t paper)
 {
@@ -68,7 +59,6 @@ int main(int argc, char* argv[])
     const std::vector<test::BuildCase> cases = test::buildCases();
     test::EmbeddedBuilds builds;
     QWidget owner;
-    PrintToFile dialog;
     for (const auto& [paper, paperName] : {std::pair{1, "letter"}, {9, "a4"}})
         for (const auto& [name, employees] :
              {std::pair{"1", 1U}, {"4", 4U}, {"5", 5U}, {"25", 25U}, {"long-names", 25U}}) {
@@ -81,8 +71,11 @@ int main(int argc, char* argv[])
             const fs::path workbook = folder / (std::string(name) + "-" + paperName + ".xls");
             fs::rename(builds.build(data), workbook);
             keepStubsOnPaper(workbook, static_cast<std::uint16_t>(paper));
-            dialog.file = fs::path(workbook).replace_extension("pdf");
-            printSheet(savedSheet(workbook, {}, {today, ""}), dialog, owner);
+            const auto printToFile = [file = fs::path(workbook).replace_extension("pdf")](QPrinter& printer, QWidget&) {
+                printer.setOutputFileName(QString::fromStdString(file.string()));
+                return true;
+            };
+            printSheet(savedSheet(workbook, {}, {today, ""}), printToFile, owner);
         }
     return 0;
 }

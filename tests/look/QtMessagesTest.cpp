@@ -2,10 +2,10 @@
 
 #include "app/look/Look.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QScreen>
 #include <QTest>
 #include <QTimer>
@@ -35,9 +35,9 @@ MessageAnswer show(const Message& message, const std::function<void(QMessageBox&
     return answer;
 }
 
-void press(QMessageBox& box, const char* button)
+void press(QMessageBox& box, QMessageBox::StandardButton button)
 {
-    QTest::mouseClick(box.findChild<QPushButton*>(QString::fromLatin1(button)), Qt::LeftButton);
+    QTest::mouseClick(box.button(button), Qt::LeftButton);
 }
 
 } // namespace
@@ -48,9 +48,7 @@ TEST(QtMessages, ShowsPlainSelectableLines)
                           .title = "Application Error",
                           .icon = MessageIcon::Warning};
     const auto answer = show(message, [](QMessageBox& box) {
-        EXPECT_EQ(box.objectName(), "MessageBox");
         EXPECT_EQ(box.windowTitle(), "Application Error");
-        EXPECT_EQ(box.icon(), QMessageBox::Warning);
         EXPECT_TRUE(box.isModal());
         auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
         ASSERT_NE(label, nullptr);
@@ -59,35 +57,33 @@ TEST(QtMessages, ShowsPlainSelectableLines)
         EXPECT_EQ(label->font().family(), "Arial");
         EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
         EXPECT_EQ(box.buttons().size(), 1);
-        press(box, "OK");
+        press(box, QMessageBox::Ok);
     });
     EXPECT_EQ(answer, MessageAnswer::Ok);
 }
 
-TEST(QtMessages, BreaksNoAddressAndFitsTheScreen)
+TEST(QtMessages, BreaksNoAddressAndFitsTheScreenWithItsWholeTitle)
 {
+    makeApplicationTitle(productPhrase);
     const std::string help = "Questions? Please contact Team Quellory at https://quellory.example/contact";
     struct {
         std::string text;
+        MessageIcon icon;
+        QMessageBox::Icon shownIcon;
         bool isOneLine;
-    } const cases[] = {{"Done.", true}, {help, true}, {help + " " + help + " " + help, false}};
-    for (const auto& [text, isOneLine] : cases)
-        show({.text = text, .title = {}}, [oneLine = isOneLine](QMessageBox& box) {
+    } const cases[] = {{"Done.", MessageIcon::None, QMessageBox::NoIcon, true},
+                       {help, MessageIcon::Information, QMessageBox::Information, true},
+                       {help + " " + help + " " + help, MessageIcon::Warning, QMessageBox::Warning, false}};
+    for (const auto& expected : cases)
+        show({.text = expected.text, .title = {}, .icon = expected.icon}, [&expected](QMessageBox& box) {
             const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
             const int lines = label->height() / label->fontMetrics().lineSpacing();
-            EXPECT_EQ(lines == 1, oneLine) << lines << " lines";
+            EXPECT_EQ(lines == 1, expected.isOneLine) << lines << " lines";
+            EXPECT_EQ(box.icon(), expected.shownIcon);
             EXPECT_LE(box.width(), box.screen()->availableSize().width());
+            EXPECT_EQ(box.windowTitle(), "Wagemill Payroll Workbook");
+            EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(box.windowTitle()) + 80) << "the title is cut";
         });
-}
-
-TEST(QtMessages, BearsTheApplicationTitleWhereNoneIsNamed)
-{
-    makeApplicationTitle(productPhrase);
-    show({.text = "Done.", .title = {}}, [](QMessageBox& box) {
-        EXPECT_EQ(box.windowTitle(), "Wagemill Payroll Workbook");
-        EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(box.windowTitle()) + 80) << "the title is cut";
-        EXPECT_EQ(box.icon(), QMessageBox::NoIcon);
-    });
 }
 
 TEST(QtMessages, EveryWayOutOfAQuestionIsAnAnswer)
@@ -98,8 +94,8 @@ TEST(QtMessages, EveryWayOutOfAQuestionIsAnAnswer)
         std::function<void(QMessageBox&)> user;
         MessageAnswer expected;
     } const cases[] = {
-        {"Yes", [](QMessageBox& box) { press(box, "Yes"); }, MessageAnswer::Yes},
-        {"No", [](QMessageBox& box) { press(box, "No"); }, MessageAnswer::No},
+        {"Yes", [](QMessageBox& box) { press(box, QMessageBox::Yes); }, MessageAnswer::Yes},
+        {"No", [](QMessageBox& box) { press(box, QMessageBox::No); }, MessageAnswer::No},
         {"Enter", [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }, MessageAnswer::Yes},
         {"Escape", [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }, MessageAnswer::No},
         {"the close box", [](QMessageBox& box) { box.close(); }, MessageAnswer::No},

@@ -1,5 +1,6 @@
 #include "preview/Printing.h"
 
+#include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QFile>
@@ -14,24 +15,8 @@
 namespace wagemill {
 namespace {
 
-/// A user who prints to a file.
-struct FileChoice : PrintDialog {
-    std::string file;
-    std::function<void(QPrinter&)> change = [](QPrinter&) {};
-    bool isCancelled = false;
-
-    bool choose(QPrinter& printer, QWidget& /*owner*/) override
-    {
-        printer.setOutputFileName(QString::fromStdString(file));
-        change(printer);
-        return !isCancelled;
-    }
-};
-
 class PrintingTest : public testing::Test {
 protected:
-    PrintingTest() { choice.file = folder / "stubs.pdf"; }
-
     /// A sheet of three pages that keeps the size of the paper that it was asked for.
     drawing::PrintableSheet sheet(int paper = 1, bool landscape = false)
     {
@@ -46,16 +31,23 @@ protected:
     void print(const drawing::PrintableSheet& toPrint)
     {
         QWidget owner;
-        printSheet(toPrint, choice, owner);
+        const auto choose = [this](QPrinter& printer, QWidget&) {
+            printer.setOutputFileName(QString::fromStdString(file));
+            change(printer);
+            return !isCancelled;
+        };
+        printSheet(toPrint, choose, owner);
     }
     int pagesOfFile() const
     {
-        QFile file(QString::fromStdString(choice.file));
-        return file.open(QIODevice::ReadOnly) ? static_cast<int>(file.readAll().count("/Type /Page\n")) : -1;
+        QFile printout(QString::fromStdString(file));
+        return printout.open(QIODevice::ReadOnly) ? static_cast<int>(printout.readAll().count("/Type /Page\n")) : -1;
     }
 
     const test::TemporaryFolder folder;
-    FileChoice choice;
+    std::string file = folder / "stubs.pdf";
+    std::function<void(QPrinter&)> change = [](QPrinter&) {}; ///< what else the user chooses
+    bool isCancelled = false;
     drawing::PaperSize printed;
 };
 
@@ -71,52 +63,44 @@ TEST_F(PrintingTest, PrintsThePagesAndCopiesThatTheUserChose)
         {[](QPrinter& printer) { printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(2, 3); }, 2},
         {[](QPrinter& printer) { printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(3, 9); }, 1},
     };
-    for (const auto& [change, pages] : cases) {
-        choice.change = change;
+    for (const auto& [chosen, pages] : cases) {
+        change = chosen;
         print(sheet());
-        EXPECT_EQ(pagesOfFile(), pages) << "case " << &change - &cases[0].change;
+        EXPECT_EQ(pagesOfFile(), pages) << "case " << &chosen - &cases[0].change;
     }
 }
 
-TEST_F(PrintingTest, PaperIsTheSheetsUnlessTheUserChoosesAnother)
+TEST_F(PrintingTest, PaperIsTheSheetsUnlessTheUserChoosesAnotherOrCancels)
 {
     constexpr double a4Width = 793.7;
     print(sheet(1, false));
     EXPECT_NEAR(printed.width, 816, 1) << "Letter";
     print(sheet(9, true));
     EXPECT_NEAR(printed.height, a4Width, 1) << "A4, landscape";
-    choice.change = [](QPrinter& printer) { printer.setPageSize(QPageSize(QPageSize::A4)); };
+    change = [](QPrinter& printer) { printer.setPageSize(QPageSize(QPageSize::A4)); };
     print(sheet(1, false));
     EXPECT_NEAR(printed.width, a4Width, 1);
-}
-
-TEST_F(PrintingTest, WhoCancelsPrintsNothing)
-{
-    choice.isCancelled = true;
+    EXPECT_EQ(pagesOfFile(), 3);
+    std::filesystem::remove(file);
+    isCancelled = true;
     print(sheet());
     EXPECT_EQ(pagesOfFile(), -1);
 }
 
 TEST_F(PrintingTest, SaysWhatCouldNotBePrintedAndWhy)
 {
-    const auto failureOf = [this](const std::string& file, int first) -> std::string {
-        choice.file = file;
-        choice.change = [first](QPrinter& printer) {
-            printer.setPrintRange(QPrinter::PageRange);
-            printer.setFromTo(first, first);
+    const auto failure = [this](const std::string& target, int first) {
+        file = target;
+        change = [first](QPrinter& printer) {
+            printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(first, first);
         };
-        try {
-            print(sheet());
-        } catch (const std::exception& failure) {
-            return failure.what();
-        }
-        return "none";
+        return test::failureOf([this] { print(sheet()); });
     };
     const std::string missing = folder / "no such folder/stubs.pdf";
-    EXPECT_EQ(failureOf(missing, 1), "The file \"" + missing + "\" could not be written: No such file or directory.");
-    EXPECT_EQ(failureOf("/dev/full", 1),
+    EXPECT_EQ(failure(missing, 1), "The file \"" + missing + "\" could not be written: No such file or directory.");
+    EXPECT_EQ(failure("/dev/full", 1),
               "The file \"/dev/full\" could not be written: its end is missing. Is there room on the disk?");
-    EXPECT_EQ(failureOf(folder / "none.pdf", 7), "There is nothing to print: the pages are 1 to 3.");
+    EXPECT_EQ(failure(folder / "none.pdf", 7), "There is nothing to print: the pages are 1 to 3.");
 }
 
 } // namespace

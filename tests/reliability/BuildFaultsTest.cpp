@@ -1,7 +1,6 @@
 #include "tests/reliability/FailingFiles.h"
 
 #include "app/base/Files.h"
-#include "entry/SampleData.h"
 #include "resources/CustomResource.h"
 #include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
@@ -79,7 +78,7 @@ protected:
         messages.shown.clear();
         ResultWindows windows;
         PayrollData data = {{"ACME", "3/31/2026"}, {EmployeeRow{}}};
-        std::ranges::copy(sampleRow, data.rows[0].texts.begin());
+        std::ranges::transform(rowFields, data.rows[0].texts.begin(), &RowField::sample);
         buildPayrollWorkbook(data, windows, services);
         return windows.result;
     }

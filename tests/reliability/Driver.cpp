@@ -11,8 +11,6 @@
 #include "app/base/RandomNumber.h"
 #include "app/base/text/NumberText.h"
 #include "entry/Form1.h"
-#include "entry/SampleData.h"
-#include "entry/SettingsNames.h"
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"
 #include "tests/support/NoWindows.h"
@@ -81,6 +79,7 @@ struct TypedField {
         case FieldKind::Currency:
             return currencyTextOf(text(), {});
         case FieldKind::Number:
+        case FieldKind::Rate:
             return numberTextOf(text(), {});
         case FieldKind::FreeText:
             break;
@@ -128,7 +127,7 @@ int type(unsigned seed)
 {
     for (const RowField& field : rowFields)
         tell("was " + rowFieldKey(field, 0) + "\t" +
-             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback));
+             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback()));
     const auto today = [] { return CalendarDate{2026, 4, 10}; };
     Form1 window({productionServices(), today, 1});
     window.show();
@@ -173,7 +172,7 @@ std::vector<engine::CellValue> valuesOf(const fs::path& workbook)
 Result built(const std::string& who, const BuildServices& services)
 {
     PayrollData data = {{who + " & Sons", "3/31/2026"}, {EmployeeRow{}}};
-    std::ranges::copy(sampleRow, data.rows[0].texts.begin());
+    std::ranges::transform(rowFields, data.rows[0].texts.begin(), &RowField::sample);
     data.rows[0].texts[employeeIdField] = who;
     data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
     RecordingWindows windows;

@@ -1,9 +1,7 @@
 #include "tests/reliability/FailingFiles.h"
 
 #include "app/base/Files.h"
-#include "preview/FileCopy.h"
 #include "preview/Form2.h"
-#include "preview/SaveFileDialog.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -20,16 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Always names the same file.
-class OneName : public SaveFileDialog {
-public:
-    explicit OneName(fs::path name) : m_name(std::move(name)) {}
-    fs::path showSave(const SaveFileRequest& /*request*/, QWidget& /*owner*/) override { return m_name; }
-
-private:
-    fs::path m_name;
-};
-
 class SavingTest : public testing::Test {
 protected:
     SavingTest() { writeBytesToFile(figures, workbook); }
@@ -38,7 +26,7 @@ protected:
     std::vector<std::string> save(const fs::path& target)
     {
         messages.shown.clear();
-        Form2 preview([] {}, std::make_unique<OneName>(target));
+        Form2 preview([] {}, [&](auto&&...) { return target; });
         preview.setExcelFile(workbook);
         preview.findChild<QAbstractButton*>("PushButton6")->click();
         return messages.texts();

@@ -1,5 +1,5 @@
 #include "app/base/Files.h"
-#include "preview/LoadPicture.h"
+#include "preview/PreviewPicture.h"
 #include "workbook/Excel1.h"
 #include "workbook/excel/ExcelSession.h"
 

@@ -43,9 +43,7 @@ std::string failureOf(const std::vector<std::byte>& file)
 
 TEST(Metafile, IsItsFrameLargeAtNinetySixDotsAnInch)
 {
-    const MetafileSize size = checkedMetafileSize(wholeMetafile());
-    EXPECT_EQ(size.width, 100);
-    EXPECT_EQ(size.height, 50);
+    EXPECT_EQ(checkedMetafileSize(wholeMetafile()), QSizeF(100, 50));
     EXPECT_FALSE(isMetafile(std::vector<std::byte>(140)));
     EXPECT_FALSE(isMetafile({}));
 }
@@ -65,7 +63,7 @@ TEST(Metafile, IsRefusedUnlessItsRecordsLeadToItsEnd)
         {"a record that ends between two others", 112, 13, "the metafile is damaged at byte 108"},
         {"a header that ends early", 4, 80, "the metafile is damaged at byte 0"},
         {"no last record", 120, 17, "the metafile is cut off"},
-        {"a length beyond the file", 48, 1 << 30, "the metafile states another length than it has"},
+        {"a length beyond the file", 48, 1 << 30, "the metafile has another length than its header says"},
         {"a frame of no width", 32, 0, "the metafile is empty"},
         {"a frame that ends before it begins", 36, 0x80000000, "the metafile is empty"},
         {"a frame of kilometres", 36, 0x7FFFFFFF, "the metafile is too large to be shown"},

@@ -1,6 +1,5 @@
 #include "tests/workbook/BuildCases.h"
 
-#include "entry/SampleData.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +15,7 @@ constexpr int employeesInAWorkbook = 25;
 EmployeeRow sampleEmployee()
 {
     EmployeeRow row;
-    std::ranges::copy(sampleRow, row.texts.begin());
+    std::ranges::transform(rowFields, row.texts.begin(), &RowField::sample);
     return row;
 }
 

@@ -99,10 +99,10 @@ private:
     void fill()
     {
         for (std::size_t field = 0; field < rowFields.size(); ++field)
-            if (rowFields[field].informationColumn != 0)
+            if (rowFields[field].columns.sheet1 != 0)
                 step(100 + static_cast<int>(field), "workbook", 2);
         for (std::size_t field = 0; field < rowFields.size(); ++field)
-            if (rowFields[field].calculatorColumn != 0)
+            if (rowFields[field].columns.sheet2 != 0)
                 step(200 + static_cast<int>(field), "workbook", 2);
         step(220, "workbook", 2);
         step(310, "workbook", 2);

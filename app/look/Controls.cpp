@@ -1,9 +1,21 @@
-#include "app/look/ScrollBar.h"
+#include "app/look/Controls.h"
 
 #include <QPainter>
+#include <QStyleOptionButton>
 #include <QStyleOptionSlider>
 
 namespace wagemill {
+
+PushButton::PushButton(const QString& caption, QWidget* parent) : QPushButton(caption, parent)
+{
+    setAutoDefault(true); // outside a dialog nothing else lets Enter press a button
+}
+
+void PushButton::initStyleOption(QStyleOptionButton* option) const
+{
+    QPushButton::initStyleOption(option);
+    option->state.setFlag(QStyle::State_MouseOver, false);
+}
 
 void ScrollBar::paintEvent(QPaintEvent* event)
 {

@@ -6,7 +6,7 @@
 
 namespace wagemill {
 
-bool PlatformPrintDialog::choose(QPrinter& printer, QWidget& owner)
+bool showPrintDialog(QPrinter& printer, QWidget& owner)
 {
     QPrintDialog dialog(&printer, &owner);
     applyDesignFont(dialog);

@@ -8,7 +8,7 @@
 namespace wagemill {
 
 /// Where no printer is installed the system has no dialog; a PDF file can still be written.
-bool PlatformPrintDialog::choose(QPrinter& printer, QWidget& owner)
+bool showPrintDialog(QPrinter& printer, QWidget& owner)
 {
     if (printer.outputFormat() == QPrinter::NativeFormat)
         return QPrintDialog(&printer, &owner).exec() == QDialog::Accepted;

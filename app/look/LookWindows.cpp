@@ -1,0 +1,31 @@
+#include "app/look/AutomationSkin.h"
+#include "app/look/StyleSheetSkin.h"
+
+#include <QWidget>
+
+#include <windows.h>
+
+namespace wagemill {
+
+std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile)
+{
+    if (isStyleSheetFile(skinFile))
+        return std::make_unique<StyleSheetSkin>();
+    try {
+        return std::make_unique<AutomationSkin>(automation::Dispatch(L"XtremeSkinFramework.SkinFramework", CLSCTX_ALL));
+    } catch (const automation::CallFailure&) {
+        return nullptr; // not installed, as on most machines
+    }
+}
+
+void lockDrawing(QWidget& window)
+{
+    ::LockWindowUpdate(reinterpret_cast<HWND>(window.winId())); // a window identifier of Qt is the handle
+}
+
+void unlockDrawing(QWidget& /*window*/)
+{
+    ::LockWindowUpdate(nullptr);
+}
+
+} // namespace wagemill
