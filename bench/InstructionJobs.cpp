@@ -3,11 +3,11 @@
 
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
+#include "bench/StubPicture.h"
 #include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
-#include "settings/SqliteStore.h"
+#include "settings/Settings.h"
 #include "tests/support/TemporaryFolder.h"
-#include "workbook/engine/picture/SheetPicture.h"
 
 #include <cstdio>
 #include <functional>
@@ -38,16 +38,15 @@ void engine(const std::filesystem::path& folder, int employees)
 void picture(const std::filesystem::path& folder)
 {
     static const engine::Book book = filledBook(25);
-    const engine::Sheet& stubs = *book.sheets[book.activeSheet];
-    const auto drawn = engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
-    writeBytesToFile(drawingFile(drawn), folder / "picture");
+    writeBytesToFile(drawingFile(stubPicture(book)), folder / "picture");
 }
 
 void settings(const std::filesystem::path& folder)
 {
-    static SqliteStore store(folder / "settings.sqlite");
+    static const test::ScopedEnvironment configuration("XDG_CONFIG_HOME", folder.string());
+    static const auto store = openUserStore();
     for (int turn = 0; turn < 50; ++turn)
-        store.write("Quellory", "Wagemill", "txtName0", std::to_string(turn));
+        store->write("Quellory", "Wagemill", "txtName0", std::to_string(turn));
 }
 
 const Job jobs[] = {

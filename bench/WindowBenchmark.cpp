@@ -1,14 +1,15 @@
-#include "bench/FolderOnDisk.h"
-#include "bench/OpenWindows.h"
+#include "bench/Measurements.h"
 #include "bench/PayrollJob.h"
-#include "bench/Repeated.h"
+#include "bench/StubPicture.h"
 #include "preview/Form2.h"
-#include "settings/SqliteStore.h"
-#include "workbook/engine/picture/SheetPicture.h"
 
 #include <QCoreApplication>
-#include <QLineEdit>
+#include <QEventLoop>
+#include <QMouseEvent>
 #include <QPushButton>
+#include <QTimer>
+
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <array>
@@ -21,26 +22,22 @@ using namespace wagemill;
 using namespace wagemill::bench;
 using Clock = std::chrono::steady_clock;
 
-constexpr double millisecondsInSecond = 1000;
-
 /// The buttons of the preview and how often each is pressed: up from the natural size, down to the smallest and back.
 constexpr std::array<std::pair<const char*, int>, 3> zoomRound = {
     {{"PushButton1", 11}, {"PushButton2", 14}, {"PushButton1", 3}}};
 constexpr std::array<QPointF, 6> dragMoves = {{{-13, -7}, {-13, -7}, {-40, -60}, {11, 5}, {11, 5}, {40, 60}}};
 
-void timedByItself(benchmark::internal::Benchmark* benchmark)
+/// The stubs of 1 and 25 employees, and 0 for the largest picture that the preview paints.
+void pictures(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->Unit(benchmark::kMillisecond)
+    benchmark->Arg(1)
+        ->Arg(25)
+        ->Arg(0)
+        ->Unit(benchmark::kMillisecond)
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(measurements)
         ->ReportAggregatesOnly();
-}
-
-/// The stubs of 1 and 25 employees, and 0 for the largest picture that the preview paints.
-void pictures(benchmark::internal::Benchmark* benchmark)
-{
-    timedByItself(benchmark->Arg(1)->Arg(25)->Arg(0));
 }
 
 double secondsSince(Clock::time_point start)
@@ -48,51 +45,41 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// From the release of the mouse over "Start Creating Template" to the preview's picture on the platform's window. The
-/// program's first build makes the preview window, too; that one is measured from outside.
-void clickToPreview(benchmark::State& state)
-{
-    const test::TemporaryFolder folder;
-    const test::ScopedEnvironment temp("TEMP", folder.path().string());
-    EntryWindow entry(static_cast<int>(state.range(0)));
-    auto& start = control<QPushButton>(entry.window(), QStringLiteral("PushButton22"));
-    PaintWatch preview("Form2", "Picture1");
-    for (auto _ : state) {
-        pressMouse(start, start.rect().center());
-        const auto clicked = Clock::now();
-        releaseMouse(start, start.rect().center());
-        preview.untilPainted();
-        state.SetIterationTime(secondsSince(clicked));
-        leavePreview();
-        showActive(entry.window());
+/// Counts how often widgets are painted: all of a window, or one of them.
+class PaintWatch : public QObject {
+public:
+    explicit PaintWatch(const QWidget& watched) : m_watched(watched)
+    {
+        QCoreApplication::instance()->installEventFilter(this);
     }
-}
-BENCHMARK(clickToPreview)->Arg(1)->Arg(25)->Apply(timedByItself);
 
-/// From a key event to the value durable in the store; beside it, to the glyph painted.
-void keystroke(benchmark::State& state)
-{
-    const FolderOnDisk folder;
-    EntryWindow entry(1);
-    setUserStore(std::make_unique<SqliteStore>(folder() / "settings.sqlite"));
-    auto& field = control<QLineEdit>(entry.window(), QStringLiteral("txtCompanyName"));
-    PaintWatch glyph("Form1", "txtCompanyName");
-    pressKey(field, 'a'); // makes the store
-    glyph.untilPainted();
-    double painted = 0;
-    for (auto _ : state) {
-        const auto start = Clock::now();
-        pressKey(field, 'a');
-        state.SetIterationTime(secondsSince(start));
-        glyph.untilPainted();
-        painted += secondsSince(start);
-        pressKey(field, Qt::Key_Backspace);
-        glyph.untilPainted();
+    /// Handles events until the next painting was handed to the platform.
+    void untilPainted()
+    {
+        const int before = m_paints;
+        while (m_paints == before)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-    state.counters["painted_ms"] =
-        benchmark::Counter(painted * millisecondsInSecond, benchmark::Counter::kAvgIterations);
+
+protected:
+    bool eventFilter(QObject* painted, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && painted->isWidgetType() &&
+            (painted == &m_watched || static_cast<QWidget*>(painted)->window() == &m_watched))
+            ++m_paints;
+        return false;
+    }
+
+private:
+    const QWidget& m_watched;
+    int m_paints = 0;
+};
+
+void sendMouse(QWidget& target, QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::MouseButtons held)
+{
+    QMouseEvent event(type, at, target.mapToGlobal(at), button, held, Qt::NoModifier);
+    QCoreApplication::sendEvent(&target, &event);
 }
-BENCHMARK(keystroke)->Apply(timedByItself);
 
 /// The preview window, shown with a picture.
 class Preview {
@@ -100,18 +87,21 @@ public:
     explicit Preview(drawing::Drawing picture)
     {
         m_window.setPicture(drawingPicture(std::move(picture)));
-        showActive(m_window);
+        m_window.show();
+        m_window.activateWindow();
+        QEventLoop quiet; // all that comes with a new window is over by then
+        QTimer::singleShot(std::chrono::milliseconds(200), &quiet, &QEventLoop::quit);
+        quiet.exec();
     }
-
-    QWidget& box() { return control<QWidget>(m_window, QStringLiteral("Picture1")); }
 
     /// Seconds from the click to the painted picture; 0 where the limits leave the picture as it is.
     double zoom(const char* button)
     {
-        const QSize before = box().size();
+        auto* const pressed = m_window.findChild<QPushButton*>(QString::fromLatin1(button));
+        const QSize before = m_box.size();
         const auto start = Clock::now();
-        control<QPushButton>(m_window, QString::fromLatin1(button)).click();
-        if (box().size() == before)
+        pressed->click();
+        if (m_box.size() == before)
             return 0;
         m_pictureWatch.untilPainted();
         return secondsSince(start);
@@ -121,10 +111,10 @@ public:
     double drag()
     {
         double slowest = 0;
-        pressMouse(box(), grip);
+        sendMouse(m_box, QEvent::MouseButtonPress, grip, Qt::LeftButton, Qt::LeftButton);
         for (const QPointF move : dragMoves)
             slowest = std::max(slowest, moved(grip + move));
-        releaseMouse(box(), grip);
+        sendMouse(m_box, QEvent::MouseButtonRelease, grip, Qt::LeftButton, Qt::NoButton);
         return slowest;
     }
 
@@ -134,26 +124,20 @@ private:
     /// 0 where the limits leave the picture in its place.
     double moved(QPointF to)
     {
-        const QPoint before = box().pos();
+        const QPoint before = m_box.pos();
         const auto start = Clock::now();
-        dragMouse(box(), to);
-        if (box().pos() == before)
+        sendMouse(m_box, QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
+        if (m_box.pos() == before)
             return 0;
         m_windowWatch.untilPainted();
         return secondsSince(start);
     }
 
     Form2 m_window{[] {}};
-    PaintWatch m_pictureWatch{"Form2", "Picture1"};
-    PaintWatch m_windowWatch{"Form2"}; ///< a picture moved within view is not painted, but what it uncovers
+    QWidget& m_box = *m_window.findChild<QWidget*>(QStringLiteral("Picture1"));
+    PaintWatch m_pictureWatch{m_box};
+    PaintWatch m_windowWatch{m_window}; ///< a picture moved within view is not painted, but what it uncovers
 };
-
-drawing::Drawing stubs(int employees)
-{
-    const engine::Book book = filledBook(employees);
-    const engine::Sheet& sheet = *book.sheets[book.activeSheet];
-    return engine::sheetPicture(book, sheet, sheet.usedRange().value(), {});
-}
 
 void move(drawing::Rect& rect, double right, double down)
 {
@@ -166,7 +150,7 @@ drawing::Drawing largestPicture()
 {
     constexpr double width = 13990 * 4;
     constexpr double height = 4990 * 4;
-    const drawing::Drawing stub = stubs(1);
+    const drawing::Drawing stub = stubPicture(filledBook(1));
     drawing::Drawing sheet;
     sheet.fonts = stub.fonts;
     for (; sheet.height + stub.height < height; sheet.height += stub.height)
@@ -189,7 +173,7 @@ drawing::Drawing largestPicture()
 
 drawing::Drawing pictureOf(const benchmark::State& state)
 {
-    return state.range(0) == 0 ? largestPicture() : stubs(static_cast<int>(state.range(0)));
+    return state.range(0) == 0 ? largestPicture() : stubPicture(filledBook(static_cast<int>(state.range(0))));
 }
 
 /// The slowest of all steps that the buttons offer: up from the natural size, down to the smallest and back.

@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
 """Measures the whole program from outside, by real clicks in a virtual display, beside an empty Qt program and the
-programs that people would use instead. Shows every figure with its target; a figure is the median of the turns.
+programs that people would use instead. Shows every result with its target; a result is the median of the turns.
 
 whole_program.py BUILD_FOLDER [TURNS]
 """
-import argparse
 import glob
 import json
 import os
@@ -81,7 +80,7 @@ class Measured:
 
 
 def lower_edge(box):
-    """The last rows of a window: buttons and ground, and no caret that blinks."""
+    """The last rows of a window: buttons and background, and no caret that blinks."""
     x, y, width, height = box
     return x, y + height - 60, width, 60
 
@@ -143,10 +142,10 @@ def measure_click(program, turns):
 
 
 def picture_mebibytes(benchmarks, employees):
-    out = subprocess.run([benchmarks, f"--benchmark_filter=pictureOfOneColour/{employees}/", "--benchmark_format=json"],
+    out = subprocess.run([benchmarks, f"--benchmark_filter=picture/{employees}/", "--benchmark_format=json"],
                          env={**os.environ, "QT_QPA_PLATFORM": "offscreen"}, capture_output=True, text=True, check=True)
-    figures = json.loads(out.stdout)["benchmarks"][0]
-    return figures["width"] * figures["height"] * 4 / 2**20
+    picture = json.loads(out.stdout)["benchmarks"][0]
+    return picture["width"] * picture["height"] * 4 / 2**20
 
 
 def stripped_megabytes(program):
@@ -155,13 +154,13 @@ def stripped_megabytes(program):
         return os.path.getsize(copy.name) / 1e6
 
 
-def line(what, figure, target, unit, note=""):
-    print(f"{what:46} {figure:9.2f} {unit:4} target {target:9.2f}  {'reached' if figure <= target else 'MISSED '} {note}",
+def line(what, result, target, unit, note=""):
+    print(f"{what:46} {result:9.2f} {unit:4} target {target:9.2f}  {'reached' if result <= target else 'MISSED '} {note}",
           flush=True)
 
 
-def spread(figures):
-    return f"({min(figures):.1f} to {max(figures):.1f})"
+def spread(times):
+    return f"({min(times):.1f} to {max(times):.1f})"
 
 
 def in_desktop(employees, work):
@@ -188,8 +187,8 @@ def report_start(build, turns):
         return starts, memory
 
     starts, memory = in_desktop(1, work)
-    for name, figures in zip(("ours", "an empty window", "a window with one word"), starts):
-        print(f"start: {name} {statistics.median(figures):.1f} ms {spread(figures)}")
+    for name, times in zip(("ours", "an empty window", "a window with one word"), starts):
+        print(f"start: {name} {statistics.median(times):.1f} ms {spread(times)}")
     ours, empty, text = map(statistics.median, starts)
     line("start, against an empty window", ours / empty, 1.3, "x")
     print(f"start, against a window with one word: {ours / text:.2f} x")
@@ -206,9 +205,9 @@ def report_click(build, turns, employees, empty_memory, keep_workbook):
         return answer
 
     first, later, memory = in_desktop(employees, work)
-    for name, figures in (("first", first), ("later", later)):
-        line(f"{name} click to preview, N={employees}", statistics.median(figures), {1: 25, 25: 90}[employees], "ms",
-             spread(figures))
+    for name, times in (("first", first), ("later", later)):
+        line(f"{name} click to preview, N={employees}", statistics.median(times), {1: 25, 25: 90}[employees], "ms",
+             spread(times))
     picture = picture_mebibytes(os.path.join(build, "bench", "wagemill_benchmarks"), employees)
     for name, ours, empty in zip(("at most", "resident", "proportional"), memory, empty_memory):
         line(f"memory {name}, N={employees}", ours, 1.2 * empty + 2 * picture, "MiB",
@@ -217,25 +216,22 @@ def report_click(build, turns, employees, empty_memory, keep_workbook):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("build")
-    arguments.add_argument("turns", nargs="?", type=int, default=21)
-    build, turns = (getattr(arguments.parse_args(), name) for name in ("build", "turns"))
-    build = os.path.abspath(build)
+    build = os.path.abspath(sys.argv[1])
+    turns = int(sys.argv[2]) if len(sys.argv) > 2 else 21
     line("size of the stripped program", stripped_megabytes(os.path.join(build, "program", "wagemill")), 1.5, "MB")
     empty_memory = report_start(build, turns)
     with tempfile.TemporaryDirectory() as folder:
         workbook = os.path.join(folder, "workbook.xls")
         clicks = {count: report_click(build, turns, count, empty_memory, workbook) for count in COUNTS}
         template = os.path.join(build, "resources", "template.xlt")
-        for count, figures in peers.libreoffice(template, COUNTS, turns, folder).items():
-            peer = statistics.median(figures)
-            print(f"LibreOffice, warm, filled from inside, N={count}: {peer:.0f} ms {spread(figures)}")
+        for count, times in peers.libreoffice(template, COUNTS, turns, folder).items():
+            peer = statistics.median(times)
+            print(f"LibreOffice, warm, filled from inside, N={count}: {peer:.0f} ms {spread(times)}")
             for name, milliseconds in clicks[count].items():
                 line(f"{name} click to preview against it, N={count}", milliseconds / peer, 1 / 5, "x")
-        figures = peers.gnumeric(workbook, turns, folder)
-        if figures:
-            print(f"Gnumeric's converter, N={COUNTS[-1]}: {statistics.median(figures):.0f} ms {spread(figures)}")
+        times = peers.gnumeric(workbook, turns, folder)
+        if times:
+            print(f"Gnumeric's converter, N={COUNTS[-1]}: {statistics.median(times):.0f} ms {spread(times)}")
 
 
 main()

@@ -1,8 +1,6 @@
-#include "settings/RegistryStore.h"
-
 #include "app/base/WindowsErrors.h"
 #include "app/base/text/WideText.h"
-#include "settings/UserStore.h"
+#include "settings/Settings.h"
 
 #include <windows.h>
 
@@ -85,31 +83,41 @@ LSTATUS queryValue(const std::wstring& key, const std::wstring& name, StoredValu
         (status == ERROR_ACCESS_DENIED ? "you have no permission for that key (" + reason + ")" : reason) + ".");
 }
 
+/// The store as the Windows registry keeps settings of single programs for their user: application and section are
+/// nested keys under HKEY_CURRENT_USER\Software\VB and VBA Program Settings, and each setting is a text value (REG_SZ).
+/// Nothing is kept open: what is changed there by hand is what the next read gives.
+///
+/// A value that holds a number (REG_DWORD, REG_QWORD) is read as its decimal text; a list of texts or bytes counts as
+/// missing. Every write makes the value a text. As everywhere in the registry, letters' case does not tell names apart.
+class RegistryStore : public SettingsStore {
+public:
+    std::optional<std::string> read(std::string_view application, std::string_view section,
+                                    std::string_view key) override
+    {
+        const std::wstring path = registryKey(application, section);
+        StoredValue value;
+        const LSTATUS status = queryValue(path, toWide(key), value);
+        if (status == ERROR_FILE_NOT_FOUND)
+            return std::nullopt;
+        if (status != ERROR_SUCCESS)
+            throwStoreError("read from", path, key, status);
+        return settingOf(value);
+    }
+
+    void write(std::string_view application, std::string_view section, std::string_view key,
+               std::string_view value) override
+    {
+        const std::wstring path = registryKey(application, section);
+        const std::wstring text = toWide(value);
+        const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+        const LSTATUS status =
+            ::RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), toWide(key).c_str(), REG_SZ, text.c_str(), size);
+        if (status != ERROR_SUCCESS)
+            throwStoreError("stored in", path, key, status);
+    }
+};
+
 } // namespace
-
-std::optional<std::string> RegistryStore::read(std::string_view application, std::string_view section,
-                                               std::string_view key)
-{
-    const std::wstring path = registryKey(application, section);
-    StoredValue value;
-    const LSTATUS status = queryValue(path, toWide(key), value);
-    if (status == ERROR_FILE_NOT_FOUND)
-        return std::nullopt;
-    if (status != ERROR_SUCCESS)
-        throwStoreError("read from", path, key, status);
-    return settingOf(value);
-}
-
-void RegistryStore::write(std::string_view application, std::string_view section, std::string_view key,
-                          std::string_view value)
-{
-    const std::wstring path = registryKey(application, section);
-    const std::wstring text = toWide(value);
-    const LSTATUS status = ::RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), toWide(key).c_str(), REG_SZ, text.c_str(),
-                                             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-    if (status != ERROR_SUCCESS)
-        throwStoreError("stored in", path, key, status);
-}
 
 std::unique_ptr<SettingsStore> openUserStore()
 {

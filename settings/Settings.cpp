@@ -1,7 +1,5 @@
 #include "settings/Settings.h"
 
-#include "settings/UserStore.h"
-
 #include <array>
 #include <map>
 #include <stdexcept>
@@ -31,14 +29,6 @@ std::map<std::array<std::string, 3>, std::string>& unstored()
     return values;
 }
 
-void storeUnstored()
-{
-    for (auto next = unstored().begin(); next != unstored().end(); next = unstored().erase(next)) {
-        const auto& [application, section, key] = next->first;
-        userStore().write(application, section, key, next->second);
-    }
-}
-
 } // namespace
 
 void SaveSetting(std::string_view application, std::string_view section, std::string_view key, std::string_view value)
@@ -51,7 +41,10 @@ void SaveSetting(std::string_view application, std::string_view section, std::st
 std::string retrySettings()
 {
     try {
-        storeUnstored();
+        for (auto next = unstored().begin(); next != unstored().end(); next = unstored().erase(next)) {
+            const auto& [application, section, key] = next->first;
+            userStore().write(application, section, key, next->second);
+        }
         return {};
     } catch (const std::exception& error) {
         return error.what();

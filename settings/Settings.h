@@ -24,6 +24,10 @@ public:
                        std::string_view value) = 0;
 };
 
+/// The system's store for the current user. Never throws for a store that cannot be opened yet: its reads and writes
+/// do.
+std::unique_ptr<SettingsStore> openUserStore();
+
 /// Stores a text at once, overwriting any earlier one, and before it what could not be stored earlier.
 /// Throws std::runtime_error, naming the store and the reason, when it cannot be written; the text is then kept for
 /// the next call, and for retrySettings().

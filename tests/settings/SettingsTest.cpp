@@ -1,5 +1,4 @@
 #include "settings/Settings.h"
-#include "settings/SqliteStore.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,5 @@
-#include "settings/RegistryStore.h"
 #include "app/base/text/WideText.h"
+#include "settings/Settings.h"
 
 #include <windows.h>
 
@@ -20,8 +20,8 @@ protected:
     RegistryStoreTest() { ::RegDeleteTreeW(HKEY_CURRENT_USER, applicationKey); }
     ~RegistryStoreTest() override { ::RegDeleteTreeW(HKEY_CURRENT_USER, applicationKey); }
 
-    std::string get(const char* key) { return store.read("WagemillTest", "Section", key).value_or("none"); }
-    void save(const char* key, const std::string& value) { store.write("WagemillTest", "Section", key, value); }
+    std::string get(const char* key) { return store->read("WagemillTest", "Section", key).value_or("none"); }
+    void save(const char* key, const std::string& value) { store->write("WagemillTest", "Section", key, value); }
 
     static void putByHand(const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes)
     {
@@ -32,7 +32,7 @@ protected:
 
     static constexpr const wchar_t* applicationKey = L"Software\\VB and VBA Program Settings\\WagemillTest";
     static constexpr const wchar_t* sectionKey = L"Software\\VB and VBA Program Settings\\WagemillTest\\Section";
-    RegistryStore store;
+    const std::unique_ptr<SettingsStore> store = openUserStore();
 };
 
 TEST_F(RegistryStoreTest, KeepsTextsAsOtherProgramsReadThem)
@@ -54,7 +54,7 @@ TEST_F(RegistryStoreTest, KeepsTextsAsOtherProgramsReadThem)
         EXPECT_EQ(type, DWORD{REG_SZ});
         EXPECT_EQ(std::wstring(stored.data(), stored.size() - 1), expected);
     }
-    EXPECT_EQ(store.read("WagemillTest", "Other", "a"), std::nullopt);
+    EXPECT_EQ(store->read("WagemillTest", "Other", "a"), std::nullopt);
 }
 
 TEST_F(RegistryStoreTest, MakesSenseOfWhatWasPutThereByHand)
