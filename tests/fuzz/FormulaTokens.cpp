@@ -5,7 +5,7 @@
 #include "tests/support/OpenRecalculateWrite.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 
 #include <algorithm>
 #include <memory>

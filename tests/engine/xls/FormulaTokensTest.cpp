@@ -1,7 +1,7 @@
 #include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
 #include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 
 #include <gtest/gtest.h>
 

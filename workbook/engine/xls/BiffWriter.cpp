@@ -1,7 +1,6 @@
 #include "workbook/engine/xls/BiffWriter.h"
 
 #include "workbook/engine/xls/CompoundFile.h"
-#include "workbook/engine/xls/CompoundSectors.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/PropertySet.h"
 #include "workbook/engine/xls/RecordStrings.h"

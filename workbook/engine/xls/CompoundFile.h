@@ -11,6 +11,9 @@ namespace wagemill::engine::xls {
 /// The first eight bytes of a compound file ([MS-CFB] 2.2).
 inline constexpr std::uint64_t compoundFileSignature = 0xE11AB1A1E011CFD0;
 
+/// Smaller streams lie together in small sectors.
+inline constexpr std::size_t miniStreamCutoff = 4096;
+
 /// The streams and storages of a compound file ([MS-CFB]), each storage before what it holds. A storage's `data` is its
 /// class identifier of 16 bytes where it has one. Takes time and memory in proportion to the bytes, whatever they
 /// claim. Throws DamagedFile when a sector chain, a size or the directory is not consistent.

@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/GlobalsReader.h"
 
 #include "workbook/engine/xls/BookRecords.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/StyleRecords.h"
 
 #include <algorithm>

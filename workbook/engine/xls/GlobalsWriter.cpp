@@ -2,7 +2,7 @@
 
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/BookRecords.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
 
@@ -256,8 +256,8 @@ public:
         if (characters.count < 1 || characters.count > 255)
             throw EngineError("The name \"" + name.name + "\" is empty or longer than 255 characters.");
         ByteWriter tokens;
-        ByteWriter behind;
-        writeFormula(name.formula, tokens, behind);
+        ByteWriter trailing;
+        writeFormula(name.formula, tokens, trailing);
         const NameHead head{.isBuiltIn = isBuiltIn,
                             .length = characters.count,
                             .formulaSize = tokens.size(),
@@ -266,7 +266,7 @@ public:
         nameFields(FieldWriter(data), head);
         characters.append(data);
         data.bytes(tokens.view());
-        data.bytes(behind.view());
+        data.bytes(trailing.view());
         m_target.write(record::definedName, data.view());
     }
 

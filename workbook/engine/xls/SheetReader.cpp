@@ -1,7 +1,7 @@
 #include "workbook/engine/xls/SheetReader.h"
 
 #include "workbook/engine/OperandClasses.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/SheetRecords.h"
@@ -22,7 +22,7 @@ constexpr std::size_t usualRowLength = 4;
 struct SharedFormula {
     CellRect area;
     std::span<const std::byte> tokens;
-    std::span<const std::byte> behind;
+    std::span<const std::byte> trailing;
 };
 
 /// The 8 bytes of a formula's result ([MS-XLS] 2.5.133 FormulaValue). A text follows in a record of its own.
@@ -299,7 +299,7 @@ private:
     {
         try {
             cell.formula =
-                std::make_shared<const Formula>(readFormula(stored.tokens, stored.behind, contextOf(origin)));
+                std::make_shared<const Formula>(readFormula(stored.tokens, stored.trailing, contextOf(origin)));
         } catch (const DamagedFile&) {
             dropFormula(cell, origin);
         }

@@ -1,8 +1,7 @@
 #include "workbook/engine/xls/SheetWriter.h"
 
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/FormulaTokenNumbers.h"
-#include "workbook/engine/xls/FormulaTokensXls.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/SheetRecords.h"
@@ -342,11 +341,11 @@ public:
     {
         try {
             m_tokens.clear();
-            m_behind.clear();
+            m_trailing.clear();
             if (cell.array)
-                writeArrayPointer(*cell.array);
+                writeSharedBase(*cell.array, m_tokens);
             else
-                writeFormula(formula, m_tokens, m_behind);
+                writeFormula(formula, m_tokens, m_trailing);
             m_data.clear();
             writeHead(m_data, row, cell);
             std::visit([&](const auto& value) { writeResult(value); }, cell.value);
@@ -354,7 +353,7 @@ public:
             m_data.u32(0);
             m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
             m_data.bytes(m_tokens.view());
-            m_data.bytes(m_behind.view());
+            m_data.bytes(m_trailing.view());
             m_target.write(record::formula, m_data.view());
             if (cell.array && baseOf(*cell.array) == CellAddress{row, cell.column})
                 writeArray(*cell.array, formula);
@@ -366,27 +365,19 @@ public:
         }
     }
 
-    /// PtgExp or PtgTbl ([MS-XLS] 2.5.198.58, .92): the formula stands in the record behind the first cell.
-    void writeArrayPointer(const ArrayArea& array)
-    {
-        m_tokens.u8(array.isTable() ? ptg::partOfTable : ptg::partOfShared);
-        m_tokens.u16(static_cast<std::uint16_t>(array.cells.firstRow));
-        m_tokens.u16(static_cast<std::uint16_t>(array.cells.firstColumn));
-    }
-
     void writeArray(const ArrayArea& array, const Formula& formula)
     {
         if (array.isTable())
             return m_target.write(array.table);
         m_tokens.clear();
-        writeFormula(formula, m_tokens, m_behind);
+        writeFormula(formula, m_tokens, m_trailing);
         m_data.clear();
         shortAreaFields(FieldWriter(m_data), array.cells);
         m_data.u16(array.flags);
         m_data.u32(0);
         m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
         m_data.bytes(m_tokens.view());
-        m_data.bytes(m_behind.view());
+        m_data.bytes(m_trailing.view());
         m_target.write(record::array, m_data.view());
     }
 
@@ -488,10 +479,10 @@ public:
     KeptRecords& m_kept;
     RecordWriter& m_target;
     std::vector<int> m_rows;       ///< that have a ROW record
-    std::size_t m_indexOffset = 0; ///< of the place for the offset of DEFCOLWIDTH, those of the blocks behind it
+    std::size_t m_indexOffset = 0; ///< of the place for the offset of DEFCOLWIDTH, those of the blocks follow it
     std::size_t m_nextString = 0;
     ByteWriter m_tokens;
-    ByteWriter m_behind;
+    ByteWriter m_trailing;
     ByteWriter m_data;
 };
 
