@@ -4,8 +4,7 @@
 #include "app/base/text/LetterCase.h"
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
-#include "workbook/engine/xls/GlobalsReader.h"
-#include "workbook/engine/xls/SheetReader.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <array>

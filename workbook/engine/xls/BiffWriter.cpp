@@ -1,10 +1,8 @@
 #include "workbook/engine/xls/BiffWriter.h"
 
 #include "workbook/engine/xls/CompoundFile.h"
-#include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/PropertySet.h"
-#include "workbook/engine/xls/RecordStrings.h"
-#include "workbook/engine/xls/SheetWriter.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 

@@ -124,16 +124,20 @@ Header readHeader(std::span<const std::byte> bytes)
     return header;
 }
 
+std::size_t quotientRoundedUp(std::size_t dividend, std::size_t divisor)
+{
+    return (dividend + divisor - 1) / divisor;
+}
+
 /// Sectors of one kind: FAT and marks give the chains. Each sector is given out once, so no chain can run in a circle
 /// or into another one.
 class SectorChains {
 public:
     SectorChains(std::span<const std::byte> bytes, std::size_t sectorSize)
-        : m_bytes(bytes), m_sectorSize(sectorSize), m_taken((bytes.size() + sectorSize - 1) / sectorSize)
+        : m_bytes(bytes), m_sectorSize(sectorSize), m_taken(quotientRoundedUp(bytes.size(), sectorSize))
     {
     }
 
-    std::size_t sectors() const { return m_taken.size(); }
     /// The sector's bytes; fewer where the file is cut off within it.
     std::span<const std::byte> take(std::uint32_t sector)
     {
@@ -168,7 +172,7 @@ public:
     {
         if (size == 0)
             return {};
-        if (size > sectors() * m_sectorSize)
+        if (size > m_taken.size() * m_sectorSize)
             throw DamagedFile("a stream claims more bytes than the file has");
         std::vector<std::byte> bytes = chain(start, size);
         if (bytes.size() < size)
@@ -233,74 +237,47 @@ bool isSmallStream(const DirectoryEntry& entry)
 }
 
 /// Walks the tree of names below the root, each entry once.
-class DirectoryWalk {
-public:
-    DirectoryWalk(const std::vector<DirectoryEntry>& entries, SectorChains& sectors, SectorChains& miniSectors)
-        : m_entries(entries), m_sectors(sectors), m_miniSectors(miniSectors), m_visited(entries.size())
-    {
-        m_visited[0] = true;
-    }
-
-    std::vector<KeptStream> streams()
-    {
-        m_pending.push_back({m_entries.front().child, {}});
-        while (!m_pending.empty()) {
-            auto [index, path] = std::move(m_pending.back());
-            m_pending.pop_back();
-            if (index != noEntry)
-                visit(index, std::move(path));
-        }
-        return std::move(m_streams);
-    }
-
-private:
+std::vector<KeptStream> readStreams(const std::vector<DirectoryEntry>& entries, SectorChains& sectors,
+                                    SectorChains& miniSectors)
+{
     struct Pending {
         std::uint32_t index;
         std::vector<std::string> path; ///< of the storage it lies in
     };
-
-    void visit(std::uint32_t index, std::vector<std::string> path)
-    {
-        if (index >= m_entries.size() || m_entries[index].type == EntryType::Unused)
+    std::vector<KeptStream> streams;
+    std::vector<bool> visited(entries.size());
+    visited[0] = true;
+    std::vector<Pending> pending = {{entries.front().child, {}}};
+    while (!pending.empty()) {
+        auto [index, path] = std::move(pending.back());
+        pending.pop_back();
+        if (index == noEntry)
+            continue;
+        if (index >= entries.size() || entries[index].type == EntryType::Unused)
             throw DamagedFile("its directory names an entry that does not exist");
-        if (m_visited[index])
+        if (visited[index])
             throw DamagedFile("its directory runs in a circle");
-        m_visited[index] = true;
-        const DirectoryEntry& entry = m_entries[index];
-        m_pending.push_back({entry.right, path});
-        m_pending.push_back({entry.left, path});
+        visited[index] = true;
+        const DirectoryEntry& entry = entries[index];
+        pending.push_back({entry.right, path});
+        pending.push_back({entry.left, path});
         if (nameOf(entry).empty() || nameOf(entry).find_first_of(u"/\\:!") != std::u16string_view::npos)
-            return; // not a name that a file may have: nothing of ours
+            continue; // not a name that a file may have: nothing of ours
         path.push_back(toUtf8(nameOf(entry)));
         if (path.size() > maxStorageDepth)
             throw DamagedFile("its storages are nested too deeply");
         if (entry.type == EntryType::Stream) {
-            m_streams.push_back({std::move(path), false, contents(entry)});
+            SectorChains& chains = entry.size < miniStreamCutoff ? miniSectors : sectors;
+            streams.push_back({std::move(path), false, chains.stream(entry.start, entry.size)});
         } else if (entry.type == EntryType::Storage) {
-            m_pending.push_back({entry.child, path});
+            pending.push_back({entry.child, path});
             const auto classId = std::as_bytes(std::span(entry.classId));
-            m_streams.push_back({std::move(path), true, {}});
+            streams.push_back({std::move(path), true, {}});
             if (entry.classId != ClassId{})
-                m_streams.back().data.assign(classId.begin(), classId.end());
+                streams.back().data.assign(classId.begin(), classId.end());
         }
     }
-
-    std::vector<std::byte> contents(const DirectoryEntry& entry)
-    {
-        return (entry.size < miniStreamCutoff ? m_miniSectors : m_sectors).stream(entry.start, entry.size);
-    }
-
-    const std::vector<DirectoryEntry>& m_entries;
-    SectorChains& m_sectors;
-    SectorChains& m_miniSectors;
-    std::vector<bool> m_visited;
-    std::vector<Pending> m_pending;
-    std::vector<KeptStream> m_streams;
-};
-
-std::size_t quotientRoundedUp(std::size_t dividend, std::size_t divisor)
-{
-    return (dividend + divisor - 1) / divisor;
+    return streams;
 }
 
 /// A file allocation table in the making: chains of neighbouring sectors.
@@ -559,8 +536,9 @@ std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes)
         miniStream = sectors.stream(entries.front().start, entries.front().size);
     SectorChains miniSectors(miniStream, miniSectorSize);
     if (!miniStream.empty())
-        miniSectors.appendLinks(sectors.chain(header.firstMiniFatSector, miniSectors.sectors() * linkSize));
-    return DirectoryWalk(entries, sectors, miniSectors).streams();
+        miniSectors.appendLinks(
+            sectors.chain(header.firstMiniFatSector, quotientRoundedUp(miniStream.size(), miniSectorSize) * linkSize));
+    return readStreams(entries, sectors, miniSectors);
 }
 
 std::vector<std::byte> writeCompoundFile(std::span<const KeptStream> entries)

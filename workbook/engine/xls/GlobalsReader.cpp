@@ -1,8 +1,7 @@
-#include "workbook/engine/xls/GlobalsReader.h"
-
 #include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/StyleRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <array>

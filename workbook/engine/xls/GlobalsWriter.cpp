@@ -1,10 +1,8 @@
-#include "workbook/engine/xls/GlobalsWriter.h"
-
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/StyleRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <array>
@@ -82,7 +80,6 @@ public:
         writeString(data, shortened(m_book.properties.lastAuthor, maxUserName));
         while (data.size() < start + userNameSize)
             data.u8(' ');
-        m_target.finish();
     }
 
     void writeSheetIds()
@@ -90,7 +87,6 @@ public:
         ByteWriter& data = m_target.begin(record::sheetIds);
         for (std::size_t index = 1; index <= m_book.sheets.size(); ++index)
             data.u16(static_cast<std::uint16_t>(index));
-        m_target.finish();
     }
 
     void writeWindow()
@@ -102,7 +98,6 @@ public:
         putU16(data.view(), start + 10, static_cast<std::uint16_t>(m_activeSheet));
         putU16(data.view(), start + 12, 0); // the first tab shown
         putU16(data.view(), start + 14, 1); // one sheet is selected
-        m_target.finish();
     }
 
     void writeDateSystem() { m_target.writeU16(record::date1904, m_book.dates1904); }
@@ -121,7 +116,6 @@ public:
             ByteWriter& data = m_target.begin(record::numberFormat);
             data.u16(identifier);
             writeString(data, code);
-            m_target.finish();
         }
     }
 
@@ -165,7 +159,6 @@ public:
             data.u8(!sheet->hidden ? 0 : sheet->veryHidden ? 2 : 1);
             data.u8(boundSheetType(substreamType(*sheet)));
             writeShortString(data, sheet->name);
-            m_target.finish();
         }
     }
 
@@ -200,7 +193,6 @@ public:
         writeShortString(data, name);
         data.u16(2);
         data.bytes(std::as_bytes(std::span("\x1C\x17"sv)));
-        m_target.finish();
     }
 
     void writeSupportingBook(const SupportingBook& book)

@@ -88,7 +88,6 @@ void writeMember(RecordWriter& target, std::uint16_t id, bool mark)
 void writeMember(RecordWriter& target, std::uint16_t id, double margin)
 {
     target.begin(id).real(margin);
-    target.finish();
 }
 
 /// HEADER and FOOTER, [MS-XLS] 2.4.136: nothing, or a text.
@@ -97,7 +96,6 @@ void writeMember(RecordWriter& target, std::uint16_t id, const std::string& text
     ByteWriter& data = target.begin(id);
     if (!text.empty())
         writeString(data, text);
-    target.finish();
 }
 
 void writeMember(RecordWriter& target, std::uint16_t id, const std::vector<PageBreak>& breaks)
@@ -108,7 +106,6 @@ void writeMember(RecordWriter& target, std::uint16_t id, const std::vector<PageB
     data.u16(static_cast<std::uint16_t>(breaks.size()));
     for (const PageBreak& pageBreak : breaks)
         pageBreakFields(FieldWriter(data), pageBreak);
-    target.finish();
 }
 
 void readPageSetup(ByteReader reader, PrintSetup& setup)
@@ -139,7 +136,6 @@ void writePageSetup(RecordWriter& target, const PrintSetup& setup)
         static_cast<std::uint16_t>(setup.otherFlags | (setup.overThenDown ? overThenDownFlag : 0) |
                                    (setup.landscape ? 0 : portraitFlag) | (setup.ownFirstPage ? ownFirstPageFlag : 0));
     setupFields(FieldWriter(target.begin(record::pageSetup)), setup, flags);
-    target.finish();
 }
 
 } // namespace

@@ -64,8 +64,16 @@ bool RecordReader::next(Record& record)
     return true;
 }
 
+std::vector<std::byte> RecordWriter::take()
+{
+    finish();
+    m_dataStart = 0;
+    return m_stream.take();
+}
+
 ByteWriter& RecordWriter::begin(std::uint16_t id)
 {
+    finish();
     m_stream.u16(id);
     m_stream.u16(0);
     m_dataStart = m_stream.size();
@@ -74,6 +82,8 @@ ByteWriter& RecordWriter::begin(std::uint16_t id)
 
 void RecordWriter::finish()
 {
+    if (m_dataStart == 0)
+        return;
     const std::size_t size = m_stream.size() - m_dataStart;
     if (size > maxRecordSize)
         throw std::length_error("A record of the workbook would be longer than 8224 bytes.");
@@ -84,7 +94,6 @@ void RecordWriter::write(std::uint16_t id, std::span<const std::byte> data)
 {
     const auto head = data.first(std::min(data.size(), maxRecordSize));
     begin(id).bytes(head);
-    finish();
     if (head.size() < data.size())
         write(record::continuation, data.subspan(head.size()));
 }

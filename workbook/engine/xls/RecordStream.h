@@ -50,12 +50,11 @@ private:
 class RecordWriter {
 public:
     std::size_t offset() const { return m_stream.size(); }
-    std::vector<std::byte> take() { return m_stream.take(); }
+    std::vector<std::byte> take();
 
-    /// Begins a record of at most 8224 bytes: its data is written to the stream that this answers, then finish() sets
-    /// the size. Throws std::length_error there when it became too long.
+    /// Begins a record of at most 8224 bytes, whose data is what is written to the stream that this answers before the
+    /// next one begins. Throws std::length_error when the record before became too long.
     ByteWriter& begin(std::uint16_t id);
-    void finish();
 
     /// A record with these data; what one record cannot hold goes on in CONTINUE records.
     void write(std::uint16_t id, std::span<const std::byte> data);
@@ -66,7 +65,6 @@ public:
     {
         FieldWriter fields(begin(id));
         (fields.u16(numbers), ...);
-        finish();
     }
     void putU32(std::size_t offset, std::size_t value)
     {
@@ -74,8 +72,11 @@ public:
     }
 
 private:
+    /// Sets the size of the present record.
+    void finish();
+
     ByteWriter m_stream;
-    std::size_t m_dataStart = 0;
+    std::size_t m_dataStart = 0; ///< of the present record; 0: there is none yet
 };
 
 /// What belongs to the records of one number.

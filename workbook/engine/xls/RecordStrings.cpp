@@ -130,14 +130,14 @@ public:
     void keepTogether(std::size_t size)
     {
         if (room() < size)
-            goOn();
+            begin(record::continuation);
     }
     void characters(const Characters& characters)
     {
         const std::size_t unit = characters.wide ? 2 : 1;
         for (std::size_t done = 0; done < characters.count;) {
             if (room() < unit) {
-                goOn();
+                begin(record::continuation);
                 m_data->u8(characters.wide ? wideFlag : std::uint8_t{0});
             }
             const std::size_t step = std::min(characters.count - done, room() / unit);
@@ -145,7 +145,6 @@ public:
             done += step;
         }
     }
-    void finish() { m_target.finish(); }
 
 private:
     std::size_t room() const { return maxRecordSize + 4 - offsetInRecord(); }
@@ -153,11 +152,6 @@ private:
     {
         m_recordStart = m_target.offset();
         m_data = &m_target.begin(id);
-    }
-    void goOn()
-    {
-        finish();
-        begin(record::continuation);
     }
 
     RecordWriter& m_target;
@@ -269,7 +263,6 @@ void writeLongString(RecordWriter& target, std::uint16_t id, std::string_view te
     writer.data().u16(static_cast<std::uint16_t>(characters.count));
     writer.data().u8(characters.wide ? wideFlag : std::uint8_t{0});
     writer.characters(characters);
-    writer.finish();
 }
 
 std::vector<RichText> readSharedStrings(const Record& record)
@@ -328,7 +321,6 @@ void SharedStringTable::write(RecordWriter& target) const
             writer.data().u16(fileIndexOfFont((*runs)[run].font));
         }
     }
-    writer.finish();
     target.write(record::extendedSharedStrings, buckets.view());
 }
 

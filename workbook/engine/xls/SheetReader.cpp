@@ -1,10 +1,8 @@
-#include "workbook/engine/xls/SheetReader.h"
-
 #include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/PrintRecords.h"
-#include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/SheetRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,8 @@
-#include "workbook/engine/xls/SheetWriter.h"
-
 #include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/GlobalsWriter.h"
 #include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/SheetRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <array>
@@ -86,7 +84,6 @@ public:
         m_indexOffset = data.size();
         data.u32(0);
         data.zeros((m_rows.size() + rowsPerBlock - 1) / rowsPerBlock * 4);
-        m_target.finish();
     }
 
     void writeGutters()
@@ -134,11 +131,7 @@ public:
 
     void writeIterationTurns() { m_target.writeU16(record::iterationTurns, m_book.iteration.maxTurns); }
     void writeIteration() { m_target.writeU16(record::iteration, m_book.iteration.isOn); }
-    void writeIterationChange()
-    {
-        m_target.begin(record::iterationChange).real(m_book.iteration.maxChange);
-        m_target.finish();
-    }
+    void writeIterationChange() { m_target.begin(record::iterationChange).real(m_book.iteration.maxChange); }
 
     void writeDefaultColumnWidth()
     {
@@ -154,7 +147,6 @@ public:
             ByteWriter& data = m_target.begin(record::columnInfo);
             columnFields(FieldWriter(data), run);
             data.u16(0);
-            m_target.finish();
         }
     }
 
@@ -167,7 +159,6 @@ public:
         fields.u16(used.firstColumn);
         fields.u16(used.lastColumn + 1);
         fields.zeros(2);
-        m_target.finish();
     }
 
     void writeRowBlocks()
@@ -201,7 +192,6 @@ public:
         data.u32(static_cast<std::uint32_t>(distance));
         for (const std::uint16_t offset : offsets)
             data.u16(offset);
-        m_target.finish();
     }
 
     void writeRow(int index)
@@ -217,7 +207,6 @@ public:
             head.endColumn = row.cells.back().column + 1;
         }
         rowFields(FieldWriter(m_target.begin(record::row)), head, row);
-        m_target.finish();
     }
 
     void writeCells(int row)
@@ -262,7 +251,6 @@ public:
         for (const Cell& cell : cells)
             data.u16(cellFormat(cell.format));
         data.u16(static_cast<std::uint16_t>(cells.back().column));
-        m_target.finish();
     }
 
     void writeMultipleRk(int row, std::span<const Cell> cells)
@@ -275,7 +263,6 @@ public:
             data.u32(*rkOfNumber(std::get<double>(cell.value)));
         }
         data.u16(static_cast<std::uint16_t>(cells.back().column));
-        m_target.finish();
     }
 
     ByteWriter& beginCell(std::uint16_t id, int row, const Cell& cell)
@@ -299,11 +286,7 @@ public:
             std::visit([&](const auto& value) { writeConstant(row, cell, value); }, cell.value);
     }
 
-    void writeConstant(int row, const Cell& cell, Empty /*value*/)
-    {
-        beginCell(record::blank, row, cell);
-        m_target.finish();
-    }
+    void writeConstant(int row, const Cell& cell, Empty /*value*/) { beginCell(record::blank, row, cell); }
 
     void writeConstant(int row, const Cell& cell, double number)
     {
@@ -311,17 +294,14 @@ public:
             writeConstant(row, cell, ErrorCode::Number);
         } else if (const auto rk = rkOfNumber(number)) {
             beginCell(record::rk, row, cell).u32(*rk);
-            m_target.finish();
         } else {
             beginCell(record::number, row, cell).real(number);
-            m_target.finish();
         }
     }
 
     void writeConstant(int row, const Cell& cell, const std::string& /*text*/)
     {
         beginCell(record::sharedLabel, row, cell).u32(m_strings.at(m_nextString++));
-        m_target.finish();
     }
 
     void writeConstant(int row, const Cell& cell, bool logical) { writeCode(row, cell, logical ? 1 : 0, 0); }
@@ -334,7 +314,6 @@ public:
         ByteWriter& data = beginCell(record::logicalOrError, row, cell);
         data.u8(code);
         data.u8(isError);
-        m_target.finish();
     }
 
     void writeFormulaCell(int row, const Cell& cell, const Formula& formula)
@@ -419,7 +398,6 @@ public:
         for (const std::size_t zoom : {start + pageBreakZoomOffset, start + zoomOffset})
             if (!isZoom(ByteReader(data.view(), zoom).u16()))
                 putU16(data.view(), zoom, 0);
-        m_target.finish();
     }
 
     /// Percent; 0 is the usual size.
@@ -432,7 +410,6 @@ public:
         ByteWriter& data = m_target.begin(record::pane);
         paneFields(FieldWriter(data), *m_sheet.panes);
         data.u8(0);
-        m_target.finish();
     }
 
     void writeSelection()
@@ -450,7 +427,6 @@ public:
         fields.u16(0);
         fields.u16(1);
         shortAreaFields(fields, area.contains(cell) ? inSheet(area) : active);
-        m_target.finish();
     }
 
     void writeMergedCells()
@@ -462,7 +438,6 @@ public:
             data.u16(static_cast<std::uint16_t>(part.size()));
             for (const CellRect& area : part)
                 areaFields(FieldWriter(data), area);
-            m_target.finish();
         }
     }
 
@@ -552,7 +527,6 @@ void writeKeptSheet(const Sheet& sheet, bool isActive, RecordWriter& target)
         ByteWriter& data = target.begin(kept.id);
         data.u16(static_cast<std::uint16_t>(flags | (isActive ? activeFlags : 0U)));
         data.bytes(std::span(kept.data).subspan(2));
-        target.finish();
     }
 }
 

@@ -108,7 +108,6 @@ void writeFont(RecordWriter& target, const Font& font)
     ByteWriter& data = target.begin(record::font);
     fontFields(FieldWriter(data), font);
     writeShortString(data, font.name);
-    target.finish();
 }
 
 CellFormat readCellFormat(ByteReader& source)
@@ -146,7 +145,6 @@ void writeCellFormat(RecordWriter& target, CellFormat format)
         if (border->style == BorderStyle::None)
             border->color = 0;
     cellFormatFields(FieldWriter(target.begin(record::extendedFormat)), format);
-    target.finish();
 }
 
 bool isWrittenNumberFormat(std::uint16_t identifier)
@@ -171,7 +169,6 @@ void writePalette(RecordWriter& target, const StyleTable& styles)
     data.u16(static_cast<std::uint16_t>(styles.palette.size()));
     for (const Rgb& color : styles.palette)
         colorFields(FieldWriter(data), color);
-    target.finish();
 }
 
 } // namespace wagemill::engine::xls

@@ -2,6 +2,7 @@
 
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/BiffRecords.h"
+#include "workbook/engine/xls/BiffWriter.h"
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <cstddef>
@@ -9,6 +10,8 @@
 #include <span>
 #include <string>
 #include <vector>
+
+// A workbook stream is a substream of records for the globals, and one for each sheet.
 
 namespace wagemill::engine::xls {
 
@@ -72,5 +75,26 @@ struct ReadContext {
 /// Reads the globals at the beginning of a workbook stream into context.book. Throws DamagedFile, and EngineError when
 /// the workbook is encrypted or of an older format.
 void readGlobals(std::span<const std::byte> stream, ReadContext& context);
+
+/// Reads the substream that begins at `offset` of the workbook stream. A chart sheet is kept as a whole: its first
+/// kept record is its BOF. Throws DamagedFile.
+void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet);
+
+/// The indices of the texts of a sheet's cells, row by row, taken into the table of shared strings.
+/// Throws EngineError that names the cell when a text is too long.
+std::vector<std::uint32_t> collectStrings(const Sheet& sheet, SharedStringTable& strings);
+
+/// Writes a sheet. strings  what collectStrings() answered
+/// Throws EngineError that names the cell when a formula does not fit the format.
+void writeSheet(const Book& book, const Sheet& sheet, bool isActive, const std::vector<std::uint32_t>& strings,
+                RecordWriter& target);
+
+/// The kind of substream that a sheet is written as: a worksheet, or what its kept BOF says.
+SubstreamType substreamType(const Sheet& sheet);
+
+/// Writes the globals of a workbook. Answers where the offset of each sheet is to be put in.
+/// activeSheet  a visible one
+std::vector<std::size_t> writeGlobals(const Book& book, FileKind kind, std::size_t activeSheet,
+                                      const SharedStringTable& strings, RecordWriter& target);
 
 } // namespace wagemill::engine::xls
