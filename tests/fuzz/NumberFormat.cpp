@@ -20,10 +20,7 @@ void tryInput(Input input)
     const std::string_view code = asText(input);
     const engine::CellValue value =
         choice % 8 == 0 ? engine::CellValue(std::string(code.substr(0, 40))) : engine::numberValue(number);
-    const engine::NumberFormatter formatter(code);
-    const bool dates1904 = choice % 2 == 1;
-    require(formatter.show(value, region, dates1904) == engine::showValue(value, code, region, dates1904),
-            "a prepared code shows what the code shows");
+    engine::showValue(value, code, region, choice % 2 == 1);
     engine::generalText(number, region, static_cast<int>(choice % 16));
 }
 

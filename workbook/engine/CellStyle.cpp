@@ -51,20 +51,7 @@ constexpr auto builtInFormats = std::to_array<std::pair<std::uint16_t, std::stri
 /// Identifiers whose codes every workbook writes although they are built in: their text depends on the region.
 constexpr auto alwaysWritten = std::to_array<std::uint16_t>({5, 6, 7, 8, 41, 42, 43, 44});
 
-/// The first eight colours of the palette and of the fixed indices 0 to 7.
-constexpr auto basicColors = std::to_array<Rgb>({
-    {0, 0, 0},
-    {255, 255, 255},
-    {255, 0, 0},
-    {0, 255, 0},
-    {0, 0, 255},
-    {255, 255, 0},
-    {255, 0, 255},
-    {0, 255, 255},
-});
-
-/// The standard palette, colour indices 8 to 63 ([MS-XLS] 2.5.161 Icv).
-constexpr std::array<std::uint32_t, 56> standardPalette = {
+constexpr std::array<std::uint32_t, 56> standardColors = {
     0x000000, 0xFFFFFF, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF, 0x800000, 0x008000,
     0x000080, 0x808000, 0x800080, 0x008080, 0xC0C0C0, 0x808080, 0x9999FF, 0x993366, 0xFFFFCC, 0xCCFFFF,
     0x660066, 0xFF8080, 0x0066CC, 0xCCCCFF, 0x000080, 0xFF00FF, 0xFFFF00, 0x00FFFF, 0x800080, 0x800000,
@@ -72,6 +59,9 @@ constexpr std::array<std::uint32_t, 56> standardPalette = {
     0x3366FF, 0x33CCCC, 0x99CC00, 0xFFCC00, 0xFF9900, 0xFF6600, 0x666699, 0x969696, 0x003366, 0x339966,
     0x003300, 0x333300, 0x993300, 0x993366, 0x333399, 0x333333,
 };
+
+/// Colour indices that no palette changes: its first standard colours.
+constexpr std::size_t fixedColors = 8;
 
 CellFormat styleFormat(std::uint16_t font, std::uint16_t numberFormat, std::uint8_t usedAttributes)
 {
@@ -108,14 +98,23 @@ std::string_view builtInNumberFormat(std::uint16_t identifier)
     return found == builtInFormats.end() ? "General" : found->second;
 }
 
+const std::array<Rgb, 56>& standardPalette()
+{
+    static const std::array<Rgb, 56> palette = [] {
+        std::array<Rgb, 56> colors;
+        std::ranges::transform(standardColors, colors.begin(), [](std::uint32_t color) {
+            return Rgb{static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
+                       static_cast<std::uint8_t>(color)};
+        });
+        return colors;
+    }();
+    return palette;
+}
+
 StyleTable::StyleTable() : fonts(4), formats(firstFormats())
 {
     for (const std::uint16_t identifier : alwaysWritten)
         numberFormats.emplace(identifier, builtInNumberFormat(identifier));
-    std::ranges::transform(standardPalette, palette.begin(), [](std::uint32_t color) {
-        return Rgb{static_cast<std::uint8_t>(color >> 16U), static_cast<std::uint8_t>(color >> 8U),
-                   static_cast<std::uint8_t>(color)};
-    });
 }
 
 std::string_view StyleTable::numberFormatCode(std::uint16_t identifier) const
@@ -145,7 +144,7 @@ std::uint16_t StyleTable::formatFor(const CellFormat& format)
     const auto found = std::ranges::find(formats, format);
     if (found != formats.end())
         return static_cast<std::uint16_t>(found - formats.begin());
-    if (formats.size() >= mostFormats)
+    if (formats.size() >= maxFormats)
         throw std::length_error("The workbook has no room for another cell format.");
     formats.push_back(format);
     return static_cast<std::uint16_t>(formats.size() - 1);
@@ -156,7 +155,7 @@ std::uint16_t StyleTable::fontFor(const Font& font)
     const auto found = std::ranges::find(fonts, font);
     if (found != fonts.end())
         return static_cast<std::uint16_t>(found - fonts.begin());
-    if (fonts.size() >= mostFonts)
+    if (fonts.size() >= maxFonts)
         throw std::length_error("The workbook has no room for another font.");
     fonts.push_back(font);
     return static_cast<std::uint16_t>(fonts.size() - 1);
@@ -180,11 +179,10 @@ const Font& StyleTable::fontOf(const CellFormat& format) const
 
 Rgb StyleTable::rgb(ColorIndex color, Rgb automatic) const
 {
-    if (color < basicColors.size())
-        return basicColors[color];
-    if (const std::size_t index = color - basicColors.size(); index < palette.size())
-        return palette[index];
-    return automatic;
+    if (color < fixedColors)
+        return standardPalette()[color];
+    const std::size_t index = color - fixedColors;
+    return index < palette.size() ? palette[index] : automatic;
 }
 
 } // namespace wagemill::engine

@@ -68,8 +68,8 @@ struct Fill {
 };
 
 /// The file format's own limits.
-inline constexpr std::size_t mostFormats = 4050;
-inline constexpr std::size_t mostFonts = 510;
+inline constexpr std::size_t maxFormats = 4050;
+inline constexpr std::size_t maxFonts = 510;
 /// Stands for the parent of a format that is a named style's own.
 inline constexpr std::uint16_t noParent = 0xFFF;
 
@@ -106,6 +106,9 @@ inline constexpr std::uint16_t firstOwnNumberFormat = 164;
 /// The code of a built-in number format in its United States form, "General" where there is none of that identifier.
 std::string_view builtInNumberFormat(std::uint16_t identifier);
 
+/// Colour indices 8 to 63 of a new workbook ([MS-XLS] 2.5.161 Icv).
+const std::array<Rgb, 56>& standardPalette();
+
 /// Fonts, number formats, cell formats and colours of one workbook, as the file keeps them: cells name a format by its
 /// index, equal formats are shared. Indices never change once given out.
 class StyleTable {
@@ -116,7 +119,7 @@ public:
     std::vector<Font> fonts;
     std::map<std::uint16_t, std::string> numberFormats; ///< codes written in the file, by identifier
     std::vector<CellFormat> formats;
-    std::array<Rgb, 56> palette;
+    std::array<Rgb, 56> palette = standardPalette();
     bool ownPalette = false; ///< the palette differs from the standard one and is written to the file
 
     /// The code of a number format, from the file or built in.

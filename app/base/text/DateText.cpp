@@ -50,14 +50,6 @@ struct DatePattern {
     std::string after;
 };
 
-std::string paddedNumber(int number, std::size_t width)
-{
-    std::string digits = std::to_string(number);
-    if (digits.size() < width)
-        digits.insert(0, width - digits.size(), '0');
-    return digits;
-}
-
 std::string fieldText(const PatternField& field, CalendarDate date, const RegionalFormats& formats)
 {
     const std::chrono::weekday weekday{std::chrono::sys_days{std::chrono::days{daysSinceEpoch(date)}}};

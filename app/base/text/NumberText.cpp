@@ -326,6 +326,12 @@ bool isGroupEnd(std::size_t following, std::size_t total, const RegionalFormats&
            (following - first) % static_cast<std::size_t>(formats.furtherGroups) == 0;
 }
 
+std::string paddedNumber(std::int64_t number, std::size_t width)
+{
+    const std::string digits = std::to_string(number);
+    return std::string(width - std::min(width, digits.size()), '0') + digits;
+}
+
 std::string toLocalDigits(std::string_view text, const RegionalFormats& formats)
 {
     if (formats.zeroDigit == U'0')

@@ -62,6 +62,8 @@ FixedDigits fixedDigits(const DecimalNumber& number, int decimals);
 /// following  digits between this digit and the decimal separator
 /// total      all digits before the decimal separator
 bool isGroupEnd(std::size_t following, std::size_t total, const RegionalFormats& formats);
+/// A number that is not negative with zeros before it, at least so wide: "05".
+std::string paddedNumber(std::int64_t number, std::size_t width);
 /// The user's digits for 0 to 9 in a text; other characters stay.
 std::string toLocalDigits(std::string_view text, const RegionalFormats& formats);
 

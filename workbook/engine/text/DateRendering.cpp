@@ -1,7 +1,7 @@
 #include "workbook/engine/text/DateRendering.h"
 
 #include "app/base/text/NumberText.h"
-#include "app/base/text/Unicode.h"
+#include "app/base/text/TextScanner.h"
 #include "workbook/engine/text/SerialDay.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ using Kind = FormatToken::Kind;
 constexpr std::int64_t secondsPerDay = 86'400;
 
 /// Digits of a second that a serial day can tell apart; further ones are zeros.
-constexpr std::size_t mostSecondDigits = 3;
+constexpr std::size_t maxSecondDigits = 3;
 
 /// A point in time in the parts that a code names.
 struct Moment {
@@ -42,13 +42,13 @@ bool isTimeField(const FormatToken& token)
     return token.kind >= Kind::Hour && token.kind <= Kind::HalfDay;
 }
 
+/// Digits of a second that the section shows.
 std::size_t secondDigits(const FormatSection& section)
 {
     std::size_t count = 0;
     for (const FormatToken& token : section.tokens)
-        if (token.kind == Kind::SecondFraction)
-            count = std::max(count, token.count);
-    return std::min(count, mostSecondDigits);
+        count = std::max(count, token.kind == Kind::SecondFraction ? token.count : 0);
+    return std::min(count, maxSecondDigits);
 }
 
 /// Times are rounded to the last digit of a second that is shown, dates alone are not.
@@ -56,7 +56,7 @@ std::optional<Moment> momentOf(double serial, const FormatSection& section, bool
 {
     if (!(serial >= 0 && serial < lastSerialDay(dates1904) + 1.0))
         return std::nullopt;
-    const bool hasTime = std::any_of(section.tokens.begin(), section.tokens.end(), isTimeField);
+    const bool hasTime = std::ranges::any_of(section.tokens, isTimeField);
     const auto units = static_cast<std::int64_t>(std::pow(10.0, secondDigits(section)));
     const double exact = serial * static_cast<double>(secondsPerDay * units);
     const auto count = static_cast<std::int64_t>(hasTime ? std::round(exact) : std::floor(exact));
@@ -67,33 +67,19 @@ std::optional<Moment> momentOf(double serial, const FormatSection& section, bool
     return Moment{dateOfSerialDay(day, dates1904), weekdayOf(day, dates1904), seconds, count % units};
 }
 
-std::string padded(std::int64_t number, std::size_t width)
-{
-    std::string figures = std::to_string(number);
-    if (figures.size() < width)
-        figures.insert(0, width - figures.size(), '0');
-    return figures;
-}
-
-std::string firstCharacter(const std::string& text)
-{
-    return toUtf8(toUtf32(text).substr(0, 1));
-}
-
 std::string monthText(int month, std::size_t letters, const RegionalFormats& formats)
 {
-    const auto index = static_cast<std::size_t>(month - 1);
     if (letters <= 2)
-        return padded(month, letters);
-    if (letters == 3)
-        return formats.shortMonthNames.at(index);
-    return letters == 5 ? firstCharacter(formats.monthNames.at(index)) : formats.monthNames.at(index);
+        return paddedNumber(month, letters);
+    const auto index = static_cast<std::size_t>(month - 1);
+    const std::string& name = (letters == 3 ? formats.shortMonthNames : formats.monthNames).at(index);
+    return letters == 5 ? std::string(TextScanner(name).takeCharacter()) : name;
 }
 
 std::string dayText(const Moment& moment, std::size_t letters, const RegionalFormats& formats)
 {
     if (letters <= 2)
-        return padded(moment.date.day, letters);
+        return paddedNumber(moment.date.day, letters);
     return (letters == 3 ? formats.shortDayNames : formats.dayNames).at(static_cast<std::size_t>(moment.weekday));
 }
 
@@ -106,14 +92,9 @@ std::string halfDayText(int hour, std::size_t letters, const RegionalFormats& fo
 
 std::string subSecondText(const Moment& moment, const FormatToken& token, const RegionalFormats& formats)
 {
-    std::string figures = padded(moment.subSeconds, std::min(token.count, mostSecondDigits));
-    figures.resize(std::max(figures.size(), token.count), '0');
-    return formats.decimalSeparator + figures;
-}
-
-int hourShown(int hour, bool halfDays)
-{
-    return halfDays ? (hour + 11) % 12 + 1 : hour;
+    std::string digits = paddedNumber(moment.subSeconds, std::min(token.count, maxSecondDigits));
+    digits.resize(std::max(digits.size(), token.count), '0');
+    return formats.decimalSeparator + digits;
 }
 
 std::string fieldText(const FormatToken& token, const Moment& moment, bool halfDays, const RegionalFormats& formats)
@@ -122,25 +103,26 @@ std::string fieldText(const FormatToken& token, const Moment& moment, bool halfD
     case Kind::ShortDate:
         return shortDateText(moment.date, formats);
     case Kind::Year:
-        return token.count <= 2 ? padded(moment.date.year % 100, 2) : padded(moment.date.year, 4);
+        return token.count <= 2 ? paddedNumber(moment.date.year % 100, 2) : paddedNumber(moment.date.year, 4);
     case Kind::Month:
         return monthText(moment.date.month, token.count, formats);
     case Kind::Day:
         return dayText(moment, token.count, formats);
     case Kind::Hour:
-        return padded(hourShown(moment.hour(), halfDays), std::min<std::size_t>(token.count, 2));
+        return paddedNumber(halfDays ? (moment.hour() + 11) % 12 + 1 : moment.hour(),
+                            std::min<std::size_t>(token.count, 2));
     case Kind::Minute:
-        return padded(moment.seconds / 60 % 60, token.count);
+        return paddedNumber(moment.seconds / 60 % 60, token.count);
     case Kind::Second:
-        return padded(moment.seconds % 60, std::min<std::size_t>(token.count, 2));
+        return paddedNumber(moment.seconds % 60, std::min<std::size_t>(token.count, 2));
     case Kind::SecondFraction:
         return subSecondText(moment, token, formats);
     case Kind::ElapsedHours:
-        return padded(moment.seconds / 3600, token.count);
+        return paddedNumber(moment.seconds / 3600, token.count);
     case Kind::ElapsedMinutes:
-        return padded(moment.seconds / 60, token.count);
+        return paddedNumber(moment.seconds / 60, token.count);
     case Kind::ElapsedSeconds:
-        return padded(moment.seconds, token.count);
+        return paddedNumber(moment.seconds, token.count);
     case Kind::HalfDay:
         return halfDayText(moment.hour(), token.count, formats);
     case Kind::TimeSeparator:
@@ -158,8 +140,7 @@ std::optional<std::string> renderDate(double serial, const FormatSection& sectio
     const auto moment = momentOf(serial, section, dates1904);
     if (!moment)
         return std::nullopt;
-    const bool halfDays = std::any_of(section.tokens.begin(), section.tokens.end(),
-                                      [](const FormatToken& token) { return token.kind == Kind::HalfDay; });
+    const bool halfDays = std::ranges::find(section.tokens, Kind::HalfDay, &FormatToken::kind) != section.tokens.end();
     std::string text;
     for (const FormatToken& token : section.tokens) {
         const std::string piece = fieldText(token, *moment, halfDays, formats);

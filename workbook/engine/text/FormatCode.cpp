@@ -1,5 +1,7 @@
 #include "workbook/engine/text/FormatCode.h"
 
+#include "app/base/text/TextScanner.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,26 +13,17 @@ namespace {
 using Kind = FormatToken::Kind;
 using Tokens = std::vector<FormatToken>;
 
-constexpr std::size_t mostSections = 4;
+constexpr std::size_t maxSections = 4;
 
-/// Far beyond the 255 characters that a file can hold; a longer code is none.
-constexpr std::size_t longestCode = 4096;
+/// Far beyond the 255 characters that a file can hold.
+constexpr std::size_t maxCodeLength = 4096;
 
-struct NamedColor {
-    std::string_view name;
-    Rgb color;
-};
+/// Built-in formats that show the user's own short date, which the first one is.
+constexpr std::array<std::string_view, 2> shortDates = {"m/d/yy", "m/d/yy h:mm"};
 
-constexpr auto namedColors = std::to_array<NamedColor>({
-    {"black", {0, 0, 0}},
-    {"blue", {0, 0, 255}},
-    {"cyan", {0, 255, 255}},
-    {"green", {0, 255, 0}},
-    {"magenta", {255, 0, 255}},
-    {"red", {255, 0, 0}},
-    {"white", {255, 255, 255}},
-    {"yellow", {255, 255, 0}},
-});
+/// In the order of the standard palette.
+constexpr auto colorNames =
+    std::to_array<std::string_view>({"black", "white", "red", "green", "blue", "yellow", "magenta", "cyan"});
 
 struct DateField {
     char letter;
@@ -46,39 +39,39 @@ constexpr auto dateFields = std::to_array<DateField>({
     {'s', Kind::Second, Kind::ElapsedSeconds},
 });
 
-/// Words and signs with a meaning of their own, by their start; words without regard to case.
+/// Words and signs with a meaning of their own; words without regard to case.
 struct Word {
     std::string_view text;
-    FormatToken token;
+    Kind kind;
+    std::size_t count = 1;
 };
 
-const std::array<Word, 11> words = {{
-    {"general", {Kind::General, "General"}},
-    {"am/pm", {Kind::HalfDay, "AM/PM", 2}},
-    {"a/p", {Kind::HalfDay, "A/P", 1}},
-    {"e+", {Kind::Exponent, "+"}},
-    {"e-", {Kind::Exponent, "-"}},
-    {".", {Kind::Point, "."}},
-    {",", {Kind::Comma, ","}},
-    {"%", {Kind::Percent, "%"}},
-    {"/", {Kind::Slash, "/"}},
-    {"@", {Kind::Text, "@"}},
-    {":", {Kind::TimeSeparator, ":"}},
-}};
+constexpr auto words = std::to_array<Word>({
+    {"0", Kind::Zero},
+    {"#", Kind::Hash},
+    {"?", Kind::Question},
+    {".", Kind::Point},
+    {",", Kind::Comma},
+    {"%", Kind::Percent},
+    {"/", Kind::Slash},
+    {"@", Kind::Text},
+    {":", Kind::TimeSeparator},
+    {"e+", Kind::Exponent},
+    {"e-", Kind::Exponent},
+    {"general", Kind::General},
+    {"am/pm", Kind::HalfDay, 2},
+    {"a/p", Kind::HalfDay},
+});
 
-std::string lowerCase(std::string_view text)
+char lowerLetter(char byte)
 {
-    std::string lower(text);
-    for (char& character : lower)
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    return lower;
+    return isLetter(byte) ? static_cast<char>(byte | 0x20) : byte;
 }
 
-/// Letters of calendars and forms that we do not show; others without a meaning stand for themselves.
-bool isReservedLetter(char lower)
+/// A run of one letter in either case, from the start of the scanner's text.
+std::string_view takeRun(TextScanner& scanner)
 {
-    return std::string_view("begn").find(lower) != std::string_view::npos;
+    return scanner.takeWhile([first = lowerLetter(scanner.peek())](char byte) { return lowerLetter(byte) == first; });
 }
 
 bool isDateKind(Kind kind)
@@ -86,239 +79,191 @@ bool isDateKind(Kind kind)
     return kind >= Kind::ShortDate && kind <= Kind::HalfDay;
 }
 
-const DateField* dateFieldOf(char lower)
+bool isSeconds(Kind kind)
 {
-    const auto* field = std::find_if(dateFields.begin(), dateFields.end(),
-                                     [lower](const DateField& candidate) { return candidate.letter == lower; });
+    return kind == Kind::Second || kind == Kind::ElapsedSeconds;
+}
+
+const DateField* dateFieldOf(char letter)
+{
+    const auto* field = std::ranges::find(dateFields, lowerLetter(letter), &DateField::letter);
     return field == dateFields.end() ? nullptr : field;
 }
 
 /// Reads a code into the raw tokens of its sections.
 class CodeReader {
 public:
-    explicit CodeReader(std::string_view code) : m_code(code), m_lower(lowerCase(code)) {}
+    explicit CodeReader(std::string_view code) : m_scanner(code)
+    {
+        if (std::ranges::find(shortDates, code) != shortDates.end())
+            add(Kind::ShortDate, m_scanner.take(shortDates.front().size()));
+    }
 
     std::optional<std::vector<FormatSection>> read()
     {
-        m_sections.emplace_back();
-        while (m_position < m_code.size())
-            if (!readToken() || m_sections.size() > mostSections)
+        while (!m_scanner.atEnd())
+            if (!readToken() || m_sections.size() > maxSections)
                 return std::nullopt;
         return std::move(m_sections);
     }
 
 private:
     FormatSection& section() { return m_sections.back(); }
+    void add(Kind kind, std::string_view text, std::size_t count = 1)
+    {
+        section().tokens.push_back({kind, std::string(text), count});
+    }
 
-    /// Takes the token at the position; false when there is none.
+    /// Takes the next token; false when there is none.
     bool readToken()
     {
-        const char character = m_lower[m_position];
-        switch (character) {
-        case ';':
+        if (m_scanner.skip(';')) {
             m_sections.emplace_back();
-            ++m_position;
             return true;
-        case '"':
-            return readQuoted();
-        case '[':
-            return readBracket();
-        case '\\':
-        case '_':
-        case '*':
-            return readEscape(character);
-        case '0':
-        case '#':
-        case '?':
-            add({Kind::Digit, std::string(1, character)}, 1);
-            return true;
-        default:
-            return readWord() || readDateField(character) || readLiteral(character);
         }
-    }
-
-    void add(FormatToken token, std::size_t length)
-    {
-        section().tokens.push_back(std::move(token));
-        m_position += length;
-    }
-
-    bool readQuoted()
-    {
-        const std::size_t end = m_code.find('"', m_position + 1);
-        if (end == std::string_view::npos)
-            return false;
-        const std::size_t start = m_position + 1;
-        add({Kind::Literal, std::string(m_code.substr(start, end - start))}, end - m_position + 1);
-        return true;
-    }
-
-    /// Bytes of the character at `start`.
-    std::size_t characterSize(std::size_t start) const
-    {
-        std::size_t end = start + 1;
-        while (end < m_code.size() && (static_cast<unsigned char>(m_code[end]) & 0xC0U) == 0x80)
-            ++end;
-        return end - start;
+        if (m_scanner.skip('"')) {
+            add(Kind::Literal, m_scanner.takeWhile([](char byte) { return byte != '"'; }));
+            return m_scanner.skip('"');
+        }
+        if (m_scanner.skip('['))
+            return readBracket();
+        if (std::string_view("\\_*").find(m_scanner.peek()) != std::string_view::npos)
+            return readEscape(m_scanner.take(1).front());
+        return readWord() || readDateField() || readLiteral();
     }
 
     /// "\x" shows x, "_x" the width of x, which is a blank here, "*x" fills the cell with x, which is the cell's
     /// business.
     bool readEscape(char escape)
     {
-        const std::size_t start = m_position + 1;
-        if (start >= m_code.size())
-            return false;
-        const std::size_t size = characterSize(start);
+        const std::string_view shown = m_scanner.takeCharacter();
         if (escape != '*')
-            add({Kind::Literal, escape == '_' ? " " : std::string(m_code.substr(start, size))}, 0);
-        m_position = start + size;
-        return true;
+            add(Kind::Literal, escape == '_' ? " " : shown);
+        return !shown.empty();
     }
 
     bool readWord()
     {
-        const std::string_view rest = std::string_view(m_lower).substr(m_position);
-        for (const Word& word : words)
-            if (rest.starts_with(word.text)) {
-                add(word.token, word.text.size());
+        const char first = lowerLetter(m_scanner.peek());
+        const std::string_view rest = m_scanner.rest();
+        for (const auto& [text, kind, count] : words)
+            if (text.front() == first && m_scanner.skipIgnoringCase(text)) {
+                add(kind, rest.substr(0, text.size()), count);
                 return true;
             }
         return false;
     }
 
-    std::size_t runLength(char lower) const
+    bool readDateField()
     {
-        return std::min(m_lower.find_first_not_of(lower, m_position), m_lower.size()) - m_position;
+        const DateField* const field = dateFieldOf(m_scanner.peek());
+        if (field != nullptr)
+            add(field->kind, "", takeRun(m_scanner).size());
+        return field != nullptr;
     }
 
-    bool readDateField(char lower)
+    /// The letters of calendars and forms that we do not show are refused.
+    bool readLiteral()
     {
-        const DateField* field = dateFieldOf(lower);
-        if (field == nullptr)
+        if (std::string_view("begn").find(lowerLetter(m_scanner.peek())) != std::string_view::npos)
             return false;
-        const std::size_t length = runLength(lower);
-        add({field->kind, "", length}, length);
-        return true;
-    }
-
-    bool readLiteral(char lower)
-    {
-        if (isReservedLetter(lower))
-            return false;
-        const std::size_t size = characterSize(m_position);
-        add({Kind::Literal, std::string(m_code.substr(m_position, size))}, size);
+        add(Kind::Literal, m_scanner.takeCharacter());
         return true;
     }
 
     bool readBracket()
     {
-        const std::size_t end = m_code.find(']', m_position);
-        if (end == std::string_view::npos)
-            return false;
-        const std::size_t start = m_position + 1;
-        const std::string lower = m_lower.substr(start, end - start);
-        m_position = end + 1;
-        if (lower.starts_with('$'))
-            readCurrency(m_code.substr(start + 1, end - start - 1));
-        else if (!readElapsed(lower) && !readCondition(lower))
-            readColor(lower);
-        return true;
+        TextScanner inside(m_scanner.takeWhile([](char byte) { return byte != ']'; }));
+        if (inside.skip('$'))
+            readCurrency(inside.rest());
+        else if (!readElapsed(inside) && !readCondition(inside))
+            readColor(inside);
+        return m_scanner.skip(']');
     }
 
-    /// "[$€-407]" shows the currency symbol; the number behind it names a language.
+    /// "[$€-407]" shows the currency symbol; the number after it names a language.
     void readCurrency(std::string_view symbol)
     {
-        const std::string_view shown = symbol.substr(0, symbol.rfind('-'));
-        if (!shown.empty())
-            add({Kind::Literal, std::string(shown)}, 0);
+        if (const std::string_view shown = symbol.substr(0, symbol.rfind('-')); !shown.empty())
+            add(Kind::Literal, shown);
     }
 
-    bool readElapsed(const std::string& lower)
+    bool readElapsed(TextScanner inside)
     {
-        const DateField* field = lower.empty() ? nullptr : dateFieldOf(lower.front());
-        if (field == nullptr || field->elapsed == Kind::Literal ||
-            lower.find_first_not_of(lower.front()) != std::string::npos)
+        const DateField* const field = dateFieldOf(inside.peek());
+        const std::size_t count = takeRun(inside).size();
+        if (field == nullptr || field->elapsed == Kind::Literal || !inside.atEnd())
             return false;
-        add({field->elapsed, "", lower.size()}, 0);
+        add(field->elapsed, "", count);
         return true;
     }
 
-    bool readCondition(const std::string& lower)
+    bool readCondition(TextScanner inside)
     {
-        const std::size_t length = std::min(lower.find_first_not_of("<>="), lower.size());
-        double operand = 0;
-        const auto result = std::from_chars(lower.data() + length, lower.data() + lower.size(), operand);
-        if (length == 0 || length > 2 || result.ec != std::errc())
+        const auto isIn = [](std::string_view text, char byte) { return text.find(byte) != std::string_view::npos; };
+        const std::string_view sign = inside.takeWhile([&](char byte) { return isIn("<=>", byte); });
+        FormatCondition condition = {isIn(sign, '<'), isIn(sign, '='), isIn(sign, '>')};
+        const std::string_view number = inside.rest();
+        const auto result = std::from_chars(number.data(), number.data() + number.size(), condition.operand);
+        if (sign.empty() || sign.size() > 2 || result.ec != std::errc())
             return false;
-        section().condition = FormatCondition{lower.substr(0, length), operand};
+        section().condition = condition;
         return true;
     }
 
     /// "[Red]", "[Color5]" (of the standard palette); other brackets choose digits and calendars that we do not show.
-    void readColor(const std::string& lower)
+    void readColor(TextScanner inside)
     {
-        const auto* named = std::find_if(namedColors.begin(), namedColors.end(),
-                                         [&lower](const NamedColor& color) { return color.name == lower; });
-        if (named != namedColors.end()) {
-            section().color = named->color;
-            return;
-        }
-        constexpr std::string_view prefix = "color";
-        std::size_t number = 0;
-        if (!lower.starts_with(prefix))
-            return;
-        std::from_chars(lower.data() + prefix.size(), lower.data() + lower.size(), number);
-        const auto palette = StyleTable().palette;
-        if (number >= 1 && number <= palette.size())
-            section().color = palette.at(number - 1);
+        const auto* const name = std::ranges::find_if(
+            colorNames, [&](std::string_view color) { return sameIgnoringCase(color, inside.rest()); });
+        auto index = static_cast<std::size_t>(name - colorNames.begin());
+        if (name == colorNames.end())
+            index = inside.skipIgnoringCase("color") ? static_cast<std::size_t>(inside.takeNumber(2).value_or(0)) - 1
+                                                     : standardPalette().size();
+        if (index < standardPalette().size())
+            section().color = standardPalette()[index];
     }
 
-    std::string_view m_code;
-    std::string m_lower;
-    std::size_t m_position = 0;
-    std::vector<FormatSection> m_sections;
+    TextScanner m_scanner;
+    std::vector<FormatSection> m_sections = std::vector<FormatSection>(1);
 };
-
-bool contains(const Tokens& tokens, Kind kind)
-{
-    return std::any_of(tokens.begin(), tokens.end(), [kind](const FormatToken& token) { return token.kind == kind; });
-}
 
 FormatSection::Kind kindOf(const Tokens& tokens)
 {
-    if (std::any_of(tokens.begin(), tokens.end(), [](const FormatToken& token) { return isDateKind(token.kind); }))
+    const auto contains = [&tokens](Kind kind) {
+        return std::ranges::find(tokens, kind, &FormatToken::kind) != tokens.end();
+    };
+    if (std::ranges::any_of(tokens, isDateKind, &FormatToken::kind))
         return FormatSection::Kind::Date;
-    if (contains(tokens, Kind::Text))
+    if (contains(Kind::Text))
         return FormatSection::Kind::Text;
-    if (contains(tokens, Kind::General))
+    if (contains(Kind::General))
         return FormatSection::Kind::General;
-    if (!contains(tokens, Kind::Digit))
+    if (std::ranges::none_of(tokens, &FormatToken::isDigit))
         return FormatSection::Kind::Number;
-    if (contains(tokens, Kind::Exponent))
+    if (contains(Kind::Exponent))
         return FormatSection::Kind::Scientific;
-    return contains(tokens, Kind::Slash) ? FormatSection::Kind::Fraction : FormatSection::Kind::Number;
+    return contains(Kind::Slash) ? FormatSection::Kind::Fraction : FormatSection::Kind::Number;
 }
 
-/// "m" behind hours or before seconds is minutes.
+/// "m" after hours or before seconds is minutes.
 void nameMinutes(Tokens& tokens)
 {
     FormatToken* previous = nullptr;
+    const auto canBeMinutes = [](const FormatToken& token) { return token.kind == Kind::Month && token.count <= 2; };
     for (FormatToken& token : tokens) {
         if (!isDateKind(token.kind) || token.kind == Kind::HalfDay)
             continue;
-        const bool behindHours =
-            previous != nullptr && (previous->kind == Kind::Hour || previous->kind == Kind::ElapsedHours);
-        if (token.kind == Kind::Month && token.count <= 2 && behindHours)
+        if (previous != nullptr && canBeMinutes(token) &&
+            (previous->kind == Kind::Hour || previous->kind == Kind::ElapsedHours))
             token.kind = Kind::Minute;
-        const bool seconds = token.kind == Kind::Second || token.kind == Kind::ElapsedSeconds;
-        if (seconds && previous != nullptr && previous->kind == Kind::Month && previous->count <= 2)
+        if (previous != nullptr && isSeconds(token.kind) && canBeMinutes(*previous))
             previous->kind = Kind::Minute;
         previous = &token;
     }
 }
 
-/// Joins a point and its zeros behind seconds; what else belongs to figures is literal text in a date.
+/// Joins a point and its zeros after seconds; what else belongs to numbers is literal text in a date.
 void finishDate(Tokens& tokens)
 {
     nameMinutes(tokens);
@@ -326,13 +271,12 @@ void finishDate(Tokens& tokens)
     bool inFraction = false;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         FormatToken& token = tokens[i];
-        const bool behindSeconds =
-            !finished.empty() && (finished.back().kind == Kind::Second || finished.back().kind == Kind::ElapsedSeconds);
-        const bool zeroFollows = i + 1 < tokens.size() && tokens[i + 1].text == "0";
-        if (token.kind == Kind::Point && behindSeconds && zeroFollows) {
+        const bool afterSeconds = !finished.empty() && isSeconds(finished.back().kind);
+        const bool zeroFollows = i + 1 < tokens.size() && tokens[i + 1].kind == Kind::Zero;
+        if (token.kind == Kind::Point && afterSeconds && zeroFollows) {
             finished.push_back({Kind::SecondFraction, ".", 0});
             inFraction = true;
-        } else if (token.kind == Kind::Digit && inFraction) {
+        } else if (token.isDigit() && inFraction) {
             ++finished.back().count;
         } else {
             inFraction = false;
@@ -344,95 +288,56 @@ void finishDate(Tokens& tokens)
     tokens = std::move(finished);
 }
 
-/// What the commas from `begin` to `end` mean: they group between two digits, scale behind the last one, and are text
-/// elsewhere.
-void resolveCommas(FormatSection& section, std::size_t begin, std::size_t end, bool behindDigit, bool beforePoint)
-{
-    const bool digitFollows = end < section.tokens.size() && section.tokens[end].kind == Kind::Digit;
-    if (behindDigit && digitFollows)
-        section.grouped = section.grouped || beforePoint;
-    else if (behindDigit)
-        section.scalePower -= 3 * static_cast<int>(end - begin);
-    else
-        for (std::size_t i = begin; i < end; ++i)
-            section.tokens[i].kind = Kind::Literal;
-}
-
-std::size_t endOfCommas(const Tokens& tokens, std::size_t begin)
-{
-    while (begin < tokens.size() && tokens[begin].kind == Kind::Comma)
-        ++begin;
-    return begin;
-}
-
+/// Commas group between two digits, scale by 1000 each after the last one, and are text elsewhere.
 void finishNumber(FormatSection& section)
 {
-    bool behindDigit = false;
+    bool afterDigit = false;
     bool beforePoint = true;
     bool inExponent = false;
-    for (std::size_t i = 0; i < section.tokens.size(); ++i) {
-        if (const std::size_t end = endOfCommas(section.tokens, i); end > i) {
-            resolveCommas(section, i, end, behindDigit, beforePoint);
-            i = end - 1;
-            behindDigit = false;
+    Tokens& tokens = section.tokens;
+    for (auto token = tokens.begin(); token != tokens.end(); ++token) {
+        if (token->kind == Kind::Comma && afterDigit) {
+            const auto end = std::ranges::find_if(
+                token, tokens.end(), [](Kind kind) { return kind != Kind::Comma; }, &FormatToken::kind);
+            if (end != tokens.end() && end->isDigit())
+                section.grouped = section.grouped || beforePoint;
+            else
+                section.scalePower -= 3 * static_cast<int>(end - token);
+            token = end - 1;
+            afterDigit = false;
             continue;
         }
-        FormatToken& token = section.tokens[i];
-        behindDigit = token.kind == Kind::Digit;
-        if (token.kind == Kind::Percent)
+        afterDigit = token->isDigit();
+        if (token->kind == Kind::Percent)
             section.scalePower += 2;
-        const bool divides = token.kind == Kind::Point || token.kind == Kind::Exponent;
-        if (divides && (inExponent || (token.kind == Kind::Point && !beforePoint)))
-            token.kind = Kind::Literal; // a second one
+        const bool divides = token->kind == Kind::Point || token->kind == Kind::Exponent;
+        const bool isSecond = inExponent || (token->kind == Kind::Point && !beforePoint);
         beforePoint = beforePoint && !divides;
-        inExponent = inExponent || token.kind == Kind::Exponent;
+        inExponent = inExponent || token->kind == Kind::Exponent;
+        if (token->kind == Kind::Comma || (divides && isSecond))
+            token->kind = Kind::Literal;
     }
-    std::erase_if(section.tokens, [](const FormatToken& token) { return token.kind == Kind::Comma; });
-}
-
-void finish(FormatSection& section)
-{
-    section.kind = kindOf(section.tokens);
-    if (section.kind == FormatSection::Kind::Date)
-        finishDate(section.tokens);
-    else
-        finishNumber(section);
-}
-
-/// Built-in formats that show the user's own short date.
-std::string_view withoutShortDate(std::string_view code, bool& found)
-{
-    constexpr std::string_view shortDate = "m/d/yy";
-    found = code == shortDate || code == "m/d/yy h:mm";
-    return found ? code.substr(shortDate.size()) : code;
+    std::erase_if(tokens, [](const FormatToken& token) { return token.kind == Kind::Comma; });
 }
 
 } // namespace
 
-bool FormatCondition::holds(double number) const
-{
-    const bool equal = number == operand;
-    if (comparison == "<>")
-        return !equal;
-    const bool strict = comparison.front() == '<' ? number < operand : comparison.front() == '>' && number > operand;
-    return strict || (equal && comparison.ends_with('='));
-}
-
 std::optional<std::vector<FormatSection>> readFormatCode(std::string_view code)
 {
-    if (code.size() > longestCode)
+    if (code.size() > maxCodeLength)
         return std::nullopt;
-    if (code.empty() || lowerCase(code) == "general")
+    if (code.empty() || sameIgnoringCase(code, "general"))
         return std::vector<FormatSection>();
-    bool shortDate = false;
-    const std::string_view rest = withoutShortDate(code, shortDate);
-    auto sections = CodeReader(rest).read();
+    auto sections = CodeReader(code).read();
     if (!sections)
         return std::nullopt;
-    if (shortDate)
-        sections->front().tokens.insert(sections->front().tokens.begin(), FormatToken{Kind::ShortDate, "", 1});
-    for (FormatSection& section : *sections)
-        finish(section);
+    for (FormatSection& section : *sections) {
+        section.kind = kindOf(section.tokens);
+        if (section.kind == FormatSection::Kind::Date)
+            finishDate(section.tokens);
+        else
+            finishNumber(section);
+    }
     return sections;
 }
 

@@ -14,11 +14,13 @@ namespace wagemill::engine {
 struct FormatToken {
     enum class Kind {
         Literal,
-        Digit, ///< text is the placeholder: "0", "#" or "?"
+        Zero, ///< placeholders of digits: "0", "#" and "?"
+        Hash,
+        Question,
         Point, ///< decimal separator
         Comma, ///< only while the code is read: a group separator or a scale by 1000 in the end
         Percent,
-        Exponent, ///< text is the sign rule, "+" or "-"
+        Exponent, ///< "E+" or "E-"
         Slash,    ///< of a fraction
         General,
         Text,      ///< "@"
@@ -29,7 +31,7 @@ struct FormatToken {
         Hour,
         Minute,
         Second,
-        SecondFraction, ///< count digits behind the decimal separator
+        SecondFraction, ///< count digits after the decimal separator
         ElapsedHours,
         ElapsedMinutes,
         ElapsedSeconds,
@@ -38,21 +40,23 @@ struct FormatToken {
     };
 
     Kind kind = Kind::Literal;
-    std::string text;      ///< as it stands in the code, for a literal what it shows
+    std::string text = {}; ///< as in the code; of a literal what it shows
     std::size_t count = 1; ///< letters of a date field
 
-    bool operator==(const FormatToken&) const = default;
+    bool isDigit() const { return kind >= Kind::Zero && kind <= Kind::Question; }
 };
 
-/// "[>=100]"
+/// "[>=100]": the condition that a number is less than, equal to or greater than the operand, any of these.
 struct FormatCondition {
-    std::string comparison; ///< "<", "<=", "=", "<>", ">=" or ">"
+    bool less = false;
+    bool equal = false;
+    bool greater = false;
     double operand = 0;
 
-    bool holds(double number) const;
+    bool holds(double number) const { return number < operand ? less : number > operand ? greater : equal; }
 };
 
-/// What stands between two semicolons of a code.
+/// What is between two semicolons of a code.
 struct FormatSection {
     enum class Kind { Number, Scientific, Fraction, Date, General, Text };
 

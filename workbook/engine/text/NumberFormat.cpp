@@ -11,45 +11,28 @@ namespace wagemill::engine {
 
 namespace {
 
-/// Digits of a cell of standard width.
-constexpr int standardCharacters = 11;
-
 /// Where General turns to an exponent: 0.0001 is the smallest number shown with decimals cut off.
-constexpr int smallestCutExponent = -4;
+constexpr int minCutExponent = -4;
 
 /// Beyond it a double has no fraction worth showing.
-constexpr double largestFraction = 1e15;
+constexpr double maxFraction = 1e15;
 
-/// A number in fixed form with the fewest decimals that show it whole, or those that fit.
-std::string fixedText(const DecimalNumber& number, int decimals, const RegionalFormats& formats)
+using Sections = std::vector<FormatSection>; ///< none: General
+
+/// All digits of a number, without sign and groups.
+std::string fixedText(const DecimalNumber& number, const RegionalFormats& formats)
 {
-    const auto shown = static_cast<int>(number.digits.size()) - number.pointPosition;
-    const DecimalNumber value = rounded(number, std::clamp(shown, 0, decimals));
-    const int needed = std::max(static_cast<int>(value.digits.size()) - value.pointPosition, 0);
-    const FixedDigits fixed = fixedDigits(value, value.digits.empty() ? 0 : needed);
+    const int decimals = static_cast<int>(number.digits.size()) - number.pointPosition;
+    const FixedDigits fixed = fixedDigits(number, std::max(decimals, 0));
     return (fixed.integer.empty() ? "0" : fixed.integer) +
            (fixed.fraction.empty() ? "" : formats.decimalSeparator + fixed.fraction);
 }
 
-std::string exponentText(int exponent)
+std::string scientificText(const DecimalNumber& number, const RegionalFormats& formats)
 {
-    const std::string figures = std::to_string(std::abs(exponent));
-    return (exponent < 0 ? "E-" : "E+") + std::string(figures.size() < 2 ? "0" : "") + figures;
-}
-
-std::string scientificText(const DecimalNumber& number, int characters, const RegionalFormats& formats)
-{
-    constexpr int mostDigitsSaved = 2; // the digit before the point, and the point
-    int exponent = number.pointPosition - 1;
-    const auto decimals = [characters](const std::string& tail) {
-        return std::max(characters - static_cast<int>(tail.size()) - mostDigitsSaved, 0);
-    };
-    DecimalNumber mantissa = number;
-    mantissa.pointPosition = 1;
-    mantissa = rounded(mantissa, decimals(exponentText(exponent)));
-    exponent += mantissa.pointPosition - 1; // 9.99 may have become 10.0
-    mantissa.pointPosition = 1;
-    return fixedText(mantissa, decimals(exponentText(exponent)), formats) + exponentText(exponent);
+    const int exponent = number.pointPosition - 1;
+    return fixedText({false, number.digits, 1}, formats) + (exponent < 0 ? "E-" : "E+") +
+           paddedNumber(std::abs(exponent), 2);
 }
 
 /// The digits of General without sign: in full where they fit, with fewer decimals where the number is neither too
@@ -58,23 +41,20 @@ std::string generalDigits(const DecimalNumber& number, int characters, const Reg
 {
     if (number.digits.empty())
         return "0";
+    const int exponent = number.pointPosition - 1;
     const int integerDigits = std::max(number.pointPosition, 1);
     const int decimals = std::max(static_cast<int>(number.digits.size()) - number.pointPosition, 0);
-    const int width = integerDigits + (decimals > 0 ? decimals + 1 : 0);
-    if (width <= characters)
-        return fixedText(number, decimals, formats);
-    if (number.pointPosition - 1 >= smallestCutExponent) {
-        const int room = std::max(characters - integerDigits - 1, 0);
-        const DecimalNumber cut = rounded(number, room);
+    if (integerDigits + (decimals > 0 ? decimals + 1 : 0) <= characters)
+        return fixedText(number, formats);
+    if (exponent >= minCutExponent) {
+        const DecimalNumber cut = rounded(number, std::max(characters - integerDigits - 1, 0));
         if (!cut.digits.empty() && cut.pointPosition <= characters)
-            return fixedText(number, room, formats);
+            return fixedText(cut, formats);
     }
-    return scientificText(number, characters, formats);
-}
-
-bool showsGeneral(const FormatSection& section)
-{
-    return section.kind == FormatSection::Kind::General || section.kind == FormatSection::Kind::Text;
+    const int exponentCharacters = std::abs(exponent) < 100 ? 4 : 5;
+    const int mantissaDecimals =
+        std::max(characters - exponentCharacters - 2, 0); // after the first digit and the point
+    return scientificText(rounded(number, mantissaDecimals - exponent), formats);
 }
 
 /// A section of literal text with one value, General or "@", in it.
@@ -86,67 +66,27 @@ std::string around(const FormatSection& section, FormatToken::Kind kind, const s
     return text;
 }
 
-RenderedNumber renderGeneral(double number, const FormatSection& section, const RegionalFormats& formats)
-{
-    const std::string digits = generalText(std::abs(number), formats);
-    const auto kind = section.kind == FormatSection::Kind::Text ? FormatToken::Kind::Text : FormatToken::Kind::General;
-    return {around(section, kind, digits), false};
-}
-
-ShownText generalNumber(double number, const RegionalFormats& formats)
-{
-    ShownText shown;
-    shown.text = generalText(number, formats);
-    shown.isNumber = true;
-    shown.isGeneral = true;
-    return shown;
-}
-
-} // namespace
-
-NumberFormatter::NumberFormatter(std::string_view code)
-    : m_sections(readFormatCode(code).value_or(std::vector<FormatSection>()))
-{
-}
-
-ShownText NumberFormatter::show(const CellValue& value, const RegionalFormats& formats, bool dates1904) const
-{
-    if (const auto* error = std::get_if<ErrorCode>(&value))
-        return {errorText(*error), std::nullopt};
-    if (const auto* number = std::get_if<double>(&value))
-        return showNumber(*number, formats, dates1904);
-    if (const auto* text = std::get_if<std::string>(&value))
-        return showText(*text);
-    if (const auto* logical = std::get_if<bool>(&value)) {
-        const FormatSection* section = textSection();
-        const bool hidden = section != nullptr && section->tokens.empty();
-        return {hidden ? "" : *logical ? "TRUE" : "FALSE", std::nullopt};
-    }
-    return {};
-}
-
-const FormatSection* NumberFormatter::textSection() const
+/// The section that shows texts and hides logicals; null where both are shown as they are.
+const FormatSection* textSection(const Sections& sections)
 {
     constexpr std::size_t allSections = 4;
-    if (m_sections.empty())
-        return nullptr;
-    const bool isText = m_sections.size() == allSections || m_sections.back().kind == FormatSection::Kind::Text;
-    return isText ? &m_sections.back() : nullptr;
+    const bool isText =
+        sections.size() == allSections || (!sections.empty() && sections.back().kind == FormatSection::Kind::Text);
+    return isText ? &sections.back() : nullptr;
 }
 
-std::size_t NumberFormatter::numberSections() const
+std::size_t numberSections(const Sections& sections)
 {
-    const bool separateText = textSection() != nullptr && m_sections.size() > 1;
-    return m_sections.size() - (separateText ? 1 : 0);
+    return sections.size() - (textSection(sections) != nullptr && sections.size() > 1 ? 1 : 0);
 }
 
 /// The section that shows a number: the first whose condition holds, nothing where none does. Without conditions they
 /// are for positive, negative and other numbers, or for negative and other ones.
-std::optional<std::size_t> NumberFormatter::sectionFor(double number) const
+std::optional<std::size_t> sectionFor(double number, const Sections& sections)
 {
-    const std::size_t count = numberSections();
+    const std::size_t count = numberSections(sections);
     for (std::size_t i = 0; i < count; ++i) {
-        const auto& condition = m_sections[i].condition;
+        const auto& condition = sections[i].condition;
         const bool holds = condition        ? condition->holds(number)
                            : i + 1 == count ? true
                            : i > 0          ? number < 0
@@ -158,28 +98,33 @@ std::optional<std::size_t> NumberFormatter::sectionFor(double number) const
     return std::nullopt;
 }
 
-/// Whether a section is for negative numbers alone: it says itself how they look.
-bool NumberFormatter::hidesSign(std::size_t section) const
+/// Whether a section is for negative numbers alone: its code says itself how they look.
+bool hidesSign(std::size_t section, const Sections& sections)
 {
-    const auto& own = m_sections[section].condition;
-    if (own)
-        return own->operand <= 0 && own->comparison.front() == '<' && own->comparison != "<>";
-    if (section != 1)
-        return false;
-    const auto& first = m_sections.front().condition;
-    return numberSections() > 2 || !first || (first->operand == 0 && first->comparison.front() == '>');
+    if (const auto& own = sections[section].condition)
+        return own->operand <= 0 && own->less && !own->greater;
+    const auto& first = sections.front().condition;
+    return section == 1 &&
+           (numberSections(sections) > 2 || !first || (first->operand == 0 && first->greater && !first->less));
 }
 
-ShownText NumberFormatter::showNumber(double number, const RegionalFormats& formats, bool dates1904) const
+RenderedNumber renderSection(double number, const FormatSection& section, const RegionalFormats& formats)
 {
-    const auto index = sectionFor(number);
+    if (section.kind == FormatSection::Kind::General)
+        return {around(section, FormatToken::Kind::General, generalText(std::abs(number), formats)), false};
+    if (section.kind == FormatSection::Kind::Text)
+        return {around(section, FormatToken::Kind::Text, generalText(std::abs(number), formats)), false};
+    return renderNumber(number, section, formats);
+}
+
+ShownText showNumber(double number, const Sections& sections, const RegionalFormats& formats, bool dates1904)
+{
+    const auto index = sectionFor(number, sections);
     if (!index)
-        return generalNumber(number, formats);
-    const FormatSection& section = m_sections[*index];
-    ShownText shown;
-    shown.color = section.color;
-    shown.isNumber = section.kind != FormatSection::Kind::Text;
-    if (section.tokens.empty() && m_sections.size() > 1)
+        return {.text = generalText(number, formats), .isNumber = true, .isGeneral = true};
+    const FormatSection& section = sections[*index];
+    ShownText shown = {.color = section.color, .isNumber = section.kind != FormatSection::Kind::Text};
+    if (section.tokens.empty() && sections.size() > 1)
         return shown;
     if (section.kind == FormatSection::Kind::Date) {
         const auto date = renderDate(number, section, formats, dates1904);
@@ -187,29 +132,35 @@ ShownText NumberFormatter::showNumber(double number, const RegionalFormats& form
         shown.text = date.value_or("###");
         return shown;
     }
-    const bool unfit = section.kind == FormatSection::Kind::Fraction && std::abs(number) >= largestFraction;
+    const bool unfit = section.kind == FormatSection::Kind::Fraction && std::abs(number) >= maxFraction;
     if (section.tokens.empty() || unfit) {
         shown.text = generalText(number, formats);
         return shown;
     }
-    const RenderedNumber rendered =
-        showsGeneral(section) ? renderGeneral(number, section, formats) : renderNumber(number, section, formats);
-    const bool sign = number < 0 && !rendered.isZero && !hidesSign(*index);
+    const RenderedNumber rendered = renderSection(number, section, formats);
+    const bool sign = number < 0 && !rendered.isZero && !hidesSign(*index, sections);
     shown.text = (sign ? formats.negativeSign : "") + rendered.text;
     return shown;
 }
 
-ShownText NumberFormatter::showText(const std::string& text) const
-{
-    const FormatSection* section = textSection();
-    if (section == nullptr)
-        return {text, std::nullopt};
-    return {around(*section, FormatToken::Kind::Text, text), section->color};
-}
+} // namespace
 
 ShownText showValue(const CellValue& value, std::string_view code, const RegionalFormats& formats, bool dates1904)
 {
-    return NumberFormatter(code).show(value, formats, dates1904);
+    if (const auto* const error = std::get_if<ErrorCode>(&value))
+        return {.text = errorText(*error)};
+    const Sections sections = readFormatCode(code).value_or(Sections());
+    if (const auto* const number = std::get_if<double>(&value))
+        return showNumber(*number, sections, formats, dates1904);
+    const FormatSection* const section = textSection(sections);
+    if (const auto* const logical = std::get_if<bool>(&value))
+        return {.text = section != nullptr && section->tokens.empty() ? "" : *logical ? "TRUE" : "FALSE"};
+    const auto* const text = std::get_if<std::string>(&value);
+    if (text == nullptr)
+        return {};
+    if (section == nullptr)
+        return {.text = *text};
+    return {.text = around(*section, FormatToken::Kind::Text, *text), .color = section->color};
 }
 
 std::string generalText(double number, const RegionalFormats& formats, int characters)
@@ -222,11 +173,9 @@ std::string fullNumberText(double number, const RegionalFormats& formats)
 {
     constexpr int maxIntegerDigits = 20;
     constexpr int maxLeadingZeros = 8;
-    constexpr int allDigits = 30; // in either form
     const DecimalNumber decimal = toShownDecimal(number);
     const bool isPlain = decimal.pointPosition <= maxIntegerDigits && decimal.pointPosition >= -maxLeadingZeros;
-    return (decimal.negative ? "-" : "") +
-           (isPlain ? fixedText(decimal, allDigits, formats) : scientificText(decimal, allDigits, formats));
+    return (decimal.negative ? "-" : "") + (isPlain ? fixedText(decimal, formats) : scientificText(decimal, formats));
 }
 
 } // namespace wagemill::engine

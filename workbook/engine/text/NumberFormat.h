@@ -3,44 +3,20 @@
 #include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/CellValue.h"
-#include "workbook/engine/text/FormatCode.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace wagemill::engine {
 
 /// A value as its cell shows it, before the cell's width is considered.
 struct ShownText {
-    std::string text;            ///< UTF-8; `_x` became a blank
-    std::optional<Rgb> color;    ///< from a section such as [Red]
-    bool isNumber = false;       ///< shown right-aligned, and as "###" where it does not fit
-    bool isGeneral = false;      ///< a number in General: digits may be dropped until it fits the column
-    bool isNegativeDate = false; ///< a date format on a value that is no date: "###" whatever the width
-
-    bool operator==(const ShownText&) const = default;
-};
-
-/// A number format code made ready to show many values.
-class NumberFormatter {
-public:
-    /// code  see showValue
-    explicit NumberFormatter(std::string_view code);
-
-    /// See the function showValue.
-    ShownText show(const CellValue& value, const RegionalFormats& formats, bool dates1904 = false) const;
-
-private:
-    ShownText showNumber(double number, const RegionalFormats& formats, bool dates1904) const;
-    ShownText showText(const std::string& text) const;
-    const FormatSection* textSection() const;
-    std::size_t numberSections() const;
-    std::optional<std::size_t> sectionFor(double number) const;
-    bool hidesSign(std::size_t section) const;
-
-    std::vector<FormatSection> m_sections; ///< none: General
+    std::string text = {};         ///< UTF-8; `_x` became a blank
+    std::optional<Rgb> color = {}; ///< from a section such as [Red]
+    bool isNumber = false;         ///< shown right-aligned, and as "###" where it does not fit
+    bool isGeneral = false;        ///< a number in General: digits may be dropped until it fits the column
+    bool isNegativeDate = false;   ///< a date format on a value that is no date: "###" whatever the width
 };
 
 /// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant

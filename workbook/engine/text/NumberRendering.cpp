@@ -1,10 +1,13 @@
 #include "workbook/engine/text/NumberRendering.h"
 
-#include "workbook/engine/text/FractionRendering.h"
-#include "workbook/engine/text/PlaceholderDigits.h"
+#include "app/base/text/NumberText.h"
+#include "app/base/text/TextScanner.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
+#include <utility>
 
 namespace wagemill::engine {
 
@@ -13,29 +16,54 @@ namespace {
 using Kind = FormatToken::Kind;
 using Tokens = std::vector<FormatToken>;
 
-bool isDigitToken(const FormatToken& token)
+/// What an unused placeholder shows.
+std::string padding(Kind placeholder)
 {
-    return token.kind == Kind::Digit;
+    return placeholder == Kind::Zero ? "0" : placeholder == Kind::Question ? " " : "";
 }
 
-int countDigits(Tokens::const_iterator begin, Tokens::const_iterator end)
+std::string noSeparator(std::size_t /*following*/)
 {
-    return static_cast<int>(std::count_if(begin, end, isDigitToken));
+    return "";
 }
 
-/// How many placeholders stand before the point, behind it, and in the exponent.
+/// The digits of a whole number, handed out to their placeholders from left to right; the first one takes all that have
+/// no placeholder of their own.
+class PlaceholderDigits {
+public:
+    PlaceholderDigits(std::string digits, int placeholders) : m_digits(std::move(digits)), m_left(placeholders) {}
+
+    bool empty() const { return m_digits.empty(); }
+
+    /// The text of the next placeholder. `separator` follows a digit; it is asked with the number of digits after it.
+    template <typename Separator = decltype(&noSeparator)>
+    std::string next(Kind placeholder, Separator&& separator = noSeparator)
+    {
+        const auto position = static_cast<std::size_t>(--m_left); // digits that belong to later placeholders
+        if (m_digits.size() <= position)
+            return padding(placeholder) + (placeholder == Kind::Zero ? separator(position) : "");
+        std::string text;
+        for (; m_taken + position < m_digits.size(); ++m_taken)
+            text += m_digits[m_taken] + separator(m_digits.size() - m_taken - 1);
+        return text;
+    }
+
+private:
+    std::string m_digits;
+    int m_left;
+    std::size_t m_taken = 0;
+};
+
+/// How many placeholders come before the point, after it, and in the exponent.
 struct Layout {
     explicit Layout(const Tokens& tokens)
     {
-        const auto exponentToken = std::find_if(tokens.begin(), tokens.end(),
-                                                [](const FormatToken& token) { return token.kind == Kind::Exponent; });
-        const auto point = std::find_if(tokens.begin(), exponentToken,
-                                        [](const FormatToken& token) { return token.kind == Kind::Point; });
-        integer = countDigits(tokens.begin(), point);
-        fraction = countDigits(point, exponentToken);
-        exponent = countDigits(exponentToken, tokens.end());
-        forced = static_cast<int>(std::count_if(
-            tokens.begin(), point, [](const FormatToken& token) { return isDigitToken(token) && token.text == "0"; }));
+        int* part = &integer;
+        for (const FormatToken& token : tokens) {
+            part = token.kind == Kind::Point ? &fraction : token.kind == Kind::Exponent ? &exponent : part;
+            *part += token.isDigit() ? 1 : 0;
+            forced += part == &integer && token.kind == Kind::Zero ? 1 : 0;
+        }
     }
 
     int integer = 0;
@@ -52,37 +80,40 @@ public:
         : m_section(section),
           m_formats(formats),
           m_fraction(std::move(fixed.fraction)),
+          m_shownFraction(m_fraction.find_last_not_of('0') + 1),
           m_total(std::max(fixed.integer.size(), static_cast<std::size_t>(layout.forced))),
           m_integer(std::move(fixed.integer), std::max(layout.integer, 1)),
           m_exponent(std::to_string(std::abs(exponent)), layout.exponent),
           m_negativeExponent(exponent < 0),
           m_hasInteger(layout.integer > 0)
     {
-        m_shownFraction = std::min(m_fraction.find_last_not_of('0') + 1, m_fraction.size());
     }
 
     std::string write()
     {
         std::string text;
         for (const FormatToken& token : m_section.tokens)
-            text += token.kind == Kind::Digit ? toLocalDigits(digit(token), m_formats) : sign(token);
+            text += token.isDigit() ? toLocalDigits(digit(token.kind), m_formats) : sign(token);
         return text;
     }
 
 private:
-    std::string digit(const FormatToken& token)
+    std::string digit(Kind placeholder)
     {
         if (m_phase == Phase::Integer)
-            return m_integer.next(token, [this](std::size_t following) { return separator(following); });
+            return integerDigit(placeholder);
         if (m_phase == Phase::Exponent)
-            return m_exponent.next(token);
+            return m_exponent.next(placeholder);
         const std::size_t index = m_fractionIndex++;
-        return index < m_shownFraction || token.text == "0" ? m_fraction.substr(index, 1) : padding(token);
+        return index < m_shownFraction || placeholder == Kind::Zero ? m_fraction.substr(index, 1)
+                                                                    : padding(placeholder);
     }
 
-    std::string separator(std::size_t following) const
+    std::string integerDigit(Kind placeholder)
     {
-        return m_section.grouped && isGroupEnd(following, m_total, m_formats) ? m_formats.groupSeparator : "";
+        return m_integer.next(placeholder, [this](std::size_t following) {
+            return m_section.grouped && isGroupEnd(following, m_total, m_formats) ? m_formats.groupSeparator : "";
+        });
     }
 
     std::string sign(const FormatToken& token)
@@ -92,7 +123,7 @@ private:
             return point();
         case Kind::Exponent:
             m_phase = Phase::Exponent;
-            return "E" + std::string(m_negativeExponent ? "-" : token.text == "+" ? "+" : "");
+            return m_negativeExponent ? "E-" : token.text.ends_with('+') ? "E+" : "E";
         case Kind::Percent:
             return m_formats.percentSign;
         default:
@@ -103,11 +134,9 @@ private:
     /// A code without a placeholder before the point shows the digits there all the same.
     std::string point()
     {
-        std::string integer;
-        if (!m_hasInteger && m_integer.size() > 0)
-            integer = toLocalDigits(m_integer.next({Kind::Digit, "#"}), m_formats);
+        const bool missing = !m_hasInteger && !m_integer.empty();
         m_phase = Phase::Fraction;
-        return integer + m_formats.decimalSeparator;
+        return (missing ? toLocalDigits(integerDigit(Kind::Hash), m_formats) : "") + m_formats.decimalSeparator;
     }
 
     enum class Phase { Integer, Fraction, Exponent };
@@ -115,7 +144,7 @@ private:
     const FormatSection& m_section;
     const RegionalFormats& m_formats;
     std::string m_fraction;
-    std::size_t m_shownFraction = 0; ///< digits up to the last one that is not zero
+    std::size_t m_shownFraction; ///< digits up to the last one that is not zero
     std::size_t m_fractionIndex = 0;
     std::size_t m_total;
     PlaceholderDigits m_integer;
@@ -130,14 +159,6 @@ bool isZero(const FixedDigits& fixed)
     return fixed.integer.empty() && fixed.fraction.find_first_not_of('0') == std::string::npos;
 }
 
-RenderedNumber renderDecimal(const DecimalNumber& number, const FormatSection& section, const RegionalFormats& formats)
-{
-    const Layout layout(section.tokens);
-    FixedDigits fixed = fixedDigits(number, layout.fraction);
-    const bool zero = isZero(fixed) && layout.integer + layout.fraction > 0;
-    return {NumberWriter(section, layout, std::move(fixed), 0, formats).write(), zero};
-}
-
 /// The exponent that leaves as many digits before the point as the code has places; with "#" among them it is a
 /// multiple of their number, as engineers write.
 int exponentOf(const DecimalNumber& number, const Layout& layout)
@@ -150,23 +171,117 @@ int exponentOf(const DecimalNumber& number, const Layout& layout)
     return static_cast<int>(std::floor(static_cast<double>(exponent) / layout.integer)) * layout.integer;
 }
 
-RenderedNumber renderScientific(const DecimalNumber& number, const FormatSection& section,
-                                const RegionalFormats& formats)
+RenderedNumber renderDecimal(DecimalNumber number, const FormatSection& section, const RegionalFormats& formats)
 {
     const Layout layout(section.tokens);
+    const bool isScientific = section.kind == FormatSection::Kind::Scientific;
     int exponent = 0;
-    DecimalNumber mantissa = number;
-    if (!number.digits.empty()) {
+    if (isScientific && !number.digits.empty()) {
         exponent = exponentOf(number, layout);
-        mantissa.pointPosition -= exponent;
-        mantissa = rounded(mantissa, layout.fraction);
-        const int carried = exponentOf(mantissa, layout); // 9.99 may have become 10.0
-        exponent += carried;
-        mantissa.pointPosition -= carried;
+        number.pointPosition -= exponent;
+        number = rounded(number, layout.fraction);
+        const int overflow = exponentOf(number, layout); // 9.99 may have become 10.0
+        exponent += overflow;
+        number.pointPosition -= overflow;
     }
-    FixedDigits fixed = fixedDigits(mantissa, layout.fraction);
-    const bool zero = isZero(fixed);
+    FixedDigits fixed = fixedDigits(number, layout.fraction);
+    const bool zero = isZero(fixed) && layout.integer + layout.fraction > 0;
     return {NumberWriter(section, layout, std::move(fixed), exponent, formats).write(), zero};
+}
+
+/// The largest denominators searched for or taken from a code, by its places.
+constexpr std::array maxDenominators = {9, 9, 99, 999, 9999};
+
+/// Where the parts of a fraction are in its section: whole number, numerator, "/", denominator.
+struct FractionLayout {
+    explicit FractionLayout(const Tokens& tokens)
+    {
+        const auto at = [&](std::size_t index) { return tokens.begin() + static_cast<std::ptrdiff_t>(index); };
+        slash = static_cast<std::size_t>(std::ranges::find(tokens, Kind::Slash, &FormatToken::kind) - tokens.begin());
+        numerator = slash;
+        while (numerator > 0 && tokens[numerator - 1].isDigit())
+            --numerator;
+        end = slash + 1;
+        std::string digits;
+        for (; end < tokens.size() && (tokens[end].isDigit() || isLiteralDigit(tokens[end])); ++end)
+            digits += tokens[end].text;
+        denominator = TextScanner(digits).takeNumber(9).value_or(0);
+        whole =
+            static_cast<int>(std::count_if(at(0), at(numerator), [](const auto& token) { return token.isDigit(); }));
+    }
+
+    static bool isLiteralDigit(const FormatToken& token) { return token.text.size() == 1 && isDigit(token.text[0]); }
+
+    std::size_t places() const { return end - slash - 1; } ///< of the denominator
+
+    int whole = 0;             ///< placeholders of the whole number
+    std::size_t numerator = 0; ///< index of its first placeholder
+    std::size_t slash = 0;
+    std::size_t end = 0; ///< after the denominator
+    int denominator = 0; ///< fixed by the code; 0 when it is searched for
+};
+
+struct Ratio {
+    std::int64_t whole = 0;
+    std::int64_t numerator = 0;
+    int denominator = 1;
+};
+
+/// The ratio nearest to a part of one; of equally near ones that with the smallest denominator.
+Ratio nearestRatio(double part, int maxDenominator)
+{
+    Ratio best;
+    double bestDistance = 2;
+    for (int denominator = 1; denominator <= maxDenominator; ++denominator) {
+        const double numerator = std::round(part * denominator);
+        const double distance = std::abs(part - numerator / denominator);
+        if (distance < bestDistance) {
+            bestDistance = distance;
+            best = {0, static_cast<std::int64_t>(numerator), denominator};
+        }
+    }
+    return best;
+}
+
+Ratio ratioOf(double magnitude, const FractionLayout& layout)
+{
+    const double whole = std::floor(magnitude);
+    const double part = magnitude - whole;
+    const int fixed = std::min(layout.denominator, maxDenominators.back());
+    Ratio ratio = fixed > 0
+                      ? Ratio{0, static_cast<std::int64_t>(std::round(part * fixed)), fixed}
+                      : nearestRatio(part, maxDenominators[std::min(layout.places(), maxDenominators.size() - 1)]);
+    ratio.numerator += static_cast<std::int64_t>(whole) * ratio.denominator;
+    if (layout.whole > 0) {
+        ratio.whole = ratio.numerator / ratio.denominator;
+        ratio.numerator %= ratio.denominator;
+    }
+    return ratio;
+}
+
+/// The nearest fraction whose denominator has as many digits as the code has places, at most four.
+RenderedNumber renderFraction(double magnitude, const FormatSection& section, const RegionalFormats& formats)
+{
+    const Tokens& tokens = section.tokens;
+    const FractionLayout layout(tokens);
+    const Ratio ratio = ratioOf(magnitude, layout);
+    const bool onlyWhole = layout.whole > 0 && ratio.numerator == 0; // its fraction is left blank
+    PlaceholderDigits whole(ratio.whole > 0 || onlyWhole ? std::to_string(ratio.whole) : "", layout.whole);
+    PlaceholderDigits numerator(std::to_string(ratio.numerator), static_cast<int>(layout.slash - layout.numerator));
+
+    std::string text;
+    for (std::size_t i = 0; i < layout.numerator; ++i)
+        text += tokens[i].isDigit() ? whole.next(tokens[i].kind) : tokens[i].text;
+    std::string fraction;
+    for (std::size_t i = layout.numerator; i < layout.slash; ++i)
+        fraction += numerator.next(tokens[i].kind);
+    std::string denominator = std::to_string(ratio.denominator); // on the left of its places
+    denominator.resize(std::max(denominator.size(), layout.places()), ' ');
+    fraction += "/" + denominator;
+    text += onlyWhole ? std::string(fraction.size(), ' ') : fraction;
+    for (std::size_t i = layout.end; i < tokens.size(); ++i)
+        text += tokens[i].text;
+    return {toLocalDigits(text, formats), ratio.whole == 0 && ratio.numerator == 0};
 }
 
 } // namespace
@@ -174,13 +289,11 @@ RenderedNumber renderScientific(const DecimalNumber& number, const FormatSection
 RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats)
 {
     if (section.kind == FormatSection::Kind::Fraction)
-        return renderFraction(number, section, formats);
-    DecimalNumber decimal = toShownDecimal(number);
-    decimal.negative = false;
+        return renderFraction(std::abs(number), section, formats);
+    DecimalNumber decimal = toShownDecimal(std::abs(number));
     if (!decimal.digits.empty())
         decimal.pointPosition += section.scalePower;
-    return section.kind == FormatSection::Kind::Scientific ? renderScientific(decimal, section, formats)
-                                                           : renderDecimal(decimal, section, formats);
+    return renderDecimal(std::move(decimal), section, formats);
 }
 
 } // namespace wagemill::engine

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/base/text/NumberText.h"
+#include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/text/FormatCode.h"
 
 #include <string>
@@ -13,7 +13,8 @@ struct RenderedNumber {
     bool isZero = false; ///< no digit other than zero is shown
 };
 
-/// Renders the magnitude of `number` by a section of the kinds Number, Scientific and Fraction.
+/// Renders the magnitude of `number` by a section of the kinds Number, Scientific and Fraction, the last one below 10
+/// to the power 15: "# ?/?" and "# ??/16".
 RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats);
 
 } // namespace wagemill::engine

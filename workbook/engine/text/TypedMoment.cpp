@@ -1,11 +1,10 @@
 #include "workbook/engine/text/TypedMoment.h"
 
-#include "app/base/text/LetterCase.h"
 #include "app/base/text/PlainCharacters.h"
+#include "app/base/text/TextScanner.h"
 
 #include <algorithm>
-#include <charconv>
-#include <initializer_list>
+#include <utility>
 #include <vector>
 
 namespace wagemill::engine {
@@ -13,18 +12,14 @@ namespace wagemill::engine {
 namespace {
 
 /// No moment is longer; what is, need not be searched for one.
-constexpr std::size_t longestMoment = 80;
-
-constexpr std::string_view digits = "0123456789";
+constexpr std::size_t maxMomentLength = 80;
 
 /// A whole number of at most `maxDigits` digits and nothing else.
 std::optional<int> wholeNumber(std::string_view text, std::size_t maxDigits)
 {
-    if (text.empty() || text.size() > maxDigits || text.find_first_not_of(digits) != std::string_view::npos)
-        return std::nullopt;
-    int number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
+    TextScanner scanner(text);
+    const auto number = scanner.takeNumber(maxDigits);
+    return scanner.atEnd() ? number : std::nullopt;
 }
 
 std::optional<int> yearOf(std::string_view text)
@@ -58,8 +53,8 @@ std::vector<std::string_view> pieces(std::string_view text)
     return found;
 }
 
-/// Day and month, or month and year, in figures: "1/2", "3/2026".
-std::optional<TypedMoment> readFigures(std::string_view text, const std::vector<std::string_view>& parts,
+/// Day and month, or month and year, in numbers: "1/2", "3/2026".
+std::optional<TypedMoment> readNumbers(std::string_view text, const std::vector<std::string_view>& parts,
                                        const RegionalFormats& formats, CalendarDate today)
 {
     const bool dotted = formats.shortDatePattern.find('.') != std::string::npos;
@@ -94,9 +89,9 @@ std::optional<TypedMoment> readDate(std::string_view text, const RegionalFormats
     const bool separated = text.find_first_not_of("0123456789 ") != std::string_view::npos;
     if (const auto date = separated ? readShortDate(text, formats) : std::nullopt)
         return TypedMoment{date, 0, "m/d/yy"};
-    const bool figures = parts.size() == 2 && wholeNumber(parts[0], 4) && wholeNumber(parts[1], 4);
-    if (figures)
-        return readFigures(text, parts, formats, today);
+    const bool numbers = parts.size() == 2 && wholeNumber(parts[0], 4) && wholeNumber(parts[1], 4);
+    if (numbers)
+        return readNumbers(text, parts, formats, today);
     return parts.size() <= 3 ? readNamedMonth(parts, formats, today) : std::nullopt;
 }
 
@@ -107,92 +102,72 @@ bool endsWithWord(std::string_view text, std::string_view word)
 
 enum class HalfDay { None, Morning, Afternoon };
 
-/// Takes "AM" or "PM", or the user's words for them, from the end; "A" and "P" only behind minutes.
+/// Takes "AM" or "PM", or the user's words for them, from the end; "A" and "P" only after minutes.
 HalfDay takeHalfDay(std::string_view& text, const RegionalFormats& formats)
 {
-    const std::string morning = plainCharacters(formats.amText, formats);
-    const std::string afternoon = plainCharacters(formats.pmText, formats);
     const bool minutes = text.find(':') != std::string_view::npos;
-    const auto take = [&text, minutes](std::initializer_list<std::string_view> words) {
-        for (const std::string_view word : words)
-            if ((word.size() > 1 || minutes) && endsWithWord(text, word)) {
-                text.remove_suffix(word.size());
-                text.remove_suffix(text.size() - 1 - text.find_last_not_of(' '));
-                return true;
-            }
-        return false;
+    const std::pair<HalfDay, std::string> words[] = {
+        {HalfDay::Morning, plainCharacters(formats.amText, formats)},
+        {HalfDay::Morning, "AM"},
+        {HalfDay::Morning, "A"},
+        {HalfDay::Afternoon, plainCharacters(formats.pmText, formats)},
+        {HalfDay::Afternoon, "PM"},
+        {HalfDay::Afternoon, "P"},
     };
-    if (take({morning, "AM", "A"}))
-        return HalfDay::Morning;
-    return take({afternoon, "PM", "P"}) ? HalfDay::Afternoon : HalfDay::None;
+    for (const auto& [half, word] : words)
+        if ((word.size() > 1 || minutes) && endsWithWord(text, word)) {
+            text.remove_suffix(word.size());
+            text.remove_suffix(text.size() - 1 - text.find_last_not_of(' '));
+            return half;
+        }
+    return HalfDay::None;
 }
 
-/// Hours, minutes and seconds as typed, with a part of a second.
-struct ClockText {
-    std::vector<std::string_view> parts;
-    std::string_view secondFraction;
-};
-
-ClockText splitClock(std::string_view text, const RegionalFormats& formats)
-{
-    ClockText clock;
-    const bool dotted = formats.timeSeparator == "." && text.find(':') == std::string_view::npos;
-    const char separator = dotted ? '.' : ':';
-    const std::string decimal = plainCharacters(formats.decimalSeparator, formats);
-    const std::size_t point = dotted || decimal.empty() ? std::string_view::npos : text.find(decimal);
-    if (point != std::string_view::npos) {
-        clock.secondFraction = text.substr(point + decimal.size());
-        text = text.substr(0, point);
-    }
-    for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator)) {
-        clock.parts.push_back(text.substr(0, end));
-        text.remove_prefix(end + 1);
-    }
-    clock.parts.push_back(text);
-    return clock;
-}
-
-const char* clockFormat(bool halfDay, bool seconds, bool fraction, bool beyondDay)
+std::string clockFormat(bool halfDay, bool seconds, bool fraction, bool beyondDay)
 {
     if (fraction)
         return "mm:ss.0";
     if (beyondDay)
         return "[h]:mm:ss";
-    if (halfDay)
-        return seconds ? "h:mm:ss AM/PM" : "h:mm AM/PM";
-    return seconds ? "h:mm:ss" : "h:mm";
+    return std::string(seconds ? "h:mm:ss" : "h:mm") + (halfDay ? " AM/PM" : "");
 }
 
 std::optional<TypedMoment> readTime(std::string_view text, const RegionalFormats& formats)
 {
     const HalfDay half = takeHalfDay(text, formats);
-    const auto [parts, fraction] = splitClock(text, formats);
-    const bool fitting =
-        parts.size() <= 3 && (parts.size() >= 2 || half != HalfDay::None) && (fraction.empty() || parts.size() == 3);
-    if (!fitting || fraction.size() > 9 || fraction.find_first_not_of(digits) != std::string_view::npos)
-        return std::nullopt;
-    const auto hours = wholeNumber(parts[0], 4);
-    const auto minutes = parts.size() < 2 ? 0 : wholeNumber(parts[1], 2);
-    const auto seconds = parts.size() < 3 ? 0 : wholeNumber(parts[2], 2);
-    if (!hours || !minutes || !seconds || *minutes > 59 || *seconds > 59 || (half != HalfDay::None && *hours > 12))
+    const bool dotted = formats.timeSeparator == "." && text.find(':') == std::string_view::npos;
+    TextScanner scanner(text);
+    std::vector<int> parts; // hours, minutes, seconds
+    do {
+        const auto part = scanner.takeNumber(parts.empty() ? 4 : 2);
+        if (!part || parts.size() == 3 || (!parts.empty() && *part > 59))
+            return std::nullopt;
+        parts.push_back(*part);
+    } while (scanner.skip(dotted ? '.' : ':'));
+    const bool hasFraction = !dotted && scanner.skip(plainCharacters(formats.decimalSeparator, formats));
+    const std::string_view fraction = hasFraction ? scanner.takeDigits() : std::string_view();
+    const bool hasSeconds = parts.size() == 3;
+    if (!scanner.atEnd() || fraction.size() > 9 || (!fraction.empty() && !hasSeconds) ||
+        (half == HalfDay::None ? parts.size() < 2 : parts[0] > 12))
         return std::nullopt;
 
-    const int hour = half == HalfDay::None ? *hours : *hours % 12 + (half == HalfDay::Afternoon ? 12 : 0);
-    double second = *seconds;
+    parts.resize(3);
+    const int hour = half == HalfDay::None ? parts[0] : parts[0] % 12 + (half == HalfDay::Afternoon ? 12 : 0);
+    double second = parts[2];
     for (double place = 0.1; const char digit : fraction) {
         second += (digit - '0') * place;
         place /= 10;
     }
-    const double days = (hour * 3600.0 + *minutes * 60.0 + second) / 86400.0;
+    const double days = (hour * 3600.0 + parts[1] * 60.0 + second) / 86400.0;
     return TypedMoment{std::nullopt, days,
-                       clockFormat(half != HalfDay::None, parts.size() == 3, !fraction.empty(), hour > 23)};
+                       clockFormat(half != HalfDay::None, hasSeconds, !fraction.empty(), hour > 23)};
 }
 
 } // namespace
 
 std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, CalendarDate today)
 {
-    if (plain.size() > longestMoment || plain.find_first_of(digits) == std::string_view::npos)
+    if (plain.size() > maxMomentLength || std::ranges::none_of(plain, isDigit))
         return std::nullopt;
     if (auto date = readDate(plain, formats, today))
         return date;

@@ -14,7 +14,7 @@ namespace wagemill::engine {
 
 namespace {
 
-/// A literal text of a format code: brackets, signs and blanks behind a backslash, the rest in quotes.
+/// A literal text of a format code: brackets, signs and blanks after a backslash, the rest in quotes.
 std::string literalCode(const std::string& text)
 {
     constexpr std::u32string_view escaped = U"()-+ \"\u00A0\u202F\u2212";
@@ -30,19 +30,19 @@ std::string literalCode(const std::string& text)
     return toUtf8(code) + (quoted ? "\"" : "");
 }
 
-/// The user's currency form as a format code. A form with brackets leaves the width of one behind positive figures:
+/// The user's currency form as a format code. A form with brackets leaves the width of one after positive amounts:
 ///   "$"#,##0.00_);[Red]\("$"#,##0.00\)    #,##0.00\ "€";[Red]\-#,##0.00\ "€"
 std::string currencyCode(const RegionalFormats& formats, bool decimals)
 {
-    const std::string figure = decimals ? "#,##0.00" : "#,##0";
-    const auto inAffixes = [&figure](const Affixes& affixes) {
-        return literalCode(affixes.prefix) + figure + literalCode(affixes.suffix);
+    const std::string number = decimals ? "#,##0.00" : "#,##0";
+    const auto inAffixes = [&number](const Affixes& affixes) {
+        return literalCode(affixes.prefix) + number + literalCode(affixes.suffix);
     };
     const std::string space = formats.negativeCurrency.suffix.ends_with(')') ? "_)" : "";
     return inAffixes(formats.currency) + space + ";[Red]" + inAffixes(formats.negativeCurrency);
 }
 
-std::string figureCode(const NumberReading& reading, const RegionalFormats& formats)
+std::string numberCode(const NumberReading& reading, const RegionalFormats& formats)
 {
     const bool decimals = reading.decimals > 0;
     if (reading.hasPercent)
@@ -56,7 +56,7 @@ std::string figureCode(const NumberReading& reading, const RegionalFormats& form
     return "";
 }
 
-std::optional<TypedValue> readFigure(std::string_view plain, const RegionalFormats& formats)
+std::optional<TypedValue> readTypedNumber(std::string_view plain, const RegionalFormats& formats)
 {
     auto reading = readNumber(plain, formats, true);
     if (!reading)
@@ -64,7 +64,7 @@ std::optional<TypedValue> readFigure(std::string_view plain, const RegionalForma
     if (reading->hasPercent && !reading->number.digits.empty())
         reading->number.pointPosition -= 2;
     const auto number = toDouble(reading->number);
-    return TypedValue{numberValue(number.value_or(0)), figureCode(*reading, formats), false};
+    return TypedValue{numberValue(number.value_or(0)), numberCode(*reading, formats), false};
 }
 
 std::optional<TypedValue> readWord(std::string_view plain)
@@ -106,8 +106,8 @@ TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, 
     const std::string plain = plainCharacters(text, formats);
     if (plain.empty())
         return {};
-    if (auto figure = readFigure(plain, formats))
-        return *figure;
+    if (auto number = readTypedNumber(plain, formats))
+        return *number;
     if (auto word = readWord(plain))
         return *word;
     if (auto moment = readDateOrTime(plain, formats, today, dates1904))

@@ -103,7 +103,7 @@ private:
 
     void readFontRecord(ByteReader reader)
     {
-        if (m_book.styles.fonts.size() < mostFonts)
+        if (m_book.styles.fonts.size() < maxFonts)
             m_book.styles.fonts.push_back(readFont(reader));
     }
 
@@ -115,7 +115,7 @@ private:
 
     void readFormat(ByteReader reader)
     {
-        if (m_fileFormats.size() < mostFormats)
+        if (m_fileFormats.size() < maxFormats)
             m_fileFormats.push_back(readCellFormat(reader));
     }
 
@@ -259,17 +259,17 @@ private:
         const std::size_t offset = formats.size();
         for (CellFormat format : m_fileFormats) {
             const bool hasStyle = format.parent < m_fileFormats.size() && m_fileFormats[format.parent].isStyle &&
-                                  format.parent + offset < mostFormats;
+                                  format.parent + offset < maxFormats;
             format.parent = format.isStyle ? noParent
                             : hasStyle     ? static_cast<std::uint16_t>(format.parent + offset)
                                            : std::uint16_t{0};
             format.numberFormat = numberFormatOf(format.numberFormat);
             if (format.font >= m_book.styles.fonts.size())
                 format.font = 0;
-            m_context.cellFormats.push_back(format.isStyle || formats.size() >= mostFormats
+            m_context.cellFormats.push_back(format.isStyle || formats.size() >= maxFormats
                                                 ? defaultCellFormat
                                                 : static_cast<std::uint16_t>(formats.size()));
-            if (formats.size() < mostFormats)
+            if (formats.size() < maxFormats)
                 formats.push_back(format);
         }
         std::erase_if(m_book.kept, [&](const KeptRecord& kept) {
