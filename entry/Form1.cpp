@@ -7,7 +7,6 @@
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
 #include "entry/EntryField.h"
-#include "entry/RefillReport.h"
 #include "help/HelpMessage.h"
 #include "preview/Form2.h"
 #include "settings/Settings.h"
@@ -246,19 +245,15 @@ void Form1::connectHandlers()
                 (this->*handler)();
         });
     }
-    for (EntryField* field : {txtCompanyName, static_cast<EntryField*>(dtPeriodEnding)})
-        connect(field, &EntryField::needsView, m_area, [this, field] { m_area->showWhole(*field); });
-
-    m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3, txtCompanyName});
+    m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3});
     m_pointer->watch(PointerMode::Arrow, {m_area->widget(), PushButton6->parentWidget()}); // they cover the background
     for (const EmployeePanel* container : picMainContainer)
-        for (EntryField* field : container->fields()) {
-            m_pointer->watch(PointerMode::Arrow, {field});
-            connect(field, &EntryField::needsView, this, [this, field, row = container->row()] {
-                VScroll1->setValue(row);
-                m_area->showWhole(*field);
-            });
-        }
+        for (EntryField* field : container->fields())
+            connect(field, &EntryField::needsView, this, [this, row = container->row()] { VScroll1->setValue(row); });
+    for (EntryField* field : findChildren<EntryField*>()) {
+        m_pointer->watch(PointerMode::Arrow, {field});
+        connect(field, &EntryField::needsView, this, [this, field] { m_area->showWhole(*field); }); // of that employee
+    }
 }
 
 void Form1::Form_Load()
@@ -276,24 +271,16 @@ void Form1::Form_Load()
         if (handCursorPresent)
             m_pointer->loadHandCursor(cursor);
     });
-    refill(trap);
-    trap.step(200, [&] { checkExcelPresence(m_setup.build.spreadsheet.createSession); });
-}
-
-void Form1::refill(ErrorTrap& trap)
-{
-    trap.step(60, [&] { refillCompanyName(); });
+    trap.step(60, [&] {
+        const std::string stored = GetSetting(settingsApplication, settingsSection, companyNameKey, "");
+        txtCompanyName->refillText(QString::fromStdString(stored));
+        txtCompanyName_Change();
+    });
     trap.step(70, [&] { refillPeriodEnding(); });
     for (std::size_t field = 0; field < rowFields.size(); ++field)
         trap.step(100 + static_cast<int>(field), [&] { picMainContainer.front()->refill(field); });
     trap.step(120, [&] { refillTogether(std::span(picMainContainer).subspan(1)); });
-}
-
-void Form1::refillCompanyName()
-{
-    const std::string stored = GetSetting(settingsApplication, settingsSection, companyNameKey, "");
-    txtCompanyName->refillText(QString::fromStdString(stored));
-    txtCompanyName_Change();
+    trap.step(200, [&] { checkExcelPresence(m_setup.build.spreadsheet.createSession); });
 }
 
 void Form1::refillPeriodEnding()

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/base/ErrorTrap.h"
 #include "app/base/text/DateText.h"
 #include "app/base/text/RegionalFormats.h"
 #include "app/look/Look.h"
@@ -74,8 +73,6 @@ private:
 
     void Form_Load();
     void Form_Unload();
-    void refill(ErrorTrap& trap);
-    void refillCompanyName();
     void refillPeriodEnding();
     void txtCompanyName_Change();
     void dtPeriodEnding_Change();

@@ -7,6 +7,7 @@
 #include "app/look/Look.h"
 #include "preview/FileCopy.h"
 #include "preview/PictureBox.h"
+#include "preview/ViewGeometry.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -31,6 +32,9 @@ namespace {
 constexpr QSizeF partOfScreen(0.92, 0.85); // 1024 units across are enough for a pay stub at natural size
 constexpr QSize maxWindow(1600, 1200);
 constexpr int wheelNotch = 120; // eighths of a degree
+constexpr float zoomStep = 0.25F;
+constexpr float minZoom = 0.25F;
+constexpr float maxZoom = 3.75F;
 
 QScrollBar* makeScrollBar(Qt::Orientation orientation, const char* name, const char* accessibleName, QWidget* parent)
 {
@@ -328,12 +332,12 @@ void Form2::PushButton2_Click()
 
 void Form2::StepZoom(ZoomDirection direction)
 {
-    SetZoom(steppedZoom(ZoomFactor, direction));
+    SetZoom(ZoomFactor + (direction == ZoomDirection::In ? zoomStep : -zoomStep));
 }
 
 void Form2::SetZoom(float factor)
 {
-    if (!isZoomOffered(factor))
+    if (factor < minZoom || factor > maxZoom)
         return;
     ZoomFactor = factor;
     RedrawImage();
@@ -468,26 +472,21 @@ void Form2::closeEvent(QCloseEvent* event)
     Form_Unload();
 }
 
-/// The wheel over the picture turns the scroll bars, with Ctrl it zooms.
+/// The wheel over the picture turns the scroll bars; with Ctrl it zooms a step a notch, of which fine wheels send
+/// parts.
 void Form2::wheelEvent(QWheelEvent* event)
 {
     const QPoint turn = event->angleDelta();
     if ((event->modifiers() & Qt::ControlModifier) != 0) {
-        zoomByWheel(turn.y());
+        for (m_zoomTurn += turn.y(); m_zoomTurn >= wheelNotch; m_zoomTurn -= wheelNotch)
+            PushButton1_Click();
+        for (; m_zoomTurn <= -wheelNotch; m_zoomTurn += wheelNotch)
+            PushButton2_Click();
         return;
     }
     QScrollBar* scrollBar = std::abs(turn.x()) > std::abs(turn.y()) ? HScroll1 : VScroll1;
     if (scrollBar->isEnabled())
         QCoreApplication::sendEvent(scrollBar, event);
-}
-
-/// A step a notch; fine wheels send parts of one.
-void Form2::zoomByWheel(int turn)
-{
-    for (m_zoomTurn += turn; m_zoomTurn >= wheelNotch; m_zoomTurn -= wheelNotch)
-        PushButton1_Click();
-    for (; m_zoomTurn <= -wheelNotch; m_zoomTurn += wheelNotch)
-        PushButton2_Click();
 }
 
 } // namespace wagemill

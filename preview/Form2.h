@@ -5,7 +5,6 @@
 #include "preview/PreviewPicture.h"
 #include "preview/Printing.h"
 #include "preview/SaveFileDialog.h"
-#include "preview/ViewGeometry.h"
 
 #include <QWidget>
 
@@ -54,7 +53,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
-    void zoomByWheel(int turn);
+    enum class ZoomDirection { In, Out };
+
     void layOutControls();
     void connectControls();
     void setKeys();

@@ -11,7 +11,6 @@
 #include <QPainter>
 #include <QScopeGuard>
 
-#include <algorithm>
 #include <cmath>
 #include <span>
 #include <stdexcept>
@@ -86,24 +85,15 @@ std::span<const std::byte> bytesOf(const QByteArray& bytes)
     return std::as_bytes(std::span(bytes));
 }
 
-bool isTransparencySet(const QImage& picture)
-{
-    for (int y = 0; y < picture.height(); ++y) {
-        const auto* row = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
-        if (std::any_of(row, row + picture.width(), [](QRgb pixel) { return qAlpha(pixel) != 0; }))
-            return true;
-    }
-    return false;
-}
-
 /// The paper shows through a picture. Many bitmaps have room for transparency and leave it at zero: they are opaque.
 QImage onPaper(const QImage& picture)
 {
-    const QImage transparent = picture.convertToFormat(QImage::Format_ARGB32);
-    QImage opaque = transparent.convertToFormat(QImage::Format_RGB32);
-    if (isTransparencySet(transparent)) {
+    QImage opaque = picture.convertToFormat(QImage::Format_ARGB32).convertToFormat(QImage::Format_RGB32);
+    QImage zero(picture.size(), QImage::Format_Alpha8);
+    zero.fill(0);
+    if (picture.convertToFormat(QImage::Format_Alpha8) != zero) {
         opaque.fill(Qt::white);
-        QPainter(&opaque).drawImage(0, 0, transparent);
+        QPainter(&opaque).drawImage(0, 0, picture);
     }
     return opaque;
 }

@@ -21,6 +21,18 @@ QString startFolder(const QString& lastFolder)
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
+/// As Qt names them: "Excel Files (*.xls)|*.xls|" -> {"Excel Files (*.xls)"}.
+QStringList nameFilters(const std::string& filter)
+{
+    const QStringList parts = QString::fromStdString(filter).split(u'|');
+    QStringList filters;
+    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
+        const QString description = parts[index].section(u'(', 0, 0).trimmed();
+        filters << description + " (" + QString(parts[index + 1]).replace(u';', u' ') + ')';
+    }
+    return filters;
+}
+
 std::filesystem::path askForName(const std::string& title, const std::string& filter, QWidget& owner,
                                  QString& lastFolder)
 {
@@ -50,17 +62,6 @@ SaveFileDialog platformSaveFileDialog()
     return [lastFolder = QString()](const std::string& title, const std::string& filter, QWidget& owner) mutable {
         return askForName(title, filter, owner, lastFolder);
     };
-}
-
-QStringList nameFilters(const std::string& filter)
-{
-    const QStringList parts = QString::fromStdString(filter).split(u'|');
-    QStringList filters;
-    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
-        const QString description = parts[index].section(u'(', 0, 0).trimmed();
-        filters << description + " (" + QString(parts[index + 1]).replace(u';', u' ') + ')';
-    }
-    return filters;
 }
 
 } // namespace wagemill

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QStringList>
-
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -18,8 +16,5 @@ using SaveFileDialog =
 
 /// The platform's own dialog, opened in the user's documents and then in the folder of the last name.
 SaveFileDialog platformSaveFileDialog();
-
-/// The filters of a dialog as Qt names them: "Excel Files (*.xls)|*.xls|" -> {"Excel Files (*.xls)"}.
-QStringList nameFilters(const std::string& filter);
 
 } // namespace wagemill

@@ -14,9 +14,6 @@ namespace wagemill {
 namespace {
 
 constexpr double pixelsPerUnit = 4;
-constexpr float zoomStep = 0.25F;
-constexpr float minZoom = 0.25F;
-constexpr float maxZoom = 3.75F;
 constexpr std::int32_t widthLimit = 14000;
 constexpr std::int32_t heightLimit = 5000;
 constexpr double borderOfBothSides = 2;
@@ -43,16 +40,6 @@ float toUnits(double pixels)
 int toPixels(float units)
 {
     return static_cast<int>(std::lround(static_cast<double>(units) * pixelsPerUnit));
-}
-
-float steppedZoom(float zoom, ZoomDirection direction)
-{
-    return direction == ZoomDirection::In ? zoom + zoomStep : zoom - zoomStep;
-}
-
-bool isZoomOffered(float zoom)
-{
-    return zoom >= minZoom && zoom <= maxZoom;
 }
 
 std::int32_t naturalExtent(double innerExtent)

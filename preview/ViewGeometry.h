@@ -13,13 +13,6 @@ float toUnits(double pixels);
 /// Rounded to the nearest pixel.
 int toPixels(float units);
 
-enum class ZoomDirection { In, Out };
-
-/// The zoom one quarter further.
-float steppedZoom(float zoom, ZoomDirection direction);
-/// From 0.25 to 3.75, both included.
-bool isZoomOffered(float zoom);
-
 /// The natural extent of a picture in a box of this inner extent: 2 less, rounded with halves to even.
 /// Throws std::overflow_error outside the 32-bit range.
 std::int32_t naturalExtent(double innerExtent);

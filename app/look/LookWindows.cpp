@@ -5,12 +5,19 @@
 
 #include <windows.h>
 
+#include <stdexcept>
+
 namespace wagemill {
 
 std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile)
 {
-    if (isStyleSheetFile(skinFile))
-        return std::make_unique<StyleSheetSkin>();
+    auto styleSheet = std::make_unique<StyleSheetSkin>();
+    try {
+        styleSheet->loadSkin(skinFile, "");
+        return styleSheet;
+    } catch (const std::runtime_error&) {
+        // It may be meant for the skinning control.
+    }
     try {
         return std::make_unique<AutomationSkin>(automation::Dispatch(L"XtremeSkinFramework.SkinFramework", CLSCTX_ALL));
     } catch (const automation::CallFailure&) {

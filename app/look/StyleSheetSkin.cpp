@@ -33,16 +33,6 @@ bool isStyleSheet(QString text)
 
 } // namespace
 
-bool isStyleSheetFile(const std::filesystem::path& skinFile)
-{
-    try {
-        StyleSheetSkin().loadSkin(skinFile, "");
-        return true;
-    } catch (const std::runtime_error&) {
-        return false;
-    }
-}
-
 void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view /*variant*/)
 {
     if (std::error_code error; !std::filesystem::is_regular_file(skinFile, error))

@@ -21,7 +21,4 @@ private:
     std::int32_t m_options = 0;
 };
 
-/// Whether a StyleSheetSkin can load the file; if not, it may be meant for the skinning control.
-bool isStyleSheetFile(const std::filesystem::path& skinFile);
-
 } // namespace wagemill

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdint>
 #include <string_view>
-#include <system_error>
 
 namespace wagemill {
 
@@ -23,11 +22,10 @@ inline EmployeeCount employeeCount(std::string_view wanted)
 {
     if (wanted.empty())
         return {};
-    const char* const last = wanted.data() + wanted.size();
-    std::int16_t count = maxEmployees + 1; // stays when there are too many digits
-    const auto [end, error] = std::from_chars(wanted.data(), last, count);
-    if (end != last || error == std::errc::invalid_argument || wanted.front() == '-')
+    if (wanted.find_first_not_of("0123456789") != std::string_view::npos)
         return {1, false};
+    std::int16_t count = maxEmployees + 1; // stays when there are too many digits
+    std::from_chars(wanted.data(), wanted.data() + wanted.size(), count);
     const std::int16_t nearest = std::clamp(count, std::int16_t{1}, maxEmployees);
     return {nearest, nearest == count};
 }

@@ -74,13 +74,6 @@ class Desktop:
         """Turns the mouse wheel where the pointer is."""
         self._xdotool("click", "--repeat", str(notches), "--delay", "20", "5")
 
-    def drag(self, start, end):
-        self._move(*start)
-        self._xdotool("mousedown", "1")
-        for part in range(1, 11):
-            self._move(*(round(a + (b - a) * part / 10) for a, b in zip(start, end)))
-        self._xdotool("mouseup", "1")
-
     def _move(self, x, y):
         """Without --sync, which waits for ever when the pointer is there already."""
         self._xdotool("mousemove", str(x), str(y))

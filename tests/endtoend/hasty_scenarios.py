@@ -9,23 +9,14 @@ from desktop import Desktop, StepFailed
 from wagemill_guide import START, Guide
 
 LONG = os.environ.get("WAGEMILL_LONG") == "1"
-SAVE = "Save Results To Excel File"
 
 
-def press_by_mouse(guide, button):
-    guide.desktop._xdotool("click", "1")
-
-
-def press_by_space(guide, button):
-    guide.desktop._xdotool("key", "space")
-
-
-def press_by_shortcut(guide, button):
-    guide.desktop._xdotool("key", "alt+s")
-
-
-def press_by_screen_reader(guide, button):
-    button.queryAction().doAction(0)
+PRESSES = {
+    "mouse": lambda guide, button: guide.desktop._xdotool("click", "1"),
+    "Space": lambda guide, button: guide.desktop._xdotool("key", "space"),
+    "shortcut": lambda guide, button: guide.desktop._xdotool("key", "alt+s"),
+    "screen reader": lambda guide, button: button.queryAction().doAction(0),
+}
 
 
 class Files:
@@ -48,7 +39,6 @@ class Files:
 
 def one_build_however_often_pressed(program):
     """So many employees, the second press so many milliseconds after the first, by every way to press."""
-    presses = (press_by_mouse, press_by_space, press_by_shortcut, press_by_screen_reader)
     with Desktop() as desktop:
         for employees in (1, 3, 5, 25) if LONG else (3, 25):
             delays = (0, 10, 30, 100, 150, 300, 600) if LONG else (10 * employees - 20,)
@@ -56,9 +46,9 @@ def one_build_however_often_pressed(program):
                 files = Files(desktop, has_temp)
                 guide = Guide(desktop, program, WAGEMILL_EMPLOYEES=str(employees), **files.environment)
                 guide.load_sample_data()
-                for press in presses:
+                for way, press in PRESSES.items():
                     for delay in delays:
-                        press_twice(guide, files, press, delay, f"{employees} employees, {press.__name__}, {delay} ms")
+                        press_twice(guide, files, press, delay, f"{employees} employees, {way}, {delay} ms")
                 guide.process.kill()
                 guide.process.wait()
 
@@ -95,7 +85,7 @@ def closing_early_leaves_nothing(program):
             files = Files(desktop, has_temp=delay % 40 == 0)
             guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25", **files.environment)
             guide.screen.find("push button", START).queryComponent().grabFocus()
-            press_by_space(guide, None)
+            PRESSES["Space"](guide, None)
             time.sleep(delay / 1000)
             guide.close_window()
             if not has_ended(guide, 1):
@@ -134,7 +124,7 @@ def signals_leave_nothing(program):
 
     def during_a_build(guide):
         guide.screen.find("push button", START).queryComponent().grabFocus()
-        press_by_space(guide, None)
+        PRESSES["Space"](guide, None)
         time.sleep(0.03)
 
     def in_a_failed_build(guide):

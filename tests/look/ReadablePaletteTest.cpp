@@ -11,8 +11,10 @@ TEST(ContrastRatio, IsOneForEqualsAndTwentyOneForBlackAndWhite)
         const char* other;
         double expected;
     } const cases[] = {
-        {"#000000", "#ffffff", 21},   {"#ffffff", "#000000", 21},   {"#123456", "#123456", 1},
-        {"#767676", "#ffffff", 4.54}, {"#308cc6", "#ffffff", 3.69}, // the published example, and a usual highlight
+        {"#000000", "#ffffff", 21},
+        {"#123456", "#123456", 1},
+        {"#767676", "#ffffff", 4.54},
+        {"#308cc6", "#ffffff", 3.69}, // the published example, and a usual highlight
     };
     for (const auto& [one, other, expected] : cases)
         EXPECT_NEAR(contrastRatio(QColor(one), QColor(other)), expected, 0.01) << one << " " << other;

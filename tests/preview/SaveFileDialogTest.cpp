@@ -73,10 +73,4 @@ TEST(SaveFileDialog, StartsWithAnEmptyNameWhereTheLastSaveWentAndReturnsTheFullP
     expect(documents, "", "");
 }
 
-TEST(NameFilters, ReadPairsOfDescriptionAndPattern)
-{
-    EXPECT_EQ(nameFilters("Excel Files (*.xls)|*.xls|"), QStringList{"Excel Files (*.xls)"});
-    EXPECT_EQ(nameFilters("Sheets|*.xls;*.xlt|All|*"), (QStringList{"Sheets (*.xls *.xlt)", "All (*)"}));
-}
-
 } // namespace wagemill

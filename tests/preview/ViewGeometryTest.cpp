@@ -7,13 +7,6 @@
 
 namespace wagemill {
 
-TEST(Zoom, IsOfferedFromAQuarterToThreeAndThreeQuarters)
-{
-    const std::pair<float, bool> cases[] = {{0.24F, false}, {0.25F, true}, {3.75F, true}, {3.76F, false}};
-    for (const auto& [zoom, isOffered] : cases)
-        EXPECT_EQ(isZoomOffered(zoom), isOffered) << zoom;
-}
-
 TEST(LayoutUnit, IsFourPixels)
 {
     EXPECT_EQ(toUnits(10), 2.5F);
@@ -32,8 +25,6 @@ TEST(NaturalExtent, IsTwoLessThanTheBoxAndRoundsHalvesToEven)
 TEST(ZoomedExtent, RoundsDown)
 {
     EXPECT_EQ(zoomedExtent(1001, 0.25F), 250);
-    EXPECT_EQ(zoomedExtent(1003, 0.75F), 752); // 752.25
-    EXPECT_EQ(zoomedExtent(3, 1.75F), 5);
     EXPECT_EQ(zoomedExtent(-1, 0.25F), -1); // an empty picture
     EXPECT_THROW(zoomedExtent(std::numeric_limits<std::int32_t>::max(), 1.25F), std::overflow_error);
 }
