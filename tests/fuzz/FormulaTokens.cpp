@@ -92,7 +92,7 @@ std::optional<Written> written(const Formula& formula)
 void tryInput(Input input)
 {
     static Book book = preparedBook();
-    static const CalculationSettings settings{{}, 46112.75, mostArrayValues};
+    static const CalculationSettings settings{{}, 46112.75, maxArrayValues};
     const bool isArray = takeByte(input) % 2 == 1;
     const std::size_t low = takeByte(input);
     const std::size_t named = low + std::size_t{256} * takeByte(input);

@@ -16,7 +16,7 @@ void tryInput(Input input);
 
 /// That the arrays of formulas may have: as many as the program allows when kept inputs are tried again and timed, few
 /// when there are millions of inputs to try.
-extern const std::size_t mostArrayValues;
+extern const std::size_t maxArrayValues;
 
 /// A rule that holds whatever the input is.
 inline void require(bool holds, const std::string& rule)

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-const std::size_t wagemill::fuzz::mostArrayValues = 1 << 12;
+const std::size_t wagemill::fuzz::maxArrayValues = 1 << 12;
 
 // libFuzzer's name for it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -14,7 +14,7 @@
 
 namespace wagemill::fuzz {
 
-const std::size_t mostArrayValues = engine::CalculationSettings{}.mostArrayValues;
+const std::size_t maxArrayValues = engine::CalculationSettings{}.maxArrayValues;
 
 namespace {
 

@@ -29,6 +29,13 @@ std::optional<std::size_t> Book::sheetIndex(std::string_view name) const
     return static_cast<std::size_t>(found - sheets.begin());
 }
 
+const SupportingBook* Book::supportingBook(std::uint16_t externSheet) const
+{
+    const std::size_t book =
+        externSheet < externSheets.size() ? externSheets[externSheet].supportingBook : supportingBooks.size();
+    return book < supportingBooks.size() ? &supportingBooks[book] : nullptr;
+}
+
 std::uint16_t Book::externSheetFor(std::size_t first, std::size_t last)
 {
     auto own = std::ranges::find(supportingBooks, SupportingBook::Kind::Own, &SupportingBook::kind);

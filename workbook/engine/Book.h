@@ -112,6 +112,8 @@ public:
     Sheet& addSheet(std::string_view name);
     /// The position of the sheet of that name, without regard to case.
     std::optional<std::size_t> sheetIndex(std::string_view name) const;
+    /// The workbook that a token's index means; null when the index is damaged.
+    const SupportingBook* supportingBook(std::uint16_t externSheet) const;
     /// The index for tokens that refer to sheets of this book, added when missing.
     std::uint16_t externSheetFor(std::size_t first, std::size_t last);
     std::uint16_t externSheetFor(std::size_t sheet) { return externSheetFor(sheet, sheet); }

@@ -75,9 +75,10 @@ void forEachCell(const ComputedBook& book, const Area& area, Visit visit)
 /// The value of one cell, Empty where there is none.
 const CellValue& cellValue(const ComputedBook& book, std::size_t sheet, CellAddress address);
 
-/// Calls visit(const CellValue&) for each cell of the area that is there, row by row, or at once visitNumber(double).
-template <class Visit, class VisitNumber>
-void forEachValue(const ComputedBook& book, const Area& area, Visit visit, VisitNumber visitNumber)
+/// Calls visit(const CellValue&) for each cell of the area that is there, row by row, or visit(double) for a number
+/// that is known already.
+template <class Visit>
+void forEachValue(const ComputedBook& book, const Area& area, Visit visit)
 {
     constexpr int manyRows = 64;
     const bool isLongColumn = area.cells.columns() == 1 && area.cells.rows() >= manyRows;
@@ -90,7 +91,7 @@ void forEachValue(const ComputedBook& book, const Area& area, Visit visit, Visit
     for (int row = area.cells.firstRow; row <= lastRow; ++row) {
         double& known = kept[static_cast<std::size_t>(row)];
         if (!std::isnan(known)) {
-            visitNumber(known);
+            visit(known);
         } else if (const Cell* const cell = book.model().sheets[area.sheet]->find({row, area.cells.firstColumn})) {
             if (!book.compute(*cell))
                 return;

@@ -1,5 +1,5 @@
 #include "app/base/text/LetterCase.h"
-#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/text/SerialDay.h"
 
 #include <array>
@@ -35,24 +35,23 @@ CalendarDate dateOf(const FunctionCall& call, std::size_t index)
     return dateOfSerialDay(momentOf(call, index).day, call.dates1904());
 }
 
-Operand serialAnswer(const FunctionCall& call, int year, int month, int day)
+Answer serialAnswer(const FunctionCall& call, int year, int month, int day)
 {
     const int serial = serialDayOf(year, month, day, call.dates1904());
-    return serial < 0 || serial > lastSerialDay(call.dates1904()) ? errorOperand(ErrorCode::Number)
-                                                                  : numberAnswer(serial);
+    return serial < 0 || serial > lastSerialDay(call.dates1904()) ? Answer(ErrorCode::Number) : serial;
 }
 
 /// Years, months or days as an argument gives them, no more than the calendar of 10,000 years has.
 int calendarArgument(const FunctionCall& call, std::size_t index)
 {
-    constexpr double most = 4e6;
+    constexpr double maxNumber = 4e6;
     const double number = std::trunc(call.number(index));
-    if (std::fabs(number) > most)
+    if (std::fabs(number) > maxNumber)
         throw FormulaFailure{ErrorCode::Number};
     return static_cast<int>(number);
 }
 
-Operand date(const FunctionCall& call)
+Answer date(const FunctionCall& call)
 {
     const int first = call.dates1904() ? 1904 : 1900;
     int year = calendarArgument(call, 0);
@@ -61,25 +60,24 @@ Operand date(const FunctionCall& call)
     const int month = calendarArgument(call, 1);
     const int wholeYears = static_cast<int>(std::floor((month - 1) / 12.0));
     if (year + wholeYears < 1899 || year + wholeYears > lastYear)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     return serialAnswer(call, year + wholeYears, month - 12 * wholeYears, calendarArgument(call, 2));
 }
 
-Operand time(const FunctionCall& call)
+Answer time(const FunctionCall& call)
 {
     const double seconds =
         std::trunc(call.number(0)) * 3600 + std::trunc(call.number(1)) * 60 + std::trunc(call.number(2));
     if (seconds < 0)
-        return errorOperand(ErrorCode::Number);
-    return numberAnswer(std::fmod(seconds, secondsPerDay) / secondsPerDay);
+        return ErrorCode::Number;
+    return std::fmod(seconds, secondsPerDay) / secondsPerDay;
 }
 
 /// What a clock shows of one unit: `seconds` long, so many to the next larger one.
 template <int seconds, int unitsInNext>
-Operand clockPart(const FunctionCall& call)
+Answer clockPart(const FunctionCall& call)
 {
-    const int part = momentOf(call, 0).second / seconds % unitsInNext;
-    return numberAnswer(part);
+    return momentOf(call, 0).second / seconds % unitsInNext;
 }
 
 /// 0 is Sunday.
@@ -89,25 +87,25 @@ int weekdayOf(const FunctionCall& call, int day)
 }
 
 /// type  1: Sunday is 1, 2: Monday is 1, 3: Monday is 0
-Operand weekday(const FunctionCall& call)
+Answer weekday(const FunctionCall& call)
 {
     const int type = call.integer(1, 1);
     const int fromSunday = weekdayOf(call, momentOf(call, 0).day);
     if (type < 1 || type > 3)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const int fromMonday = (fromSunday + 6) % 7;
-    return numberAnswer(type == 1 ? fromSunday + 1 : type == 2 ? fromMonday + 1 : fromMonday);
+    return type == 1 ? fromSunday + 1 : type == 2 ? fromMonday + 1 : fromMonday;
 }
 
 /// Weeks begin on Sunday, or with a second argument of 2 on Monday; 1 January lies in the first one.
-Operand weekNumber(const FunctionCall& call)
+Answer weekNumber(const FunctionCall& call)
 {
     const int type = call.integer(1, 1);
     const int day = momentOf(call, 0).day;
     if (type < 1 || type > 2)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const int firstDay = serialDayOf(dateOf(call, 0).year, 1, 1, call.dates1904());
-    return numberAnswer((day - firstDay + (weekdayOf(call, firstDay) + 8 - type) % 7) / 7 + 1);
+    return (day - firstDay + (weekdayOf(call, firstDay) + 8 - type) % 7) / 7 + 1;
 }
 
 double now(const FunctionCall& call)
@@ -123,31 +121,22 @@ double numberInArgument(const FunctionCall& call)
     return *number;
 }
 
-/// The month so many months later, and the day of it that `day` chooses.
-template <class Day>
-Operand monthsLater(const FunctionCall& call, Day day)
+/// The month so many months later, and the day of it that `day` chooses by the first date's and the month's last one.
+template <auto day>
+Answer monthsLater(const FunctionCall& call)
 {
     const CalendarDate start = dateOf(call, 0);
     const int months = start.year * 12 + start.month - 1 + calendarArgument(call, 1);
     if (months < 1900 * 12 || months > lastYear * 12 + 11)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const int lastOfMonth =
         dateOfSerialDay(serialDayOf(months / 12, months % 12 + 2, 0, call.dates1904()), call.dates1904()).day;
     return serialAnswer(call, months / 12, months % 12 + 1, day(start.day, lastOfMonth));
 }
 
-Operand sameDayLater(const FunctionCall& call)
-{
-    return monthsLater(call, [](int day, int last) { return std::min(day, last); });
-}
-
-Operand endOfMonth(const FunctionCall& call)
-{
-    return monthsLater(call, [](int, int last) { return last; });
-}
-
-/// Days between two dates in a year of twelve months with 30 days each (the United States rule unless told otherwise).
-Operand days360(const FunctionCall& call)
+/// Days between two dates in a year of twelve months with 30 days each (by the United States rule unless the third
+/// argument is TRUE).
+Answer days360(const FunctionCall& call)
 {
     CalendarDate start = dateOf(call, 0);
     CalendarDate end = dateOf(call, 1);
@@ -161,17 +150,17 @@ Operand days360(const FunctionCall& call)
         if (end.day == 31 && start.day == 30)
             end.day = 30;
     }
-    return numberAnswer((end.year - start.year) * 360 + (end.month - start.month) * 30 + end.day - start.day);
+    return (end.year - start.year) * 360 + (end.month - start.month) * 30 + end.day - start.day;
 }
 
 /// Whole years, months or days between two dates; "md", "ym" and "yd" leave out the months and years before.
-Operand dateDifference(const FunctionCall& call)
+Answer dateDifference(const FunctionCall& call)
 {
     const std::string unit = lowerText(call.text(2));
     const int first = momentOf(call, 0).day;
     const int last = momentOf(call, 1).day;
     if (first > last)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const CalendarDate start = dateOf(call, 0);
     const CalendarDate end = dateOf(call, 1);
     const int months = (end.year - start.year) * 12 + end.month - start.month - (end.day < start.day ? 1 : 0);
@@ -179,18 +168,18 @@ Operand dateDifference(const FunctionCall& call)
         return last - serialDayOf(year, month, start.day, call.dates1904());
     };
     if (unit == "d")
-        return numberAnswer(last - first);
+        return last - first;
     if (unit == "m")
-        return numberAnswer(months);
+        return months;
     if (unit == "y")
-        return numberAnswer(months / 12);
+        return months / 12;
     if (unit == "ym")
-        return numberAnswer(months % 12);
+        return months % 12;
     if (unit == "md")
-        return numberAnswer(daysFrom(end.year, end.month - (end.day < start.day ? 1 : 0)));
+        return daysFrom(end.year, end.month - (end.day < start.day ? 1 : 0));
     if (unit == "yd")
-        return numberAnswer(daysFrom(start.year + months / 12, start.month));
-    return errorOperand(ErrorCode::Number);
+        return daysFrom(start.year + months / 12, start.month);
+    return ErrorCode::Number;
 }
 
 /// Monday to Friday, but for the holidays that an argument may list.
@@ -215,7 +204,7 @@ private:
     std::set<double> m_holidays;
 };
 
-Operand workingDaysBetween(const FunctionCall& call)
+Answer workingDaysBetween(const FunctionCall& call)
 {
     const int first = momentOf(call, 0).day;
     const int last = momentOf(call, 1).day;
@@ -223,10 +212,10 @@ Operand workingDaysBetween(const FunctionCall& call)
     int count = 0;
     for (int day = std::min(first, last); day <= std::max(first, last); ++day)
         count += days.has(day) ? 1 : 0;
-    return numberAnswer(first <= last ? count : -count);
+    return first <= last ? count : -count;
 }
 
-Operand workingDayLater(const FunctionCall& call)
+Answer workingDayLater(const FunctionCall& call)
 {
     const int distance = calendarArgument(call, 1);
     const WorkingDays days(call, std::abs(distance));
@@ -235,17 +224,17 @@ Operand workingDayLater(const FunctionCall& call)
     for (int left = std::abs(distance); left > 0; left -= days.has(day) ? 1 : 0) {
         day += step;
         if (day < 0 || day > lastSerialDay(call.dates1904()))
-            return errorOperand(ErrorCode::Number);
+            return ErrorCode::Number;
     }
-    return numberAnswer(day);
+    return day;
 }
 
 constexpr auto table = std::to_array<FunctionBinding>({
     {"DATE", date},
     {"TIME", time},
-    {"YEAR", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).year); }},
-    {"MONTH", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).month); }},
-    {"DAY", [](const FunctionCall& call) { return numberAnswer(dateOf(call, 0).day); }},
+    {"YEAR", [](const FunctionCall& call) -> Answer { return dateOf(call, 0).year; }},
+    {"MONTH", [](const FunctionCall& call) -> Answer { return dateOf(call, 0).month; }},
+    {"DAY", [](const FunctionCall& call) -> Answer { return dateOf(call, 0).day; }},
     {"HOUR", clockPart<3600, 24>},
     {"MINUTE", clockPart<60, 60>},
     {"SECOND", clockPart<1, 60>},
@@ -254,17 +243,19 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"DATEDIF", dateDifference},
     {"NETWORKDAYS", workingDaysBetween, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "VVR"},
     {"WORKDAY", workingDayLater, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "VVR"},
-    {"DATEVALUE", [](const FunctionCall& call) { return numberAnswer(std::floor(numberInArgument(call))); }},
+    {"DATEVALUE", [](const FunctionCall& call) -> Answer { return std::floor(numberInArgument(call)); }},
     {"TIMEVALUE",
-     [](const FunctionCall& call) {
+     [](const FunctionCall& call) -> Answer {
          const double moment = numberInArgument(call);
-         return numberAnswer(moment - std::floor(moment));
+         return moment - std::floor(moment);
      }},
-    {"TODAY", [](const FunctionCall& call) { return numberAnswer(std::floor(now(call))); }},
-    {"NOW", [](const FunctionCall& call) { return numberAnswer(now(call)); }},
+    {"TODAY", [](const FunctionCall& call) -> Answer { return std::floor(now(call)); }},
+    {"NOW", [](const FunctionCall& call) -> Answer { return now(call); }},
     {"DAYS360", days360},
-    {"EDATE", sameDayLater, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
-    {"EOMONTH", endOfMonth, OnError::Propagate, FunctionOrigin::AnalysisAddIn, "V"},
+    {"EDATE", monthsLater<[](int day, int last) { return std::min(day, last); }>, OnError::Propagate,
+     FunctionOrigin::AnalysisAddIn, "V"},
+    {"EOMONTH", monthsLater<[](int, int last) { return last; }>, OnError::Propagate, FunctionOrigin::AnalysisAddIn,
+     "V"},
 });
 
 } // namespace

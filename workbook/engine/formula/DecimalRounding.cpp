@@ -9,8 +9,6 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr int mostDecimals = 400; ///< no double has digits farther from the point
-
 DecimalNumber truncated(DecimalNumber number, int decimals)
 {
     const int kept = std::max(number.pointPosition + decimals, 0);
@@ -21,9 +19,10 @@ DecimalNumber truncated(DecimalNumber number, int decimals)
 
 } // namespace
 
-double roundedNumber(double number, int decimals, Rounding rounding)
+double roundedNumber(double number, double decimals, Rounding rounding)
 {
-    const int places = std::clamp(decimals, -mostDecimals, mostDecimals);
+    constexpr double maxDecimals = 400; // no double has digits farther from the point
+    const auto places = static_cast<int>(std::clamp(decimals, -maxDecimals, maxDecimals));
     const DecimalNumber decimal = toShownDecimal(number);
     DecimalNumber result =
         rounding == Rounding::HalfAwayFromZero ? rounded(decimal, places) : truncated(decimal, places);

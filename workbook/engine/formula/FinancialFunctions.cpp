@@ -1,4 +1,4 @@
-#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/FormulaFunctions.h"
 
 #include <array>
 #include <cmath>
@@ -28,36 +28,36 @@ Annuity annuityOf(const FunctionCall& call)
     return {call.number(0), call.number(4, 0) != 0};
 }
 
-Operand payment(const FunctionCall& call)
+Answer payment(const FunctionCall& call)
 {
     const Annuity annuity = annuityOf(call);
     const double payments = call.number(1);
-    return numberAnswer(-(call.number(2) * annuity.growth(payments) + call.number(3, 0)) / annuity.sum(payments));
+    return -(call.number(2) * annuity.growth(payments) + call.number(3, 0)) / annuity.sum(payments);
 }
 
-Operand presentValue(const FunctionCall& call)
+Answer presentValue(const FunctionCall& call)
 {
     const Annuity annuity = annuityOf(call);
     const double payments = call.number(1);
-    return numberAnswer(-(call.number(3, 0) + call.number(2) * annuity.sum(payments)) / annuity.growth(payments));
+    return -(call.number(3, 0) + call.number(2) * annuity.sum(payments)) / annuity.growth(payments);
 }
 
-Operand futureValue(const FunctionCall& call)
+Answer futureValue(const FunctionCall& call)
 {
     const Annuity annuity = annuityOf(call);
     const double payments = call.number(1);
-    return numberAnswer(-(call.number(3, 0) * annuity.growth(payments) + call.number(2) * annuity.sum(payments)));
+    return -(call.number(3, 0) * annuity.growth(payments) + call.number(2) * annuity.sum(payments));
 }
 
-Operand numberOfPayments(const FunctionCall& call)
+Answer numberOfPayments(const FunctionCall& call)
 {
     const Annuity annuity = annuityOf(call);
     const double present = call.number(2);
     const double future = call.number(3, 0);
     if (annuity.rate == 0)
-        return numberAnswer(-(present + future) / call.number(1));
+        return -(present + future) / call.number(1);
     const double perpetual = call.number(1) * annuity.sum(1) / annuity.rate;
-    return numberAnswer(std::log((perpetual - future) / (perpetual + present)) / std::log1p(annuity.rate));
+    return std::log((perpetual - future) / (perpetual + present)) / std::log1p(annuity.rate);
 }
 
 constexpr auto table = std::to_array<FunctionBinding>({

@@ -39,6 +39,20 @@ bool isArray(const Operand& operand)
     return std::holds_alternative<ArrayPointer>(operand);
 }
 
+char parameterClass(const FunctionBinding& function, std::size_t index)
+{
+    const std::string_view classes = function.parameterClasses;
+    return classes.empty() ? 'V' : classes[std::min(index, classes.size() - 1)];
+}
+
+/// Of the areas, which are not none.
+Operand referenceTo(std::vector<Area> areas)
+{
+    if (areas.size() == 1)
+        return areas.front();
+    return std::make_shared<const std::vector<Area>>(std::move(areas));
+}
+
 CellValue intersection(const ComputedBook& book, const Area& area, CellAddress cell)
 {
     const CellRect& cells = area.cells;
@@ -102,6 +116,27 @@ ReferenceToken seenFrom(CellAddress cell, ReferenceToken token)
     return token;
 }
 
+Operand referredCells(const Book& book, std::size_t sheet, const ReferenceToken& token)
+{
+    if (token.bad)
+        return errorOperand(ErrorCode::Reference);
+    const ReferencePart& first = token.first;
+    const ReferencePart& last = token.last ? *token.last : token.first;
+    // a copied formula may have moved one corner past the other
+    const CellRect cells{std::min(first.row, last.row), std::min(first.column, last.column),
+                         std::max(first.row, last.row), std::max(first.column, last.column)};
+    if (!token.externSheet)
+        return Area{sheet, cells};
+    const SupportingBook* const referred = book.supportingBook(*token.externSheet);
+    if (referred == nullptr || referred->kind != SupportingBook::Kind::Own)
+        return errorOperand(ErrorCode::Reference);
+    const ExternSheet& sheets = book.externSheets[*token.externSheet];
+    std::vector<Area> areas;
+    for (int i = sheets.first; i >= 0 && i <= sheets.last && i < static_cast<int>(book.sheets.size()); ++i)
+        areas.push_back({static_cast<std::size_t>(i), cells});
+    return areas.empty() ? errorOperand(ErrorCode::Reference) : referenceTo(std::move(areas));
+}
+
 /// One pass over a list of tokens, on top of the evaluator's stack.
 class FormulaEvaluator::TokenRun {
 public:
@@ -110,413 +145,349 @@ public:
     {
     }
 
-    Operand result();
+    Operand result()
+    {
+        if (m_evaluator.m_nameDepth > 0)
+            m_evaluator.reserveValues(m_tokens.size()); // names in names may multiply
+        while (m_next < m_tokens.size())
+            std::visit(*this, m_tokens[m_next++]);
+        Operand operand = popped();
+        if (m_evaluator.m_stack.size() != m_base)
+            throw CannotEvaluate{};
+        return operand;
+    }
 
     void operator()(const NumberToken& token) { push(numberValue(token.number)); }
     void operator()(const TextToken& token) { push(CellValue(token.text)); }
     void operator()(const LogicalToken& token) { push(CellValue(token.value)); }
     void operator()(const ErrorToken& token) { push(errorOperand(token.error)); }
     void operator()(const MissingArgumentToken& /*token*/) { push(MissingArgument{}); }
-    void operator()(const ReferenceToken& token);
-    void operator()(const NameToken& token);
-    void operator()(const OperatorToken& token);
-    void operator()(const FunctionToken& token);
-    void operator()(const AttributeToken& token);
-    void operator()(const ArrayToken& token);
     void operator()(const OpaqueToken& token)
     {
         if (!token.isMark)
             throw CannotEvaluate{};
     }
 
+    void operator()(const ReferenceToken& token)
+    {
+        if (token.externSheet && isForeign(*token.externSheet))
+            throw CannotEvaluate{"a reference to another workbook"};
+        const bool inName = m_evaluator.m_nameDepth > 0;
+        pushAs(token.operandClass,
+               referredCells(model(), m_evaluator.m_sheet, inName ? seenFrom(m_evaluator.m_cell, token) : token));
+    }
+
+    void operator()(const NameToken& token)
+    {
+        if (const std::string_view called = calledName(token); !called.empty())
+            return push(CalledName{called});
+        if (m_evaluator.m_nameDepth >= maxNameDepth)
+            throw CannotEvaluate{};
+        const DefinedName& name = model().names[static_cast<std::size_t>(token.index) - 1];
+        ++m_evaluator.m_nameDepth; // evaluate() starts from 0 again, whatever is thrown
+        Operand operand = m_evaluator.run(name.formula.tokens);
+        --m_evaluator.m_nameDepth;
+        pushAs(token.operandClass, std::move(operand));
+    }
+
+    void operator()(const ArrayToken& token)
+    {
+        if (token.rows < 1 || token.columns < 1 ||
+            token.values.size() != static_cast<std::size_t>(token.rows) * static_cast<std::size_t>(token.columns))
+            throw CannotEvaluate{};
+        m_evaluator.reserveValues(token.values.size());
+        push(std::make_shared<const ValueArray>(ValueArray{token.rows, token.columns, token.values}));
+    }
+
+    void operator()(const OperatorToken& token)
+    {
+        switch (token.op) {
+        case Operator::Brackets:
+            break;
+        case Operator::Range:
+        case Operator::Union:
+        case Operator::Intersection:
+            joinReferences(token.op);
+            break;
+        case Operator::Negate:
+        case Operator::UnaryPlus:
+        case Operator::Percent:
+            calculateSigned(token.op);
+            break;
+        default:
+            calculate(token.op);
+        }
+    }
+
+    void operator()(const FunctionToken& token)
+    {
+        auto& stack = m_evaluator.m_stack;
+        if (stack.size() < m_base + token.arguments)
+            throw CannotEvaluate{};
+        auto arguments = std::span(stack).last(token.arguments);
+        const FunctionBinding& function = bindingOf(token, arguments);
+        const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
+        Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument(token.function))
+                                        : call(function, arguments, OperandClass::Value);
+        stack.resize(stack.size() - token.arguments);
+        pushAs(token.operandClass, std::move(answer));
+    }
+
+    void operator()(const AttributeToken& token)
+    {
+        switch (token.kind) {
+        case AttributeToken::Kind::If:
+            return chooseBranch(token);
+        case AttributeToken::Kind::Choose:
+            return chooseChoice(token);
+        case AttributeToken::Kind::Goto:
+            return goTo(target(token));
+        case AttributeToken::Kind::Sum:
+            return (*this)(FunctionToken{OperandClass::Value, sumFunction, 1, true});
+        case AttributeToken::Kind::Volatile:
+        case AttributeToken::Kind::Space:
+        case AttributeToken::Kind::Other:
+            break;
+        }
+    }
+
 private:
+    const Book& model() const { return m_evaluator.m_book.model(); }
+
     void push(Operand operand) { m_evaluator.m_stack.push_back(std::move(operand)); }
-    void pushAs(OperandClass operandClass, Operand operand);
-    Operand popped();
-    bool isForeign(std::uint16_t externSheet) const;
-    std::string_view calledName(const NameToken& token) const;
 
-    void joinReferences(Operator op);
-    void calculate(Operator op);
-    void calculateSigned(Operator op);
+    void pushAs(OperandClass operandClass, Operand operand)
+    {
+        const bool isValue = operandClass == OperandClass::Value && !m_evaluator.m_wantsArrays;
+        if (isValue && !areasOf(operand).empty())
+            return push(m_evaluator.single(operand));
+        if (!isValue && operandClass != OperandClass::Reference && std::holds_alternative<Area>(operand)) {
+            const ValueGrid grid(m_evaluator.m_book, operand);
+            return push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
+                                [&](int row, int column) { return grid.at(row, column); }));
+        }
+        push(std::move(operand));
+    }
 
-    const FunctionBinding& bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const;
-    Operand call(const FunctionBinding& function, std::span<Operand> arguments, OperandClass wanted);
-    Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument);
+    Operand popped()
+    {
+        auto& stack = m_evaluator.m_stack;
+        if (stack.size() <= m_base)
+            throw CannotEvaluate{}; // the token list of a damaged file
+        Operand operand = std::move(stack.back());
+        stack.pop_back();
+        return operand;
+    }
 
-    void goTo(std::size_t target);
-    void goBehindFunction(std::size_t target);
-    std::size_t target(const AttributeToken& token, std::size_t index) const;
-    void chooseBranch(const AttributeToken& token);
-    void chooseChoice(const AttributeToken& token);
+    bool isForeign(std::uint16_t externSheet) const
+    {
+        const SupportingBook* const book = model().supportingBook(externSheet);
+        return book == nullptr || book->kind != SupportingBook::Kind::Own;
+    }
+
+    /// The name of an add-in's or later function that the token stands for; empty when it stands for a formula.
+    std::string_view calledName(const NameToken& token) const
+    {
+        const auto index = static_cast<std::size_t>(token.index) - 1;
+        if (token.externSheet && isForeign(*token.externSheet)) {
+            const SupportingBook* const book = model().supportingBook(*token.externSheet);
+            if (book == nullptr || book->kind != SupportingBook::Kind::AddIn || index >= book->externNames.size())
+                throw CannotEvaluate{};
+            return book->externNames[index];
+        }
+        if (index >= model().names.size())
+            throw FormulaFailure{ErrorCode::Name};
+        const DefinedName& name = model().names[index];
+        return name.formula.tokens.empty() || name.name.starts_with("_xlfn.") ? std::string_view(name.name) : "";
+    }
+
+    void joinReferences(Operator op)
+    {
+        const Operand right = popped();
+        const Operand left = popped();
+        for (const Operand* operand : {&left, &right})
+            if (areasOf(*operand).empty()) {
+                const CellValue value = m_evaluator.single(*operand);
+                return push(std::holds_alternative<ErrorCode>(value) ? value : CellValue(ErrorCode::Value));
+            }
+        m_evaluator.reserveValues(areasOf(left).size() * areasOf(right).size());
+        const auto joined = joinedAreas(op, areasOf(left), areasOf(right));
+        const auto* const error = std::get_if<ErrorCode>(&joined);
+        push(error != nullptr ? errorOperand(*error) : referenceTo(std::get<std::vector<Area>>(joined)));
+    }
+
+    void calculate(Operator op)
+    {
+        const Operand right = popped();
+        const Operand left = popped();
+        const bool isLast = m_next == m_tokens.size() && m_evaluator.m_nameDepth == 0;
+        const auto answer = [&](const CellValue& first, const CellValue& second) {
+            return isLast && isNothingButRounding(op, first, second)
+                       ? CellValue(0.0)
+                       : calculated(op, first, second, m_evaluator.m_rules);
+        };
+        if (!isArray(left) && !isArray(right))
+            return push(answer(m_evaluator.single(left), m_evaluator.single(right)));
+        const ValueGrid leftGrid(m_evaluator.m_book, left);
+        const ValueGrid rightGrid(m_evaluator.m_book, right);
+        Extent extent;
+        extent.include(leftGrid);
+        extent.include(rightGrid);
+        push(arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
+            return answer(element(leftGrid, row, column), element(rightGrid, row, column));
+        }));
+    }
+
+    void calculateSigned(Operator op)
+    {
+        const Operand operand = popped();
+        if (!isArray(operand))
+            return push(calculated(op, m_evaluator.single(operand), m_evaluator.m_rules));
+        const ValueGrid grid(m_evaluator.m_book, operand);
+        push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
+                     [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
+    }
+
+    /// What computes the function; takes the name that function 255 calls off the arguments.
+    const FunctionBinding& bindingOf(const FunctionToken& token, std::span<Operand>& arguments) const
+    {
+        const FunctionInfo* info = findFunction(token.function);
+        const FunctionBinding* function = findBinding(token.function);
+        std::string_view name = info == nullptr ? "" : info->name;
+        if (token.function == addInFunction) {
+            const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
+            if (called == nullptr)
+                throw CannotEvaluate{};
+            arguments = arguments.subspan(1);
+            name = called->name;
+            function = findBinding(name);
+            info = function == nullptr ? nullptr : findFunction(function->name);
+        }
+        if (function == nullptr && !name.empty())
+            throw CannotEvaluate{std::string(name)};
+        if (function == nullptr || !takes(info, arguments.size()))
+            throw CannotEvaluate{};
+        return *function;
+    }
+
+    /// wanted  Array or Value
+    Operand call(const FunctionBinding& function, std::span<Operand> arguments, OperandClass wanted)
+    {
+        const Operand* firstError = nullptr; // which only counts where there is one that the function does not take
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            const bool isValue = parameterClass(function, i) == 'V';
+            if (isValue && !std::holds_alternative<CellValue>(arguments[i]) &&
+                !std::holds_alternative<MissingArgument>(arguments[i]))
+                arguments[i] = m_evaluator.single(arguments[i]);
+            const auto* const value = std::get_if<CellValue>(&arguments[i]);
+            if (value == nullptr || !std::holds_alternative<ErrorCode>(*value))
+                continue;
+            if (firstError == nullptr)
+                firstError = &arguments[i];
+            if (isValue && function.onError == OnError::Propagate)
+                return *firstError;
+        }
+        try {
+            return function.body(FunctionCall(m_evaluator, arguments, wanted)).operand;
+        } catch (const FormulaFailure& failure) {
+            return errorOperand(failure.error);
+        }
+    }
+
+    /// Where an array is wanted, a function of values answers one for each element of its arguments.
+    /// choosesArgument  it answers one of its arguments as it is, or of each its elements when it chooses for each one
+    Operand callForEachElement(const FunctionBinding& function, std::span<Operand> arguments, bool choosesArgument)
+    {
+        const std::vector<Operand> given(arguments.begin(), arguments.end());
+        const bool spreadsAll = choosesArgument && !given.empty() && isArray(given.front());
+        const auto isSpread = [&](std::size_t i) {
+            return (spreadsAll || parameterClass(function, i) == 'V') &&
+                   (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
+        };
+        Extent extent;
+        std::size_t rowsEach = 0; // that the function may have to look through for every element
+        std::vector<ValueGrid> grids;
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            grids.emplace_back(m_evaluator.m_book, given[i]);
+            if (isSpread(i))
+                extent.include(grids.back());
+            else
+                rowsEach += static_cast<std::size_t>(grids.back().usedRows());
+        }
+        if (extent.size() == 1)
+            return call(function, arguments, OperandClass::Array);
+        constexpr std::size_t rowsForAValue = 16; // a row is passed over that much faster than a value is computed
+        m_evaluator.reserveValues(extent.size() * rowsEach / rowsForAValue);
+        return arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
+            for (std::size_t i = 0; i < given.size(); ++i)
+                arguments[i] = isSpread(i) ? Operand(element(grids[i], row, column)) : given[i];
+            return m_evaluator.single(call(function, arguments, OperandClass::Value));
+        });
+    }
+
+    static std::size_t target(const AttributeToken& token)
+    {
+        if (token.targets.empty())
+            throw CannotEvaluate{};
+        return token.targets.front();
+    }
+
+    /// Null when there is no token, or another kind of token, in that place.
+    template <class Kind>
+    const Kind* tokenAt(std::size_t index) const
+    {
+        return index < m_tokens.size() ? std::get_if<Kind>(&m_tokens[index]) : nullptr;
+    }
+
+    void goTo(std::size_t target)
+    {
+        if (target < m_next || target > m_tokens.size())
+            throw CannotEvaluate{}; // a damaged file must not send us in circles
+        m_next = target;
+    }
+
+    /// Leaves IF or CHOOSE with its answer on the stack. target: the function, or the token after it
+    void leaveFunction(std::size_t target, Operand answer)
+    {
+        push(std::move(answer));
+        goTo(tokenAt<FunctionToken>(target) == nullptr ? target : target + 1);
+    }
+
+    void chooseBranch(const AttributeToken& token)
+    {
+        const auto condition = toLogical(m_evaluator.single(popped()), m_evaluator.m_rules);
+        const std::size_t otherwise = target(token);
+        if (const auto* const error = std::get_if<ErrorCode>(&condition)) {
+            const auto* const leave = tokenAt<AttributeToken>(otherwise - 1);
+            if (leave == nullptr || leave->kind != AttributeToken::Kind::Goto)
+                throw CannotEvaluate{};
+            push(errorOperand(*error));
+            return goTo(target(*leave));
+        }
+        if (std::get<bool>(condition))
+            return;
+        const auto* const function = tokenAt<FunctionToken>(otherwise);
+        if (function == nullptr || function->arguments == 0) // not IF itself: the other part may begin with PI()
+            return goTo(otherwise);
+        leaveFunction(otherwise, CellValue(false));
+    }
+
+    void chooseChoice(const AttributeToken& token)
+    {
+        const auto number = toNumber(m_evaluator.single(popped()), m_evaluator.m_rules);
+        const auto* const index = std::get_if<double>(&number);
+        if (index != nullptr && *index >= 1 && *index < static_cast<double>(token.targets.size()))
+            return goTo(token.targets[static_cast<std::size_t>(*index) - 1]);
+        target(token); // there must be one
+        leaveFunction(token.targets.back(),
+                      errorOperand(index == nullptr ? std::get<ErrorCode>(number) : ErrorCode::Value));
+    }
 
     FormulaEvaluator& m_evaluator;
     const std::vector<Token>& m_tokens;
     std::size_t m_base;
     std::size_t m_next = 0;
 };
-
-Operand FormulaEvaluator::TokenRun::result()
-{
-    if (m_evaluator.m_nameDepth > 0)
-        m_evaluator.reserveValues(m_tokens.size()); // names in names may multiply
-    while (m_next < m_tokens.size())
-        std::visit(*this, m_tokens[m_next++]);
-    Operand operand = popped();
-    if (m_evaluator.m_stack.size() != m_base)
-        throw CannotEvaluate{};
-    return operand;
-}
-
-Operand FormulaEvaluator::TokenRun::popped()
-{
-    auto& stack = m_evaluator.m_stack;
-    if (stack.size() <= m_base)
-        throw CannotEvaluate{}; // the token list of a damaged file
-    Operand operand = std::move(stack.back());
-    stack.pop_back();
-    return operand;
-}
-
-void FormulaEvaluator::TokenRun::pushAs(OperandClass operandClass, Operand operand)
-{
-    const bool isValue = operandClass == OperandClass::Value && !m_evaluator.m_wantsArrays;
-    if (isValue && !areasOf(operand).empty())
-        return push(m_evaluator.single(operand));
-    if (!isValue && operandClass != OperandClass::Reference && std::holds_alternative<Area>(operand)) {
-        const ValueGrid grid(m_evaluator.m_book, operand);
-        return push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
-                            [&](int row, int column) { return grid.at(row, column); }));
-    }
-    push(std::move(operand));
-}
-
-bool FormulaEvaluator::TokenRun::isForeign(std::uint16_t externSheet) const
-{
-    const Book& book = m_evaluator.m_book.model();
-    if (externSheet >= book.externSheets.size())
-        return true;
-    const std::size_t supporting = book.externSheets[externSheet].supportingBook;
-    return supporting >= book.supportingBooks.size() ||
-           book.supportingBooks[supporting].kind != SupportingBook::Kind::Own;
-}
-
-void FormulaEvaluator::TokenRun::operator()(const ReferenceToken& token)
-{
-    if (token.externSheet && isForeign(*token.externSheet))
-        throw CannotEvaluate{"a reference to another workbook"};
-    const bool inName = m_evaluator.m_nameDepth > 0;
-    Area first;
-    std::vector<Area> all;
-    std::size_t count = 0;
-    const Book& book = m_evaluator.m_book.model();
-    forEachArea(book, m_evaluator.m_sheet, inName ? seenFrom(m_evaluator.m_cell, token) : token, [&](const Area& area) {
-        if (count++ == 0)
-            first = area;
-        else if (count == 2)
-            all = {first, area};
-        else
-            all.push_back(area);
-    });
-    if (count == 0)
-        push(errorOperand(ErrorCode::Reference));
-    else if (count == 1)
-        pushAs(token.operandClass, first);
-    else
-        pushAs(token.operandClass, std::make_shared<const std::vector<Area>>(std::move(all)));
-}
-
-/// The name of an add-in's or later function that the token stands for; empty when it stands for a formula.
-std::string_view FormulaEvaluator::TokenRun::calledName(const NameToken& token) const
-{
-    const Book& book = m_evaluator.m_book.model();
-    const auto index = static_cast<std::size_t>(token.index) - 1;
-    if (token.externSheet && isForeign(*token.externSheet)) {
-        if (*token.externSheet >= book.externSheets.size())
-            throw CannotEvaluate{};
-        const std::size_t supporting = book.externSheets[*token.externSheet].supportingBook;
-        if (supporting >= book.supportingBooks.size() || index >= book.supportingBooks[supporting].externNames.size() ||
-            book.supportingBooks[supporting].kind != SupportingBook::Kind::AddIn)
-            throw CannotEvaluate{};
-        return book.supportingBooks[supporting].externNames[index];
-    }
-    if (index >= book.names.size())
-        throw FormulaFailure{ErrorCode::Name};
-    const DefinedName& name = book.names[index];
-    return name.formula.tokens.empty() || name.name.starts_with("_xlfn.") ? std::string_view(name.name) : "";
-}
-
-void FormulaEvaluator::TokenRun::operator()(const NameToken& token)
-{
-    if (const std::string_view called = calledName(token); !called.empty())
-        return push(CalledName{called});
-    if (m_evaluator.m_nameDepth >= maxNameDepth)
-        throw CannotEvaluate{};
-    const DefinedName& name = m_evaluator.m_book.model().names[static_cast<std::size_t>(token.index) - 1];
-    ++m_evaluator.m_nameDepth; // evaluate() starts from 0 again, whatever is thrown
-    Operand operand = m_evaluator.run(name.formula.tokens);
-    --m_evaluator.m_nameDepth;
-    pushAs(token.operandClass, std::move(operand));
-}
-
-void FormulaEvaluator::TokenRun::operator()(const ArrayToken& token)
-{
-    auto array = std::make_shared<ValueArray>();
-    array->rows = token.rows;
-    array->columns = token.columns;
-    array->values = token.values;
-    if (token.rows < 1 || token.columns < 1 ||
-        token.values.size() != static_cast<std::size_t>(token.rows) * static_cast<std::size_t>(token.columns))
-        throw CannotEvaluate{};
-    m_evaluator.reserveValues(token.values.size());
-    push(ArrayPointer(std::move(array)));
-}
-
-void FormulaEvaluator::TokenRun::operator()(const OperatorToken& token)
-{
-    switch (token.op) {
-    case Operator::Brackets:
-        break;
-    case Operator::Range:
-    case Operator::Union:
-    case Operator::Intersection:
-        joinReferences(token.op);
-        break;
-    case Operator::Negate:
-    case Operator::UnaryPlus:
-    case Operator::Percent:
-        calculateSigned(token.op);
-        break;
-    default:
-        calculate(token.op);
-    }
-}
-
-void FormulaEvaluator::TokenRun::joinReferences(Operator op)
-{
-    const Operand right = popped();
-    const Operand left = popped();
-    for (const Operand* operand : {&left, &right})
-        if (areasOf(*operand).empty()) {
-            const CellValue value = m_evaluator.single(*operand);
-            return push(std::holds_alternative<ErrorCode>(value) ? value : CellValue(ErrorCode::Value));
-        }
-    m_evaluator.reserveValues(areasOf(left).size() * areasOf(right).size());
-    const auto joined = joinedAreas(op, areasOf(left), areasOf(right));
-    if (const auto* const error = std::get_if<ErrorCode>(&joined))
-        return push(errorOperand(*error));
-    const auto& areas = std::get<std::vector<Area>>(joined);
-    if (areas.size() == 1)
-        return push(areas.front());
-    push(std::make_shared<const std::vector<Area>>(areas));
-}
-
-void FormulaEvaluator::TokenRun::calculate(Operator op)
-{
-    const Operand right = popped();
-    const Operand left = popped();
-    const bool isLast = m_next == m_tokens.size() && m_evaluator.m_nameDepth == 0;
-    const auto answer = [&](const CellValue& first, const CellValue& second) {
-        return isLast && isNothingButRounding(op, first, second) ? CellValue(0.0)
-                                                                 : calculated(op, first, second, m_evaluator.m_rules);
-    };
-    if (!isArray(left) && !isArray(right))
-        return push(answer(m_evaluator.single(left), m_evaluator.single(right)));
-    const ValueGrid leftGrid(m_evaluator.m_book, left);
-    const ValueGrid rightGrid(m_evaluator.m_book, right);
-    Extent extent;
-    extent.include(leftGrid);
-    extent.include(rightGrid);
-    push(arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
-        return answer(element(leftGrid, row, column), element(rightGrid, row, column));
-    }));
-}
-
-void FormulaEvaluator::TokenRun::calculateSigned(Operator op)
-{
-    const Operand operand = popped();
-    if (!isArray(operand))
-        return push(calculated(op, m_evaluator.single(operand), m_evaluator.m_rules));
-    const ValueGrid grid(m_evaluator.m_book, operand);
-    push(arrayOf(m_evaluator, grid.rows(), grid.columns(),
-                 [&](int row, int column) { return calculated(op, grid.at(row, column), m_evaluator.m_rules); }));
-}
-
-/// What computes the function; takes the name that function 255 calls off the arguments.
-const FunctionBinding& FormulaEvaluator::TokenRun::bindingOf(const FunctionToken& token,
-                                                             std::span<Operand>& arguments) const
-{
-    const FunctionInfo* info = findFunction(token.function);
-    const FunctionBinding* function = findBinding(token.function);
-    std::string_view name = info == nullptr ? "" : info->name;
-    if (token.function == addInFunction) {
-        const auto* const called = arguments.empty() ? nullptr : std::get_if<CalledName>(&arguments.front());
-        if (called == nullptr)
-            throw CannotEvaluate{};
-        arguments = arguments.subspan(1);
-        name = called->name;
-        function = findBinding(name);
-        info = function == nullptr ? nullptr : findFunction(function->name);
-    }
-    if (function == nullptr && !name.empty())
-        throw CannotEvaluate{std::string(name)};
-    if (function == nullptr || !takes(info, arguments.size()))
-        throw CannotEvaluate{};
-    return *function;
-}
-
-void FormulaEvaluator::TokenRun::operator()(const FunctionToken& token)
-{
-    auto& stack = m_evaluator.m_stack;
-    if (stack.size() < m_base + token.arguments)
-        throw CannotEvaluate{};
-    auto arguments = std::span(stack).last(token.arguments);
-    const FunctionBinding& function = bindingOf(token, arguments);
-    const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
-    Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument(token.function))
-                                    : call(function, arguments, OperandClass::Value);
-    stack.resize(stack.size() - token.arguments);
-    pushAs(token.operandClass, std::move(answer));
-}
-
-char parameterClass(const FunctionBinding& function, std::size_t index)
-{
-    const std::string_view classes = function.parameterClasses;
-    return classes.empty() ? 'V' : classes[std::min(index, classes.size() - 1)];
-}
-
-/// wanted  Array or Value
-Operand FormulaEvaluator::TokenRun::call(const FunctionBinding& function, std::span<Operand> arguments,
-                                         OperandClass wanted)
-{
-    const Operand* firstError = nullptr; // which only counts where there is one that the function does not take
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const bool isValue = parameterClass(function, i) == 'V';
-        if (isValue && !std::holds_alternative<CellValue>(arguments[i]) &&
-            !std::holds_alternative<MissingArgument>(arguments[i]))
-            arguments[i] = m_evaluator.single(arguments[i]);
-        const auto* const value = std::get_if<CellValue>(&arguments[i]);
-        if (value == nullptr || !std::holds_alternative<ErrorCode>(*value))
-            continue;
-        if (firstError == nullptr)
-            firstError = &arguments[i];
-        if (isValue && function.onError == OnError::Propagate)
-            return *firstError;
-    }
-    try {
-        return function.body(FunctionCall(m_evaluator, arguments, wanted));
-    } catch (const FormulaFailure& failure) {
-        return errorOperand(failure.error);
-    }
-}
-
-/// Where an array is wanted, a function of values answers one for each element of its arguments.
-/// choosesArgument  it answers one of its arguments as it is, or of each its elements when it chooses for each element
-Operand FormulaEvaluator::TokenRun::callForEachElement(const FunctionBinding& function, std::span<Operand> arguments,
-                                                       bool choosesArgument)
-{
-    const std::vector<Operand> given(arguments.begin(), arguments.end());
-    const bool spreadsAll = choosesArgument && !given.empty() && isArray(given.front());
-    const auto isSpread = [&](std::size_t i) {
-        return (spreadsAll || parameterClass(function, i) == 'V') &&
-               (isArray(given[i]) || std::holds_alternative<Area>(given[i]));
-    };
-    Extent extent;
-    std::size_t rowsEach = 0; // that the function may have to look through for every element
-    std::vector<ValueGrid> grids;
-    for (std::size_t i = 0; i < given.size(); ++i) {
-        grids.emplace_back(m_evaluator.m_book, given[i]);
-        if (isSpread(i))
-            extent.include(grids.back());
-        else
-            rowsEach += static_cast<std::size_t>(grids.back().usedRows());
-    }
-    if (extent.size() == 1)
-        return call(function, arguments, OperandClass::Array);
-    constexpr std::size_t rowsForAValue = 16; // a row is passed over that much faster than a value is computed
-    m_evaluator.reserveValues(extent.size() * rowsEach / rowsForAValue);
-    return arrayOf(m_evaluator, extent.rows, extent.columns, [&](int row, int column) {
-        for (std::size_t i = 0; i < given.size(); ++i)
-            arguments[i] = isSpread(i) ? Operand(element(grids[i], row, column)) : given[i];
-        return m_evaluator.single(call(function, arguments, OperandClass::Value));
-    });
-}
-
-void FormulaEvaluator::TokenRun::operator()(const AttributeToken& token)
-{
-    switch (token.kind) {
-    case AttributeToken::Kind::If:
-        return chooseBranch(token);
-    case AttributeToken::Kind::Choose:
-        return chooseChoice(token);
-    case AttributeToken::Kind::Goto:
-        return goTo(target(token, 0));
-    case AttributeToken::Kind::Sum:
-        return (*this)(FunctionToken{OperandClass::Value, sumFunction, 1, true});
-    case AttributeToken::Kind::Volatile:
-    case AttributeToken::Kind::Space:
-    case AttributeToken::Kind::Other:
-        break;
-    }
-}
-
-std::size_t FormulaEvaluator::TokenRun::target(const AttributeToken& token, std::size_t index) const
-{
-    if (index >= token.targets.size())
-        throw CannotEvaluate{};
-    return token.targets[index];
-}
-
-void FormulaEvaluator::TokenRun::goTo(std::size_t target)
-{
-    if (target < m_next || target > m_tokens.size())
-        throw CannotEvaluate{}; // a damaged file must not send us in circles
-    m_next = target;
-}
-
-/// Leaves IF or CHOOSE with its answer on the stack. target: the function, or the token behind it
-void FormulaEvaluator::TokenRun::goBehindFunction(std::size_t target)
-{
-    const bool isFunction = target < m_tokens.size() && std::holds_alternative<FunctionToken>(m_tokens[target]);
-    goTo(isFunction ? target + 1 : target);
-}
-
-void FormulaEvaluator::TokenRun::chooseBranch(const AttributeToken& token)
-{
-    const auto condition = toLogical(m_evaluator.single(popped()), m_evaluator.m_rules);
-    const std::size_t otherwise = target(token, 0);
-    if (const auto* const error = std::get_if<ErrorCode>(&condition)) {
-        if (otherwise < 1 || otherwise > m_tokens.size())
-            throw CannotEvaluate{};
-        const auto* const leave = std::get_if<AttributeToken>(&m_tokens[otherwise - 1]);
-        if (leave == nullptr || leave->kind != AttributeToken::Kind::Goto)
-            throw CannotEvaluate{};
-        push(errorOperand(*error));
-        return goTo(target(*leave, 0));
-    }
-    if (std::get<bool>(condition))
-        return;
-    const auto* const function =
-        otherwise < m_tokens.size() ? std::get_if<FunctionToken>(&m_tokens[otherwise]) : nullptr;
-    if (function == nullptr || function->arguments == 0) // not IF itself: the other part may begin with PI()
-        return goTo(otherwise);
-    push(CellValue(false));
-    goBehindFunction(otherwise);
-}
-
-void FormulaEvaluator::TokenRun::chooseChoice(const AttributeToken& token)
-{
-    const auto number = toNumber(m_evaluator.single(popped()), m_evaluator.m_rules);
-    if (token.targets.empty())
-        throw CannotEvaluate{};
-    const std::size_t choices = token.targets.size() - 1;
-    if (const auto* const index = std::get_if<double>(&number);
-        index != nullptr && *index >= 1 && *index < static_cast<double>(choices) + 1)
-        return goTo(token.targets[static_cast<std::size_t>(*index) - 1]);
-    const auto* const error = std::get_if<ErrorCode>(&number);
-    push(errorOperand(error == nullptr ? ErrorCode::Value : *error));
-    goBehindFunction(token.targets.back());
-}
 
 FormulaEvaluator::FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings,
                                    std::size_t& valuesLeft)

@@ -27,7 +27,7 @@ struct CannotEvaluate {
 /// it goes on, by another evaluator.
 class FormulaEvaluator {
 public:
-    /// valuesLeft  of CalculationSettings::mostArrayValues, for all formulas together
+    /// valuesLeft  of CalculationSettings::maxArrayValues, for all formulas together
     FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings, std::size_t& valuesLeft);
 
     /// The value, never Empty; nothing when the formula holds a part that we cannot evaluate.
@@ -79,6 +79,10 @@ CellValue elementOf(const ComputedBook& book, const Operand& answer, int row, in
 /// A reference of a name's formula, which is written as for cell A1; it wraps around the sheet's edges.
 ReferenceToken seenFrom(CellAddress cell, ReferenceToken token);
 
+/// The areas that a token means, as seen from a formula on `sheet`, one for each sheet that it names; #REF! when they
+/// are gone or in another workbook.
+Operand referredCells(const Book& book, std::size_t sheet, const ReferenceToken& token);
+
 /// An array with compute(row, column) in each place.
 template <class Compute>
 Operand arrayOf(FormulaEvaluator& evaluator, int rows, int columns, Compute compute)
@@ -91,31 +95,6 @@ Operand arrayOf(FormulaEvaluator& evaluator, int rows, int columns, Compute comp
         for (int column = 0; column < columns; ++column)
             array->values.push_back(compute(row, column));
     return std::shared_ptr<const ValueArray>(std::move(array));
-}
-
-/// The areas that a reference token means, as seen from a formula on `sheet`: one for each sheet that it names; none
-/// when the reference is bad or foreign. visit(const Area&)
-template <class Visit>
-void forEachArea(const Book& book, std::size_t sheet, const ReferenceToken& token, Visit visit)
-{
-    if (token.bad)
-        return;
-    const ReferencePart& first = token.first;
-    const ReferencePart& last = token.last ? *token.last : token.first;
-    // a copied formula may have moved one corner past the other
-    const CellRect cells{std::min(first.row, last.row), std::min(first.column, last.column),
-                         std::max(first.row, last.row), std::max(first.column, last.column)};
-    if (!token.externSheet)
-        return visit(Area{sheet, cells});
-    if (*token.externSheet >= book.externSheets.size())
-        return;
-    const ExternSheet& sheets = book.externSheets[*token.externSheet];
-    if (sheets.supportingBook >= book.supportingBooks.size() ||
-        book.supportingBooks[sheets.supportingBook].kind != SupportingBook::Kind::Own || sheets.first < 0)
-        return;
-    for (auto i = static_cast<std::size_t>(sheets.first);
-         static_cast<std::ptrdiff_t>(i) <= sheets.last && i < book.sheets.size(); ++i)
-        visit(Area{i, cells});
 }
 
 } // namespace wagemill::engine

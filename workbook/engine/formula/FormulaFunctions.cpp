@@ -62,6 +62,11 @@ const Operand& FunctionCall::operand(std::size_t index) const
     return index < count() ? m_arguments[index] : leftOut;
 }
 
+CellValue FunctionCall::firstValue(std::size_t index) const
+{
+    return areasOf(operand(index)).empty() ? value(index) : ValueGrid(book(), operand(index)).at(0, 0);
+}
+
 double FunctionCall::number(std::size_t index) const
 {
     return valueOrThrow(toNumber(value(index), rules()));

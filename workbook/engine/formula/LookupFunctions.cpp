@@ -1,5 +1,5 @@
 #include "workbook/engine/formula/Criterion.h"
-#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"
 
@@ -11,24 +11,19 @@ namespace wagemill::engine {
 
 namespace {
 
+enum class Direction : std::uint8_t { Down, Across };
+
 /// A row or a column of values in which a key is sought.
 class Line {
 public:
-    enum class Direction : std::uint8_t { Down, Across };
+    Line(const ValueGrid& grid, Direction direction) : m_grid(grid), m_down(direction == Direction::Down) {}
 
-    Line(const ValueGrid& grid, Direction direction) : m_grid(grid), m_direction(direction) {}
-
-    int size() const { return m_direction == Direction::Down ? m_grid.usedRows() : acrossSize(); }
-    const CellValue& operator[](int index) const
-    {
-        return m_direction == Direction::Down ? m_grid.at(index, 0) : m_grid.at(0, index);
-    }
+    int size() const { return m_down ? m_grid.usedRows() : m_grid.usedRows() > 0 ? m_grid.columns() : 0; }
+    const CellValue& operator[](int index) const { return m_down ? m_grid.at(index, 0) : m_grid.at(0, index); }
 
 private:
-    int acrossSize() const { return m_grid.usedRows() > 0 ? m_grid.columns() : 0; }
-
     const ValueGrid& m_grid;
-    Direction m_direction;
+    bool m_down;
 };
 
 std::optional<int> exactPosition(const Line& line, const CellValue& key)
@@ -82,70 +77,63 @@ std::optional<int> descendingPosition(const Line& line, const CellValue& key)
     return best;
 }
 
-/// The one cell or value in a place of the grid, as a reference where it can be one.
-Operand place(const ValueGrid& grid, int row, int column)
-{
-    if (grid.area() == nullptr)
-        return grid.at(row, column);
-    const CellRect& cells = grid.area()->cells;
-    return Area{grid.area()->sheet,
-                {cells.firstRow + row, cells.firstColumn + column, cells.firstRow + row, cells.firstColumn + column}};
-}
-
 /// VLOOKUP, or HLOOKUP with rows and columns exchanged.
-template <Line::Direction direction>
-Operand tableLookup(const FunctionCall& call)
+template <Direction direction>
+Answer tableLookup(const FunctionCall& call)
 {
-    constexpr bool down = direction == Line::Direction::Down;
+    constexpr bool down = direction == Direction::Down;
     const ValueGrid grid(call.book(), call.operand(1));
     const int answer = call.integer(2);
     if (answer < 1)
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     if (answer > (down ? grid.columns() : grid.rows()))
-        return errorOperand(ErrorCode::Reference);
+        return ErrorCode::Reference;
     const CellValue key = call.value(0);
     const Line line(grid, direction);
     const bool approximate = call.count() < 4 || (call.has(3) && call.logical(3));
     const auto found = approximate ? ascendingPosition(line, key) : exactPosition(line, key);
     if (!found)
-        return errorOperand(ErrorCode::NotAvailable);
+        return ErrorCode::NotAvailable;
     return down ? grid.at(*found, answer - 1) : grid.at(answer - 1, *found);
 }
 
 /// The longer side of the range is searched; the answer is in its last row or column, or in the third argument.
-Operand lookup(const FunctionCall& call)
+Answer lookup(const FunctionCall& call)
 {
     const ValueGrid grid(call.book(), call.operand(1));
-    const auto direction = grid.columns() > grid.rows() ? Line::Direction::Across : Line::Direction::Down;
+    const auto direction = grid.columns() > grid.rows() ? Direction::Across : Direction::Down;
     const auto found = ascendingPosition(Line(grid, direction), call.value(0));
     if (!found)
-        return errorOperand(ErrorCode::NotAvailable);
+        return ErrorCode::NotAvailable;
     const ValueGrid answers(call.book(), call.has(2) ? call.operand(2) : call.operand(1));
-    const bool answersAcross = call.has(2) ? answers.columns() > answers.rows() : direction == Line::Direction::Across;
+    const bool answersAcross = call.has(2) ? answers.columns() > answers.rows() : direction == Direction::Across;
     const int row = answersAcross ? answers.rows() - 1 : *found;
     const int column = answersAcross ? *found : answers.columns() - 1;
     if (row >= answers.rows() || column >= answers.columns())
-        return errorOperand(ErrorCode::NotAvailable);
+        return ErrorCode::NotAvailable;
     return answers.at(row, column);
 }
 
-Operand match(const FunctionCall& call)
+Answer match(const FunctionCall& call)
 {
     const ValueGrid grid(call.book(), call.operand(1));
     if (grid.rows() != 1 && grid.columns() != 1)
-        return errorOperand(ErrorCode::NotAvailable);
+        return ErrorCode::NotAvailable;
     const double type = call.number(2, call.count() > 2 ? 0 : 1);
-    const Line line(grid, grid.rows() == 1 ? Line::Direction::Across : Line::Direction::Down);
+    const Line line(grid, grid.rows() == 1 ? Direction::Across : Direction::Down);
     const CellValue key = call.value(0);
     const auto found = type == 0  ? exactPosition(line, key)
                        : type > 0 ? ascendingPosition(line, key)
                                   : descendingPosition(line, key);
-    return found ? numberAnswer(*found + 1) : errorOperand(ErrorCode::NotAvailable);
+    return found ? Answer(*found + 1) : ErrorCode::NotAvailable;
 }
 
-/// A whole row or column of the grid, which an index of 0 asks for.
-Operand strip(const FunctionCall& call, const ValueGrid& grid, int row, int column)
+/// A row, a column or one place of the grid, counting from 1; 0 asks for all rows or columns. A reference where it can
+/// be one.
+Answer part(const FunctionCall& call, const ValueGrid& grid, int row, int column)
 {
+    if (grid.area() == nullptr && row > 0 && column > 0)
+        return grid.at(row - 1, column - 1);
     if (grid.area() == nullptr)
         return arrayOf(call.evaluator(), row > 0 ? 1 : grid.rows(), column > 0 ? 1 : grid.columns(),
                        [&](int r, int c) { return grid.at(row > 0 ? row - 1 : r, column > 0 ? column - 1 : c); });
@@ -157,83 +145,72 @@ Operand strip(const FunctionCall& call, const ValueGrid& grid, int row, int colu
     return area;
 }
 
-Operand index(const FunctionCall& call)
+Answer index(const FunctionCall& call)
 {
     const auto areas = areasOf(call.operand(0));
     const int areaNumber = call.integer(3, 1);
     if (areaNumber < 1 || areaNumber > std::max(static_cast<int>(areas.size()), 1))
-        return errorOperand(ErrorCode::Reference);
+        return ErrorCode::Reference;
     const Operand chosen = areas.empty() ? call.operand(0) : Operand(areas[static_cast<std::size_t>(areaNumber) - 1]);
     const ValueGrid grid(call.book(), chosen);
     const bool oneIndex = call.count() < 3 && grid.rows() == 1; // in a single row the one index is the column's
     const int row = oneIndex ? 1 : call.integer(1, 0);
     const int column = oneIndex ? call.integer(1, 0) : call.integer(2, grid.columns() == 1 ? 1 : 0);
     if (row < 0 || column < 0)
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     if (row > grid.rows() || column > grid.columns())
-        return errorOperand(ErrorCode::Reference);
-    if (row == 0 || column == 0)
-        return strip(call, grid, row, column);
-    return place(grid, row - 1, column - 1);
+        return ErrorCode::Reference;
+    return part(call, grid, row, column);
 }
 
 /// The choice of a CHOOSE that has no jumps.
-Operand choose(const FunctionCall& call)
+Answer choose(const FunctionCall& call)
 {
     const int index = call.integer(0);
     if (index < 1 || static_cast<std::size_t>(index) >= call.count())
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     return call.operand(static_cast<std::size_t>(index));
 }
 
-std::optional<CellRect> insideSheet(std::int64_t row, std::int64_t column, std::int64_t rows, std::int64_t columns)
+/// The first and the last of so many rows or columns, upwards or to the left where the count is negative; nothing where
+/// they leave the sheet.
+std::optional<std::pair<int, int>> span(std::int64_t start, std::int64_t count, int limit)
 {
-    if (row < 0 || column < 0 || rows < 1 || columns < 1 || row + rows > maxRows || column + columns > maxColumns)
+    const std::int64_t first = count < 0 ? start + count + 1 : start;
+    const std::int64_t last = count < 0 ? start : start + count - 1;
+    if (count == 0 || first < 0 || last >= limit)
         return std::nullopt;
-    return CellRect{static_cast<int>(row), static_cast<int>(column), static_cast<int>(row + rows - 1),
-                    static_cast<int>(column + columns - 1)};
+    return std::pair{static_cast<int>(first), static_cast<int>(last)};
 }
 
-Operand offset(const FunctionCall& call)
+Answer offset(const FunctionCall& call)
 {
     const auto areas = areasOf(call.operand(0));
     if (areas.size() != 1)
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     const CellRect& base = areas.front().cells;
-    std::int64_t row = std::int64_t{base.firstRow} + call.integer(1);
-    std::int64_t column = std::int64_t{base.firstColumn} + call.integer(2);
-    std::int64_t rows = call.integer(3, base.rows());
-    std::int64_t columns = call.integer(4, base.columns());
-    if (rows < 0) { // a negative height or width extends upwards or to the left
-        row += rows + 1;
-        rows = -rows;
-    }
-    if (columns < 0) {
-        column += columns + 1;
-        columns = -columns;
-    }
-    const auto cells = insideSheet(row, column, rows, columns);
-    if (!cells)
-        return errorOperand(ErrorCode::Reference);
-    return Area{areas.front().sheet, *cells};
+    const auto rows = span(std::int64_t{base.firstRow} + call.integer(1), call.integer(3, base.rows()), maxRows);
+    const auto columns =
+        span(std::int64_t{base.firstColumn} + call.integer(2), call.integer(4, base.columns()), maxColumns);
+    if (!rows || !columns)
+        return ErrorCode::Reference;
+    return Area{areas.front().sheet, {rows->first, columns->first, rows->second, columns->second}};
 }
 
-/// The one area that a defined name stands for, else #REF!.
-Operand namedArea(const FunctionCall& call, std::string_view name, std::size_t sheet)
+/// The cells that a defined name stands for, else #REF!.
+Answer namedArea(const FunctionCall& call, std::string_view name, std::size_t sheet)
 {
     const Book& book = call.book().model();
     const auto found = findName(book, name, sheet);
     const auto* const tokens = found ? &book.names[*found].formula.tokens : nullptr;
     const auto* const token =
         tokens != nullptr && tokens->size() == 1 ? std::get_if<ReferenceToken>(&tokens->front()) : nullptr;
-    Operand answer = errorOperand(ErrorCode::Reference);
-    if (token != nullptr)
-        forEachArea(book, sheet, seenFrom(call.evaluator().cell(), *token), [&](const Area& area) { answer = area; });
-    return answer;
+    return token != nullptr ? referredCells(book, sheet, seenFrom(call.evaluator().cell(), *token))
+                            : errorOperand(ErrorCode::Reference);
 }
 
 /// The reference that a text or a defined name spells; #REF! when it spells none.
-Operand indirect(const FunctionCall& call)
+Answer indirect(const FunctionCall& call)
 {
     const std::string text = call.text(0);
     const Book& book = call.book().model();
@@ -242,13 +219,13 @@ Operand indirect(const FunctionCall& call)
     if (const auto sheets = readSheets(rest)) {
         const auto named = book.sheetIndex(sheets->first);
         if (!named || sheets->last)
-            return errorOperand(ErrorCode::Reference);
+            return ErrorCode::Reference;
         sheet = *named;
         rest.remove_prefix(sheets->length);
     }
     const auto written = readReference(rest);
     if (!call.logical(1, true))
-        return errorOperand(ErrorCode::Reference);
+        return ErrorCode::Reference;
     if (!written || written->length != rest.size())
         return namedArea(call, rest, sheet);
     return Area{sheet, written->cells()};
@@ -268,13 +245,13 @@ std::string sheetPrefix(std::string_view sheet)
 }
 
 /// type  1: $A$1, 2: A$1, 3: $A1, 4: A1; R1C1 notation when the fourth argument is false
-Operand address(const FunctionCall& call)
+Answer address(const FunctionCall& call)
 {
     const int row = call.integer(0);
     const int column = call.integer(1);
     const int type = call.integer(2, 1);
     if (!isInsideSheet({row - 1, column - 1}) || type < 1 || type > 4)
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     const bool rowAbsolute = type == 1 || type == 2;
     const bool columnAbsolute = type == 1 || type == 3;
     const auto inBrackets = [](int number, bool absolute) {
@@ -285,47 +262,37 @@ Operand address(const FunctionCall& call)
         text += (columnAbsolute ? "$" : "") + columnName(column - 1) + (rowAbsolute ? "$" : "") + std::to_string(row);
     else
         text += "R" + inBrackets(row, rowAbsolute) + "C" + inBrackets(column, columnAbsolute);
-    return textValue(std::move(text));
+    return text;
 }
 
 /// The row or column, counting from 1, of the reference's first cell, or of the formula's own; all of them where an
 /// array is wanted.
 template <int CellRect::*first, int CellAddress::*own>
-Operand position(const FunctionCall& call)
+Answer position(const FunctionCall& call)
 {
     if (!call.has(0))
-        return numberAnswer(call.evaluator().cell().*own + 1);
+        return call.evaluator().cell().*own + 1;
     const auto areas = areasOf(call.operand(0));
     if (areas.empty())
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     const CellRect& cells = areas.front().cells;
     if (!call.wantsArray())
-        return numberAnswer(cells.*first + 1);
+        return cells.*first + 1;
     constexpr bool isRow = own == &CellAddress::row;
     return arrayOf(call.evaluator(), isRow ? cells.rows() : 1, isRow ? 1 : cells.columns(),
                    [&](int row, int column) { return CellValue(cells.*first + 1.0 + row + column); });
 }
 
-Operand transposed(const FunctionCall& call)
+Answer transposed(const FunctionCall& call)
 {
     const ValueGrid grid(call.book(), call.operand(0));
     return arrayOf(call.evaluator(), grid.columns(), grid.rows(),
                    [&](int row, int column) { return grid.at(column, row); });
 }
 
-Operand rowCount(const FunctionCall& call)
-{
-    return numberAnswer(ValueGrid(call.book(), call.operand(0)).rows());
-}
-
-Operand columnCount(const FunctionCall& call)
-{
-    return numberAnswer(ValueGrid(call.book(), call.operand(0)).columns());
-}
-
 constexpr auto table = std::to_array<FunctionBinding>({
-    {"VLOOKUP", tableLookup<Line::Direction::Down>},
-    {"HLOOKUP", tableLookup<Line::Direction::Across>},
+    {"VLOOKUP", tableLookup<Direction::Down>},
+    {"HLOOKUP", tableLookup<Direction::Across>},
     {"LOOKUP", lookup},
     {"MATCH", match},
     {"INDEX", index},
@@ -336,10 +303,9 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"ROW", position<&CellRect::firstRow, &CellAddress::row>},
     {"COLUMN", position<&CellRect::firstColumn, &CellAddress::column>},
     {"TRANSPOSE", transposed},
-    {"ROWS", rowCount},
-    {"COLUMNS", columnCount},
-    {"AREAS",
-     [](const FunctionCall& call) { return numberAnswer(static_cast<double>(areasOf(call.operand(0)).size())); }},
+    {"ROWS", [](const FunctionCall& call) -> Answer { return ValueGrid(call.book(), call.operand(0)).rows(); }},
+    {"COLUMNS", [](const FunctionCall& call) -> Answer { return ValueGrid(call.book(), call.operand(0)).columns(); }},
+    {"AREAS", [](const FunctionCall& call) -> Answer { return areasOf(call.operand(0)).size(); }},
 });
 
 } // namespace

@@ -70,7 +70,7 @@ Calculation::Calculation(Book& book, const CalculationSettings& settings)
     : m_book(book),
       m_settings(settings),
       m_computed(book, [this](const Cell& cell) { return compute(cell); }),
-      m_arrayValuesLeft(settings.mostArrayValues)
+      m_arrayValuesLeft(settings.maxArrayValues)
 {
     std::map<const ArrayArea*, std::uint32_t> arrays;
     for (std::size_t i = 0; i < book.sheets.size(); ++i)

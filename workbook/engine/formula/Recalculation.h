@@ -15,7 +15,7 @@ struct CalculationSettings {
     double now = 0;          ///< the present moment as a 1900 serial day with its fraction, in the user's time zone
     /// That the arrays of all formulas together may have; those after that keep their stored values. Few bytes of a
     /// file can ask for very many, again and again; this is far beyond any workbook that people make.
-    std::size_t mostArrayValues = std::size_t{1} << 23;
+    std::size_t maxArrayValues = std::size_t{1} << 23;
 };
 
 struct CellPlace {

@@ -1,4 +1,4 @@
-#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/FormulaFunctions.h"
 
 #include <array>
 #include <cmath>
@@ -9,227 +9,199 @@ namespace wagemill::engine {
 namespace {
 
 using Numbers = std::vector<double>;
+using Summary = double (*)(const Numbers&); ///< throws FormulaFailure where the numbers have none
+
 constexpr std::string_view filterName = "_FilterDatabase"; ///< names the rows that the filter of a sheet looks at
-using Summary = CellValue (*)(const Numbers&);
 
-CellValue sumOf(const Numbers& numbers)
+double total(const Numbers& numbers)
 {
-    return numberValue(std::accumulate(numbers.begin(), numbers.end(), 0.0));
+    return std::accumulate(numbers.begin(), numbers.end(), 0.0);
 }
 
-CellValue productOf(const Numbers& numbers)
+double product(const Numbers& numbers)
 {
-    return numberValue(numbers.empty() ? 0.0
-                                       : std::accumulate(numbers.begin(), numbers.end(), 1.0, std::multiplies<>()));
+    return numbers.empty() ? 0 : std::accumulate(numbers.begin(), numbers.end(), 1.0, std::multiplies<>());
 }
 
-CellValue smallest(const Numbers& numbers)
+double sumOfSquares(const Numbers& numbers)
 {
-    return numbers.empty() ? 0.0 : std::ranges::min(numbers);
+    return std::inner_product(numbers.begin(), numbers.end(), numbers.begin(), 0.0);
 }
 
-CellValue largest(const Numbers& numbers)
+double smallest(const Numbers& numbers)
 {
-    return numbers.empty() ? 0.0 : std::ranges::max(numbers);
+    return numbers.empty() ? 0 : std::ranges::min(numbers);
 }
 
-CellValue mean(const Numbers& numbers)
+double largest(const Numbers& numbers)
+{
+    return numbers.empty() ? 0 : std::ranges::max(numbers);
+}
+
+/// The sum shared among so many.
+double share(double sum, double count)
+{
+    if (count <= 0)
+        throw FormulaFailure{ErrorCode::DivisionByZero};
+    return sum / count;
+}
+
+double mean(const Numbers& numbers)
+{
+    return share(total(numbers), static_cast<double>(numbers.size()));
+}
+
+Numbers sorted(Numbers numbers)
+{
+    std::ranges::sort(numbers);
+    return numbers;
+}
+
+double median(const Numbers& numbers)
 {
     if (numbers.empty())
-        return ErrorCode::DivisionByZero;
-    return numberValue(std::accumulate(numbers.begin(), numbers.end(), 0.0) / static_cast<double>(numbers.size()));
+        throw FormulaFailure{ErrorCode::Number};
+    const Numbers ascending = sorted(numbers);
+    const std::size_t middle = ascending.size() / 2;
+    return ascending.size() % 2 == 1 ? ascending[middle] : (ascending[middle - 1] + ascending[middle]) / 2;
 }
 
-CellValue median(const Numbers& numbers)
+double mode(const Numbers& numbers)
 {
-    if (numbers.empty())
-        return ErrorCode::Number;
-    Numbers sorted = numbers;
-    std::ranges::sort(sorted);
-    const std::size_t middle = sorted.size() / 2;
-    return numberValue(sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2);
-}
-
-CellValue mode(const Numbers& numbers)
-{
-    std::ptrdiff_t most = 1;
-    CellValue result = ErrorCode::NotAvailable;
-    Numbers sorted = numbers;
-    std::ranges::sort(sorted);
-    for (auto at = sorted.begin(); at != sorted.end();) {
-        const auto end = std::upper_bound(at, sorted.end(), *at);
-        if (end - at > most) {
-            most = end - at;
-            result = *at;
+    const Numbers ascending = sorted(numbers);
+    std::ptrdiff_t count = 1;
+    const double* found = nullptr;
+    for (auto at = ascending.begin(); at != ascending.end();) {
+        const auto end = std::upper_bound(at, ascending.end(), *at);
+        if (end - at > count) {
+            count = end - at;
+            found = &*at;
         }
         at = end;
     }
-    return result;
+    if (found == nullptr)
+        throw FormulaFailure{ErrorCode::NotAvailable};
+    return *found;
 }
 
 /// Mean square of the distances from the mean; `lost` is 1 for a sample, 0 for a whole population.
-CellValue variance(const Numbers& numbers, double lost)
+template <int lost>
+double variance(const Numbers& numbers)
 {
-    const auto count = static_cast<double>(numbers.size());
-    if (count <= lost)
-        return ErrorCode::DivisionByZero;
-    const double average = std::accumulate(numbers.begin(), numbers.end(), 0.0) / count;
+    const double average = mean(numbers);
     double squares = 0;
     for (const double number : numbers)
         squares += (number - average) * (number - average);
-    return numberValue(squares / (count - lost));
+    return share(squares, static_cast<double>(numbers.size()) - lost);
 }
 
-CellValue deviation(const Numbers& numbers, double lost)
+template <int lost>
+double deviation(const Numbers& numbers)
 {
-    const CellValue squared = variance(numbers, lost);
-    const auto* const number = std::get_if<double>(&squared);
-    return number == nullptr ? squared : numberValue(std::sqrt(*number));
-}
-
-CellValue sampleVariance(const Numbers& numbers)
-{
-    return variance(numbers, 1);
-}
-
-CellValue populationVariance(const Numbers& numbers)
-{
-    return variance(numbers, 0);
-}
-
-CellValue sampleDeviation(const Numbers& numbers)
-{
-    return deviation(numbers, 1);
-}
-
-CellValue populationDeviation(const Numbers& numbers)
-{
-    return deviation(numbers, 0);
+    return std::sqrt(variance<lost>(numbers));
 }
 
 template <Summary summary>
-Operand ofNumbers(const FunctionCall& call)
+Answer ofNumbers(const FunctionCall& call)
 {
-    return summary(numbersOf(call));
+    Numbers numbers;
+    forEachNumber(call, 0, [&](double number) { numbers.push_back(number); });
+    return summary(numbers);
 }
 
-bool isNumberAsGiven(const FunctionCall& call, std::size_t index)
+Answer count(const FunctionCall& call)
 {
-    const CellValue value = call.value(index);
-    return !std::holds_alternative<ErrorCode>(value) && std::holds_alternative<double>(toNumber(value, call.rules()));
+    int found = 0;
+    forEachArgument(
+        call, 0, [&](const CellValue& value) { found += std::holds_alternative<double>(value) ? 1 : 0; },
+        [&](std::size_t i) { found += std::holds_alternative<double>(toNumber(call.value(i), call.rules())) ? 1 : 0; });
+    return found;
 }
 
-Operand count(const FunctionCall& call)
+Answer countFilled(const FunctionCall& call)
 {
-    double total = 0;
-    for (std::size_t i = 0; i < call.count(); ++i) {
-        if (!isPlaces(call.operand(i)))
-            total += isNumberAsGiven(call, i) ? 1 : 0;
-        else
-            forEachPlace(call.book(), call.operand(i),
-                         [&](const CellValue& value) { total += std::holds_alternative<double>(value) ? 1 : 0; });
-    }
-    return numberAnswer(total);
-}
-
-Operand countFilled(const FunctionCall& call)
-{
-    double total = 0;
-    for (std::size_t i = 0; i < call.count(); ++i) {
-        if (!isPlaces(call.operand(i)))
-            ++total;
-        else
-            forEachPlace(call.book(), call.operand(i),
-                         [&](const CellValue& value) { total += isEmpty(value) ? 0 : 1; });
-    }
-    return numberAnswer(total);
+    int found = 0;
+    forEachArgument(
+        call, 0, [&](const CellValue& value) { found += isEmpty(value) ? 0 : 1; }, [&](std::size_t) { ++found; });
+    return found;
 }
 
 /// A formula that answers "" counts as blank.
-Operand countBlank(const FunctionCall& call)
+Answer countBlank(const FunctionCall& call)
 {
-    double filled = 0;
-    double places = 0;
+    double blanks = 0;
     for (const Area& area : areasOf(call.operand(0)))
-        places += static_cast<double>(area.cells.rows()) * area.cells.columns();
+        blanks += static_cast<double>(area.cells.rows()) * area.cells.columns();
     forEachPlace(call.book(), call.operand(0), [&](const CellValue& value) {
-        filled += isEmpty(value) || value == CellValue(std::string()) ? 0 : 1;
+        blanks -= isEmpty(value) || value == CellValue(std::string()) ? 0 : 1;
     });
-    return numberAnswer(places - filled);
+    return blanks;
 }
 
 /// The numbers of the first argument, ascending.
 Numbers sortedNumbers(const FunctionCall& call)
 {
     Numbers numbers;
-    forEachPlace(call.book(), call.operand(0), [&](const CellValue& value) {
-        if (const auto* const error = std::get_if<ErrorCode>(&value))
-            throw FormulaFailure{*error};
-        if (const auto* const number = std::get_if<double>(&value))
+    const bool isPlaces = forEachPlace(call.book(), call.operand(0), [&](const CellValue& value) {
+        if (const double* const number = numberIn(value))
             numbers.push_back(*number);
     });
-    if (!isPlaces(call.operand(0)))
+    if (!isPlaces)
         numbers.push_back(call.number(0));
-    std::ranges::sort(numbers);
-    return numbers;
+    return sorted(std::move(numbers));
 }
 
 /// The k-th number from the top or the bottom, k counting from 1.
 template <bool fromTop>
-Operand ranked(const FunctionCall& call)
+Answer ranked(const FunctionCall& call)
 {
     const Numbers numbers = sortedNumbers(call);
     const double place = std::ceil(call.number(1));
     if (place < 1 || place > static_cast<double>(numbers.size()))
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const auto index = static_cast<std::size_t>(place);
-    return numberAnswer(fromTop ? numbers[numbers.size() - index] : numbers[index - 1]);
+    return fromTop ? numbers[numbers.size() - index] : numbers[index - 1];
 }
 
-/// The number below which that part of all lies, between two of them where it must.
-Operand percentile(const FunctionCall& call)
+/// The number below which that part of all is, between two of them where it must be.
+Answer percentile(const FunctionCall& call)
 {
     const Numbers numbers = sortedNumbers(call);
     const double part = call.number(1);
     if (numbers.empty() || part < 0 || part > 1)
-        return errorOperand(ErrorCode::Number);
+        return ErrorCode::Number;
     const double place = part * static_cast<double>(numbers.size() - 1);
     const auto below = static_cast<std::size_t>(place);
     const double above = numbers[std::min(below + 1, numbers.size() - 1)];
-    return numberAnswer(numbers[below] + (place - static_cast<double>(below)) * (above - numbers[below]));
+    return numbers[below] + (place - static_cast<double>(below)) * (above - numbers[below]);
 }
 
 /// Texts in cells and arrays are 0, logicals 1 or 0.
-Operand meanOfAll(const FunctionCall& call)
+Answer meanOfAll(const FunctionCall& call)
 {
     Numbers numbers;
-    for (std::size_t i = 0; i < call.count(); ++i) {
-        if (!isPlaces(call.operand(i)))
-            numbers.push_back(call.number(i));
-        forEachPlace(call.book(), call.operand(i), [&](const CellValue& value) {
-            if (const auto* const error = std::get_if<ErrorCode>(&value))
-                throw FormulaFailure{*error};
-            const auto* const number = std::get_if<double>(&value);
-            if (!isEmpty(value))
-                numbers.push_back(number != nullptr ? *number : value == CellValue(true) ? 1 : 0);
-        });
-    }
+    const auto visitPlace = [&](const CellValue& value) {
+        const double* const number = numberIn(value);
+        if (!isEmpty(value))
+            numbers.push_back(number != nullptr ? *number : value == CellValue(true) ? 1 : 0);
+    };
+    forEachArgument(call, 0, visitPlace, [&](std::size_t i) { numbers.push_back(call.number(i)); });
     return mean(numbers);
 }
 
-Operand rank(const FunctionCall& call)
+Answer rank(const FunctionCall& call)
 {
     const double number = call.number(0);
     const bool ascending = call.number(2, 0) != 0;
-    double before = 0;
+    int place = 1;
     bool found = false;
     forEachPlace(call.book(), call.operand(1), [&](const CellValue& value) {
         if (const auto* const other = std::get_if<double>(&value)) {
             found = found || *other == number;
-            before += (ascending ? *other < number : *other > number) ? 1 : 0;
+            place += (ascending ? *other < number : *other > number) ? 1 : 0;
         }
     });
-    return found ? numberAnswer(before + 1) : errorOperand(ErrorCode::NotAvailable);
+    return found ? Answer(place) : ErrorCode::NotAvailable;
 }
 
 bool isSubtotal(const Cell& cell)
@@ -254,18 +226,17 @@ std::optional<CellRect> filteredRows(const Book& book, std::size_t sheet)
 
 /// The eleven summaries by their number. Rows that a filter hides do not count, from 101 on no hidden ones, and cells
 /// that hold subtotals never.
-Operand subtotal(const FunctionCall& call)
+Answer subtotal(const FunctionCall& call)
 {
     constexpr int skipHidden = 100;
-    constexpr auto summaries =
-        std::to_array<Summary>({mean, nullptr, nullptr, largest, smallest, productOf, sampleDeviation,
-                                populationDeviation, sumOf, sampleVariance, populationVariance});
+    constexpr auto summaries = std::to_array<Summary>({mean, nullptr, nullptr, largest, smallest, product, deviation<1>,
+                                                       deviation<0>, total, variance<1>, variance<0>});
     const int number = call.integer(0);
     const int index = (number > skipHidden ? number - skipHidden : number) - 1;
     if (index < 0 || index >= static_cast<int>(summaries.size()))
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     Numbers numbers;
-    double filled = 0;
+    int filled = 0;
     std::optional<ErrorCode> error;
     for (std::size_t i = 1; i < call.count(); ++i)
         for (const Area& area : areasOf(call.operand(i))) {
@@ -283,20 +254,22 @@ Operand subtotal(const FunctionCall& call)
             });
         }
     if (index == 1 || index == 2)
-        return numberAnswer(index == 1 ? static_cast<double>(numbers.size()) : filled);
-    return error ? errorOperand(*error) : Operand(summaries.at(static_cast<std::size_t>(index))(numbers));
+        return index == 1 ? static_cast<int>(numbers.size()) : filled;
+    return error ? Answer(*error) : summaries.at(static_cast<std::size_t>(index))(numbers);
 }
 
 constexpr auto table = std::to_array<FunctionBinding>({
+    {"PRODUCT", ofNumbers<product>},
+    {"SUMSQ", ofNumbers<sumOfSquares>},
     {"AVERAGE", ofNumbers<mean>},
     {"MIN", ofNumbers<smallest>},
     {"MAX", ofNumbers<largest>},
     {"MEDIAN", ofNumbers<median>},
     {"MODE", ofNumbers<mode>},
-    {"STDEV", ofNumbers<sampleDeviation>},
-    {"STDEVP", ofNumbers<populationDeviation>},
-    {"VAR", ofNumbers<sampleVariance>},
-    {"VARP", ofNumbers<populationVariance>},
+    {"STDEV", ofNumbers<deviation<1>>},
+    {"STDEVP", ofNumbers<deviation<0>>},
+    {"VAR", ofNumbers<variance<1>>},
+    {"VARP", ofNumbers<variance<0>>},
     {"COUNT", count},
     {"COUNTA", countFilled},
     {"COUNTBLANK", countBlank},

@@ -3,7 +3,7 @@
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/Criterion.h"
 #include "workbook/engine/formula/DecimalRounding.h"
-#include "workbook/engine/formula/NumberArguments.h"
+#include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/text/FormatCode.h"
 #include "workbook/engine/text/NumberFormat.h"
@@ -14,52 +14,41 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr int mostDecimals = 127;
-constexpr int mostTextLength = static_cast<int>(maxTextLength);
+constexpr int maxDecimals = 127;
 
-Operand textAnswer(std::string text)
-{
-    return textValue(std::move(text));
-}
-
-/// A count of characters or a position; below `least` it is #VALUE!.
-std::size_t countArgument(const FunctionCall& call, std::size_t index, int fallback, int least)
+/// A count of characters or a position; below the minimum it is #VALUE!.
+std::size_t countArgument(const FunctionCall& call, std::size_t index, int fallback, int minimum)
 {
     const int count = call.integer(index, fallback);
-    if (count < least)
+    if (count < minimum)
         throw FormulaFailure{ErrorCode::Value};
     return static_cast<std::size_t>(count);
 }
 
 // Positions and lengths count UTF-16 units, of which an emoji takes two.
 
-Operand left(const FunctionCall& call)
+Answer left(const FunctionCall& call)
 {
-    return textAnswer(toUtf8(toUtf16(call.text(0)).substr(0, countArgument(call, 1, 1, 0))));
+    return toUtf8(toUtf16(call.text(0)).substr(0, countArgument(call, 1, 1, 0)));
 }
 
-Operand right(const FunctionCall& call)
+Answer right(const FunctionCall& call)
 {
     const std::u16string text = toUtf16(call.text(0));
     const std::size_t kept = std::min(countArgument(call, 1, 1, 0), text.size());
-    return textAnswer(toUtf8(text.substr(text.size() - kept)));
+    return toUtf8(text.substr(text.size() - kept));
 }
 
-Operand middle(const FunctionCall& call)
+Answer middle(const FunctionCall& call)
 {
     const std::u16string text = toUtf16(call.text(0));
     const std::size_t start = countArgument(call, 1, 1, 1) - 1;
     const std::size_t length = countArgument(call, 2, 0, 0);
-    return textAnswer(start < text.size() ? toUtf8(text.substr(start, length)) : "");
-}
-
-Operand length(const FunctionCall& call)
-{
-    return numberAnswer(static_cast<double>(toUtf16(call.text(0)).size()));
+    return start < text.size() ? toUtf8(text.substr(start, length)) : "";
 }
 
 /// Blanks at the ends go, several in a row become one.
-Operand trimmed(const FunctionCall& call)
+Answer trimmed(const FunctionCall& call)
 {
     std::string result;
     for (const char byte : call.text(0))
@@ -67,11 +56,11 @@ Operand trimmed(const FunctionCall& call)
             result += byte;
     if (result.ends_with(' '))
         result.pop_back();
-    return textAnswer(std::move(result));
+    return result;
 }
 
 /// Every letter that begins a word is a capital, all others are small.
-Operand proper(const FunctionCall& call)
+Answer proper(const FunctionCall& call)
 {
     std::u32string text = toUtf32(call.text(0));
     bool insideWord = false;
@@ -79,44 +68,40 @@ Operand proper(const FunctionCall& call)
         letter = insideWord ? lowerCase(letter) : upperCase(letter);
         insideWord = upperCase(letter) != lowerCase(letter);
     }
-    return textAnswer(toUtf8(text));
+    return toUtf8(text);
 }
 
-Operand concatenated(const FunctionCall& call)
+Answer concatenated(const FunctionCall& call)
 {
     std::string result;
     for (std::size_t i = 0; i < call.count(); ++i)
         result += call.text(i);
-    return textAnswer(std::move(result));
+    return result;
 }
 
-Operand positionAnswer(std::optional<std::size_t> position)
-{
-    return position ? numberAnswer(static_cast<double>(*position + 1)) : errorOperand(ErrorCode::Value);
-}
-
-Operand find(const FunctionCall& call)
+Answer find(const FunctionCall& call)
 {
     const std::u16string text = toUtf16(call.text(1));
     const std::size_t start = countArgument(call, 2, 1, 1) - 1;
     const std::size_t found = start > text.size() ? text.npos : text.find(toUtf16(call.text(0)), start);
-    return positionAnswer(found == text.npos ? std::nullopt : std::optional(found));
+    return found == text.npos ? Answer(ErrorCode::Value) : found + 1;
 }
 
-Operand search(const FunctionCall& call)
+Answer search(const FunctionCall& call)
 {
-    return positionAnswer(Wildcard(call.text(0)).find(call.text(1), countArgument(call, 2, 1, 1) - 1));
+    const auto found = Wildcard(call.text(0)).find(call.text(1), countArgument(call, 2, 1, 1) - 1);
+    return found ? Answer(*found + 1) : ErrorCode::Value;
 }
 
 /// Replaces every occurrence, or only the one whose number is given.
-Operand substitute(const FunctionCall& call)
+Answer substitute(const FunctionCall& call)
 {
     const std::string text = call.text(0);
     const std::string searched = call.text(1);
     const std::string replacement = call.text(2);
     const std::size_t only = call.has(3) ? countArgument(call, 3, 1, 1) : 0;
     if (searched.empty())
-        return textAnswer(text);
+        return text;
     std::string result;
     std::size_t at = 0;
     std::size_t occurrence = 0;
@@ -125,65 +110,64 @@ Operand substitute(const FunctionCall& call)
         result += only == 0 || ++occurrence == only ? replacement : searched;
         at = found + searched.size();
     }
-    return textAnswer(result + text.substr(at));
+    return result + text.substr(at);
 }
 
-Operand replace(const FunctionCall& call)
+Answer replace(const FunctionCall& call)
 {
     const std::u16string text = toUtf16(call.text(0));
     const std::size_t start = std::min(countArgument(call, 1, 1, 1) - 1, text.size());
     const std::size_t end = start + std::min(countArgument(call, 2, 0, 0), text.size() - start);
-    return textAnswer(toUtf8(text.substr(0, start)) + call.text(3) + toUtf8(text.substr(end)));
+    return toUtf8(text.substr(0, start)) + call.text(3) + toUtf8(text.substr(end));
 }
 
-Operand repeated(const FunctionCall& call)
+Answer repeated(const FunctionCall& call)
 {
     const std::string text = call.text(0);
     const std::size_t times = countArgument(call, 1, 0, 0);
     if (text.empty())
-        return textAnswer("");
+        return std::string();
     if (times > maxTextLength)
-        return errorOperand(ErrorCode::Value);
+        return ErrorCode::Value;
     std::string result;
     for (std::size_t i = 0; i < times && result.size() <= 4 * maxTextLength; ++i) // 4 bytes to a character at most
         result += text;
-    return textAnswer(std::move(result));
+    return result;
 }
 
-Operand character(const FunctionCall& call)
+Answer character(const FunctionCall& call)
 {
     const int code = call.integer(0);
     if (code < 1 || code > 255)
-        return errorOperand(ErrorCode::Value);
-    return textAnswer(toUtf8(std::u32string(1, fromCodePage1252(static_cast<std::uint8_t>(code)))));
+        return ErrorCode::Value;
+    return toUtf8(std::u32string(1, fromCodePage1252(static_cast<std::uint8_t>(code))));
 }
 
-Operand code(const FunctionCall& call)
+Answer code(const FunctionCall& call)
 {
     const std::u32string text = toUtf32(call.text(0));
     if (text.empty())
-        return errorOperand(ErrorCode::Value);
-    return numberAnswer(toCodePage1252(text[0]).value_or('?'));
+        return ErrorCode::Value;
+    return toCodePage1252(text[0]).value_or('?');
 }
 
 /// Printable characters only.
-Operand clean(const FunctionCall& call)
+Answer clean(const FunctionCall& call)
 {
     std::string text = call.text(0);
     std::erase_if(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x20; });
-    return textAnswer(std::move(text));
+    return text;
 }
 
-Operand textOf(const FunctionCall& call)
+Answer textOf(const FunctionCall& call)
 {
-    const Operand& operand = call.operand(0);
-    const CellValue value = areasOf(operand).empty() ? call.value(0) : ValueGrid(call.book(), operand).at(0, 0);
+    const CellValue value = call.firstValue(0);
     const bool isKept = std::holds_alternative<std::string>(value) || std::holds_alternative<ErrorCode>(value);
-    return isKept ? value : CellValue(std::string());
+    return isKept ? Answer(value) : std::string();
 }
 
 /// The number in the user's own digits and separators, for a text that reads as a number too.
-Operand formatted(const FunctionCall& call)
+Answer formatted(const FunctionCall& call)
 {
     CellValue value = call.value(0);
     if (isEmpty(value))
@@ -193,47 +177,42 @@ Operand formatted(const FunctionCall& call)
             value = *number;
     const std::string code = call.text(1);
     if (!readFormatCode(code))
-        return errorOperand(ErrorCode::Value);
-    return textAnswer(code.empty() ? "" : showValue(value, code, call.rules().formats, call.dates1904()).text);
-}
-
-Operand valueOf(const FunctionCall& call)
-{
-    return numberAnswer(call.number(0));
+        return ErrorCode::Value;
+    return code.empty() ? "" : showValue(value, code, call.rules().formats, call.dates1904()).text;
 }
 
 /// A number rounded to its decimals; negative decimals round before the point.
 DecimalNumber roundedArgument(const FunctionCall& call, int decimals)
 {
-    if (decimals > mostDecimals)
+    if (decimals > maxDecimals)
         throw FormulaFailure{ErrorCode::Value};
     return toDecimal(roundedNumber(call.number(0), decimals, Rounding::HalfAwayFromZero));
 }
 
-Operand fixed(const FunctionCall& call)
+Answer fixed(const FunctionCall& call)
 {
     const int decimals = call.integer(1, 2);
     RegionalFormats formats = call.rules().formats;
     if (call.logical(2, false))
-        formats.digitsBeforeGrouping = mostTextLength; // no number has as many: no group separators
-    return textAnswer(numberText(roundedArgument(call, decimals), formats, std::max(decimals, 0)));
+        formats.digitsBeforeGrouping = static_cast<int>(maxTextLength); // no number has as many: no group separators
+    return numberText(roundedArgument(call, decimals), formats, std::max(decimals, 0));
 }
 
-Operand dollar(const FunctionCall& call)
+Answer dollar(const FunctionCall& call)
 {
     const int decimals = call.integer(1, 2);
-    return textAnswer(currencyText(roundedArgument(call, decimals), call.rules().formats, std::max(decimals, 0)));
+    return currencyText(roundedArgument(call, decimals), call.rules().formats, std::max(decimals, 0));
 }
 
 constexpr auto table = std::to_array<FunctionBinding>({
     {"LEFT", left},
     {"RIGHT", right},
     {"MID", middle},
-    {"LEN", length},
+    {"LEN", [](const FunctionCall& call) -> Answer { return toUtf16(call.text(0)).size(); }},
     {"TRIM", trimmed},
     {"CLEAN", clean},
-    {"UPPER", [](const FunctionCall& call) { return textAnswer(upperText(call.text(0))); }},
-    {"LOWER", [](const FunctionCall& call) { return textAnswer(lowerText(call.text(0))); }},
+    {"UPPER", [](const FunctionCall& call) -> Answer { return upperText(call.text(0)); }},
+    {"LOWER", [](const FunctionCall& call) -> Answer { return lowerText(call.text(0)); }},
     {"PROPER", proper},
     {"CONCATENATE", concatenated},
     {"FIND", find},
@@ -241,12 +220,12 @@ constexpr auto table = std::to_array<FunctionBinding>({
     {"SUBSTITUTE", substitute},
     {"REPLACE", replace},
     {"REPT", repeated},
-    {"EXACT", [](const FunctionCall& call) { return Operand(CellValue(call.text(0) == call.text(1))); }},
+    {"EXACT", [](const FunctionCall& call) -> Answer { return call.text(0) == call.text(1); }},
     {"CHAR", character},
     {"CODE", code},
     {"T", textOf, OnError::Pass},
     {"TEXT", formatted},
-    {"VALUE", valueOf},
+    {"VALUE", [](const FunctionCall& call) -> Answer { return call.number(0); }},
     {"FIXED", fixed},
     {"DOLLAR", dollar},
 });
