@@ -45,14 +45,6 @@ char parameterClass(const FunctionBinding& function, std::size_t index)
     return classes.empty() ? 'V' : classes[std::min(index, classes.size() - 1)];
 }
 
-/// Of the areas, which are not none.
-Operand referenceTo(std::vector<Area> areas)
-{
-    if (areas.size() == 1)
-        return areas.front();
-    return std::make_shared<const std::vector<Area>>(std::move(areas));
-}
-
 CellValue intersection(const ComputedBook& book, const Area& area, CellAddress cell)
 {
     const CellRect& cells = area.cells;
@@ -131,10 +123,15 @@ Operand referredCells(const Book& book, std::size_t sheet, const ReferenceToken&
     if (referred == nullptr || referred->kind != SupportingBook::Kind::Own)
         return errorOperand(ErrorCode::Reference);
     const ExternSheet& sheets = book.externSheets[*token.externSheet];
+    const int lastSheet = std::min<int>(sheets.last, static_cast<int>(book.sheets.size()) - 1);
+    if (sheets.first < 0 || sheets.first > lastSheet)
+        return errorOperand(ErrorCode::Reference);
+    if (sheets.first == lastSheet)
+        return Area{static_cast<std::size_t>(lastSheet), cells};
     std::vector<Area> areas;
-    for (int i = sheets.first; i >= 0 && i <= sheets.last && i < static_cast<int>(book.sheets.size()); ++i)
+    for (int i = sheets.first; i <= lastSheet; ++i)
         areas.push_back({static_cast<std::size_t>(i), cells});
-    return areas.empty() ? errorOperand(ErrorCode::Reference) : referenceTo(std::move(areas));
+    return std::make_shared<const std::vector<Area>>(std::move(areas));
 }
 
 /// One pass over a list of tokens, on top of the evaluator's stack.
@@ -312,8 +309,10 @@ private:
             }
         m_evaluator.reserveValues(areasOf(left).size() * areasOf(right).size());
         const auto joined = joinedAreas(op, areasOf(left), areasOf(right));
-        const auto* const error = std::get_if<ErrorCode>(&joined);
-        push(error != nullptr ? errorOperand(*error) : referenceTo(std::get<std::vector<Area>>(joined)));
+        if (const auto* const error = std::get_if<ErrorCode>(&joined))
+            return push(errorOperand(*error));
+        const auto& areas = std::get<std::vector<Area>>(joined);
+        push(areas.size() == 1 ? Operand(areas.front()) : std::make_shared<const std::vector<Area>>(areas));
     }
 
     void calculate(Operator op)

@@ -13,7 +13,7 @@ namespace wagemill::engine {
 struct CalculationSettings {
     RegionalFormats formats; ///< for numbers written as text
     double now = 0;          ///< the present moment as a 1900 serial day with its fraction, in the user's time zone
-    /// That the arrays of all formulas together may have; those after that keep their stored values. Few bytes of a
+    /// What the arrays of all formulas together may have; those after that keep their stored values. Few bytes of a
     /// file can ask for very many, again and again; this is far beyond any workbook that people make.
     std::size_t maxArrayValues = std::size_t{1} << 23;
 };
@@ -28,10 +28,9 @@ struct CellPlace {
 /// What formulas hold that we cannot evaluate, functions by their names, and the first cell with each.
 using MissingParts = std::map<std::string, CellPlace>;
 
-/// Computes every formula of the workbook anew, in any order of dependence, and leaves the results in the cells'
-/// values. Cells that read themselves, if only by way of others, become 0, or are iterated where the
-/// workbook says so. A formula with parts we cannot evaluate
-/// keeps its stored value; one that was typed and has none becomes #NAME?.
+/// Computes every formula of the workbook, in any order of dependence, and leaves the results in the cells' values.
+/// Cells that read themselves, if only by way of others, become 0, or are iterated where the workbook says so. A
+/// formula with parts we cannot evaluate keeps its stored value; one that was typed and has none becomes #NAME?.
 MissingParts recalculate(Book& book, const CalculationSettings& settings);
 
 } // namespace wagemill::engine
