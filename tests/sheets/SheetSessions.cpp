@@ -94,260 +94,244 @@ CellValue readValue(std::string_view written)
 
 class Session {
 public:
-    void run(const std::string& line);
+    void run(const std::string& line)
+    {
+        std::string_view rest = line;
+        if (rest.starts_with('='))
+            return expectResult(rest);
+        const std::string word = takeWord(rest);
+        if (word.empty() || word.starts_with('#'))
+            return;
+        const auto action = actions.find(word);
+        ASSERT_NE(action, actions.end()) << "no session line begins with \"" << word << '"';
+        (this->*action->second)(rest);
+    }
 
 private:
     using Action = void (Session::*)(std::string_view);
 
     Sheet& sheet() { return *m_book.sheets.at(m_sheet); }
-    CellAddress takeAddress(std::string_view& rest) const;
-    const Cell& takeCell(std::string_view& rest);
     void compute() { recalculate(m_book, {m_formats, sessionMoment}); }
 
-    void goToSheet(std::string_view name);
-    void put(std::string_view rest);
-    void style(std::string_view rest);
-    void copy(std::string_view rest);
-    void region(std::string_view name);
-    void expectValue(std::string_view rest);
-    void expectShown(std::string_view rest);
-    void expectFormat(std::string_view rest);
-    void expectFormula(std::string_view rest);
-    void expectRefused(std::string_view rest);
-    void expectUsed(std::string_view rest);
-    void hide(std::string_view rest);
-    void filter(std::string_view rest);
-    void countFrom1904(std::string_view rest);
-    void expectResult(std::string_view rest);
-    void expectTyped(std::string_view rest);
-    void expectShows(std::string_view rest);
-    void expectArray(std::string_view rest);
-    void defineName(std::string_view rest);
-    void iterate(std::string_view rest);
-    void expect(const CellValue& value, std::string_view expected);
+    static CellRect takeArea(std::string_view& rest)
+    {
+        const std::string word = takeWord(rest);
+        const auto area = parseAddress(word);
+        if (!area)
+            throw std::runtime_error("\"" + word + "\" is not a cell");
+        return *area;
+    }
 
-    static const std::map<std::string, Action> actions;
+    static CellAddress takeAddress(std::string_view& rest)
+    {
+        const CellRect area = takeArea(rest);
+        return {area.firstRow, area.firstColumn};
+    }
+
+    std::string codeOf(const Cell& cell) const
+    {
+        return std::string(m_book.styles.numberFormatCode(m_book.styles.format(cell.format).numberFormat));
+    }
+
+    const Cell& takeCell(std::string_view& rest)
+    {
+        static const Cell none;
+        compute();
+        const Cell* const cell = sheet().find(takeAddress(rest));
+        return cell == nullptr ? none : *cell;
+    }
+
+    void goToSheet(std::string_view name)
+    {
+        if (!m_book.sheetIndex(name))
+            m_book.addSheet(name);
+        m_sheet = *m_book.sheetIndex(name);
+    }
+
+    void put(std::string_view rest)
+    {
+        const CellRect area = takeArea(rest);
+        for (int row = area.firstRow; row <= area.lastRow; ++row)
+            for (int column = area.firstColumn; column <= area.lastColumn; ++column) {
+                const bool isLast = row == area.lastRow && column == area.lastColumn;
+                const std::size_t end = isLast ? rest.size() : rest.find(" | ");
+                enterText(m_book, m_sheet, {row, column}, withLineBreaks(std::string(rest.substr(0, end))), m_formats,
+                          sessionDay);
+                rest.remove_prefix(isLast ? end : end + 3);
+            }
+    }
+
+    void style(std::string_view rest)
+    {
+        Cell& cell = sheet().at(takeAddress(rest));
+        CellFormat format = m_book.styles.format(cell.format);
+        format.numberFormat = m_book.styles.numberFormatFor(rest);
+        cell.format = m_book.styles.formatFor(format);
+    }
+
+    void copy(std::string_view rest)
+    {
+        const CellRect rows = takeArea(rest);
+        ASSERT_EQ(takeWord(rest), "to");
+        sheet().copyRows(rows.firstRow, rows.lastRow, std::stoi(std::string(rest)) - 1);
+    }
+
+    void region(std::string_view name)
+    {
+        static const std::map<std::string_view, RegionalFormats> regions = {
+            {"germany", test::germanFormats()}, {"india", test::indianFormats()}, {"arabia", test::arabicFormats()}};
+        m_formats = regions.at(name);
+    }
+
+    void countFrom1904(std::string_view /*rest*/) { m_book.dates1904 = true; }
+
+    void hide(std::string_view rest)
+    {
+        const CellRect rows = takeArea(rest);
+        for (int row = rows.firstRow; row <= rows.lastRow; ++row)
+            sheet().row(row).hidden = true;
+    }
+
+    /// As a file says it: a mark in the sheet, and a name for the rows.
+    void filter(std::string_view rest)
+    {
+        const CellRect rows = takeArea(rest);
+        sheet().isFiltered = true;
+        const ReferenceToken area{OperandClass::Reference,
+                                  m_book.externSheetFor(m_sheet),
+                                  {rows.firstRow, 0, false, false},
+                                  ReferencePart{rows.lastRow, 1, false, false}};
+        m_book.names.push_back({"_FilterDatabase", static_cast<std::uint16_t>(m_sheet), Formula{{area}}, {}});
+    }
+
+    void expect(const CellValue& value, std::string_view text)
+    {
+        const std::string expected = withLineBreaks(std::string(text));
+        if (const auto* const number = std::get_if<double>(&value))
+            EXPECT_TRUE(isAbout(*number, expected)) << "the value is " << written(value);
+        else
+            EXPECT_EQ(written(value), expected);
+    }
+
+    void expectValue(std::string_view rest)
+    {
+        const CellValue value = takeCell(rest).value;
+        expect(value, rest);
+    }
+
+    void expectResult(std::string_view rest)
+    {
+        put("Z9 " + takeBefore(rest, " -> "));
+        compute();
+        expect(sheet().value({8, 25}), rest);
+    }
+
+    void expectArray(std::string_view rest)
+    {
+        const CellRect area = takeArea(rest);
+        const Formula parsed = parseFormula(takeBefore(rest, " -> "), m_book, m_sheet, m_formats);
+        const auto formula = std::make_shared<const Formula>(Formula{asArrayFormula(parsed.tokens)});
+        const auto array = std::make_shared<const ArrayArea>(ArrayArea{area});
+        const auto forEachCell = [&](auto visit) {
+            for (int row = area.firstRow; row <= area.lastRow; ++row)
+                for (int column = area.firstColumn; column <= area.lastColumn; ++column)
+                    visit(sheet().at({row, column}));
+        };
+        forEachCell([&](Cell& cell) { std::tie(cell.formula, cell.array) = std::tie(formula, array); });
+        compute();
+        std::string values;
+        forEachCell([&](const Cell& cell) { values += (values.empty() ? "" : " | ") + written(cell.value); });
+        EXPECT_EQ(values, rest);
+    }
+
+    void defineName(std::string_view rest)
+    {
+        const std::string name = takeWord(rest);
+        m_book.names.push_back({name, std::nullopt, parseFormula(rest, m_book, m_sheet, m_formats), {}});
+    }
+
+    void iterate(std::string_view rest)
+    {
+        const std::string turns = takeWord(rest);
+        m_book.iteration = {true, static_cast<std::uint16_t>(std::stoi(turns)), std::stod(std::string(rest))};
+    }
+
+    void expectTyped(std::string_view rest)
+    {
+        const TypedValue typed = readTypedText(withLineBreaks(takeBefore(rest, " -> ")), m_formats, sessionDay);
+        const std::size_t as = std::min(rest.find(" as "), rest.size());
+        expect(typed.value, rest.substr(0, as));
+        EXPECT_EQ(typed.numberFormat, rest.substr(std::min(as + 4, rest.size())));
+    }
+
+    void expectShows(std::string_view rest)
+    {
+        const std::string asked = takeBefore(rest, " -> ");
+        const std::size_t as = asked.find(" as ");
+        const CellValue value = readValue(asked.substr(0, as));
+        EXPECT_EQ('"' + showValue(value, asked.substr(as + 4), m_formats, m_book.dates1904).text + '"', rest);
+    }
+
+    void expectShown(std::string_view rest)
+    {
+        const Cell& cell = takeCell(rest);
+        EXPECT_EQ('"' + showValue(cell.value, codeOf(cell), m_formats, m_book.dates1904).text + '"',
+                  withLineBreaks(std::string(rest)));
+    }
+
+    void expectFormat(std::string_view rest)
+    {
+        const std::string code = codeOf(takeCell(rest));
+        EXPECT_EQ(code, rest);
+    }
+
+    void expectFormula(std::string_view rest)
+    {
+        const Cell& cell = takeCell(rest);
+        ASSERT_TRUE(cell.formula) << "the cell holds no formula";
+        EXPECT_EQ(*cell.formula, parseFormula(rest, m_book, m_sheet, m_formats));
+    }
+
+    void expectRefused(std::string_view rest)
+    {
+        const CellAddress address = takeAddress(rest);
+        const std::size_t end = std::min(rest.find(" -> "), rest.size());
+        try {
+            enterText(m_book, m_sheet, address, rest.substr(0, end), m_formats, sessionDay);
+            FAIL() << "the text was taken";
+        } catch (const EngineError& error) {
+            const std::string_view why = rest.substr(std::min(end + 4, rest.size()));
+            EXPECT_TRUE(std::string_view(error.what()).ends_with(why.substr(0, why.find("  # ")))) << error.what();
+        }
+        EXPECT_EQ(written(sheet().value(address)), "empty");
+    }
+
+    void expectUsed(std::string_view rest)
+    {
+        const auto range = sheet().usedRange();
+        EXPECT_EQ(range ? addressText({range->firstRow, range->firstColumn}) + ":" +
+                              addressText({range->lastRow, range->lastColumn})
+                        : "nothing",
+                  rest);
+    }
+
+    inline static const std::map<std::string, Action> actions = {
+        {"sheet", &Session::goToSheet},       {"put", &Session::put},
+        {"style", &Session::style},           {"copy", &Session::copy},
+        {"region", &Session::region},         {"value", &Session::expectValue},
+        {"shown", &Session::expectShown},     {"format", &Session::expectFormat},
+        {"formula", &Session::expectFormula}, {"refused", &Session::expectRefused},
+        {"used", &Session::expectUsed},       {"hide", &Session::hide},
+        {"filter", &Session::filter},         {"dates1904", &Session::countFrom1904},
+        {"typed", &Session::expectTyped},     {"shows", &Session::expectShows},
+        {"array", &Session::expectArray},     {"name", &Session::defineName},
+        {"iterate", &Session::iterate},
+    };
+
     Book m_book;
     std::size_t m_sheet = 0;
     RegionalFormats m_formats;
 };
-
-const std::map<std::string, Session::Action> Session::actions = {
-    {"sheet", &Session::goToSheet},       {"put", &Session::put},
-    {"style", &Session::style},           {"copy", &Session::copy},
-    {"region", &Session::region},         {"value", &Session::expectValue},
-    {"shown", &Session::expectShown},     {"format", &Session::expectFormat},
-    {"formula", &Session::expectFormula}, {"refused", &Session::expectRefused},
-    {"used", &Session::expectUsed},       {"hide", &Session::hide},
-    {"filter", &Session::filter},         {"dates1904", &Session::countFrom1904},
-    {"typed", &Session::expectTyped},     {"shows", &Session::expectShows},
-    {"array", &Session::expectArray},     {"name", &Session::defineName},
-    {"iterate", &Session::iterate},
-};
-
-void Session::run(const std::string& line)
-{
-    std::string_view rest = line;
-    if (rest.starts_with('='))
-        return expectResult(rest);
-    const std::string word = takeWord(rest);
-    if (word.empty() || word.starts_with('#'))
-        return;
-    const auto action = actions.find(word);
-    ASSERT_NE(action, actions.end()) << "no session line begins with \"" << word << '"';
-    (this->*action->second)(rest);
-}
-
-CellAddress Session::takeAddress(std::string_view& rest) const
-{
-    const std::string word = takeWord(rest);
-    const auto area = parseAddress(word);
-    if (!area)
-        throw std::runtime_error("\"" + word + "\" is no cell");
-    return {area->firstRow, area->firstColumn};
-}
-
-const Cell& Session::takeCell(std::string_view& rest)
-{
-    static const Cell none;
-    compute();
-    const Cell* const cell = sheet().find(takeAddress(rest));
-    return cell == nullptr ? none : *cell;
-}
-
-void Session::goToSheet(std::string_view name)
-{
-    if (!m_book.sheetIndex(name))
-        m_book.addSheet(name);
-    m_sheet = *m_book.sheetIndex(name);
-}
-
-void Session::put(std::string_view rest)
-{
-    const CellAddress address = takeAddress(rest);
-    enterText(m_book, m_sheet, address, withLineBreaks(std::string(rest)), m_formats, sessionDay);
-}
-
-void Session::style(std::string_view rest)
-{
-    Cell& cell = sheet().at(takeAddress(rest));
-    CellFormat format = m_book.styles.format(cell.format);
-    format.numberFormat = m_book.styles.numberFormatFor(rest);
-    cell.format = m_book.styles.formatFor(format);
-}
-
-void Session::copy(std::string_view rest)
-{
-    const auto rows = parseAddress(takeWord(rest));
-    ASSERT_TRUE(rows && takeWord(rest) == "to");
-    sheet().copyRows(rows->firstRow, rows->lastRow, std::stoi(std::string(rest)) - 1);
-}
-
-void Session::region(std::string_view name)
-{
-    static const std::map<std::string_view, RegionalFormats> regions = {
-        {"germany", test::germanFormats()}, {"india", test::indianFormats()}, {"arabia", test::arabicFormats()}};
-    m_formats = regions.at(name);
-}
-
-void Session::countFrom1904(std::string_view /*rest*/)
-{
-    m_book.dates1904 = true;
-}
-
-void Session::hide(std::string_view rest)
-{
-    const auto rows = parseAddress(rest);
-    for (int row = rows->firstRow; row <= rows->lastRow; ++row)
-        sheet().row(row).hidden = true;
-}
-
-/// As a file says it: a mark in the sheet, and a name for the rows.
-void Session::filter(std::string_view rest)
-{
-    const auto rows = parseAddress(rest);
-    sheet().isFiltered = true;
-    const ReferenceToken area{OperandClass::Reference,
-                              m_book.externSheetFor(m_sheet),
-                              {rows->firstRow, 0, false, false},
-                              ReferencePart{rows->lastRow, 1, false, false}};
-    m_book.names.push_back({"_FilterDatabase", static_cast<std::uint16_t>(m_sheet), Formula{{area}}, {}});
-}
-
-void Session::expect(const CellValue& value, std::string_view text)
-{
-    const std::string expected = withLineBreaks(std::string(text));
-    if (const auto* const number = std::get_if<double>(&value))
-        EXPECT_TRUE(isAbout(*number, expected)) << "the value is " << written(value);
-    else
-        EXPECT_EQ(written(value), expected);
-}
-
-void Session::expectValue(std::string_view rest)
-{
-    const CellValue value = takeCell(rest).value;
-    expect(value, rest);
-}
-
-void Session::expectResult(std::string_view rest)
-{
-    put("Z9 " + takeBefore(rest, " -> "));
-    compute();
-    expect(sheet().value({8, 25}), rest);
-}
-
-void Session::expectArray(std::string_view rest)
-{
-    const auto area = parseAddress(takeWord(rest));
-    ASSERT_TRUE(area);
-    const Formula parsed = parseFormula(takeBefore(rest, " -> "), m_book, m_sheet, m_formats);
-    const auto formula = std::make_shared<const Formula>(Formula{asArrayFormula(parsed.tokens)});
-    const auto array = std::make_shared<const ArrayArea>(ArrayArea{*area});
-    const auto forEachCell = [&](auto visit) {
-        for (int row = area->firstRow; row <= area->lastRow; ++row)
-            for (int column = area->firstColumn; column <= area->lastColumn; ++column)
-                visit(sheet().at({row, column}));
-    };
-    forEachCell([&](Cell& cell) { std::tie(cell.formula, cell.array) = std::tie(formula, array); });
-    compute();
-    std::string values;
-    forEachCell([&](const Cell& cell) { values += (values.empty() ? "" : " | ") + written(cell.value); });
-    EXPECT_EQ(values, rest);
-}
-
-void Session::defineName(std::string_view rest)
-{
-    const std::string name = takeWord(rest);
-    m_book.names.push_back({name, std::nullopt, parseFormula(rest, m_book, m_sheet, m_formats), {}});
-}
-
-void Session::iterate(std::string_view rest)
-{
-    const std::string turns = takeWord(rest);
-    m_book.iteration = {true, static_cast<std::uint16_t>(std::stoi(turns)), std::stod(std::string(rest))};
-}
-
-void Session::expectTyped(std::string_view rest)
-{
-    const TypedValue typed = readTypedText(withLineBreaks(takeBefore(rest, " -> ")), m_formats, sessionDay);
-    const std::size_t as = std::min(rest.find(" as "), rest.size());
-    expect(typed.value, rest.substr(0, as));
-    EXPECT_EQ(typed.numberFormat, rest.substr(std::min(as + 4, rest.size())));
-}
-
-void Session::expectShows(std::string_view rest)
-{
-    std::string_view asked = rest;
-    const std::string before = takeBefore(rest, " -> ");
-    asked = before;
-    const std::size_t as = asked.find(" as ");
-    const CellValue value = readValue(asked.substr(0, as));
-    EXPECT_EQ('"' + showValue(value, asked.substr(as + 4), m_formats, m_book.dates1904).text + '"', rest);
-}
-
-void Session::expectShown(std::string_view rest)
-{
-    const Cell& cell = takeCell(rest);
-    const auto code = m_book.styles.numberFormatCode(m_book.styles.format(cell.format).numberFormat);
-    EXPECT_EQ('"' + showValue(cell.value, code, m_formats, m_book.dates1904).text + '"',
-              withLineBreaks(std::string(rest)));
-}
-
-void Session::expectFormat(std::string_view rest)
-{
-    const Cell& cell = takeCell(rest);
-    EXPECT_EQ(m_book.styles.numberFormatCode(m_book.styles.format(cell.format).numberFormat), rest);
-}
-
-void Session::expectFormula(std::string_view rest)
-{
-    const Cell& cell = takeCell(rest);
-    ASSERT_TRUE(cell.formula) << "the cell holds no formula";
-    EXPECT_EQ(*cell.formula, parseFormula(rest, m_book, m_sheet, m_formats));
-}
-
-void Session::expectRefused(std::string_view rest)
-{
-    const CellAddress address = takeAddress(rest);
-    const std::size_t end = std::min(rest.find(" -> "), rest.size());
-    try {
-        enterText(m_book, m_sheet, address, rest.substr(0, end), m_formats, sessionDay);
-        FAIL() << "the text was taken";
-    } catch (const EngineError& error) {
-        const std::string_view why = rest.substr(std::min(end + 4, rest.size()));
-        EXPECT_TRUE(std::string_view(error.what()).ends_with(why.substr(0, why.find("  # ")))) << error.what();
-    }
-    EXPECT_EQ(written(sheet().value(address)), "empty");
-}
-
-void Session::expectUsed(std::string_view rest)
-{
-    const auto range = sheet().usedRange();
-    EXPECT_EQ(range ? addressText({range->firstRow, range->firstColumn}) + ":" +
-                          addressText({range->lastRow, range->lastColumn})
-                    : "nothing",
-              rest);
-}
 
 class SheetSession : public testing::TestWithParam<std::filesystem::path> {};
 

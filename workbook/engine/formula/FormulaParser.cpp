@@ -1,6 +1,6 @@
 #include "workbook/engine/formula/FormulaParser.h"
 
-#include "app/base/text/LetterCase.h"
+#include "app/base/text/TextScanner.h"
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/OperandClasses.h"
@@ -27,6 +27,7 @@ constexpr std::uint16_t sumFunction = 4;
 constexpr std::uint16_t chooseFunction = 100;
 constexpr std::uint16_t addInFunction = 255; ///< calls the name that is its first argument
 constexpr int maxArguments = 30;
+constexpr std::string_view blanks = " \t\r\n";
 constexpr std::size_t volatileMarkSize = 4; ///< comes in the file before a formula that changes with every calculation
 
 std::optional<bool> logicalNamed(std::string_view name)
@@ -93,6 +94,7 @@ class Parser {
 public:
     Parser(std::string_view text, Book& book, std::size_t sheet, const RegionalFormats& formats)
         : m_text(text),
+          m_scanner(text),
           m_book(book),
           m_sheet(sheet),
           m_formats(formats),
@@ -107,8 +109,8 @@ public:
         accept('=');
         expression();
         skipBlanks();
-        if (m_at < m_text.size())
-            fail(ahead() == ')' ? "there is one closing bracket too many" : "an operator is missing");
+        if (!m_scanner.atEnd())
+            fail(m_scanner.peek() == ')' ? "there is one closing bracket too many" : "an operator is missing");
         assignOperandClasses(m_tokens);
         Formula formula{std::move(m_tokens)};
         const StoredSize size = storedSize(formula);
@@ -127,24 +129,21 @@ private:
                            "\" cannot be read: " + why + " (character " +
                            std::to_string(characterCount(m_text.substr(0, at)) + 1) + ").");
     }
-    [[noreturn]] void fail(const std::string& why) const { fail(why, m_at); }
+    [[noreturn]] void fail(const std::string& why) const { fail(why, m_scanner.position()); }
 
-    std::string_view rest() const { return m_text.substr(m_at); }
-    char ahead() const { return m_at < m_text.size() ? m_text[m_at] : '\0'; }
-    std::size_t blanksAhead() const { return std::min(rest().find_first_not_of(" \t\r\n"), rest().size()); }
-    void skipBlanks() { m_at += blanksAhead(); }
+    void skipBlanks() { m_scanner.skipBlanks(blanks); }
     bool accept(char sign)
     {
         skipBlanks();
-        const bool found = rest().starts_with(sign);
-        m_at += found ? 1 : 0;
-        return found;
+        return m_scanner.skip(sign);
     }
-    bool atSeparator() const { return ahead() == ';' || (ahead() == ',' && !m_commaIsDecimal); }
-    std::string_view wordAhead() const
+    bool atSeparator() const { return m_scanner.peek() == ';' || (m_scanner.peek() == ',' && !m_commaIsDecimal); }
+    std::string_view wordAhead() const { return TextScanner(m_scanner).takeWhile(isNameByte); }
+    /// Takes a sign that was seen to come next; where it is.
+    std::size_t takeSign()
     {
-        const auto end = std::ranges::find_if_not(rest(), isNameByte);
-        return rest().substr(0, static_cast<std::size_t>(end - rest().begin()));
+        m_scanner.take(1);
+        return m_scanner.position() - 1;
     }
 
     void emit(Token token) { m_tokens.push_back(std::move(token)); }
@@ -175,7 +174,7 @@ private:
         skipBlanks();
         for (const auto* next = operatorAhead(); next != nullptr && next->precedence >= lowestPrecedence;
              next = operatorAhead()) {
-            m_at += next->sign.size();
+            m_scanner.take(next->sign.size());
             expression(next->precedence + 1); // operators of one rank work from the left, "^" too
             answer = emitValue(OperatorToken{next->op});
             skipBlanks();
@@ -185,16 +184,16 @@ private:
 
     const BinaryOperator* operatorAhead() const
     {
-        const auto found =
-            std::ranges::find_if(binaryOperators, [this](const auto& each) { return rest().starts_with(each.sign); });
+        const auto found = std::ranges::find_if(
+            binaryOperators, [this](const auto& each) { return m_scanner.rest().starts_with(each.sign); });
         return found == binaryOperators.end() ? nullptr : &*found;
     }
 
     Answer signedOperand()
     {
         std::vector<Operator> signs;
-        for (skipBlanks(); ahead() == '-' || ahead() == '+'; skipBlanks())
-            signs.push_back(m_text[m_at++] == '-' ? Operator::Negate : Operator::UnaryPlus);
+        for (skipBlanks(); m_scanner.peek() == '-' || m_scanner.peek() == '+'; skipBlanks())
+            signs.push_back(m_scanner.take(1) == "-" ? Operator::Negate : Operator::UnaryPlus);
         Answer answer = intersection();
         for (; !signs.empty(); signs.pop_back())
             answer = emitValue(OperatorToken{signs.back()});
@@ -205,11 +204,11 @@ private:
 
     bool operandFollowsBlanks() const
     {
-        const std::size_t blanks = blanksAhead();
-        if (blanks == 0 || blanks == rest().size())
-            return false;
-        const char next = rest()[blanks];
-        return isNameByte(next) || next == '$' || next == '\'' || next == '(';
+        TextScanner ahead = m_scanner;
+        ahead.skipBlanks(blanks);
+        const char next = ahead.peek();
+        return ahead.position() > m_scanner.position() &&
+               (isNameByte(next) || next == '$' || next == '\'' || next == '(');
     }
 
     Answer intersection()
@@ -217,7 +216,7 @@ private:
         const Answer answer = range();
         while (answer == Answer::Cells && operandFollowsBlanks()) {
             skipBlanks();
-            if (const std::size_t at = m_at; range() != Answer::Cells)
+            if (const std::size_t at = m_scanner.position(); range() != Answer::Cells)
                 fail("an operator is missing", at);
             emit(OperatorToken{Operator::Intersection});
         }
@@ -227,9 +226,8 @@ private:
     Answer range()
     {
         const Answer answer = operand();
-        while (answer == Answer::Cells && ahead() == ':') {
-            ++m_at;
-            if (const std::size_t at = m_at; operand() != Answer::Cells)
+        while (answer == Answer::Cells && m_scanner.skip(':')) {
+            if (const std::size_t at = m_scanner.position(); operand() != Answer::Cells)
                 fail("a cell is missing after \":\"", at);
             emit(OperatorToken{Operator::Range});
         }
@@ -238,9 +236,9 @@ private:
 
     Answer operand()
     {
-        if (m_at == m_text.size())
+        if (m_scanner.atEnd())
             fail("it ends where a value is missing");
-        const char next = ahead();
+        const char next = m_scanner.peek();
         if (next == '(')
             return nested([this] { return brackets(); });
         if (next == '"')
@@ -249,11 +247,11 @@ private:
             return emitValue(constantArray());
         if (const auto error = acceptError())
             return *error == ErrorCode::Reference ? emitCells(ErrorToken{*error}) : emitValue(ErrorToken{*error});
-        if (const auto sheets = readSheets(rest()))
+        if (const auto sheets = readSheets(m_scanner.rest()))
             return sheetReference(*sheets);
-        if (const auto written = readReference(rest()))
+        if (const auto written = readReference(m_scanner.rest()))
             return reference(std::nullopt, *written);
-        if ((next >= '0' && next <= '9') || rest().starts_with(m_formats.decimalSeparator))
+        if (isDigit(next) || m_scanner.startsWith(m_formats.decimalSeparator))
             return emitValue(NumberToken{number()});
         if (isNameByte(next))
             return word();
@@ -262,10 +260,10 @@ private:
 
     Answer brackets()
     {
-        const std::size_t opening = m_at++;
+        const std::size_t opening = takeSign();
         const Answer answer = expression();
         for (skipBlanks(); atSeparator(); skipBlanks()) {
-            const std::size_t separator = m_at++;
+            const std::size_t separator = takeSign();
             if (answer != Answer::Cells || expression() != Answer::Cells)
                 fail("only cells can be joined by \",\"", separator);
             emit(OperatorToken{Operator::Union});
@@ -278,7 +276,7 @@ private:
 
     Answer reference(std::optional<std::uint16_t> externSheet, const WrittenReference& written)
     {
-        m_at += written.length;
+        m_scanner.take(written.length);
         return emitCells(ReferenceToken{OperandClass::Value, externSheet, written.first, written.last, false});
     }
 
@@ -295,32 +293,32 @@ private:
     Answer sheetReference(const WrittenSheets& sheets)
     {
         const std::size_t first = sheetNamed(sheets.first);
-        const std::string_view referred = rest().substr(sheets.length);
+        const std::string_view referred = m_scanner.rest().substr(sheets.length);
         const auto written = readReference(referred);
         const std::string bad = errorText(ErrorCode::Reference);
         const bool isBad = startsWithIgnoringCase(referred, bad);
         if (!written && !isBad) {
-            m_at += sheets.length;
+            m_scanner.take(sheets.length);
             return definedName(wordAhead(), first);
         }
         const std::size_t last = sheets.last ? sheetNamed(*sheets.last) : first;
         const std::uint16_t externSheet = m_book.externSheetFor(std::min(first, last), std::max(first, last));
-        m_at += sheets.length;
+        m_scanner.take(sheets.length);
         if (written)
             return reference(externSheet, *written);
-        m_at += bad.size();
+        m_scanner.take(bad.size());
         return emitCells(ReferenceToken{OperandClass::Value, externSheet, {}, std::nullopt, true});
     }
 
     Answer word()
     {
         const std::string_view name = wordAhead();
-        if (rest().substr(name.size()).starts_with('('))
+        if (m_scanner.peek(name.size()) == '(')
             return call(name);
         const auto logical = logicalNamed(name);
         if (!logical)
             return definedName(name, m_sheet);
-        m_at += name.size();
+        m_scanner.take(name.size());
         return emitValue(LogicalToken{*logical});
     }
 
@@ -344,7 +342,7 @@ private:
         const auto index = nameIndex(name, sheet);
         if (!index)
             fail('"' + std::string(name) + "\" is not a cell, name or function");
-        m_at += name.size();
+        m_scanner.take(name.size());
         return emitCells(nameToken(OperandClass::Value, *index));
     }
 
@@ -352,35 +350,35 @@ private:
     template <class ArgumentRead>
     int arguments(ArgumentRead argumentRead)
     {
-        const std::size_t opening = m_at++;
+        const std::size_t opening = takeSign();
         if (accept(')'))
             return 0;
         for (int count = 1;; ++count) {
             skipBlanks();
             if (count > maxArguments)
                 fail("there are more than " + std::to_string(maxArguments) + " arguments");
-            if (atSeparator() || ahead() == ')')
+            if (atSeparator() || m_scanner.peek() == ')')
                 emit(MissingArgumentToken{});
             else
                 expression();
             argumentRead(count);
             if (accept(')'))
                 return count;
-            if (m_at == m_text.size())
+            if (m_scanner.atEnd())
                 fail("the bracket is never closed", opening);
             if (!atSeparator())
                 fail("a separator is missing");
-            ++m_at;
+            takeSign();
         }
     }
 
     Answer call(std::string_view name)
     {
-        const std::size_t at = m_at;
+        const std::size_t at = m_scanner.position();
         const FunctionInfo* const info = findFunction(name);
         if (info == nullptr)
             return namedCall(name);
-        m_at += name.size();
+        m_scanner.take(name.size());
         Jumps jumps(info->id, m_tokens);
         const int count = nested([&] { return arguments([&](int position) { jumps.argumentRead(position); }); });
         if (count < info->minArguments || count > info->maxArguments)
@@ -403,17 +401,17 @@ private:
             emit(nameToken(OperandClass::Reference, *index));
         else
             fail("there is no function named \"" + std::string(name) + "\"");
-        m_at += name.size();
+        m_scanner.take(name.size());
         const int count = nested([this] { return arguments([](int) {}); });
         return emitValue(FunctionToken{OperandClass::Value, addInFunction, static_cast<std::uint8_t>(count + 1), true});
     }
 
     double number()
     {
-        std::string plain(rest());
-        const std::size_t point = std::min(plain.find_first_not_of("0123456789"), plain.size());
+        std::string plain(m_scanner.rest());
+        const std::size_t point = m_scanner.digitsAhead();
         const std::string& separator = m_formats.decimalSeparator;
-        const bool hasPoint = rest().substr(point).starts_with(separator);
+        const bool hasPoint = m_scanner.rest().substr(point).starts_with(separator);
         if (hasPoint)
             plain.replace(point, separator.size(), ".");
         else if (point == 0 || plain[point] == '.')
@@ -424,40 +422,38 @@ private:
             fail(error == std::errc::result_out_of_range ? "the number is too large or too small"
                                                          : "a number is missing");
         const auto length = static_cast<std::size_t>(end - plain.data());
-        m_at += length > point && hasPoint ? length + separator.size() - 1 : length;
+        m_scanner.take(length > point && hasPoint ? length + separator.size() - 1 : length);
         return value;
     }
 
     std::string text()
     {
-        const auto quoted = readQuoted(rest());
+        const auto quoted = readQuoted(m_scanner.rest());
         if (!quoted)
             fail("the text is never closed");
         if (utf16Length(quoted->content) > maxTextUnits)
             fail("a text has more than " + std::to_string(maxTextUnits) + " characters");
-        m_at += quoted->length;
+        m_scanner.take(quoted->length);
         return quoted->content;
     }
 
     std::optional<ErrorCode> acceptError()
     {
         for (const auto& [error, name] : errorNames)
-            if (startsWithIgnoringCase(rest(), name)) {
-                m_at += name.size();
+            if (m_scanner.skipIgnoringCase(name))
                 return error;
-            }
         return std::nullopt;
     }
 
     CellValue arrayElement()
     {
         skipBlanks();
-        if (ahead() == '"')
+        if (m_scanner.peek() == '"')
             return text();
         if (const auto error = acceptError())
             return *error;
         if (const auto logical = logicalNamed(wordAhead())) {
-            m_at += wordAhead().size();
+            m_scanner.take(wordAhead().size());
             return *logical;
         }
         const bool negative = accept('-');
@@ -476,7 +472,7 @@ private:
 
     ArrayToken constantArray()
     {
-        const std::size_t opening = m_at++;
+        const std::size_t opening = takeSign();
         ArrayToken array;
         do {
             std::vector<CellValue> row = arrayRow();
@@ -494,11 +490,11 @@ private:
     }
 
     std::string_view m_text;
+    TextScanner m_scanner;
     Book& m_book;
     std::size_t m_sheet;
     const RegionalFormats& m_formats;
     bool m_commaIsDecimal;
-    std::size_t m_at = 0;
     int m_nesting = 0;
     std::vector<Token> m_tokens;
     std::vector<std::string> m_unknownNames; ///< to enter in the book when the formula can be read
