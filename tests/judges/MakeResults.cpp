@@ -80,7 +80,7 @@ int main(int argc, char* argv[])
     const std::vector<std::byte> givenTemplate =
         option.empty() || areIds ? std::vector<std::byte>() : readBytesFromFile(fs::path(option));
     test::EmbeddedBuilds builds(givenTemplate);
-    for (const test::BuildCase& build : areIds ? test::oddIdCases() : test::buildCases()) {
+    for (const test::BuildCase& build : areIds ? test::OddIds().cases() : test::buildCases()) {
         const fs::path result = folder / (build.name + ".xls");
         fs::rename(builds.build(build.data), result);
         writeCells(result, folder / (build.name + ".tsv"));

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Lets programs that are not ours judge our workbooks: judges_test.py MAKE_RESULTS JUDGE LINT
+"""Lets programs that are not ours judge our workbooks: judges_test.py MAKE_RESULTS JUDGE LINT TEMPLATE
 
-JUDGE  "lint": the strict checker LINT finds nothing; "libreoffice", "gnumeric": they open every workbook, compute it anew
+JUDGE  "lint": the strict checker LINT finds nothing; "libreoffice", "gnumeric": they open every workbook, compute it again
        and come to every value that we wrote; Gnumeric shows every text that we show; "odd-ids": the stubs of 500 odd
-       IDs answer as both do, and where the two differ as the rules of exact lookup say
+       IDs answer as one of the two does at least; "template_saved_by_libreoffice", "..._gnumeric": built from our
+       TEMPLATE as the program saves it, every cell holds and shows what it does when built from ours
 Ends with 77 when the judge is missing.
 """
 import csv
@@ -21,9 +22,10 @@ csv.field_size_limit(10_000_000)
 TOLERANCE = 1e-9
 
 
-def skip(reason):
-    print("Skipped:", reason)
-    sys.exit(77)
+def require(program):
+    if not shutil.which(program):
+        print(f"Skipped: {program}, a judge of our workbooks, is not installed")
+        sys.exit(77)
 
 
 class Cell:
@@ -51,7 +53,7 @@ def same_number(one, other):
     return abs(one - other) <= TOLERANCE * max(1.0, abs(one), abs(other))
 
 
-def same_value(cell, kind, value):
+def same_value(cell, value):
     """Whether the judge's value is ours. A judge knows no logical of its own kind: it is a number, or its text."""
     if cell.kind == "number":
         # LibreOffice answers an empty cell's value as empty where the format's description says 0.
@@ -63,18 +65,19 @@ def same_value(cell, kind, value):
 
 def judge_by_lint(workbooks, lint):
     if not os.path.exists(lint):
-        skip("the strict checker of workbooks is not beside this checkout")
-    found = subprocess.run([sys.executable, lint, "--strict", *workbooks], capture_output=True, text=True)
+        print("Skipped: the strict checker of workbooks is not beside this checkout")
+        sys.exit(77)
+    found = subprocess.run([sys.executable, lint, "--strict", "-q", *workbooks], capture_output=True, text=True)
     return [] if found.returncode == 0 else [found.stdout + found.stderr]
 
 
 def values_by_libreoffice(workbooks):
     """{workbook: {"sheet address": (kind, value)}}"""
-    if not shutil.which("soffice"):
-        skip("LibreOffice, a judge of our workbooks, is not installed")
+    require("soffice")
     python = "/usr/bin/python3"  # the distribution's: LibreOffice's module belongs to it
     if subprocess.run([python, "-c", "import uno"], capture_output=True).returncode:
-        skip("LibreOffice's module for Python is not installed")
+        print("Skipped: LibreOffice's module for Python is not installed")
+        sys.exit(77)
     output = os.path.join(os.path.dirname(workbooks[0]), "libreoffice.json")
     script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libreoffice_values.py")
     subprocess.run([python, script, output, *workbooks], check=True)
@@ -84,18 +87,16 @@ def values_by_libreoffice(workbooks):
 
 def judge_by_libreoffice(workbooks, _):
     theirs = values_by_libreoffice(workbooks)
-    differences = []
     for workbook in workbooks:
         name = os.path.basename(workbook)
         for cell in own_cells(workbook):
             kind, value = theirs[name].get(f"{cell.sheet} {cell.address}", ("empty", ""))
-            if not same_value(cell, kind, value):
-                differences.append(f"{name}, {cell}; LibreOffice {kind} {value!r}")
-    return differences
+            if not same_value(cell, value):
+                yield f"{name}, {cell}; LibreOffice {kind} {value!r}"
 
 
-def gnumeric_grid(workbook, style):
-    """The texts of every sheet as Gnumeric exports them, by (sheet, row, column) of the exported block."""
+def gnumeric_texts(workbook, cells, style):
+    """{cell: text}, as Gnumeric exports them; its export begins at the first row and column that hold anything."""
     folder = workbook[:-4] + "-" + style
     os.makedirs(folder, exist_ok=True)
     subprocess.run(["ssconvert", "--recalc", "-S", "-T", "Gnumeric_stf:stf_assistant",
@@ -103,44 +104,30 @@ def gnumeric_grid(workbook, style):
                     os.path.join(folder, "%n.txt")], check=True, capture_output=True)
     grid = {}
     for sheet, path in enumerate(sorted(glob.glob(os.path.join(folder, "*.txt"))), 1):
+        first_row = min(cell.row for cell in cells if cell.sheet == sheet)
+        first_column = min(cell.column for cell in cells if cell.sheet == sheet)
         with open(path, encoding="utf-8", newline="") as file:
-            for row, texts in enumerate(csv.reader(file, delimiter="\t")):
-                for column, text in enumerate(texts):
+            for row, texts in enumerate(csv.reader(file, delimiter="\t"), first_row):
+                for column, text in enumerate(texts, first_column):
                     grid[sheet, row, column] = text
-    return grid
-
-
-def require_gnumeric():
-    if not shutil.which("ssconvert"):
-        skip("Gnumeric, a judge of our workbooks, is not installed")
-
-
-def corners(cells):
-    """{sheet: (row, column)}: Gnumeric's export begins at the first row and column that hold anything."""
-    return {sheet: (min(c.row for c in cells if c.sheet == sheet), min(c.column for c in cells if c.sheet == sheet))
-            for sheet in {c.sheet for c in cells}}
+    return {cell: grid.get((cell.sheet, cell.row, cell.column), "") for cell in cells}
 
 
 def judge_by_gnumeric(workbooks, _):
-    require_gnumeric()
-    differences = []
+    require("ssconvert")
     for workbook in workbooks:
-        cells = own_cells(workbook)
-        corner = corners(cells)
-        raw, shown = gnumeric_grid(workbook, "raw"), gnumeric_grid(workbook, "preserve")
+        name, cells = os.path.basename(workbook), own_cells(workbook)
+        raw, shown = gnumeric_texts(workbook, cells, "raw"), gnumeric_texts(workbook, cells, "preserve")
         for cell in cells:
-            place = (cell.sheet, cell.row - corner[cell.sheet][0], cell.column - corner[cell.sheet][1])
-            name = os.path.basename(workbook)
-            if not same_value(cell, None, raw.get(place, "")):
-                differences.append(f"{name}, {cell}; Gnumeric has {raw.get(place)!r}")
-            elif not same_shown(cell, re.sub(r"[\n\t]", " ", shown.get(place, ""))):
-                differences.append(f"{name}, {cell}; Gnumeric shows {shown.get(place)!r}")
-    return differences
+            if not same_value(cell, raw[cell]):
+                yield f"{name}, {cell}; Gnumeric has {raw[cell]!r}"
+            elif not same_shown(cell, re.sub(r"[\n\t]", " ", shown[cell])):
+                yield f"{name}, {cell}; Gnumeric shows {shown[cell]!r}"
 
 
 def same_shown(cell, theirs):
     """Gnumeric writes the minus sign as such, drops the blank that a format leaves at the end, shows the short date with a
-    year of two digits, computes in 80 bits (a tie in the last place shown may fall to the other side), and lends a formula
+    year of two digits, computes in 80 bits (a tie in the last place shown may fall to the other side), and gives a formula
     in General the format of what it refers to."""
     ours, theirs = cell.shown.rstrip(), theirs.rstrip().replace("\u2212", "-")
     if cell.content == "formula" and cell.format == "General" and cell.kind == "number":
@@ -158,74 +145,71 @@ def last_place(shown):
 
 
 def is_tie(cell):
-    """Whether our value, taken to 15 digits, lies in the middle between two texts of that many decimals."""
+    """Whether our value, taken to 15 digits, is in the middle between two texts of that many decimals."""
     if cell.kind != "number":
         return False
     value = decimal.Decimal(f"{float(cell.value):.14e}") * (100 if cell.shown.endswith("%") else 1)
     return (value / last_place(cell.shown)) % 1 in (decimal.Decimal("0.5"), decimal.Decimal("-0.5"))
 
 
-STUB_HEIGHT, STUB_ID = 12, (3, 8)  # row in the first stub, column
-# Cells of a stub that look a value up: row in the first stub, column: sheet, first row of the keys, column of the answer.
-LOOKUPS = {(3, 6): (1, 4, 3), (5, 8): (2, 3, 4)}
-
-
-def pattern_of(key):
-    """The key's wildcards as a regular expression: "*", "?", and "~" before one of the three."""
-    parts = re.findall(r"~[*?~]|[\s\S]", key)
-    return "".join({"*": "[\\s\\S]*", "?": "[\\s\\S]"}.get(part) or re.escape(part[-1]) for part in parts)
-
-
-def looked_up(cells, key, sheet, first_row, column):
-    """The (kind, value) that exact lookup answers: numbers, texts and logicals are keys of different kinds, case does not
-    count, the first match does."""
-    for row in range(first_row, 29):
-        held = cells.get((sheet, row, 2))
-        if held is None or key is None or held.kind != key.kind:
-            continue
-        if (key.kind == "number" and float(held.value) == float(key.value)) or (key.kind == "logical" and held.value == key.value) or (
-                key.kind == "text" and re.fullmatch(pattern_of(key.value), held.value, re.IGNORECASE)):
-            answer = cells.get((sheet, row, column))
-            return (answer.kind, answer.value) if answer else ("number", "0")
-    return (key.kind, key.value) if key is not None and key.kind == "error" else ("error", "#N/A")
-
-
 def judge_odd_ids(workbooks, _):
-    require_gnumeric()
+    require("ssconvert")
     by_libreoffice = values_by_libreoffice(workbooks)
-    differences, split = [], 0
     for workbook in workbooks:
-        name = os.path.basename(workbook)
-        cells = {(cell.sheet, cell.row, cell.column): cell for cell in own_cells(workbook)}
-        corner, raw = corners(cells.values()), gnumeric_grid(workbook, "raw")
-        for cell in cells.values():
-            if cell.sheet != 3 or cell.content != "formula":
-                continue
-            kind, value = by_libreoffice[name].get(f"3 {cell.address}", ("empty", ""))
-            gnumeric = raw.get((3, cell.row - corner[3][0], cell.column - corner[3][1]), "")
-            agree = [same_value(cell, kind, value), same_value(cell, None, gnumeric)]
-            if agree == [False, False]:
-                differences.append(f"{name}, {cell}; LibreOffice {value!r}, Gnumeric {gnumeric!r}")
-            split += agree[0] != agree[1]
-            stub, row = divmod(cell.row - STUB_ID[0], STUB_HEIGHT)
-            rule = LOOKUPS.get((row + STUB_ID[0], cell.column))
-            expected = rule and looked_up(cells, cells.get((3, STUB_ID[0] + stub * STUB_HEIGHT, STUB_ID[1])), *rule)
-            if rule and expected[1] != cell.value:
-                differences.append(f"{name}, {cell}; by the rules {expected}")
-    print(f"the two programs differ in {split} cells")
-    return differences
+        name, cells = os.path.basename(workbook), own_cells(workbook)
+        by_gnumeric = gnumeric_texts(workbook, cells, "raw")
+        for cell in cells:
+            kind, value = by_libreoffice[name].get(f"{cell.sheet} {cell.address}", ("empty", ""))
+            if cell.sheet == 3 and cell.content == "formula" and not (
+                    same_value(cell, value) or same_value(cell, by_gnumeric[cell])):
+                yield f"{name}, {cell}; LibreOffice {value!r}, Gnumeric {by_gnumeric[cell]!r}"
+
+
+def saved_by(program, template, folder):
+    tool, arguments = {
+        "libreoffice": ("soffice", ["--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to", "xls",
+                                    "--outdir", folder, template]),
+        "gnumeric": ("ssconvert", ["-T", "Gnumeric_Excel:excel_biff8", template, os.path.join(folder, "template.xls")]),
+    }[program]
+    require(tool)
+    subprocess.run([tool, *arguments], check=True, capture_output=True)
+    return os.path.join(folder, "template.xls")
+
+
+def judge_template(workbooks, lint, maker, program, template):
+    """LibreOffice saves the format ";;" of the calculator's names as ";;;", which hides them."""
+    with tempfile.TemporaryDirectory() as folder, tempfile.TemporaryDirectory() as saved:
+        results = make_results(maker, folder, saved_by(program, template, saved))
+        if os.path.exists(lint):
+            yield from judge_by_lint(results, lint)
+        for workbook in workbooks:
+            name = os.path.basename(workbook)
+            ours, theirs = ({(cell.sheet, cell.address): cell for cell in own_cells(path)}
+                            for path in (workbook, os.path.join(folder, name)))
+            for place in sorted(ours.keys() | theirs.keys()):
+                one, other = ours.get(place), theirs.get(place)
+                hides_a_name = program == "libreoffice" and place[0] == 2 and place[1].startswith("C")
+                if one is None or other is None or (one.kind, one.value) != (other.kind, other.value) or not (
+                        hides_a_name or one.shown == other.shown):
+                    yield f"{name}, {place}: {one} from our template, {other} from {program}'s"
+
+
+def make_results(maker, folder, *option):
+    subprocess.run([os.path.abspath(maker), folder, *option], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
+    return sorted(glob.glob(os.path.join(folder, "*.xls")))
 
 
 JUDGES = {"odd-ids": judge_odd_ids, "lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
 
 
 def main():
-    maker, judge, lint = sys.argv[1:]
+    maker, judge, lint, template = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
-        options = ["--odd-ids"] if judge == "odd-ids" else []
-        subprocess.run([os.path.abspath(maker), folder, *options], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
-        workbooks = sorted(glob.glob(os.path.join(folder, "*.xls")))
-        differences = JUDGES[judge](workbooks, lint)
+        workbooks = make_results(maker, folder, *["--odd-ids"] * (judge == "odd-ids"))
+        if judge in JUDGES:
+            differences = list(JUDGES[judge](workbooks, lint))
+        else:
+            differences = list(judge_template(workbooks, lint, maker, judge.rpartition("_")[2], template))
         cells = sum(len(own_cells(workbook)) for workbook in workbooks)
     print(*differences[:40], sep="\n")
     print(f"{judge}: {len(workbooks)} workbooks, {cells} cells, {len(differences)} differences")
