@@ -56,15 +56,6 @@ char32_t lowerAscii(char byte)
     return lowerCase(static_cast<unsigned char>(byte));
 }
 
-template <class Text, class Mapping>
-int compareMapped(const Text& a, const Text& b, Mapping mapping)
-{
-    const auto [left, right] = std::ranges::mismatch(a, b, {}, mapping, mapping);
-    if (left == a.end() || right == b.end())
-        return static_cast<int>(left != a.end()) - static_cast<int>(right != b.end());
-    return mapping(*left) < mapping(*right) ? -1 : 1;
-}
-
 } // namespace
 
 char32_t lowerCase(char32_t letter)
@@ -101,14 +92,21 @@ std::string upperText(std::string_view utf8)
 
 int compareIgnoringCase(std::string_view a, std::string_view b)
 {
-    if (std::ranges::all_of(a, isAscii) && std::ranges::all_of(b, isAscii))
-        return compareMapped(a, b, lowerAscii);
-    return compareMapped(toUtf32(a), toUtf32(b), lowerCase);
+    const auto [left, right] = std::ranges::mismatch(a, b, [](char one, char other) {
+        return isAscii(one) && isAscii(other) && lowerAscii(one) == lowerAscii(other);
+    });
+    const std::string_view restOfA(left, a.end());
+    const std::string_view restOfB(right, b.end());
+    if (restOfA.empty() || restOfB.empty())
+        return static_cast<int>(restOfB.empty()) - static_cast<int>(restOfA.empty());
+    if (isAscii(*left) && isAscii(*right))
+        return lowerAscii(*left) < lowerAscii(*right) ? -1 : 1;
+    return lowerText(restOfA).compare(lowerText(restOfB)); // bytes of UTF-8 are in the order of their code points
 }
 
 bool sameIgnoringCase(std::string_view a, std::string_view b)
 {
-    return compareIgnoringCase(a, b) == 0;
+    return a.size() == b.size() && compareIgnoringCase(a, b) == 0; // both letters of a pair have as many bytes
 }
 
 bool startsWithIgnoringCase(std::string_view text, std::string_view start)

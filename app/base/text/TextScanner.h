@@ -32,8 +32,18 @@ public:
     bool startsWith(std::string_view text) const { return !text.empty() && m_rest.starts_with(text); }
 
     /// Takes the text, where it comes next.
-    bool skip(std::string_view text) { return !take(startsWith(text) ? text.size() : 0).empty(); }
-    bool skip(char byte) { return skip(std::string_view(&byte, 1)); }
+    bool skip(std::string_view text)
+    {
+        const bool found = startsWith(text);
+        m_rest.remove_prefix(found ? text.size() : 0);
+        return found;
+    }
+    bool skip(char byte)
+    {
+        const bool found = m_rest.starts_with(byte);
+        m_rest.remove_prefix(found ? 1 : 0);
+        return found;
+    }
     bool skipIgnoringCase(std::string_view text)
     {
         return !take(startsWithIgnoringCase(m_rest, text) ? text.size() : 0).empty();

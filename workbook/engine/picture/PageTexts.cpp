@@ -1,8 +1,10 @@
 #include "workbook/engine/picture/PageTexts.h"
 
+#include "app/base/text/TextScanner.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
+#include <utility>
 
 namespace wagemill::engine {
 
@@ -12,19 +14,17 @@ namespace {
 class CodeReader {
 public:
     CodeReader(std::string_view codes, const drawing::Font& standardFont, const PageFacts& facts)
-        : m_codes(codes), m_standardFont(standardFont), m_facts(facts), m_font(standardFont)
+        : m_scanner(codes), m_standardFont(standardFont), m_facts(facts), m_font(standardFont)
     {
     }
 
     std::array<PageText, 3> read()
     {
-        while (m_at < m_codes.size()) {
-            const char letter = m_codes[m_at++];
-            if (letter != '&')
-                write(std::string_view(&letter, 1));
-            else if (m_at < m_codes.size())
+        while (!m_scanner.atEnd())
+            if (!m_scanner.skip('&'))
+                write(m_scanner.take(1));
+            else if (!m_scanner.atEnd())
                 readCode();
-        }
         return m_texts;
     }
 
@@ -45,9 +45,10 @@ private:
 
     void readCode()
     {
-        if (m_codes[m_at] >= '0' && m_codes[m_at] <= '9')
+        if (isDigit(m_scanner.peek()))
             return readSize();
-        switch (m_codes[m_at++]) {
+        const char code = m_scanner.take(1).front();
+        switch (code) {
         case 'L':
             return beginPart(0);
         case 'C':
@@ -58,37 +59,30 @@ private:
             return write(std::to_string(m_facts.page + readOffset()));
         case 'N':
             return write(std::to_string(m_facts.pages));
-        case 'D':
-            return write(m_facts.date);
-        case 'T':
-            return write(m_facts.time);
-        case 'A':
-            return write(m_facts.sheet);
-        case 'F':
-            return write(m_facts.file);
-        case 'Z':
-            return write(m_facts.folder);
         case '&':
             return write("&");
-        case 'B':
-            m_font.bold = !m_font.bold;
-            return;
-        case 'I':
-            m_font.italic = !m_font.italic;
-            return;
-        case 'S':
-            m_font.strikeout = !m_font.strikeout;
-            return;
-        case 'U':
-        case 'E':
-            m_font.underline = !m_font.underline;
-            return;
         case '"':
             return readFont();
-        default: // a picture, raised or lowered letters
-            return;
+        default: // else a picture, raised or lowered letters
+            for (const auto& [letter, fact] : factCodes)
+                if (letter == code)
+                    write(m_facts.*fact);
+            for (const auto& [letter, style] : styleCodes)
+                if (letter == code)
+                    m_font.*style = !(m_font.*style);
         }
     }
+
+    static constexpr std::pair<char, std::string PageFacts::*> factCodes[] = {{'D', &PageFacts::date},
+                                                                              {'T', &PageFacts::time},
+                                                                              {'A', &PageFacts::sheet},
+                                                                              {'F', &PageFacts::file},
+                                                                              {'Z', &PageFacts::folder}};
+    static constexpr std::pair<char, bool drawing::Font::*> styleCodes[] = {{'B', &drawing::Font::bold},
+                                                                            {'I', &drawing::Font::italic},
+                                                                            {'S', &drawing::Font::strikeout},
+                                                                            {'U', &drawing::Font::underline},
+                                                                            {'E', &drawing::Font::underline}};
 
     /// &8: points.
     void readSize()
@@ -102,40 +96,33 @@ private:
     /// &"Arial,Bold Italic"; "-" is the font that it is anyway.
     void readFont()
     {
-        const std::string_view named = m_codes.substr(m_at, m_codes.find('"', m_at) - m_at);
-        m_at = std::min(m_codes.size(), m_at + named.size() + 1);
-        const std::size_t comma = std::min(named.find(','), named.size());
-        if (const std::string_view name = named.substr(0, comma); name != "-" && !name.empty())
+        TextScanner named(m_scanner.takeWhile([](char byte) { return byte != '"'; }));
+        m_scanner.skip('"');
+        const std::string_view name = named.takeWhile([](char byte) { return byte != ','; });
+        if (name != "-" && !name.empty())
             m_font.name = name;
-        const std::string_view style = named.substr(comma);
-        m_font.bold = style.find("Bold") != std::string_view::npos;
-        m_font.italic = style.find("Italic") != std::string_view::npos;
+        m_font.bold = named.rest().find("Bold") != std::string_view::npos;
+        m_font.italic = named.rest().find("Italic") != std::string_view::npos;
     }
 
     /// &P+2, &P-1: added to the number of the page.
     int readOffset()
     {
-        if (m_at + 1 >= m_codes.size() || (m_codes[m_at] != '+' && m_codes[m_at] != '-'))
+        if (m_scanner.rest().size() < 2)
             return 0;
-        const int sign = m_codes[m_at++] == '-' ? -1 : 1;
-        return sign * readNumber();
+        return m_scanner.skip('+') ? readNumber() : m_scanner.skip('-') ? -readNumber() : 0;
     }
 
     int readNumber()
     {
-        int number = 0;
-        const char* const begin = m_codes.data() + m_at;
-        const auto result = std::from_chars(begin, m_codes.data() + m_codes.size(), number);
-        m_at += static_cast<std::size_t>(result.ptr - begin);
         constexpr int maxNumber = 65535;
-        return std::clamp(number, 0, maxNumber);
+        return std::min(TextScanner(m_scanner.takeDigits()).takeNumber(9).value_or(0), maxNumber);
     }
 
-    std::string_view m_codes;
+    TextScanner m_scanner;
     const drawing::Font& m_standardFont;
     const PageFacts& m_facts;
-    std::size_t m_at = 0;
-    std::size_t m_part = 1; ///< a text without a part stands in the middle
+    std::size_t m_part = 1; ///< a text without a part is in the middle
     drawing::Font m_font;
     std::array<PageText, 3> m_texts;
 };

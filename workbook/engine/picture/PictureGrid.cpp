@@ -9,11 +9,11 @@ namespace wagemill::engine {
 
 namespace {
 
-constexpr std::int64_t mostCells = 4'000'000;
+constexpr std::int64_t maxCells = 4'000'000;
 constexpr double digitOnPaper = 111 / 15.; ///< 0.556 of ten points, in whole twips
 
-/// The share of a hatched ground that takes the pattern colour, by pattern number ([MS-XLS] 2.5.159 FillPattern). At
-/// the size of a pixel a hatch is seen as that mixture.
+/// The share of a hatched background that takes the pattern colour, by pattern number ([MS-XLS] 2.5.159 FillPattern).
+/// At the size of a pixel a hatch is seen as that mixture.
 constexpr std::array<double, 19> patternShares = {0,   1,    0.5,  0.75, 0.25, 0.5,  0.5,   0.5,   0.5,   0.5,
                                                   0.5, 0.25, 0.25, 0.25, 0.25, 0.44, 0.375, 0.125, 0.0625};
 
@@ -44,7 +44,7 @@ int rowPixels(int twips)
 PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range, Medium medium)
     : m_book(book), m_sheet(sheet), m_range(range), m_medium(medium)
 {
-    if (std::int64_t{range.rows()} * range.columns() > mostCells)
+    if (std::int64_t{range.rows()} * range.columns() > maxCells)
         throw EngineError("The range " + addressText({range.firstRow, range.firstColumn}) + ":" +
                           addressText({range.lastRow, range.lastColumn}) + " of sheet \"" + sheet.name +
                           "\" is too large for a picture.");

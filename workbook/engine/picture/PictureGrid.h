@@ -41,7 +41,7 @@ public:
 
     /// The cell's own format, or that of its row or column.
     const CellFormat& formatAt(CellAddress address) const;
-    /// The colour of the cell's ground; none where it is plain. Of a merged area that of its first cell.
+    /// The colour of the cell's background; none where it is plain. Of a merged area that of its first cell.
     std::optional<Rgb> fillAt(CellAddress address) const;
     /// The merged area that holds the cell, or the cell itself; not cut to the range.
     CellRect areaOf(CellAddress address) const;

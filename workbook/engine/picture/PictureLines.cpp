@@ -44,139 +44,113 @@ struct Edge {
 
 using CellOrNone = std::optional<CellAddress>;
 
+enum class Direction { Across, Down };
+
 class LineFinder {
 public:
     LineFinder(const PictureGrid& grid, const std::set<CellAddress>& runOver) : m_grid(grid), m_runOver(runOver) {}
 
-    void findHorizontalLines();
-    void findVerticalLines();
-    void findDiagonals();
+    /// The edges before each row, or column where they go down, and after the last one.
+    void findEdges(Direction direction)
+    {
+        const bool isDown = direction == Direction::Down;
+        const std::vector<int>& separated = isDown ? m_grid.columns() : m_grid.rows();
+        const std::vector<int>& along = isDown ? m_grid.rows() : m_grid.columns();
+        for (std::size_t next = 0; next <= separated.size(); ++next) {
+            const bool isLast = next == separated.size();
+            const double edge = isDown ? (isLast ? m_grid.width() : m_grid.left(separated[next]))
+                                       : (isLast ? m_grid.height() : m_grid.top(separated[next]));
+            std::optional<drawing::Line> line;
+            for (const int place : along) {
+                const auto cell = [&](std::size_t index) {
+                    return isDown ? CellAddress{place, separated[index]} : CellAddress{separated[index], place};
+                };
+                const CellOrNone before = next > 0 ? CellOrNone(cell(next - 1)) : std::nullopt;
+                const CellOrNone after = isLast ? std::nullopt : CellOrNone(cell(next));
+                join(line, edgeBetween(before, after, direction),
+                     isDown ? drawing::Line{edge, m_grid.top(place), edge, m_grid.top(place + 1)}
+                            : drawing::Line{m_grid.left(place), edge, m_grid.left(place + 1), edge});
+            }
+            close(line);
+        }
+    }
+
+    void findDiagonals()
+    {
+        constexpr unsigned downwards = 1U;
+        constexpr unsigned upwards = 2U;
+        for (const int row : m_grid.rows())
+            for (const int column : m_grid.columns()) {
+                const CellAddress address = {row, column};
+                const CellFormat& format = m_grid.formatAt(address);
+                if (format.diagonal.style == BorderStyle::None || m_grid.isCovered(address))
+                    continue;
+                const drawing::Rect area = m_grid.rectOf(m_grid.areaOf(address));
+                const double right = area.left + area.width;
+                const double bottom = area.top + area.height;
+                const Rgb color = m_grid.book().styles.rgb(format.diagonal.color, black);
+                if ((format.diagonalDirections & downwards) != 0)
+                    m_lines.push_back({area.left, area.top, right, bottom, format.diagonal.style, color});
+                if ((format.diagonalDirections & upwards) != 0)
+                    m_lines.push_back({area.left, bottom, right, area.top, format.diagonal.style, color});
+            }
+    }
+
     std::vector<drawing::Line> take() { return std::move(m_lines); }
 
 private:
-    Edge horizontalEdge(CellOrNone above, CellOrNone below) const;
-    Edge verticalEdge(CellOrNone before, CellOrNone behind) const;
-    Edge borderOrGridLine(CellOrNone first, CellOrNone second, const Border& ofFirst, const Border& ofSecond) const;
-    void join(std::optional<drawing::Line>& line, const Edge& edge, const drawing::Line& piece);
-    void close(std::optional<drawing::Line>& line);
+    Edge edgeBetween(CellOrNone before, CellOrNone after, Direction direction) const
+    {
+        if (before && after && m_grid.areaOf(*before) == m_grid.areaOf(*after))
+            return {};
+        const bool isDown = direction == Direction::Down;
+        static const CellFormat none;
+        const CellFormat& first = before ? m_grid.formatAt(*before) : none;
+        const CellFormat& second = after ? m_grid.formatAt(*after) : none;
+        const Border& ofFirst = isDown ? first.right : first.bottom;
+        const Border& ofSecond = isDown ? second.left : second.top;
+        const Border& stronger = strengthOf(ofSecond.style) > strengthOf(ofFirst.style) ? ofSecond : ofFirst;
+        if (strengthOf(stronger.style) > 0)
+            return {stronger.style, m_grid.book().styles.rgb(stronger.color, black)};
+        const auto isFilled = [this](CellOrNone cell) { return cell && m_grid.fillAt(*cell); };
+        if (!m_grid.showsGridLines() || isFilled(before) || isFilled(after) ||
+            (isDown && after && m_runOver.contains(*after)))
+            return {};
+        return {BorderStyle::Thin, gridLineColor};
+    }
+
+    /// Makes the piece the line's continuation where it looks the same, else the beginning of the next line.
+    void join(std::optional<drawing::Line>& line, const Edge& edge, const drawing::Line& piece)
+    {
+        if (line && edge == Edge{line->style, line->color}) {
+            line->x2 = piece.x2;
+            line->y2 = piece.y2;
+            return;
+        }
+        close(line);
+        if (edge.style != BorderStyle::None)
+            line = {piece.x1, piece.y1, piece.x2, piece.y2, edge.style, edge.color};
+    }
+
+    void close(std::optional<drawing::Line>& line)
+    {
+        if (line)
+            m_lines.push_back(*line);
+        line.reset();
+    }
 
     const PictureGrid& m_grid;
     const std::set<CellAddress>& m_runOver;
     std::vector<drawing::Line> m_lines;
 };
 
-Edge LineFinder::borderOrGridLine(CellOrNone first, CellOrNone second, const Border& ofFirst,
-                                  const Border& ofSecond) const
-{
-    const Border& stronger = strengthOf(ofSecond.style) > strengthOf(ofFirst.style) ? ofSecond : ofFirst;
-    if (strengthOf(stronger.style) > 0)
-        return {stronger.style, m_grid.book().styles.rgb(stronger.color, black)};
-    const auto isFilled = [this](CellOrNone cell) { return cell && m_grid.fillAt(*cell); };
-    if (!m_grid.showsGridLines() || isFilled(first) || isFilled(second))
-        return {};
-    return {BorderStyle::Thin, gridLineColor};
-}
-
-Edge LineFinder::horizontalEdge(CellOrNone above, CellOrNone below) const
-{
-    if (above && below && m_grid.areaOf(*above) == m_grid.areaOf(*below))
-        return {};
-    return borderOrGridLine(above, below, above ? m_grid.formatAt(*above).bottom : Border{},
-                            below ? m_grid.formatAt(*below).top : Border{});
-}
-
-Edge LineFinder::verticalEdge(CellOrNone before, CellOrNone behind) const
-{
-    if (before && behind && m_grid.areaOf(*before) == m_grid.areaOf(*behind))
-        return {};
-    const Border ofBefore = before ? m_grid.formatAt(*before).right : Border{};
-    const Border ofBehind = behind ? m_grid.formatAt(*behind).left : Border{};
-    const Edge edge = borderOrGridLine(before, behind, ofBefore, ofBehind);
-    const bool isGridLine = ofBefore.style == BorderStyle::None && ofBehind.style == BorderStyle::None;
-    return isGridLine && behind && m_runOver.contains(*behind) ? Edge{} : edge;
-}
-
-/// Makes the piece the line's continuation where it looks the same, else the beginning of the next line.
-void LineFinder::join(std::optional<drawing::Line>& line, const Edge& edge, const drawing::Line& piece)
-{
-    if (line && edge == Edge{line->style, line->color}) {
-        line->x2 = piece.x2;
-        line->y2 = piece.y2;
-        return;
-    }
-    close(line);
-    if (edge.style != BorderStyle::None) {
-        line = piece;
-        line->style = edge.style;
-        line->color = edge.color;
-    }
-}
-
-void LineFinder::close(std::optional<drawing::Line>& line)
-{
-    if (line)
-        m_lines.push_back(*line);
-    line.reset();
-}
-
-void LineFinder::findHorizontalLines()
-{
-    const auto& rows = m_grid.rows();
-    for (std::size_t below = 0; below <= rows.size(); ++below) {
-        const double y = below < rows.size() ? m_grid.top(rows[below]) : m_grid.height();
-        std::optional<drawing::Line> line;
-        for (const int column : m_grid.columns()) {
-            const CellOrNone first = below > 0 ? CellOrNone({rows[below - 1], column}) : std::nullopt;
-            const CellOrNone second = below < rows.size() ? CellOrNone({rows[below], column}) : std::nullopt;
-            join(line, horizontalEdge(first, second), {m_grid.left(column), y, m_grid.left(column + 1), y});
-        }
-        close(line);
-    }
-}
-
-void LineFinder::findVerticalLines()
-{
-    const auto& columns = m_grid.columns();
-    for (std::size_t behind = 0; behind <= columns.size(); ++behind) {
-        const double x = behind < columns.size() ? m_grid.left(columns[behind]) : m_grid.width();
-        std::optional<drawing::Line> line;
-        for (const int row : m_grid.rows()) {
-            const CellOrNone first = behind > 0 ? CellOrNone({row, columns[behind - 1]}) : std::nullopt;
-            const CellOrNone second = behind < columns.size() ? CellOrNone({row, columns[behind]}) : std::nullopt;
-            join(line, verticalEdge(first, second), {x, m_grid.top(row), x, m_grid.top(row + 1)});
-        }
-        close(line);
-    }
-}
-
-void LineFinder::findDiagonals()
-{
-    constexpr unsigned downwards = 1U;
-    constexpr unsigned upwards = 2U;
-    for (const int row : m_grid.rows())
-        for (const int column : m_grid.columns()) {
-            const CellAddress address = {row, column};
-            const CellFormat& format = m_grid.formatAt(address);
-            if (format.diagonal.style == BorderStyle::None || m_grid.isCovered(address))
-                continue;
-            const drawing::Rect area = m_grid.rectOf(m_grid.areaOf(address));
-            const double right = area.left + area.width;
-            const double bottom = area.top + area.height;
-            const Rgb color = m_grid.book().styles.rgb(format.diagonal.color, black);
-            if ((format.diagonalDirections & downwards) != 0)
-                m_lines.push_back({area.left, area.top, right, bottom, format.diagonal.style, color});
-            if ((format.diagonalDirections & upwards) != 0)
-                m_lines.push_back({area.left, bottom, right, area.top, format.diagonal.style, color});
-        }
-}
-
 } // namespace
 
 std::vector<drawing::Line> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver)
 {
     LineFinder finder(grid, runOver);
-    finder.findHorizontalLines();
-    finder.findVerticalLines();
+    finder.findEdges(Direction::Across);
+    finder.findEdges(Direction::Down);
     finder.findDiagonals();
     return finder.take();
 }

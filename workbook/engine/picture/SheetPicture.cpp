@@ -11,7 +11,7 @@ namespace wagemill::engine {
 
 namespace {
 
-/// The grounds of the cells; neighbours of one colour in a row are one area.
+/// The backgrounds of the cells; neighbours of one colour in a row are one area.
 std::vector<drawing::Fill> pictureFills(const PictureGrid& grid)
 {
     std::vector<drawing::Fill> fills;

@@ -57,6 +57,12 @@ std::string generalDigits(const DecimalNumber& number, int characters, const Reg
     return scientificText(rounded(number, mantissaDecimals - exponent), formats);
 }
 
+std::string signedGeneral(const DecimalNumber& number, const RegionalFormats& formats, int characters)
+{
+    return (number.negative ? formats.negativeSign : "") +
+           toLocalDigits(generalDigits(number, characters, formats), formats);
+}
+
 /// A section of literal text with one value, General or "@", in it.
 std::string around(const FormatSection& section, FormatToken::Kind kind, const std::string& value)
 {
@@ -165,8 +171,18 @@ ShownText showValue(const CellValue& value, std::string_view code, const Regiona
 
 std::string generalText(double number, const RegionalFormats& formats, int characters)
 {
-    const std::string digits = generalDigits(toShownDecimal(std::abs(number)), characters, formats);
-    return (number < 0 ? formats.negativeSign : "") + toLocalDigits(digits, formats);
+    return signedGeneral(toShownDecimal(number), formats, characters);
+}
+
+std::vector<std::string> shorterGeneralTexts(double number, const RegionalFormats& formats)
+{
+    const DecimalNumber decimal = toShownDecimal(number);
+    std::vector<std::string> texts = {signedGeneral(decimal, formats, standardCharacters)};
+    for (int characters = standardCharacters - 1; characters > 0; --characters)
+        if (std::string text = signedGeneral(decimal, formats, characters); text.size() < texts.back().size())
+            texts.push_back(std::move(text));
+    texts.erase(texts.begin());
+    return texts;
 }
 
 std::string fullNumberText(double number, const RegionalFormats& formats)

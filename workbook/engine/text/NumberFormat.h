@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace wagemill::engine {
 
@@ -19,6 +20,9 @@ struct ShownText {
     bool isNegativeDate = false;   ///< a date format on a value that is no date: "###" whatever the width
 };
 
+/// Digits of a cell of standard width.
+inline constexpr int standardCharacters = 11;
+
 /// Renders `value` by a number format code such as `"$"#,##0.00` or `m/d/yy`. Numbers are taken to 15 significant
 /// digits and rounded half away from zero; what rounds to zero has no minus sign of its own. "m/d/yy" is the user's
 /// short date with a year of four digits. Separators, digits and month names are those of `formats`. An unreadable code
@@ -27,9 +31,10 @@ struct ShownText {
 ShownText showValue(const CellValue& value, std::string_view code, const RegionalFormats& formats,
                     bool dates1904 = false);
 
-/// The number as General shows it in a cell of at most `characters` digits (11 in a cell of standard width, fewer in a
-/// narrow one), with exponent where needed.
-std::string generalText(double number, const RegionalFormats& formats, int characters = 11);
+/// The number as General shows it in a cell of at most `characters` digits, with exponent where needed.
+std::string generalText(double number, const RegionalFormats& formats, int characters = standardCharacters);
+/// The shorter ones for narrower cells, longest first.
+std::vector<std::string> shorterGeneralTexts(double number, const RegionalFormats& formats);
 
 /// The number as formulas make a text of it, "1234.5": all of its 15 digits, with an exponent where more than 20 would
 /// be before the separator or more than 8 zeros after it. Its digits and sign are never the user's own.
