@@ -1,6 +1,6 @@
 """Reads the cells of workbooks through LibreOffice: libreoffice_values.py OUTPUT.json WORKBOOK...
 
-Run by the interpreter that has LibreOffice's module `uno`. Every formula is computed anew before it is read.
+Run by the interpreter that has LibreOffice's module `uno`. Every formula is computed again before it is read.
 """
 import json
 import os

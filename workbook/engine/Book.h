@@ -27,7 +27,7 @@ struct SupportingBook {
     Kind kind = Kind::Own;
     KeptRecord record;                    ///< of a foreign book, as in the file
     std::vector<std::string> externNames; ///< counting from 1 in the tokens; the first are those of the records below
-    std::vector<KeptRecord> kept;         ///< EXTERNNAME, XCT and CRN records behind it, as in the file
+    std::vector<KeptRecord> kept;         ///< EXTERNNAME, XCT and CRN records after it, as in the file
 };
 
 /// What the sheet index of a token means ([MS-XLS] 2.4.105 ExternSheet): sheets `first` to `last` of a book. A negative
@@ -104,11 +104,11 @@ public:
     Iteration iteration;
     bool dates1904 = false;       ///< serial day 0 is 1 January 1904
     bool isTemplate = false;      ///< of the file it was read from; a saved workbook is none
-    std::vector<KeptRecord> kept; ///< records of the globals, in the order in which they stood
+    std::vector<KeptRecord> kept; ///< records of the globals, in their order
     std::vector<KeptStream> keptStreams;
     std::vector<std::string> notices; ///< what was left out or cannot be recalculated, in the user's words
 
-    /// A new sheet behind the others. Throws EngineError when the name is taken or not allowed.
+    /// A new sheet after the others. Throws EngineError when the name is taken or not allowed.
     Sheet& addSheet(std::string_view name);
     /// The position of the sheet of that name, without regard to case.
     std::optional<std::size_t> sheetIndex(std::string_view name) const;

@@ -13,7 +13,7 @@ namespace {
 // Numbers and argument counts: [MS-XLS] 2.5.198.17 Ftab. Classes: OpenOffice.org documentation of the Excel file
 // format, 3.11. Ascending numbers. Functions that came after Excel 2003 have no number: files call them by name.
 constexpr auto functions = std::to_array<FunctionInfo>({
-    // number, name, fewest and most arguments, class of the result, classes of the parameters, volatile
+    // number, name, minimum and maximum of arguments, class of the result, classes of the parameters, volatile
     {0, "COUNT", 0, 30, 'V', "R"},
     {1, "IF", 2, 3, 'R', "VR"},
     {2, "ISNA", 1, 1, 'V', "V"},

@@ -28,10 +28,10 @@ public:
         return *this;
     }
 
-    const CellValue& at(std::string_view address, std::size_t sheet = 0) const
+    const CellValue& at(std::string_view address) const
     {
         const auto cell = parseAddress(address);
-        return book.sheets[sheet]->value({cell->firstRow, cell->firstColumn});
+        return book.sheets.front()->value({cell->firstRow, cell->firstColumn});
     }
 
     void compute() { recalculate(book, settings); }
@@ -46,10 +46,5 @@ public:
     Book book;
     CalculationSettings settings;
 };
-
-inline CellValue text(std::string_view content)
-{
-    return std::string(content);
-}
 
 } // namespace wagemill::engine

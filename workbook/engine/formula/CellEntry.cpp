@@ -2,24 +2,20 @@
 
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/FormulaParser.h"
+#include "workbook/engine/formula/Operators.h"
 
-#include <algorithm>
-#include <stdexcept>
 
 namespace wagemill::engine {
 
 namespace {
 
-constexpr std::size_t maxCharacters = 32767;
 constexpr std::string_view generalFormat = "General";
 
-void enterFormula(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
-                  const RegionalFormats& formats)
+/// Nothing stays of what the cell held before.
+void fill(Cell& cell, CellValue value, std::shared_ptr<const Formula> formula)
 {
-    auto formula = std::make_shared<const Formula>(parseFormula(text, book, sheet, formats));
-    Cell& cell = book.sheets[sheet]->at(address);
+    cell.value = std::move(value);
     cell.formula = std::move(formula);
-    cell.value = Empty{};
     cell.runs.reset();
     cell.array.reset();
 }
@@ -37,10 +33,7 @@ void enterValue(Book& book, std::size_t sheet, CellAddress address, TypedValue t
     format.quotePrefix = typed.quotePrefix;
     if (format != book.styles.format(cell.format))
         cell.format = book.styles.formatFor(format);
-    cell.value = std::move(typed.value);
-    cell.formula.reset();
-    cell.runs.reset();
-    cell.array.reset();
+    fill(cell, std::move(typed.value), nullptr);
 }
 
 } // namespace
@@ -48,22 +41,24 @@ void enterValue(Book& book, std::size_t sheet, CellAddress address, TypedValue t
 void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
                const RegionalFormats& formats, CalendarDate today)
 {
-    const std::string place = "Cell " + addressText(address) + " of the sheet \"" +
-                              (sheet < book.sheets.size() ? book.sheets[sheet]->name : std::string()) + "\"";
-    if (sheet >= book.sheets.size() || !isInsideSheet(address))
-        throw EngineError(place + " does not exist.");
-    if (utf16Length(text) > maxCharacters) {
-        enterValue(book, sheet, address, {});
-        throw EngineError(place + " is left empty, because it cannot hold more than 32767 characters.");
-    }
+    const bool hasSheet = sheet < book.sheets.size();
+    const auto refused = [&](const std::string& why) {
+        if (hasSheet && isInsideSheet(address))
+            enterValue(book, sheet, address, {});
+        return EngineError("Cell " + addressText(address) + " of the sheet \"" +
+                           (hasSheet ? book.sheets[sheet]->name : std::string()) + "\" " + why);
+    };
+    if (!hasSheet || !isInsideSheet(address))
+        throw refused("does not exist.");
+    if (utf16Length(text) > maxTextLength)
+        throw refused("is left empty, because it cannot hold more than 32767 characters.");
+    if (!text.starts_with('='))
+        return enterValue(book, sheet, address, readTypedText(text, formats, today, book.dates1904));
     try {
-        if (text.starts_with('='))
-            enterFormula(book, sheet, address, text, formats);
-        else
-            enterValue(book, sheet, address, readTypedText(text, formats, today, book.dates1904));
+        auto formula = std::make_shared<const Formula>(parseFormula(text, book, sheet, formats));
+        fill(book.sheets[sheet]->at(address), Empty{}, std::move(formula));
     } catch (const FormulaError& error) {
-        enterValue(book, sheet, address, {});
-        throw EngineError(place + " is left empty, because " + error.what());
+        throw refused(std::string("is left empty, because ") + error.what());
     }
 }
 

@@ -32,8 +32,8 @@ std::variant<std::string, ErrorCode> toText(const CellValue& value, const Coerci
 /// The value as a condition: nothing and 0 are false, other numbers true, the texts "TRUE" and "FALSE" what they say.
 std::variant<bool, ErrorCode> toLogical(const CellValue& value, const CoercionRules& rules);
 
-/// Below, at or above 0 as comparison orders two values that are no errors: numbers before texts before logicals, texts
-/// without regard to case; an empty cell is like 0, "" or FALSE, whichever the other one asks for.
+/// Below, at or above 0 as comparison orders two values that are not errors: numbers before texts before logicals,
+/// texts without regard to case; an empty cell is like 0, "" or FALSE, whichever the other one asks for.
 int compareValues(const CellValue& a, const CellValue& b);
 
 } // namespace wagemill::engine

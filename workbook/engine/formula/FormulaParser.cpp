@@ -4,7 +4,6 @@
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/OperandClasses.h"
-#include "workbook/engine/formula/AddInNames.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"
@@ -396,7 +395,7 @@ private:
     Answer namedCall(std::string_view name)
     {
         if (const FunctionBinding* const addIn = findBinding(name); addIn != nullptr)
-            emit(addInName(m_book, storedName(*addIn)));
+            emit(addInName(storedName(*addIn)));
         else if (const auto index = nameIndex(name, m_sheet))
             emit(nameToken(OperandClass::Reference, *index));
         else
@@ -404,6 +403,21 @@ private:
         m_scanner.take(name.size());
         const int count = nested([this] { return arguments([](int) {}); });
         return emitValue(FunctionToken{OperandClass::Value, addInFunction, static_cast<std::uint8_t>(count + 1), true});
+    }
+
+    /// The name under which formulas of the book call a function of an add-in or of a later version.
+    NameToken addInName(const std::string& name)
+    {
+        constexpr std::int16_t wholeBook = -2;
+        if (!m_book.sheets.empty())
+            m_book.externSheetFor(0); // our own book comes first in the list
+        auto& books = m_book.supportingBooks;
+        auto addIn = std::ranges::find(books, SupportingBook::Kind::AddIn, &SupportingBook::kind);
+        if (addIn == books.end())
+            addIn = books.insert(addIn, SupportingBook{SupportingBook::Kind::AddIn, {}, {}, {}});
+        const auto index = static_cast<std::uint16_t>(placeIn(addIn->externNames, name) + 1);
+        const ExternSheet entry{static_cast<std::uint16_t>(addIn - books.begin()), wholeBook, wholeBook};
+        return {OperandClass::Reference, placeIn(m_book.externSheets, entry), index};
     }
 
     double number()

@@ -105,10 +105,10 @@ Answer lookup(const FunctionCall& call)
     const auto found = ascendingPosition(Line(grid, direction), call.value(0));
     if (!found)
         return ErrorCode::NotAvailable;
-    const ValueGrid answers(call.book(), call.has(2) ? call.operand(2) : call.operand(1));
-    const bool answersAcross = call.has(2) ? answers.columns() > answers.rows() : direction == Direction::Across;
-    const int row = answersAcross ? answers.rows() - 1 : *found;
-    const int column = answersAcross ? *found : answers.columns() - 1;
+    const ValueGrid answers(call.book(), call.operand(call.has(2) ? 2 : 1));
+    const bool across = answers.columns() > answers.rows();
+    const int row = across ? answers.rows() - 1 : *found;
+    const int column = across ? *found : answers.columns() - 1;
     if (row >= answers.rows() || column >= answers.columns())
         return ErrorCode::NotAvailable;
     return answers.at(row, column);
@@ -197,7 +197,7 @@ Answer offset(const FunctionCall& call)
     return Area{areas.front().sheet, {rows->first, columns->first, rows->second, columns->second}};
 }
 
-/// The cells that a defined name stands for, else #REF!.
+/// The cells that a defined name means, else #REF!.
 Answer namedArea(const FunctionCall& call, std::string_view name, std::size_t sheet)
 {
     const Book& book = call.book().model();

@@ -1,5 +1,4 @@
 #include "workbook/engine/formula/Criterion.h"
-#include "workbook/engine/formula/DecimalRounding.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 
 #include <array>

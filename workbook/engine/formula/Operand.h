@@ -28,7 +28,7 @@ struct CalledName {
     std::string_view name; ///< of the book, which outlives the evaluation
 };
 
-/// What stands on the stack while a formula is evaluated. Several areas come from "," and from areas of several sheets.
+/// What is on the stack while a formula is evaluated. Several areas come from "," and from areas of several sheets.
 using Operand = std::variant<CellValue, MissingArgument, Area, std::shared_ptr<const std::vector<Area>>,
                              std::shared_ptr<const ValueArray>, CalledName>;
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 namespace wagemill::engine {
@@ -84,6 +85,14 @@ AreasOrError rangeOf(std::span<const Area> left, std::span<const Area> right)
     return std::vector<Area>{whole};
 }
 
+DecimalNumber truncated(DecimalNumber number, int decimals)
+{
+    const int kept = std::max(number.pointPosition + decimals, 0);
+    if (static_cast<std::size_t>(kept) < number.digits.size())
+        number.digits.resize(static_cast<std::size_t>(kept));
+    return number;
+}
+
 } // namespace
 
 bool holds(Operator comparison, int order)
@@ -116,6 +125,21 @@ CellValue power(double base, double exponent)
     if (base == 0 && exponent <= 0)
         return exponent == 0 ? ErrorCode::Number : ErrorCode::DivisionByZero;
     return numberValue(std::pow(base, exponent));
+}
+
+double roundedNumber(double number, double decimals, Rounding rounding)
+{
+    constexpr double maxDecimals = 400; // no double has digits farther from the point
+    const auto places = static_cast<int>(std::clamp(decimals, -maxDecimals, maxDecimals));
+    const DecimalNumber decimal = toShownDecimal(number);
+    DecimalNumber result =
+        rounding == Rounding::HalfAwayFromZero ? rounded(decimal, places) : truncated(decimal, places);
+    const bool isCut = result.digits.size() < decimal.digits.size();
+    if (rounding == Rounding::AwayFromZero && isCut)
+        result = result.digits.empty()
+                     ? DecimalNumber{decimal.negative, "1", 1 - places}
+                     : rounded({decimal.negative, result.digits + '9', decimal.pointPosition}, places);
+    return toDouble(result).value_or(std::numeric_limits<double>::infinity());
 }
 
 CellValue calculated(Operator op, const CellValue& left, const CellValue& right, const CoercionRules& rules)

@@ -5,6 +5,7 @@
 #include "workbook/engine/formula/Operand.h"
 
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <variant>
@@ -58,6 +59,12 @@ bool isNothingButRounding(Operator op, const CellValue& left, const CellValue& r
 
 /// base to the power of exponent; 0 to the power of 0 is #NUM!.
 CellValue power(double base, double exponent);
+
+enum class Rounding : std::uint8_t { HalfAwayFromZero, AwayFromZero, TowardZero };
+
+/// Rounds to `decimals` digits after the point (their fraction does not count), negative ones before it, by the
+/// number's first 15 decimal digits, as cells show it: 1.005 to 2 digits is 1.01.
+double roundedNumber(double number, double decimals, Rounding rounding);
 
 using AreasOrError = std::variant<std::vector<Area>, ErrorCode>;
 

@@ -2,7 +2,6 @@
 #include "app/base/text/NumberText.h"
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/Criterion.h"
-#include "workbook/engine/formula/DecimalRounding.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/text/FormatCode.h"
