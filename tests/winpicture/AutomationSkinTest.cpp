@@ -1,6 +1,7 @@
 #include "app/look/AutomationSkin.h"
 
 #include "app/base/WindowsErrors.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/FakeDispatch.h"
 
 #include <gtest/gtest.h>
@@ -21,12 +22,7 @@ std::string failureOf(void (*call)(SkinningControl&), HRESULT result, const wcha
     control.callResult = result;
     control.exception.bstrDescription = ::SysAllocString(description);
     AutomationSkin skin{automation::Dispatch(&control)};
-    try {
-        call(skin);
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no failure";
+    return test::failureOf([&] { call(skin); });
 }
 
 } // namespace

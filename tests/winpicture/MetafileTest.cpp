@@ -1,12 +1,12 @@
 #include "preview/Metafile.h"
 
 #include "app/base/Bytes.h"
+#include "tests/support/FailureOf.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,14 +14,12 @@ namespace wagemill {
 
 namespace {
 
-constexpr std::uint32_t emfSignature = 0x464D4520;
-
 /// A header of 108 bytes, a record of 12 and the last of 20. The frame is 100 by 50 pixels.
 std::vector<std::byte> wholeMetafile()
 {
     std::vector<std::byte> file(140);
     const std::pair<std::size_t, std::uint32_t> numbers[] = {
-        {0, 1},    {4, 108},  {32, 2646}, {36, 1323}, {40, emfSignature}, {44, 0x10000},
+        {0, 1},    {4, 108},  {32, 2646}, {36, 1323}, {40, 0x464D4520}, {44, 0x10000},
         {48, 140}, {108, 17}, {112, 12},  {120, 14},  {124, 20},
     };
     for (const auto& [at, number] : numbers)
@@ -31,12 +29,7 @@ std::vector<std::byte> wholeMetafile()
 
 std::string failureOf(const std::vector<std::byte>& file)
 {
-    try {
-        checkedMetafileSize(file);
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no failure";
+    return test::failureOf([&] { checkedMetafileSize(file); });
 }
 
 } // namespace
