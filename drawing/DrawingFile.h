@@ -9,17 +9,10 @@
 
 namespace wagemill {
 
-// The file form of a drawing, version 1. Numbers are little-endian, lengths IEEE 754 doubles between -1e8 and 1e8; a
-// list is its 32-bit count and its items, a text its 32-bit length in bytes and its UTF-8.
-//
-//     8 bytes   signature "WGMDRAW" and the version as a byte
-//     drawing   width, height, lists of fills, lines, fonts and texts
-//     fill      left, top, width, height, red, green, blue (a byte each)
-//     line      x1, y1, x2, y2, style (a byte), colour
-//     font      name, height in twips (16 bits), bold, italic, struck out, underlined (a byte each, 0 or 1)
-//     text      cell, room, text, font (16 bits), colour, across, down (a byte each), wrap, shrink, indent (a byte),
-//               hashes when too wide, always hashes, list of shorter forms
-//     8 bytes   drawingChecksum of everything before
+// The file form of a drawing, version 1: the signature "WGMDRAW" and the version as a byte, the drawing's members in the
+// order in which Drawing.h declares them, and 8 bytes of drawingChecksum of everything before. Numbers are little-endian,
+// lengths IEEE 754 doubles between -1e8 and 1e8; what is set or not is a byte, 1 or 0; a list is its 32-bit count and its
+// items, a text its 32-bit length in bytes and its UTF-8.
 
 std::vector<std::byte> drawingFile(const drawing::Drawing& drawing);
 

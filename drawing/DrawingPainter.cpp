@@ -113,14 +113,14 @@ private:
         const double pixel = isLevel ? exact.height() : exact.width();
         const double thickness = std::max(1.0, std::round(pixel * width));
         const double shift = std::round(pixel * offset);
-        const QPointF corner(std::round(exact.left()), std::round(exact.top()));
-        const QRectF whole =
-            isLevel ? QRectF(corner + QPointF(0, shift), QSizeF(lengthOf(exact.left(), exact.right()), thickness))
-                    : QRectF(corner + QPointF(shift, 0), QSizeF(thickness, lengthOf(exact.top(), exact.bottom())));
+        const double left = std::round(exact.left());
+        const double top = std::round(exact.top());
+        const double right = std::max(left + 1, std::round(exact.right()));
+        const double bottom = std::max(top + 1, std::round(exact.bottom()));
+        const QRectF whole = isLevel ? QRectF(left, top + shift, right - left, thickness)
+                                     : QRectF(left + shift, top, thickness, bottom - top);
         m_painter.fillRect(m_fromDevice.mapRect(whole), color);
     }
-
-    static double lengthOf(double from, double to) { return std::max(1.0, std::round(to) - std::round(from)); }
 
     QPainter& m_painter;
     QRectF m_part;
@@ -133,34 +133,19 @@ QRectF boundsOf(const Line& line)
     return QRectF(QPointF(line.x1, line.y1), QPointF(line.x2, line.y2)).normalized().adjusted(0, 0, 1, 1);
 }
 
-double topOf(const drawing::Text& text, double height)
-{
-    constexpr double padding = 1;
-    const double spare = text.cell.height - height;
-    if (spare <= 0 && text.wrap)
-        return text.cell.top; // of a text that is too long its beginning is read
-    switch (text.vertical) {
-    case VerticalAlign::Top:
-        return text.cell.top + std::min(padding, std::max(spare, 0.0));
-    case VerticalAlign::Center:
-        return text.cell.top + std::round(spare / 2);
-    case VerticalAlign::Bottom:
-        break;
-    }
-    return text.cell.top + spare - std::min(padding, std::max(spare, 0.0));
-}
-
 double leftOf(Align align, const QRectF& inner, double width)
 {
-    switch (align) {
-    case Align::Left:
-        break;
-    case Align::Center:
-        return inner.center().x() - width / 2;
-    case Align::Right:
-        return inner.right() - width;
-    }
-    return inner.left();
+    return inner.left() + (inner.width() - width) * static_cast<int>(align) / 2; // left, centre, right
+}
+
+double topOf(const drawing::Text& text, double height)
+{
+    const double spare = text.cell.height - height;
+    const double padding = std::clamp(spare, 0.0, 1.0);
+    if (text.vertical == VerticalAlign::Top ||
+        (spare <= 0 && text.wrap)) // of a text that is too long, show its beginning
+        return text.cell.top + padding;
+    return text.cell.top + (text.vertical == VerticalAlign::Center ? std::round(spare / 2) : spare - padding);
 }
 
 } // namespace
@@ -231,9 +216,7 @@ void DrawingPainter::paintText(QPainter& painter, const drawing::Text& text) con
     const double top = topOf(text, block.height);
     const QRectF room = rectOf(text.room);
     // Most texts fit, and a clip takes longer than a text.
-    const bool isCut = top < room.top() || top + block.height > room.bottom() ||
-                       leftOf(text.align, inner, block.width) < room.left() ||
-                       leftOf(text.align, inner, block.width) + block.width > room.right();
+    const bool isCut = !room.contains({leftOf(text.align, inner, block.width), top, block.width, block.height});
     if (isCut) {
         painter.save();
         painter.setClipRect(QRectF(room.topLeft() * twipsPerPixel, room.size() * twipsPerPixel), Qt::IntersectClip);

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 
 namespace wagemill {
 namespace {
@@ -24,22 +25,12 @@ constexpr Color red = {255, 0, 0};
 
 Text textIn(const Rect& cell, const std::string& words)
 {
-    Text text;
-    text.cell = cell;
-    text.room = cell;
-    text.text = words;
-    text.color = black;
-    return text;
+    return {.cell = cell, .room = cell, .text = words};
 }
 
 Drawing pictureOf(const Text& text, double width = 400, double height = 100)
 {
-    Drawing picture;
-    picture.width = width;
-    picture.height = height;
-    picture.fonts = {{}};
-    picture.texts.push_back(text);
-    return picture;
+    return {.width = width, .height = height, .fonts = {{}}, .texts = {text}};
 }
 
 /// strip  the height of the parts that it is painted in, from top to bottom
@@ -59,9 +50,10 @@ QImage paintedPicture(const Drawing& picture, double scale, double strip = 1e6)
 }
 
 /// The smallest rectangle that holds everything dark, in pixels at 96 dots per inch.
-QRectF inkOf(const QImage& image, double scale)
+QRectF inkOf(const Text& text, double scale = 1)
 {
     constexpr int dark = 160;
+    const QImage image = paintedPicture(pictureOf(text), scale);
     QRect ink;
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
@@ -70,31 +62,22 @@ QRectF inkOf(const QImage& image, double scale)
     return {ink.x() / scale, ink.y() / scale, ink.width() / scale, ink.height() / scale};
 }
 
-QRectF inkOf(const Text& text, double scale = 1)
-{
-    return inkOf(paintedPicture(pictureOf(text), scale), scale);
-}
-
 TEST(DrawingPainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
 {
-    Drawing picture;
-    picture.width = 101;
-    picture.height = 51;
-    picture.fills = {{{10, 10, 40, 20}, red}};
-    picture.lines = {{0, 50, 100, 50, LineStyle::Thin, black}, {60, 0, 60, 50, LineStyle::Thick, black}};
+    const Drawing picture = {.width = 101,
+                             .height = 51,
+                             .fills = {{{10, 10, 40, 20}, red}},
+                             .lines = {{0, 50, 100, 50}, {60, 0, 60, 50, LineStyle::Thick}}};
+    const std::tuple<double, double, Qt::GlobalColor> points[] = {
+        {5, 5, Qt::white},     {11, 11, Qt::red},     {48, 28, Qt::red},
+        {52, 28, Qt::white},   {5, 50.4, Qt::black}, // the last row of pixels holds the bottom line
+        {60.4, 25, Qt::black}, {61.4, 25, Qt::black}, {64, 25, Qt::white}, // a thick line is three pixels wide
+    };
     for (const double scale : {1.0, 1.5, 2.0}) {
         const QImage image = paintedPicture(picture, scale);
-        const auto colorAt = [&](double x, double y) {
-            return image.pixelColor(static_cast<int>(x * scale), static_cast<int>(y * scale));
-        };
-        EXPECT_EQ(colorAt(5, 5), QColor(Qt::white));
-        EXPECT_EQ(colorAt(11, 11), QColor(Qt::red));
-        EXPECT_EQ(colorAt(48, 28), QColor(Qt::red));
-        EXPECT_EQ(colorAt(52, 28), QColor(Qt::white));
-        EXPECT_EQ(colorAt(5, 50.4), QColor(Qt::black)) << "the last row of pixels holds the bottom line";
-        EXPECT_EQ(colorAt(60.4, 25), QColor(Qt::black));
-        EXPECT_EQ(colorAt(61.4, 25), QColor(Qt::black)) << "a thick line is three pixels wide";
-        EXPECT_EQ(colorAt(64, 25), QColor(Qt::white));
+        for (const auto& [x, y, color] : points)
+            EXPECT_EQ(image.pixelColor(static_cast<int>(x * scale), static_cast<int>(y * scale)), color)
+                << x << ", " << y << " at scale " << scale;
     }
 }
 
@@ -116,7 +99,7 @@ TEST(DrawingPainter, ArialHasTheWidthsOfArial)
     EXPECT_NEAR(widthOf("MMMMiiii"), (4 * 1706 + 4 * 455) * pixelsPerUnit, 0.2);
 }
 
-TEST(DrawingPainter, TextStandsInsideItsCellByItsAlignment)
+TEST(DrawingPainter, TextIsInsideItsCellByItsAlignment)
 {
     const Rect cell = {100, 30, 200, 40};
     for (const Align align : {Align::Left, Align::Center, Align::Right})
@@ -134,7 +117,7 @@ TEST(DrawingPainter, TextStandsInsideItsCellByItsAlignment)
         }
 }
 
-TEST(DrawingPainter, TextOfEveryScriptStandsInItsCell)
+TEST(DrawingPainter, TextOfEveryScriptIsInItsCell)
 {
     // Hebrew, Arabic, Chinese and Greek names; those that run leftwards keep the cell's alignment.
     for (const char* const name : {"\u05D9\u05D5\u05E1\u05D9", "\u0645\u062D\u0645\u062F", "\u738B\u4F1F",
@@ -152,14 +135,10 @@ TEST(DrawingPainter, LayoutDoesNotDependOnTheScale)
 {
     Text text = textIn({10, 10, 120, 80}, "Federal Income Tax (Percentage based on Federal Allowance)");
     text.wrap = true;
-    const QRectF once = inkOf(text, 1);
-    for (const double scale : {1.5, 2.0, 3.0}) {
-        const QRectF ink = inkOf(text, scale);
-        EXPECT_NEAR(ink.left(), once.left(), 1) << scale;
-        EXPECT_NEAR(ink.right(), once.right(), 1) << scale;
-        EXPECT_NEAR(ink.top(), once.top(), 1) << scale;
-        EXPECT_NEAR(ink.bottom(), once.bottom(), 1) << scale;
-    }
+    const QRectF natural = inkOf(text, 1);
+    for (const double scale : {1.5, 2.0, 3.0})
+        for (const auto side : {&QRectF::left, &QRectF::right, &QRectF::top, &QRectF::bottom})
+            EXPECT_NEAR((inkOf(text, scale).*side)(), (natural.*side)(), 1) << scale;
 }
 
 TEST(DrawingPainter, CutsWrapsAndShrinks)
