@@ -17,6 +17,13 @@ struct FunctionInfo {
     bool isVolatile = false;
 };
 
+/// Functions that are more to us than their line in the table.
+inline constexpr std::uint16_t ifFunction = 1;
+inline constexpr std::uint16_t sumFunction = 4;
+inline constexpr std::uint16_t chooseFunction = 100;
+inline constexpr std::uint16_t addInFunction = 255; ///< calls the name that is its first argument
+inline constexpr std::uint16_t subtotalFunction = 344;
+
 /// The function of that number or name (without regard to case), null when the format knows none.
 const FunctionInfo* findFunction(std::uint16_t id);
 const FunctionInfo* findFunction(std::string_view name);

@@ -4,7 +4,6 @@
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Operators.h"
 
-
 namespace wagemill::engine {
 
 namespace {

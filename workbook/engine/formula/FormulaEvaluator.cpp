@@ -13,19 +13,9 @@ namespace {
 
 constexpr int maxNameDepth = 32; ///< names that stand for formulas with names
 constexpr std::size_t maxValuesPerFormula = std::size_t{1} << 20;
-constexpr std::uint16_t sumFunction = 4;
-constexpr std::uint16_t addInFunction = 255;
 
 using AreaList = std::shared_ptr<const std::vector<Area>>;
 using ArrayPointer = std::shared_ptr<const ValueArray>;
-
-/// Whether the function answers one of its arguments as it is.
-bool choosesArgument(std::uint16_t function)
-{
-    constexpr std::uint16_t ifFunction = 1;
-    constexpr std::uint16_t chooseFunction = 100;
-    return function == ifFunction || function == chooseFunction;
-}
 
 /// Whether a function may be called so; a damaged file can claim any number of arguments.
 /// info  null: the file format does not say
@@ -224,7 +214,8 @@ public:
         auto arguments = std::span(stack).last(token.arguments);
         const FunctionBinding& function = bindingOf(token, arguments);
         const bool forEachElement = token.operandClass == OperandClass::Array || m_evaluator.m_wantsArrays;
-        Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument(token.function))
+        const bool choosesArgument = token.function == ifFunction || token.function == chooseFunction;
+        Operand answer = forEachElement ? callForEachElement(function, arguments, choosesArgument)
                                         : call(function, arguments, OperandClass::Value);
         stack.resize(stack.size() - token.arguments);
         pushAs(token.operandClass, std::move(answer));

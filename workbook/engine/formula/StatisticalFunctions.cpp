@@ -1,3 +1,4 @@
+#include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 
 #include <array>
@@ -206,10 +207,9 @@ Answer rank(const FunctionCall& call)
 
 bool isSubtotal(const Cell& cell)
 {
-    constexpr std::uint16_t subtotal = 344;
     return cell.formula && std::ranges::any_of(cell.formula->tokens, [](const Token& token) {
                const auto* const function = std::get_if<FunctionToken>(&token);
-               return function != nullptr && function->function == subtotal;
+               return function != nullptr && function->function == subtotalFunction;
            });
 }
 
