@@ -28,17 +28,14 @@ TEST(DateText, CountsDays)
     EXPECT_EQ(daysSinceEpoch({2000, 2, 29}), 11016);
     EXPECT_EQ(dateFromDaysSinceEpoch(-1), (CalendarDate{1969, 12, 31}));
     EXPECT_TRUE(isValidDate({2024, 2, 29}));
-    for (const CalendarDate date : {CalendarDate{1900, 2, 29}, CalendarDate{2023, 2, 29}, CalendarDate{2023, 13, 1},
-                                    CalendarDate{2023, 0, 1}, CalendarDate{2023, 4, 31}, CalendarDate{0, 1, 1}})
-        EXPECT_FALSE(isValidDate(date)) << date.year << '-' << date.month << '-' << date.day;
+    for (const auto& [year, month, day] :
+         {CalendarDate{1900, 2, 29}, {2023, 13, 1}, {2023, 0, 1}, {2023, 4, 31}, {0, 1, 1}})
+        EXPECT_FALSE(isValidDate({year, month, day})) << year << '-' << month << '-' << day;
 }
 
 TEST(DateText, WritesThePatternWithFullYear)
 {
-    struct {
-        const char* pattern;
-        const char* text;
-    } const cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"M/d/yyyy", "3/5/2026"},
         {"dd.MM.yyyy.", "05.03.2026."},
         {"d.MM.yyyy 'г'.", "5.03.2026 г."},
@@ -62,12 +59,11 @@ TEST(DateText, ReadsShortYearsOfACellInOneFixedCentury)
 
 TEST(DateText, KnowsMonthNames)
 {
-    EXPECT_EQ(monthOfName("mar", unitedStates), 3);
-    EXPECT_EQ(monthOfName("MARCH", unitedStates), 3);
-    EXPECT_EQ(monthOfName("Sep.", unitedStates), 9);
-    EXPECT_EQ(monthOfName("März", germanFormats()), 3);
-    EXPECT_EQ(monthOfName("", unitedStates), std::nullopt);
-    EXPECT_EQ(monthOfName("Ma", unitedStates), std::nullopt);
+    const std::pair<const char*, std::optional<int>> cases[] = {
+        {"mar", 3}, {"MARCH", 3}, {"Sep.", 9}, {"", std::nullopt}, {"Ma", std::nullopt}};
+    for (const auto& [name, month] : cases)
+        EXPECT_EQ(monthOfName(name, unitedStates), month) << name;
+    EXPECT_EQ(monthOfName("MÄRZ", germanFormats()), 3);
     EXPECT_TRUE(isDayFirst(germanFormats()));
     EXPECT_FALSE(isDayFirst(unitedStates));
     EXPECT_FALSE(isDayFirst(withPattern("yyyy-MM-dd")));
