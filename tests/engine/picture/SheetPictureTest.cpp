@@ -1,26 +1,13 @@
 #include "workbook/engine/picture/SheetPicture.h"
-#include "workbook/engine/picture/PictureGrid.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <optional>
-#include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace wagemill::engine {
-
-void PrintTo(const drawing::Rect& rect, std::ostream* out)
-{
-    *out << '{' << rect.left << ", " << rect.top << ", " << rect.width << ", " << rect.height << '}';
-}
-
-void PrintTo(const drawing::Line& line, std::ostream* out)
-{
-    *out << '(' << line.x1 << ", " << line.y1 << ") to (" << line.x2 << ", " << line.y2 << ") style "
-         << static_cast<int>(line.style) << " red " << int{line.color.red};
-}
 
 namespace {
 
@@ -80,21 +67,20 @@ protected:
     Sheet& m_sheet = m_book.addSheet("Stubs");
 };
 
-TEST(PixelsOfTheScreen, FollowFromStoredWidthsAndHeights)
+TEST_F(SheetPictureTest, PixelsFollowFromStoredWidthsAndHeights)
 {
     // Widths as the spreadsheet application stores them, and the pixels that it shows for them with Arial 10.
-    const struct {
-        int width256;
-        int pixels;
-    } widths[] = {{0, 0}, {2340, 64}, {2304, 63}, {2560, 70}, {4681, 128}, {256, 7}, {36, 1}};
-    for (const auto& [width256, pixels] : widths)
-        EXPECT_EQ(columnPixels(width256), pixels) << width256;
-    const struct {
-        int twips;
-        int pixels;
-    } heights[] = {{0, 0}, {255, 17}, {300, 20}, {247, 16}, {248, 17}, {8190, 546}};
-    for (const auto& [twips, pixels] : heights)
-        EXPECT_EQ(rowPixels(twips), pixels) << twips;
+    const std::pair<std::uint16_t, int> widths[] = {{0, 0},      {2340, 64}, {2304, 63}, {2560, 70},
+                                                    {4681, 128}, {256, 7},   {36, 1}};
+    for (const auto& [width256, pixels] : widths) {
+        m_sheet.columns.front().width = width256;
+        EXPECT_EQ(picture("A1:A1").width, pixels + 1) << width256;
+    }
+    const std::pair<std::uint16_t, int> heights[] = {{255, 17}, {300, 20}, {247, 16}, {248, 17}, {8190, 546}};
+    for (const auto& [twips, pixels] : heights) {
+        m_sheet.row(0).heightTwips = twips;
+        EXPECT_EQ(picture("A1:A1").height, pixels + 1) << twips;
+    }
 }
 
 TEST_F(SheetPictureTest, HasTheSizeOfTheRangeAndOnePixelForTheLastLines)
@@ -112,11 +98,7 @@ TEST_F(SheetPictureTest, HasTheSizeOfTheRangeAndOnePixelForTheLastLines)
     put("C2", "hidden by its column");
     put("B3", "hidden by its row");
     EXPECT_TRUE(picture("B2:D4").texts.empty());
-}
-
-TEST_F(SheetPictureTest, RefusesARangeThatNoScreenCanShow)
-{
-    EXPECT_THROW(picture("A1:IV65536"), EngineError);
+    EXPECT_THROW(picture("A1:IV65536"), EngineError) << "no screen can show it";
 }
 
 TEST_F(SheetPictureTest, FillsJoinNeighboursOfOneColour)
@@ -129,6 +111,8 @@ TEST_F(SheetPictureTest, FillsJoinNeighboursOfOneColour)
                                                  {{280, 20, 70, 20}, redRgb},
                                                  {{70, 40, 70, 20}, {255, 128, 128}}}; // a hatch is seen as its mixture
     EXPECT_EQ(picture().fills, expected);
+    m_sheet.row(0).format = m_sheet.at({1, 1}).format;
+    EXPECT_EQ(picture("A1:C1").fills, (std::vector<drawing::Fill>{{{0, 0, 210, 20}, redRgb}})) << "by its row";
 }
 
 TEST_F(SheetPictureTest, AMergedAreaIsOneCell)
@@ -142,61 +126,52 @@ TEST_F(SheetPictureTest, AMergedAreaIsOneCell)
     ASSERT_EQ(shown.texts.size(), 1U);
     EXPECT_EQ(shown.texts[0].cell, (drawing::Rect{70, 20, 210, 40}));
     EXPECT_EQ(shown.texts[0].room, shown.texts[0].cell);
-    EXPECT_EQ(shown.fills.size(), 2U) << "the first cell's ground lies under all of it, row by row";
+    EXPECT_EQ(shown.fills.size(), 2U) << "the first cell's background lies under all of it, row by row";
     EXPECT_EQ(shown.lines, (std::vector<drawing::Line>{{70, 20, 70, 60, BorderStyle::Thin, redRgb}}));
 }
 
-TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessTold)
+TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessAnAlignmentWasChosen)
 {
-    const struct {
-        CellValue value;
-        HorizontalAlignment alignment;
-        drawing::Align expected;
-    } cases[] = {
-        {12.5, HorizontalAlignment::General, drawing::Align::Right},
-        {"Ned", HorizontalAlignment::General, drawing::Align::Left},
-        {true, HorizontalAlignment::General, drawing::Align::Center},
-        {ErrorCode::NotAvailable, HorizontalAlignment::General, drawing::Align::Center},
-        {12.5, HorizontalAlignment::Left, drawing::Align::Left},
-        {"Ned", HorizontalAlignment::Right, drawing::Align::Right},
-        {"Ned", HorizontalAlignment::Center, drawing::Align::Center},
-        {ErrorCode::NotAvailable, HorizontalAlignment::Right, drawing::Align::Right},
+    using Chosen = HorizontalAlignment;
+    using drawing::Align;
+    const std::tuple<CellValue, Chosen, Align> cases[] = {
+        {12.5, Chosen::General, Align::Right},  {"Ned", Chosen::General, Align::Left},
+        {true, Chosen::General, Align::Center}, {ErrorCode::NotAvailable, Chosen::General, Align::Center},
+        {12.5, Chosen::Left, Align::Left},      {"Ned", Chosen::Right, Align::Right},
+        {"Ned", Chosen::Center, Align::Center}, {ErrorCode::NotAvailable, Chosen::Right, Align::Right},
     };
-    for (const auto& each : cases) {
-        put("B2", each.value);
-        look("B2", [&](CellFormat& format) { format.horizontal = each.alignment; });
-        const drawing::Drawing shown = picture();
-        ASSERT_EQ(shown.texts.size(), 1U);
-        EXPECT_EQ(shown.texts[0].align, each.expected)
-            << shown.texts[0].text << " as " << static_cast<int>(each.alignment);
+    for (const auto& [value, chosen, expected] : cases) {
+        put("B2", value);
+        look("B2", [&](CellFormat& format) { format.horizontal = chosen; });
+        const drawing::Text text = textOf(picture(), "");
+        EXPECT_EQ(text.align, expected) << text.text << " as " << static_cast<int>(chosen);
     }
 }
 
 TEST_F(SheetPictureTest, TextRunsOverEmptyCellsUntilAFilledOne)
 {
+    using enum HorizontalAlignment;
     const struct {
         const char* rule;
         const char* cell;
         HorizontalAlignment alignment;
-        std::vector<const char*> filled;
+        const char* filled;
         double left;
         double right;
     } cases[] = {
-        {"to the range's end", "B2", HorizontalAlignment::General, {}, 70, 350},
-        {"to the next filled cell", "B2", HorizontalAlignment::General, {"D2"}, 70, 210},
-        {"not at all beside one", "B2", HorizontalAlignment::General, {"C2"}, 70, 140},
-        {"right-aligned to the left", "D2", HorizontalAlignment::Right, {"E2"}, 0, 280},
-        {"right-aligned up to one", "D2", HorizontalAlignment::Right, {"B2"}, 140, 280},
-        {"centred both ways, each up to its own", "C2", HorizontalAlignment::Center, {"A2"}, 70, 350},
-        {"only in its own row", "B2", HorizontalAlignment::General, {"C3"}, 70, 350},
+        {"to the range's end, only in its own row", "B2", General, "C3", 70, 350},
+        {"to the next filled cell", "B2", General, "D2", 70, 210},
+        {"not at all beside one", "B2", General, "C2", 70, 140},
+        {"right-aligned to the left", "D2", Right, "E2", 0, 280},
+        {"right-aligned up to one", "D2", Right, "B2", 140, 280},
+        {"centred both ways, each up to its own", "C2", Center, "A2", 70, 350},
     };
     for (const auto& each : cases) {
         m_sheet.row(1).cells.clear();
         m_sheet.row(2).cells.clear();
         put(each.cell, "A long company name");
         look(each.cell, [&](CellFormat& format) { format.horizontal = each.alignment; });
-        for (const char* const cell : each.filled)
-            put(cell, 1.0);
+        put(each.filled, 1.0);
         const drawing::Text text = textOf(picture(), "A long");
         EXPECT_EQ(text.room.left, each.left) << each.rule;
         EXPECT_EQ(text.room.left + text.room.width, each.right) << each.rule;
@@ -206,17 +181,17 @@ TEST_F(SheetPictureTest, TextRunsOverEmptyCellsUntilAFilledOne)
 TEST_F(SheetPictureTest, WhatDoesNotRunOver)
 {
     put("B1", 123456789.0);
-    put("B2", "wrapped text");
+    put("B2", "wrapped\ntext");
     put("B3", ErrorCode::Value);
-    put("B4", "shrunk text");
+    put("B4", "shrunk\ntext");
     look("B2", [](CellFormat& format) { format.wrap = true; });
     look("B4", [](CellFormat& format) { format.shrinkToFit = true; });
     const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 4U);
     for (const drawing::Text& text : shown.texts)
         EXPECT_EQ(text.room, text.cell) << text.text;
-    EXPECT_TRUE(textOf(shown, "wrapped").wrap);
-    EXPECT_TRUE(textOf(shown, "shrunk").shrink);
+    EXPECT_TRUE(textOf(shown, "wrapped\ntext").wrap);
+    EXPECT_TRUE(textOf(shown, "shrunktext").shrink) << "a line break shows only where lines break";
 
     m_sheet.merged.push_back(parseAddress("D5:E5").value());
     put("C5", "stops at a merged area");
@@ -246,36 +221,18 @@ TEST_F(SheetPictureTest, NumbersShowShorterFormsOrHashes)
     EXPECT_EQ(textOf(shown, "3.00").color, redRgb);
 }
 
-TEST_F(SheetPictureTest, LineBreaksShowOnlyWhereLinesBreak)
-{
-    put("B1", "Other\nDeduction");
-    put("B2", "Insurance\nDeduction");
-    look("B2", [](CellFormat& format) { format.wrap = true; });
-    EXPECT_EQ(textOf(picture(), "Other").text, "OtherDeduction");
-    EXPECT_EQ(textOf(picture(), "Insurance").text, "Insurance\nDeduction");
-}
-
 TEST_F(SheetPictureTest, TheStrongerBorderOfASharedEdgeIsDrawnOnce)
 {
     // B2's right and C2's left border are the same edge.
-    const struct {
-        BorderStyle ofLeftCell;
-        BorderStyle ofRightCell;
-        BorderStyle drawn;
-    } cases[] = {
-        {BorderStyle::Thin, BorderStyle::None, BorderStyle::Thin},
-        {BorderStyle::None, BorderStyle::Thin, BorderStyle::Thin},
-        {BorderStyle::Thin, BorderStyle::Medium, BorderStyle::Medium},
-        {BorderStyle::Thick, BorderStyle::Medium, BorderStyle::Thick},
-        {BorderStyle::Hair, BorderStyle::Thin, BorderStyle::Thin},
-        {BorderStyle::Double, BorderStyle::Medium, BorderStyle::Double},
-        {BorderStyle::Dashed, BorderStyle::Dotted, BorderStyle::Dashed},
-    };
-    for (const auto& each : cases) {
-        look("B2", [&](CellFormat& format) { format.right = {each.ofLeftCell, red}; });
-        look("C2", [&](CellFormat& format) { format.left = {each.ofRightCell, red}; });
-        EXPECT_EQ(picture().lines, (std::vector<drawing::Line>{{140, 20, 140, 40, each.drawn, redRgb}}))
-            << static_cast<int>(each.ofLeftCell) << " beside " << static_cast<int>(each.ofRightCell);
+    using enum BorderStyle;
+    const std::tuple<BorderStyle, BorderStyle, BorderStyle> cases[] = {
+        {Thin, None, Thin}, {None, Thin, Thin},       {Thin, Medium, Medium},  {Thick, Medium, Thick},
+        {Hair, Thin, Thin}, {Double, Medium, Double}, {Dashed, Dotted, Dashed}};
+    for (const auto& [ofLeftCell, ofRightCell, drawn] : cases) {
+        look("B2", [&](CellFormat& format) { format.right = {ofLeftCell, red}; });
+        look("C2", [&](CellFormat& format) { format.left = {ofRightCell, red}; });
+        EXPECT_EQ(picture().lines, (std::vector<drawing::Line>{{140, 20, 140, 40, drawn, redRgb}}))
+            << static_cast<int>(ofLeftCell) << " beside " << static_cast<int>(ofRightCell);
     }
 }
 
@@ -293,7 +250,7 @@ TEST_F(SheetPictureTest, PiecesOfALineAreJoinedWhereTheyLookTheSame)
     EXPECT_EQ(picture().lines, expected);
 }
 
-TEST_F(SheetPictureTest, GridLinesOnlyOnPlainGroundWhereTheSheetShowsThem)
+TEST_F(SheetPictureTest, GridLinesOnlyOnPlainBackgroundWhereTheSheetShowsThem)
 {
     EXPECT_TRUE(picture("A1:B1").lines.empty());
 
@@ -311,15 +268,7 @@ TEST_F(SheetPictureTest, GridLinesOnlyOnPlainGroundWhereTheSheetShowsThem)
     look("C1", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
     EXPECT_FALSE(hasUpright(210)) << "a filled cell has no grid lines";
     look("B1", [](CellFormat& format) { format.right = {BorderStyle::Thin, red}; });
-    EXPECT_FALSE(hasUpright(140)) << "a border stands instead";
-}
-
-TEST_F(SheetPictureTest, RowsAndColumnsLendTheirFormatToCellsThatHaveNone)
-{
-    CellFormat filled;
-    filled.fill = {1, red, windowBackgroundColor};
-    m_sheet.row(1).format = m_book.styles.formatFor(filled);
-    EXPECT_EQ(picture("A1:C3").fills, (std::vector<drawing::Fill>{{{0, 20, 210, 20}, redRgb}}));
+    EXPECT_FALSE(hasUpright(140)) << "a border is drawn instead";
 }
 
 } // namespace

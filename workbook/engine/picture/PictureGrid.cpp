@@ -26,12 +26,14 @@ Rgb mixed(Rgb pattern, Rgb background, double share)
             channel(pattern.blue, background.blue)};
 }
 
-} // namespace
-
-int columnPixels(int width256)
+/// Of a column's width in 1/256 of a digit of the default font (Arial 10, whose digits are 7 pixels wide on the
+/// screen), margins included.
+double columnPixels(int width256, Medium medium)
 {
     constexpr int digitWidth = 7;
     constexpr int rounding = 128 / digitWidth; // so the application that defined the widths does it
+    if (medium == Medium::Paper)
+        return width256 * digitOnPaper / 256;
     return width256 == 0 ? 0 : (width256 + rounding) * digitWidth / 256;
 }
 
@@ -40,6 +42,8 @@ int rowPixels(int twips)
     constexpr int twipsPerPixel = 15;
     return (twips + twipsPerPixel / 2) / twipsPerPixel;
 }
+
+} // namespace
 
 PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range, Medium medium)
     : m_book(book), m_sheet(sheet), m_range(range), m_medium(medium)
@@ -57,15 +61,10 @@ PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& r
             edges.push_back(edges.back() + pixels);
         }
     };
-    measure(
-        range.firstColumn, range.lastColumn,
-        [&](int column) {
-            const int width = sheet.columnWidth(column);
-            return medium == Medium::Screen ? columnPixels(width) : width * digitOnPaper / 256;
-        },
-        m_columns, m_lefts);
-    measure(
-        range.firstRow, range.lastRow, [&](int row) { return rowPixels(sheet.rowHeightTwips(row)); }, m_rows, m_tops);
+    const auto columnSize = [&](int column) { return columnPixels(sheet.columnWidth(column), medium); };
+    const auto rowSize = [&](int row) { return rowPixels(sheet.rowHeightTwips(row)); };
+    measure(range.firstColumn, range.lastColumn, columnSize, m_columns, m_lefts);
+    measure(range.firstRow, range.lastRow, rowSize, m_rows, m_tops);
     indexMergedAreas();
 }
 

@@ -8,12 +8,6 @@
 
 namespace wagemill::engine {
 
-/// Pixels at 96 dots per inch of a column's width on the screen, given in 1/256 of a digit of the default font (Arial
-/// 10, whose digits are 7 pixels wide there), margins included.
-int columnPixels(int width256);
-/// Pixels of a row's height, given in twips, 15 to the pixel.
-int rowPixels(int twips);
-
 /// On paper a digit of the default font is not rounded to whole pixels, so columns are a little wider there, and grid
 /// lines are those that the print set-up wants.
 enum class Medium { Screen, Paper };
