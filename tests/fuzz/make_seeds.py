@@ -123,7 +123,7 @@ def template_formulas(template):
 
 
 def formats(sources):
-    codes = set(session_texts(sources, "style|format")) | set(literals(f"{sources}/tests/engine/text/NumberFormatTest.cpp"))
+    codes = set(session_texts(sources, "style|format")) | set(literals(f"{sources}/tests/engine/text/CellTextTest.cpp"))
     for index, code in enumerate(sorted(codes)):
         number = (0.0, -5.0, 46112.75, 1234.565, 1e-9, 1e300)[index % 6]
         yield struct.pack("<Bd", index % 256, number) + code
@@ -134,7 +134,7 @@ def in_every_region(texts):
 
 
 def typed(sources):
-    texts = [*session_texts(sources, "put|refused"), *literals(f"{sources}/tests/engine/text/TypedTextTest.cpp")]
+    texts = [*session_texts(sources, "put|refused"), *literals(f"{sources}/tests/engine/text/CellTextTest.cpp")]
     formulas = [text for path in glob.glob(f"{sources}/tests/engine/formula/*.cpp") for text in literals(path)
                 if text.startswith(b"=")]
     return in_every_region(texts) + [b"\0" + text for text in sorted(set(formulas))]

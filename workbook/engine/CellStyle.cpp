@@ -89,6 +89,19 @@ std::vector<CellFormat> firstFormats()
     return formats;
 }
 
+/// The place of an equal entry, which is added when missing.
+template <class Entry>
+std::uint16_t indexIn(std::vector<Entry>& table, const Entry& wanted, std::size_t max, const std::string& what)
+{
+    const auto found = std::ranges::find(table, wanted);
+    const auto index = static_cast<std::uint16_t>(found - table.begin());
+    if (found == table.end() && table.size() >= max)
+        throw std::length_error("The workbook has no room for another " + what + ".");
+    if (found == table.end())
+        table.push_back(wanted);
+    return index;
+}
+
 } // namespace
 
 std::string_view builtInNumberFormat(std::uint16_t identifier)
@@ -141,24 +154,12 @@ std::uint16_t StyleTable::numberFormatFor(std::string_view code)
 
 std::uint16_t StyleTable::formatFor(const CellFormat& format)
 {
-    const auto found = std::ranges::find(formats, format);
-    if (found != formats.end())
-        return static_cast<std::uint16_t>(found - formats.begin());
-    if (formats.size() >= maxFormats)
-        throw std::length_error("The workbook has no room for another cell format.");
-    formats.push_back(format);
-    return static_cast<std::uint16_t>(formats.size() - 1);
+    return indexIn(formats, format, maxFormats, "cell format");
 }
 
 std::uint16_t StyleTable::fontFor(const Font& font)
 {
-    const auto found = std::ranges::find(fonts, font);
-    if (found != fonts.end())
-        return static_cast<std::uint16_t>(found - fonts.begin());
-    if (fonts.size() >= maxFonts)
-        throw std::length_error("The workbook has no room for another font.");
-    fonts.push_back(font);
-    return static_cast<std::uint16_t>(fonts.size() - 1);
+    return indexIn(fonts, font, maxFonts, "font");
 }
 
 const CellFormat& StyleTable::format(std::uint16_t index) const

@@ -80,7 +80,7 @@ struct CellFormat {
     bool locked = true;
     bool hidden = false;
     bool isStyle = false;     ///< a named style's format; no cell may use it
-    bool quotePrefix = false; ///< the text was typed behind an apostrophe
+    bool quotePrefix = false; ///< the text was typed after an apostrophe
     std::uint16_t parent = 0; ///< index of the style's format; 0xFFF for a style itself
     HorizontalAlignment horizontal = HorizontalAlignment::General;
     VerticalAlignment vertical = VerticalAlignment::Bottom;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 namespace wagemill::engine {
 
@@ -267,21 +266,6 @@ constexpr auto functions = std::to_array<FunctionInfo>({
 
 static_assert(std::ranges::is_sorted(functions, {}, &FunctionInfo::id));
 
-bool precedesIgnoringCase(std::string_view left, std::string_view right)
-{
-    return compareIgnoringCase(left, right) < 0;
-}
-
-std::vector<const FunctionInfo*> functionsByName()
-{
-    std::vector<const FunctionInfo*> byName;
-    byName.reserve(functions.size());
-    for (const FunctionInfo& function : functions)
-        byName.push_back(&function);
-    std::ranges::sort(byName, precedesIgnoringCase, &FunctionInfo::name);
-    return byName;
-}
-
 } // namespace
 
 const FunctionInfo* findFunction(std::uint16_t id)
@@ -292,9 +276,9 @@ const FunctionInfo* findFunction(std::uint16_t id)
 
 const FunctionInfo* findFunction(std::string_view name)
 {
-    static const std::vector<const FunctionInfo*> byName = functionsByName();
-    const auto found = std::ranges::lower_bound(byName, name, precedesIgnoringCase, &FunctionInfo::name);
-    return found != byName.end() && !precedesIgnoringCase(name, (*found)->name) ? *found : nullptr;
+    const auto found =
+        std::ranges::find_if(functions, [name](const FunctionInfo& each) { return sameIgnoringCase(each.name, name); });
+    return found != functions.end() ? &*found : nullptr;
 }
 
 } // namespace wagemill::engine

@@ -12,7 +12,7 @@ struct FunctionInfo {
     std::uint8_t minArguments = 0;
     std::uint8_t maxArguments = 0; ///< equal to minArguments: stored without a count (PtgFunc)
     char resultClass = 'V';        ///< 'R', 'V' or 'A'
-    /// Class of each parameter, 'R', 'V' or 'A'; the last letter stands for all that follow.
+    /// Class of each parameter, 'R', 'V' or 'A'; the last letter is for all that follow.
     std::string_view parameterClasses;
     bool isVolatile = false;
 };

@@ -8,7 +8,7 @@ namespace wagemill::engine {
 
 namespace {
 
-/// Where the cell of that column stands or would be put.
+/// Where the cell of that column is or would be put.
 auto cellPosition(auto& cells, int column)
 {
     return std::ranges::lower_bound(cells, column, {}, &Cell::column);

@@ -15,7 +15,7 @@
 
 namespace wagemill::engine {
 
-/// A record of the file that we keep without understanding it, with the CONTINUE records behind it.
+/// A record of the file that we keep without understanding it, with the CONTINUE records after it.
 struct KeptRecord {
     std::uint16_t id = 0;
     std::vector<std::byte> data;
@@ -76,7 +76,7 @@ struct ColumnRun {
     bool operator==(const ColumnRun&) const = default;
 };
 
-/// Where the user stands in a sheet.
+/// Where the user is in a sheet.
 struct SheetSelection {
     CellAddress active;
     CellRect area;
@@ -110,7 +110,7 @@ public:
     std::uint16_t defaultRowHeightTwips = 255;
     std::uint16_t defaultColumnWidth = 8; ///< whole characters, without the five pixels of margin
     bool showGridLines = true;
-    std::vector<KeptRecord> kept; ///< in the order in which they stood
+    std::vector<KeptRecord> kept; ///< in the order of the file
     bool isKeptWhole = false;     ///< a sheet of another kind, a chart: its beginning and end are kept, too
 
     /// The cell, or null when nothing was ever put there.

@@ -26,14 +26,14 @@ CalendarDate dateFromDaysSinceEpoch(int days);
 std::string shortDateText(CalendarDate date, const RegionalFormats& formats);
 /// Reads what shortDateText writes, and the same order with other separators ("/", "-", ".", blank; the same one
 /// throughout), with a year of two digits (1930 to 2029), or the year first in four digits, as yyyy-mm-dd. Nothing when
-/// the text is no day of the calendar.
+/// the text is not a day of the calendar.
 std::optional<CalendarDate> readShortDate(std::string_view text, const RegionalFormats& formats);
 
 /// The first and the last day that a period can end on.
 inline constexpr CalendarDate firstPickedDate = {1601, 1, 1};
 inline constexpr CalendarDate lastPickedDate = {9999, 12, 31};
 /// Reads the whole of a text that was typed into the date field: what readShortDate reads, and eight digits without
-/// separators. Two digits of a year stand for the date that is at most 50 years from `today`. Nothing for the days
+/// separators. Two digits of a year mean the date that is at most 50 years from `today`. Nothing for the days
 /// outside of those two.
 ///   "3/31/26" -> 31 March 2026    "03312026" -> the same    "2026-03-31" -> the same    "2/30/2026" -> nothing
 std::optional<CalendarDate> readTypedDate(std::string_view text, const RegionalFormats& formats, CalendarDate today);
@@ -45,8 +45,8 @@ std::string dateOrder(const RegionalFormats& formats);
 
 /// The full year of one typed with two digits: 30 to 99 are of the last century, 0 to 29 of this one.
 int yearOfTwoDigits(int year);
-/// The month, 1 to 12, of a name or short name in the user's language; a dot behind it and, for the letters A to Z,
-/// case do not count. `name` is in plain characters (see plainCharacters).
+/// The month, 1 to 12, of a name or short name in the user's language; a dot after it and case do not
+/// count. `name` is in plain characters (see plainCharacters).
 std::optional<int> monthOfName(std::string_view name, const RegionalFormats& formats);
 /// Whether the user writes the day before the month.
 bool isDayFirst(const RegionalFormats& formats);

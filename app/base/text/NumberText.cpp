@@ -42,7 +42,7 @@ struct PlainFormats {
     std::string currency;
 };
 
-/// What stands around the digits of a figure.
+/// What is written around the digits of a number, and how often.
 struct Marks {
     int minusSigns = 0;
     int plusSigns = 0;
@@ -58,24 +58,21 @@ struct Marks {
     }
 };
 
-enum class Side { Before, Behind };
-
-void readMarks(TextScanner& reader, Side side, const PlainFormats& formats, Marks& marks)
+/// Takes the marks on one side of the digits, where brackets open or close.
+void readMarks(TextScanner& scanner, const PlainFormats& formats, char bracket, int& brackets, Marks& marks)
 {
-    int& brackets = side == Side::Before ? marks.openBrackets : marks.closeBrackets;
-    const std::string_view bracket = side == Side::Before ? "(" : ")";
     for (bool found = true; found;) {
-        reader.skipBlanks();
+        scanner.skipBlanks();
         found = true;
-        if (reader.skip(formats.currency))
+        if (scanner.skip(formats.currency))
             ++marks.currencies;
-        else if (reader.skip("-"))
+        else if (scanner.skip('-'))
             ++marks.minusSigns;
-        else if (reader.skip("+"))
+        else if (scanner.skip('+'))
             ++marks.plusSigns;
-        else if (reader.skip("%"))
+        else if (scanner.skip('%'))
             ++marks.percents;
-        else if (reader.skip(bracket))
+        else if (scanner.skip(bracket))
             ++brackets;
         else
             found = false;
@@ -109,19 +106,21 @@ std::optional<std::string> readInteger(TextScanner& reader, const PlainFormats& 
     return digits;
 }
 
-/// An exponent behind the digits, 0 when there is none; clamped far beyond every double.
+/// An exponent after the digits, 0 when there is none; clamped far beyond every double.
 std::int64_t readExponent(TextScanner& reader, bool& hasExponent)
 {
-    const bool hasSign = reader.peek(1) == '-' || reader.peek(1) == '+';
-    hasExponent = (reader.peek() == 'E' || reader.peek() == 'e') && isDigit(reader.peek(hasSign ? 2 : 1));
+    TextScanner ahead = reader;
+    ahead.skipIgnoringCase("e");
+    const bool negative = ahead.skip('-');
+    if (!negative)
+        ahead.skip('+');
+    hasExponent = (reader.peek() == 'E' || reader.peek() == 'e') && isDigit(ahead.peek());
     if (!hasExponent)
         return 0;
-    const bool negative = reader.peek(1) == '-';
-    for (const std::string_view skipped : {"E", "e", "-", "+"})
-        reader.skip(skipped);
     std::int64_t exponent = 0;
-    for (const char digit : reader.takeDigits())
+    for (const char digit : ahead.takeDigits())
         exponent = std::min(exponent * 10 + (digit - '0'), pointLimit);
+    reader = ahead;
     return negative ? -exponent : exponent;
 }
 
@@ -197,17 +196,20 @@ Integer toInteger(double number, const char* range)
     return static_cast<Integer>(whole);
 }
 
-/// Reads what std::to_chars wrote of a number's size, "1.25e+02".
-DecimalNumber readScientific(double number, const char* begin, const char* end)
+/// precision  digits after the first; none: as many as it takes to read the same double
+DecimalNumber decimalDigits(double number, std::optional<int> precision)
 {
     if (!std::isfinite(number))
         return {};
-    std::string digits(begin, end);
-    const std::size_t mark = digits.find('e');
+    std::array<char, 32> buffer{};
+    constexpr auto form = std::chars_format::scientific; // "1.25e+02"
+    const double size = std::abs(number);
+    const auto written = precision ? std::to_chars(buffer.begin(), buffer.end(), size, form, *precision)
+                                   : std::to_chars(buffer.begin(), buffer.end(), size, form);
+    const char* const mark = std::find(buffer.begin(), written.ptr, 'e');
     int exponent = 0;
-    const bool signedPlus = digits[mark + 1] == '+';
-    std::from_chars(digits.data() + mark + (signedPlus ? 2 : 1), digits.data() + digits.size(), exponent);
-    digits.erase(mark);
+    std::from_chars(mark + (mark[1] == '+' ? 2 : 1), written.ptr, exponent);
+    std::string digits(buffer.cbegin(), mark);
     std::erase(digits, '.');
     return decimalNumber(number < 0, std::move(digits), std::int64_t{exponent} + 1);
 }
@@ -222,7 +224,7 @@ std::optional<NumberReading> readNumber(std::string_view text, const RegionalFor
     NumberReading reading;
     Marks marks;
 
-    readMarks(reader, Side::Before, plainFormats, marks);
+    readMarks(reader, plainFormats, '(', marks.openBrackets, marks);
     const auto integer = readInteger(reader, plainFormats, formats, reading.hasGroups);
     if (!integer)
         return std::nullopt;
@@ -232,7 +234,7 @@ std::optional<NumberReading> readNumber(std::string_view text, const RegionalFor
     if (integer->empty() && fraction.empty())
         return std::nullopt;
     const std::int64_t exponent = readExponent(reader, reading.hasExponent);
-    readMarks(reader, Side::Behind, plainFormats, marks);
+    readMarks(reader, plainFormats, ')', marks.closeBrackets, marks);
     if (!reader.atEnd() || !marks.fit() || (marks.percents > 0 && !allowPercent) ||
         (hasMoneyDecimal && marks.currencies == 0))
         return std::nullopt;
@@ -269,20 +271,13 @@ std::optional<double> toDouble(const DecimalNumber& number)
 
 DecimalNumber toDecimal(double number)
 {
-    std::array<char, 32> buffer{};
-    return readScientific(
-        number, buffer.begin(),
-        std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific).ptr);
+    return decimalDigits(number, std::nullopt);
 }
 
 DecimalNumber toShownDecimal(double number)
 {
-    constexpr int digitsBehindTheFirst = 14;
-    std::array<char, 32> buffer{};
-    return readScientific(number, buffer.begin(),
-                          std::to_chars(buffer.begin(), buffer.end(), std::abs(number), std::chars_format::scientific,
-                                        digitsBehindTheFirst)
-                              .ptr);
+    constexpr int digitsAfterTheFirst = 14;
+    return decimalDigits(number, digitsAfterTheFirst);
 }
 
 DecimalNumber rounded(const DecimalNumber& number, int decimals)

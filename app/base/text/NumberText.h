@@ -26,19 +26,19 @@ struct NumberReading {
     bool hasCurrency = false;
     bool hasGroups = false;
     bool hasExponent = false;
-    bool hasPercent = false; ///< number is the figure before the sign: "7.65%" reads 7.65
-    int decimals = 0;        ///< digits typed behind the decimal separator
+    bool hasPercent = false; ///< the number before the sign: "7.65%" reads 7.65
+    int decimals = 0;        ///< digits typed after the decimal separator
 };
 
-/// Reads a number in the user's format, or nothing when the text is none: currency symbol, group separators, a sign
-/// before, behind or as brackets, exponent, the locale's digits or 0 to 9, blanks of every kind around. A percent sign
-/// is only read where `allowPercent`. Empty text is no number, nor is a figure beyond the range of a double.
-/// Group separators stand where the user's format puts them or before every third digit: "1,23" is no number, as is
+/// Reads a number in the user's format, or nothing when the text is not one: currency symbol, group separators, a sign
+/// before, after or as brackets, exponent, the locale's digits or 0 to 9, blanks of every kind around. A percent sign
+/// is only read where `allowPercent`. Empty text is not a number, nor is one beyond the range of a double.
+/// Group separators are where the user's format puts them or before every third digit: "1,23" is not a number, as is
 /// "0,123", which is more likely a decimal fraction from elsewhere.
 std::optional<NumberReading> readNumber(std::string_view text, const RegionalFormats& formats,
                                         bool allowPercent = false);
 
-/// Whether the form takes the text as a figure.
+/// Whether the form takes the text as a number.
 bool isNumericText(std::string_view text, const RegionalFormats& formats);
 
 /// The nearest double; overflow is nothing.
@@ -48,7 +48,7 @@ DecimalNumber toDecimal(double number);
 /// The number's first 15 significant digits, which are all that a spreadsheet shows and rounds by: 596.7149999999999 is
 /// 596.715.
 DecimalNumber toShownDecimal(double number);
-/// Rounded to `decimals` digits behind the point, halves away from zero, by decimal digits: 1.005 becomes 1.01.
+/// Rounded to `decimals` digits after the point, halves away from zero, by decimal digits: 1.005 becomes 1.01.
 DecimalNumber rounded(const DecimalNumber& number, int decimals);
 
 /// The digits of a number rounded to `decimals` places, without sign: "12" and "50".
@@ -67,12 +67,12 @@ std::string paddedNumber(std::int64_t number, std::size_t width);
 /// The user's digits for 0 to 9 in a text; other characters stay.
 std::string toLocalDigits(std::string_view text, const RegionalFormats& formats);
 
-/// The number with `decimals` digits behind the separator, grouped, in the user's currency or number form. What rounds
+/// The number with `decimals` digits after the separator, grouped, in the user's currency or number form. What rounds
 /// to zero has no sign.
 std::string currencyText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
 std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals = 2);
 
-/// The same from a text: "12.5" -> "$12.50". Throws std::invalid_argument, naming the text, when it is no number.
+/// The same from a text: "12.5" -> "$12.50". Throws std::invalid_argument, naming the text, when it is not a number.
 std::string currencyTextOf(std::string_view text, const RegionalFormats& formats);
 std::string numberTextOf(std::string_view text, const RegionalFormats& formats);
 

@@ -5,7 +5,7 @@
 
 namespace wagemill {
 
-/// The text that stands before and behind an unsigned number, "($" and ")".
+/// The text before and after an unsigned number, "($" and ")".
 struct Affixes {
     std::string prefix;
     std::string suffix;
@@ -21,7 +21,7 @@ struct RegionalFormats {
     std::string groupSeparator = ",";
     int firstGroup = 3;           ///< digits in the group next to the decimal separator
     int furtherGroups = 3;        ///< digits in every further group (2 in India)
-    int digitsBeforeGrouping = 1; ///< digits that must stand before the first group separator (2: 1234 but 12,345)
+    int digitsBeforeGrouping = 1; ///< digits that there must be before the first group separator (2: 1234 but 12,345)
     char32_t zeroDigit = U'0';    ///< the digit zero; the other nine follow it
     std::string negativeSign = "-";
     std::string positiveSign = "+";

@@ -9,9 +9,9 @@
 
 namespace wagemill {
 
-/// The code points of a UTF-8 text; every byte that is no part of a valid sequence is U+FFFD.
+/// The code points of a UTF-8 text; every byte that is not part of a valid sequence is U+FFFD.
 std::u32string toUtf32(std::string_view text);
-/// The UTF-8 text of code points; what is no code point becomes U+FFFD.
+/// The UTF-8 text of code points; what is not a code point becomes U+FFFD.
 std::string toUtf8(std::u32string_view text);
 
 /// The same in UTF-16, the units that spreadsheets and their files count. A surrogate without its partner becomes

@@ -17,7 +17,7 @@ struct ShownText {
     std::optional<Rgb> color = {}; ///< from a section such as [Red]
     bool isNumber = false;         ///< shown right-aligned, and as "###" where it does not fit
     bool isGeneral = false;        ///< a number in General: digits may be dropped until it fits the column
-    bool isNegativeDate = false;   ///< a date format on a value that is no date: "###" whatever the width
+    bool isNegativeDate = false;   ///< a date format on a value that is not a date: "###" whatever the width
 };
 
 /// Digits of a cell of standard width.

@@ -28,7 +28,7 @@ int serialDayOf(int year, int month, int day, bool dates1904)
     if (dates1904)
         return since1970 + epochIn1904 + day - 1;
     const int first = since1970 + epochIn1900;
-    return (first <= falseLeapDay ? first - 1 : first) + day - 1; // January and February 1900 stand one day earlier
+    return (first <= falseLeapDay ? first - 1 : first) + day - 1; // January and February 1900 are one day earlier
 }
 
 int lastSerialDay(bool dates1904)

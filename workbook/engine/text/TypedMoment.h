@@ -17,7 +17,7 @@ struct TypedMoment {
 };
 
 /// Reads a moment in the user's order: "3/31/2026", "1/2" (of this year), "3-Mar", "Mar 2026", "31 March 2026",
-/// "2026-03-31", "12:30", "1:30 PM", "3/31/2026 12:30". Blanks alone separate no figures: "1 2" is no date.
+/// "2026-03-31", "12:30", "1:30 PM", "3/31/2026 12:30". Blanks alone do not separate numbers: "1 2" is not a date.
 /// plain  the text in plain characters (see plainCharacters)
 std::optional<TypedMoment> readMoment(std::string_view plain, const RegionalFormats& formats, CalendarDate today);
 

@@ -14,7 +14,7 @@ struct TypedValue {
     /// The number format that typing suggests to a cell in General format; empty: none. A code, or for the date the
     /// built-in "m/d/yy".
     std::string numberFormat;
-    bool quotePrefix = false; ///< the text stood behind an apostrophe
+    bool quotePrefix = false; ///< the text came after an apostrophe
 };
 
 /// The value that a cell takes when a user types `text` into it, and the number format typing suggests:
