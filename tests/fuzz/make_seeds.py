@@ -23,20 +23,6 @@ def read(path):
         return file.read()
 
 
-def unescaped(escape):
-    if escape[1] in "xu":
-        number = int(escape[2], 16)
-        return bytes([number]) if escape[1] == "x" else chr(number).encode()
-    return {"n": b"\n", "t": b"\t", "r": b"\r", "0": b"\0"}.get(escape[1], escape[1].encode())
-
-
-def literals(path):
-    """The bytes of the C++ string literals in a file."""
-    for text in re.findall(r'"((?:[^"\\\n]|\\.)*)"', re.sub(r"#include.*", "", read(path))):
-        parts = re.finditer(r"\\((?=x([0-9A-Fa-f]{2}))x..|(?=u([0-9A-Fa-f]{4}))u....|.)|([^\\]+)", text)
-        yield b"".join(part[4].encode() if part[4] else unescaped((part[0], part[1][0], part[2] or part[3])) for part in parts)
-
-
 def session_texts(sources, words):
     """What the spreadsheet sessions type (put, refused) or set as a format (style)."""
     for path in glob.glob(f"{sources}/tests/sheets/*.txt"):
@@ -123,7 +109,7 @@ def template_formulas(template):
 
 
 def formats(sources):
-    codes = set(session_texts(sources, "style|format")) | set(literals(f"{sources}/tests/engine/text/CellTextTest.cpp"))
+    codes = set(session_texts(sources, "style|format"))
     for index, code in enumerate(sorted(codes)):
         number = (0.0, -5.0, 46112.75, 1234.565, 1e-9, 1e300)[index % 6]
         yield struct.pack("<Bd", index % 256, number) + code
@@ -134,10 +120,13 @@ def in_every_region(texts):
 
 
 def typed(sources):
-    texts = [*session_texts(sources, "put|refused"), *literals(f"{sources}/tests/engine/text/CellTextTest.cpp")]
-    formulas = [text for path in glob.glob(f"{sources}/tests/engine/formula/*.cpp") for text in literals(path)
-                if text.startswith(b"=")]
-    return in_every_region(texts) + [b"\0" + text for text in sorted(set(formulas))]
+    return in_every_region(session_texts(sources, "put|refused"))
+
+
+def number_texts():
+    return in_every_region(text.encode() for text in (
+        "", "0", "12.5", "-1,234.56", "(1,234.5)", "$15.00", "15,00 \u20ac", "\u20b9 1,23,456.7", "7.65%", "1E5", "1.5e-3",
+        "&H1F", ".5", "5-", "1 234,5", "1\u00a0234,5", "\u0661\u0662\u066b\u0665", "\u200e-5", "$(5)", "1.2.3", "12a", " 7 "))
 
 
 def drawings():
@@ -180,7 +169,7 @@ def main():
         "FormulaTokens": [*formula_tokens(sources), *template_formulas(template)],
         "NumberFormat": formats(sources),
         "TypedText": typed(sources),
-        "NumberText": in_every_region(literals(f"{sources}/tests/base/text/NumberTextTest.cpp")),
+        "NumberText": number_texts(),
         "DrawingFile": drawings(),
     }
     for target, found in seeds.items():
