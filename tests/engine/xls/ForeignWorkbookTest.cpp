@@ -25,34 +25,29 @@ bool canCheck()
     return std::filesystem::exists(WAGEMILL_CHECKERS_DIR "/xls_lint.py") && runs("python3 --version > /dev/null");
 }
 
-/// What the checker looks at beyond the workbooks of a build: many kinds of cells side by side, texts that go on in
-/// further records, merged cells in several, outlines, hidden and empty sheets, names.
+/// What the checker looks at beyond the workbooks of a build: texts that go on in further records, merged cells in
+/// several, outlines, hidden and empty sheets, names.
 Book variedBook()
 {
     Book book = smallBook();
     Sheet& sheet = *book.sheets[0];
     for (int row = 10; row < 200; ++row) {
         const std::string number = std::to_string(row);
-        const CellValue values[] = {row * 1.25, "text " + number + " \xE6\x97\xA5",
-                                    std::string(static_cast<std::size_t>(row) * 40, 'l') + number, row / 7.0, Empty{}};
+        const CellValue values[] = {row * 1.25, std::string(static_cast<std::size_t>(row) * 40, 'l') + number,
+                                    row / 7.0, "text " + number + " \xE6\x97\xA5", Empty{}};
         for (int column = row % 3; column < 12; column += 1 + row % 2)
             sheet.at({row, column}).value = values[static_cast<std::size_t>(row + column) % std::size(values)];
-        Cell& result = sheet.at({row, 13});
-        result.formula = sumOfTwoCells();
-        result.value = "result " + number;
+        sheet.at({row, 13}).formula = sumOfTwoCells();
+        sheet.at({row, 13}).value = "result " + number;
     }
     sheet.row(250).hidden = true;
     sheet.row(251).outlineLevel = 3;
-    sheet.at({252, 0}).formula = formulaOf({FunctionToken{OperandClass::Value, 74, 0, false}});
     for (int row = 0; row < 2500; ++row)
         book.sheets[1]->merged.push_back({row + 100, 0, row + 100, 3});
-    book.addSheet("Empty");
-    Sheet& hidden = book.addSheet("Hidden");
-    hidden.hidden = hidden.veryHidden = true;
+    book.addSheet("Empty").hidden = true;
     ReferenceToken named = areaToken({0, 0, 3, 1}, false);
     named.externSheet = book.externSheetFor(0);
-    book.names.push_back({"Table", std::nullopt, {{named}}, {}});
-    book.names.push_back({"Unknown", std::nullopt, {}, {}});
+    book.names = {{"Table", std::nullopt, {{named}}, {}}, {"Unknown", std::nullopt, {}, {}}};
     book.properties = {"T\xC3\xADtulo \xE6\x97\xA5", "Ann", "Bob", "Wagemill", 1, 0x01DC000012345678};
     return book;
 }

@@ -1,7 +1,6 @@
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "app/base/Bytes.h"
 #include "tests/engine/xls/TestBytes.h"
-#include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/xls/FormulaTokens.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +8,9 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-Formula read(std::string_view tokens, std::string_view behind = "", const FormulaContext& context = {})
+Formula read(std::string_view tokens, std::string_view trailing = "", const FormulaContext& context = {})
 {
-    return readFormula(fromHex(tokens), fromHex(behind), context);
+    return readFormula(fromHex(tokens), fromHex(trailing), context);
 }
 
 bool isOpaque(const Formula& formula)
@@ -26,7 +25,7 @@ TEST(FormulaTokens, ComeBackByteForByte)
     struct {
         const char* text;
         const char* tokens;
-        const char* behind = "";
+        const char* trailing = "";
         bool opaque = false;
     } const cases[] = {
         {"SUM(G4:J4)", "25 0300 0300 06C0 09C0 19 10 0000"},
@@ -65,26 +64,27 @@ TEST(FormulaTokens, ComeBackByteForByte)
         {"unknown token", "1E 0500 3F", "", true},
         {"command of a macro sheet", "1E 0500 42 81 0400", "", true},
     };
-    for (const auto& [text, tokens, behind, opaque] : cases) {
-        const Formula formula = read(tokens, behind);
+    for (const auto& [text, tokens, trailing, opaque] : cases) {
+        const Formula formula = read(tokens, trailing);
         EXPECT_EQ(isOpaque(formula), opaque) << text;
         ByteWriter writtenTokens;
-        ByteWriter writtenBehind;
-        writeFormula(formula, writtenTokens, writtenBehind);
+        ByteWriter writtenTrailing;
+        writeFormula(formula, writtenTokens, writtenTrailing);
         EXPECT_EQ(toHex(writtenTokens.view()), toHex(fromHex(tokens))) << text;
-        EXPECT_EQ(toHex(writtenBehind.view()), toHex(fromHex(behind))) << text;
-        EXPECT_EQ(readFormula(writtenTokens.view(), writtenBehind.view(), {}), formula) << text;
+        EXPECT_EQ(toHex(writtenTrailing.view()), toHex(fromHex(trailing))) << text;
+        EXPECT_EQ(readFormula(writtenTokens.view(), writtenTrailing.view(), {}), formula) << text;
     }
 }
 
 TEST(FormulaTokens, JumpsLeadToTokens)
 {
-    const Formula choice =
-        read("24 0000 00C0 19 04 0200 0600 0D00 1400 1E 0A00 19 08 0A00 1E 1400 19 08 0300 42 03 6400");
-    // cell, choose, 10, goto, 20, goto, CHOOSE
-    EXPECT_EQ(std::get<AttributeToken>(choice.tokens[1]).targets, (std::vector<std::size_t>{2, 4, 6}));
-    EXPECT_EQ(std::get<AttributeToken>(choice.tokens[3]).targets, (std::vector<std::size_t>{7}));
-    EXPECT_EQ(std::get<AttributeToken>(choice.tokens[5]).targets, (std::vector<std::size_t>{7}));
+    const auto targets = [](std::size_t token) { // cell, choose, 10, goto, 20, goto, CHOOSE
+        static const Formula choice =
+            read("24 0000 00C0 19 04 0200 0600 0D00 1400 1E 0A00 19 08 0A00 1E 1400 19 08 0300 42 03 6400");
+        return std::get<AttributeToken>(choice.tokens[token]).targets;
+    };
+    EXPECT_EQ(targets(1), (std::vector<std::size_t>{2, 4, 6}));
+    EXPECT_EQ(targets(3), (std::vector<std::size_t>{7}));
 }
 
 TEST(FormulaTokens, OffsetsCountFromTheirCellAroundTheEdges)
@@ -111,7 +111,7 @@ TEST(FormulaTokens, NumbersThatDoNotExistBecomeErrors)
     EXPECT_EQ(read("1C 99").tokens.front(), Token(ErrorToken{ErrorCode::NotAvailable}));
 }
 
-TEST(FormulaTokens, WhatIsNoExpressionIsRefused)
+TEST(FormulaTokens, RefusesWhatIsNotAnExpression)
 {
     for (const char* tokens : {
              "",                           // nothing
@@ -131,41 +131,14 @@ TEST(FormulaTokens, WhatIsNoExpressionIsRefused)
     EXPECT_THROW(readFormula(Bytes(1801, std::byte{0x16}), {}, {}), DamagedFile);
 }
 
-TEST(FormulaTokens, WhatTheFileCannotHoldIsNotWritten)
+TEST(FormulaTokens, WritesMarksAndRefusesWhatTheFileCannotHold)
 {
     ByteWriter tokens;
-    ByteWriter behind;
-    EXPECT_THROW(writeFormula({{TextToken{std::string(256, 'x')}}}, tokens, behind), std::length_error);
-    EXPECT_THROW(writeFormula({std::vector<Token>(601, NumberToken{1})}, tokens, behind), std::length_error);
-}
-
-TEST(FormulaTokens, FunctionsThatAlwaysChangeAreMarked)
-{
-    ByteWriter tokens;
-    ByteWriter behind;
-    writeFormula({{FunctionToken{OperandClass::Value, 221, 0, false}}}, tokens, behind); // TODAY
+    ByteWriter trailing;
+    writeFormula({{FunctionToken{OperandClass::Value, 221, 0, false}}}, tokens, trailing); // TODAY always changes
     EXPECT_EQ(toHex(tokens.view()), "1901000041DD00");
-}
-
-TEST(FunctionTable, FindsByNumberAndByName)
-{
-    struct {
-        const char* name;
-        int id;
-        int fewest;
-        int most;
-    } const cases[] = {{"VLOOKUP", 102, 3, 4}, {"sum", 4, 0, 30},   {"Round", 27, 2, 2},
-                       {"NA", 10, 0, 0},       {"IF", 1, 2, 3},     {"SUMIF", 345, 2, 3},
-                       {"TODAY", 221, 0, 0},   {"COUNT", 0, 0, 30}, {"HYPERLINK", 359, 1, 2}};
-    for (const auto& [name, id, fewest, most] : cases) {
-        const FunctionInfo* const function = findFunction(std::string_view(name));
-        ASSERT_NE(function, nullptr) << name;
-        EXPECT_EQ(function, findFunction(static_cast<std::uint16_t>(id))) << name;
-        EXPECT_EQ(function->minArguments, fewest) << name;
-        EXPECT_EQ(function->maxArguments, most) << name;
-    }
-    EXPECT_EQ(findFunction("XLOOKUP"), nullptr);
-    EXPECT_EQ(findFunction(std::uint16_t{255}), nullptr);
+    EXPECT_THROW(writeFormula({{TextToken{std::string(256, 'x')}}}, tokens, trailing), std::length_error);
+    EXPECT_THROW(writeFormula({std::vector<Token>(601, NumberToken{1})}, tokens, trailing), std::length_error);
 }
 
 } // namespace wagemill::engine::xls

@@ -1,0 +1,188 @@
+#include "app/base/Bytes.h"
+#include "tests/engine/xls/TestBytes.h"
+#include "workbook/engine/xls/BiffRecords.h"
+#include "workbook/engine/xls/PropertySet.h"
+#include "workbook/engine/xls/RecordStrings.h"
+#include "workbook/engine/xls/SheetRecords.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace wagemill::engine::xls {
+
+namespace {
+
+std::vector<RichText> writtenAndRead(const SharedStringTable& table)
+{
+    RecordWriter writer;
+    table.write(writer);
+    const Bytes stream = writer.take();
+    RecordReader reader(stream);
+    Record record;
+    EXPECT_TRUE(reader.next(record));
+    std::vector<RichText> strings = readSharedStrings(record);
+    EXPECT_TRUE(reader.next(record));
+    EXPECT_EQ(record.id, record::extendedSharedStrings);
+    return strings;
+}
+
+Record sharedStringRecord(const Bytes& data, const std::vector<Bytes>& continued)
+{
+    return {0, record::sharedStrings, data, {continued.begin(), continued.end()}};
+}
+
+} // namespace
+
+TEST(RkNumber, HoldsExactlyWhatItGivesBack)
+{
+    struct {
+        double number;
+        std::optional<std::uint32_t> rk;
+    } const cases[] = {
+        {0, 2U},
+        {0.28, 0x73U}, // 28 hundredths
+        {-5, 0xFFFFFFEEU},
+        {1234.56, 0x78903U},
+        {0.5, 0x3FE00000U},
+        {1e12, std::nullopt},
+        {536870912, 0x41C00000U},
+        {536870911, 0x7FFFFFFEU},
+        {0.123, std::nullopt},
+        {596.7149999999999, std::nullopt},
+        {-0.0, std::nullopt},
+        {std::numeric_limits<double>::infinity(), std::nullopt},
+        {std::numeric_limits<double>::quiet_NaN(), std::nullopt},
+    };
+    for (const auto& [number, rk] : cases) {
+        EXPECT_EQ(rkOfNumber(number), rk) << number;
+        if (rk) {
+            EXPECT_EQ(numberOfRk(*rk), number);
+        }
+    }
+    EXPECT_EQ(numberOfRk(0xFFFFFFFFU), -0.01) << "negative hundredths";
+}
+
+TEST(ByteReader, NeverReadsBeyondTheEnd)
+{
+    Bytes bytes = fromHex("01 02 03");
+    ByteReader reader(bytes);
+    EXPECT_EQ(reader.u16(), 0x0201);
+    EXPECT_THROW(reader.u16(), DamagedFile);
+    EXPECT_EQ(reader.u8(), 3) << "a read that fails takes nothing";
+    EXPECT_THROW(reader.seek(4), DamagedFile);
+    EXPECT_THROW(reader.skip(std::numeric_limits<std::size_t>::max()), DamagedFile);
+    EXPECT_THROW(putU32(bytes, 0, 1), std::out_of_range);
+}
+
+TEST(MergedCells, LeaveOutWhatTheFileMustNotHave)
+{
+    const CellRect heading{0, 0, 0, 3};
+    const CellRect below{1, 0, 2, 0};
+    EXPECT_EQ(withoutOverlaps({below, heading}), (std::vector{heading, below}));
+    EXPECT_EQ(withoutOverlaps({heading, {0, 3, 5, 3}, heading}), (std::vector{heading})) << "overlap";
+    EXPECT_TRUE(withoutOverlaps({{5, 5, 5, 5}, {0, 0, 65536, 1}, {0, 250, 0, 256}, {3, 0, 2, 0}}).empty());
+}
+
+TEST(SharedStrings, KeepEveryTextOnce)
+{
+    SharedStringTable table;
+    const std::string texts[] = {"", "a", "A", "a ", "line\nbreak", "\xC3\xA9", "\xE6\x97\xA5", "a"};
+    std::vector<std::uint32_t> indices;
+    for (const std::string& text : texts)
+        indices.push_back(table.indexFor(text, nullptr));
+    EXPECT_EQ(indices, (std::vector<std::uint32_t>{0, 1, 2, 3, 4, 5, 6, 1}));
+    const auto read = writtenAndRead(table);
+    ASSERT_EQ(read.size(), 7U);
+    for (std::size_t index = 0; index < read.size(); ++index)
+        EXPECT_EQ(read[index].text, texts[index]);
+}
+
+TEST(SharedStrings, GoOnInFurtherRecordsWhereverTheFirstIsFull)
+{
+    for (std::size_t lead = 8195; lead < 8215; ++lead) { // the end of the record at every place of the next text
+        SharedStringTable table;
+        const std::string filler(lead, 'f');
+        const std::string narrow = std::string(9000, 'n') + "\xC3\xA9";
+        std::string wide;
+        for (int index = 0; index < 9000; ++index)
+            wide += "\xE6\x97\xA5";
+        const auto runs = std::make_shared<const std::vector<TextRun>>(std::vector<TextRun>(3000, TextRun{1, 5}));
+        const std::string* const texts[] = {&filler, &narrow, &wide, &narrow};
+        for (const std::string* text : texts)
+            table.indexFor(*text, text == &wide ? runs : nullptr);
+        const auto read = writtenAndRead(table);
+        ASSERT_EQ(read.size(), 3U) << lead;
+        for (std::size_t index = 0; index < read.size(); ++index)
+            EXPECT_EQ(read[index].text, *texts[index]) << lead;
+        ASSERT_TRUE(read[2].runs) << lead;
+        EXPECT_EQ(*read[2].runs, *runs) << lead;
+    }
+}
+
+TEST(SharedStrings, ReadRichAndPhoneticTextsAndWidthsThatChange)
+{
+    const Bytes head = fromHex("02000000 02000000"
+                               "0200 0D 0100 04000000 4100 4200 0100 0600 AABB"); // rich and phonetic, wide
+    const std::vector<Bytes> continued = {fromHex("CCDD 0400 00 61 62"), fromHex("01 6300 6400")};
+    const auto strings = readSharedStrings(sharedStringRecord(head, continued));
+    ASSERT_EQ(strings.size(), 2U);
+    EXPECT_EQ(strings[0].text, "AB");
+    EXPECT_EQ(*strings[0].runs, (std::vector<TextRun>{{1, 5}})) << "font 6 of the file is the sixth";
+    EXPECT_EQ(strings[1].text, "abcd");
+}
+
+TEST(SharedStrings, RefuseTextsThatAreCutOff)
+{
+    for (const char* data : {
+             "01000000 01000000 0500 00 6162",             // characters
+             "01000000 01000000 0500",                     // head
+             "01000000 01000000 0100 08 0500 61 0000",     // runs
+             "01000000 01000000 0100 04 FFFFFFFF 61 0000", // a phonetic part of 4 GB
+             "01000000 01000000 0200 01 61",               // half a character
+             "01000000",
+         })
+        EXPECT_THROW(readSharedStrings(sharedStringRecord(fromHex(data), {})), DamagedFile) << data;
+    EXPECT_TRUE(readSharedStrings(sharedStringRecord(fromHex("FFFFFFFF FFFFFFFF"), {})).empty())
+        << "a count of 4 billion takes no memory";
+}
+
+TEST(SharedStrings, RefuseMoreThanACellMayHold)
+{
+    SharedStringTable table;
+    const std::string tooLong(32768, 'x');
+    EXPECT_EQ(table.indexFor(std::string_view(tooLong).substr(1), nullptr), 0U);
+    EXPECT_THROW(table.indexFor(tooLong, nullptr), std::length_error);
+}
+
+TEST(PropertySet, TakesNewTimesAndKeepsTheRest)
+{
+    const DocumentProperties payroll{"Payroll", "Ann", "Bob", "Wagemill", 0x01C3E8A000000000, 0x01DC000012345678};
+    DocumentProperties later = payroll;
+    later.saved += 7;
+    Bytes stream = writeSummary(payroll);
+    stampSummary(stream, {"", "", "", "", 0, later.saved});
+    EXPECT_EQ(stream, writeSummary(later));
+    DocumentProperties odd;
+    odd.title = "pay";
+    stream = writeSummary(odd); // ends in the zero that ends the title
+    Bytes unfilled = stream;
+    unfilled.pop_back();
+    putU32(unfilled, 48, static_cast<std::uint32_t>(unfilled.size() - 48));
+    stampSummary(unfilled, {});
+    EXPECT_EQ(unfilled, stream);
+    odd.title = "L\xC3\xB6hne";
+    EXPECT_EQ(ByteReader(writeSummary(odd), 48 + 8 + 2 * 8 + 4).u16(), 65001) << "code page of what is not ASCII";
+    const Bytes whole = writeSummary(payroll);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        stampSummary(cut, later);
+        EXPECT_LE(cut.size(), size + 3);
+        Bytes changed = whole;
+        changed[size] ^= std::byte{0xFF};
+        stampSummary(changed, later);
+        EXPECT_EQ(changed.size(), whole.size());
+    }
+}
+
+} // namespace wagemill::engine::xls
