@@ -280,21 +280,17 @@ std::vector<KeptStream> readStreams(const std::vector<DirectoryEntry>& entries, 
     return streams;
 }
 
-/// A file allocation table in the making: chains of neighbouring sectors.
-struct AllocationTable {
-    std::vector<std::uint32_t> links;
-
-    std::uint32_t appendChain(std::size_t sectors)
-    {
-        if (sectors == 0)
-            return endOfChain;
-        const auto start = static_cast<std::uint32_t>(links.size());
-        for (std::size_t index = 1; index < sectors; ++index)
-            links.push_back(static_cast<std::uint32_t>(start + index));
-        links.push_back(endOfChain);
-        return start;
-    }
-};
+/// Appends a chain of neighbouring sectors to a file allocation table.
+std::uint32_t appendChain(std::vector<std::uint32_t>& table, std::size_t sectors)
+{
+    if (sectors == 0)
+        return endOfChain;
+    const auto start = static_cast<std::uint32_t>(table.size());
+    for (std::size_t index = 1; index < sectors; ++index)
+        table.push_back(static_cast<std::uint32_t>(start + index));
+    table.push_back(endOfChain);
+    return start;
+}
 
 struct DirectoryNode : DirectoryEntry {
     DirectoryNode(std::u16string_view name, EntryType entryType, std::span<const std::byte> content) : data(content)
@@ -323,9 +319,9 @@ std::pair<std::size_t, std::u16string> sortKey(std::u16string_view name)
     return {name.size(), std::move(capitals)};
 }
 
-class DirectoryTree {
+class CompoundFileWriter {
 public:
-    explicit DirectoryTree(std::span<const KeptStream> entries)
+    explicit CompoundFileWriter(std::span<const KeptStream> entries)
     {
         m_nodes.emplace_back(u"Root Entry", EntryType::Root, std::span<const std::byte>());
         std::map<std::vector<std::string>, std::uint32_t> storages{{{}, 0}};
@@ -335,7 +331,22 @@ public:
             linkChildren(node);
     }
 
-    std::vector<DirectoryNode>& nodes() { return m_nodes; }
+    std::vector<std::byte> bytes()
+    {
+        placeStreams();
+        placeMiniStreams();
+        m_header.firstDirectorySector =
+            appendChain(m_fat, quotientRoundedUp(m_nodes.size() * directoryEntrySize, writtenSectorSize));
+        placeTables();
+        if ((m_fat.size() + 1) * writtenSectorSize > maxWrittenFile)
+            throw EngineError("The workbook would be larger than 2 GB.");
+        m_file.reserve((m_fat.size() + 1) * writtenSectorSize);
+        headerFields(FieldWriter(m_file), m_header);
+        writeStreams();
+        writeDirectory();
+        writeTables();
+        return m_file.take();
+    }
 
 private:
     void append(const KeptStream& entry, std::map<std::vector<std::string>, std::uint32_t>& storages)
@@ -382,58 +393,33 @@ private:
         return sorted[middle];
     }
 
-    std::vector<DirectoryNode> m_nodes;
-};
-
-class CompoundFileWriter {
-public:
-    explicit CompoundFileWriter(std::span<const KeptStream> entries) : m_tree(entries) {}
-
-    std::vector<std::byte> bytes()
-    {
-        placeStreams();
-        placeMiniStreams();
-        m_header.firstDirectorySector =
-            m_fat.appendChain(quotientRoundedUp(m_tree.nodes().size() * directoryEntrySize, writtenSectorSize));
-        placeTables();
-        if ((m_fat.links.size() + 1) * writtenSectorSize > maxWrittenFile)
-            throw EngineError("The workbook would be larger than 2 GB.");
-        m_file.reserve((m_fat.links.size() + 1) * writtenSectorSize);
-        headerFields(FieldWriter(m_file), m_header);
-        writeStreams();
-        writeDirectory();
-        writeTables();
-        return m_file.take();
-    }
-
-private:
     void placeStreams()
     {
-        for (DirectoryNode& node : m_tree.nodes()) {
+        for (DirectoryNode& node : m_nodes) {
             if (node.type != EntryType::Stream)
                 continue;
             node.size = node.data.size();
             if (node.size >= miniStreamCutoff)
-                node.start = m_fat.appendChain(quotientRoundedUp(node.size, writtenSectorSize));
+                node.start = appendChain(m_fat, quotientRoundedUp(node.size, writtenSectorSize));
             else
-                node.start = m_miniFat.appendChain(quotientRoundedUp(node.size, miniSectorSize));
+                node.start = appendChain(m_miniFat, quotientRoundedUp(node.size, miniSectorSize));
         }
     }
 
     void placeMiniStreams()
     {
-        DirectoryNode& root = m_tree.nodes().front();
-        root.size = m_miniFat.links.size() * miniSectorSize;
-        root.start = m_fat.appendChain(quotientRoundedUp(root.size, writtenSectorSize));
-        const std::size_t sectors = quotientRoundedUp(m_miniFat.links.size(), linksPerSector);
+        DirectoryNode& root = m_nodes.front();
+        root.size = m_miniFat.size() * miniSectorSize;
+        root.start = appendChain(m_fat, quotientRoundedUp(root.size, writtenSectorSize));
+        const std::size_t sectors = quotientRoundedUp(m_miniFat.size(), linksPerSector);
         m_header.miniFatSectors = static_cast<std::uint32_t>(sectors);
-        m_header.firstMiniFatSector = m_fat.appendChain(sectors);
+        m_header.firstMiniFatSector = appendChain(m_fat, sectors);
     }
 
     /// The FAT describes its own sectors and those that list them, so their numbers are found step by step.
     void placeTables()
     {
-        m_fatStart = m_fat.links.size();
+        m_fatStart = m_fat.size();
         for (std::size_t before = 1; before != m_fatSectors + m_difatSectors;) {
             before = m_fatSectors + m_difatSectors;
             m_fatSectors = quotientRoundedUp(m_fatStart + before, linksPerSector);
@@ -441,8 +427,8 @@ private:
                                  ? 0
                                  : quotientRoundedUp(m_fatSectors - headerFatSectors, linksPerSector - 1);
         }
-        m_fat.links.insert(m_fat.links.end(), m_fatSectors, fatSectorMark);
-        m_fat.links.insert(m_fat.links.end(), m_difatSectors, difatSectorMark);
+        m_fat.insert(m_fat.end(), m_fatSectors, fatSectorMark);
+        m_fat.insert(m_fat.end(), m_difatSectors, difatSectorMark);
         m_header.fatSectors = static_cast<std::uint32_t>(m_fatSectors);
         m_header.difatSectors = static_cast<std::uint32_t>(m_difatSectors);
         m_header.firstDifatSector = difatSector(0);
@@ -465,11 +451,11 @@ private:
     void writeStreams()
     {
         for (const bool isSmall : {false, true})
-            for (const DirectoryNode& node : m_tree.nodes())
+            for (const DirectoryNode& node : m_nodes)
                 if (node.type == EntryType::Stream && (node.size < miniStreamCutoff) == isSmall)
                     appendPadded(node.data, isSmall ? miniSectorSize : writtenSectorSize);
         padTo(writtenSectorSize);
-        writeLinks(m_miniFat.links);
+        writeLinks(m_miniFat);
     }
 
     void appendPadded(std::span<const std::byte> data, std::size_t unit)
@@ -491,7 +477,7 @@ private:
 
     void writeDirectory()
     {
-        for (const DirectoryNode& node : m_tree.nodes())
+        for (const DirectoryNode& node : m_nodes)
             directoryFields(FieldWriter(m_file), node);
         const DirectoryEntry unused;
         while (m_file.size() % writtenSectorSize != 0)
@@ -500,7 +486,7 @@ private:
 
     void writeTables()
     {
-        writeLinks(m_fat.links);
+        writeLinks(m_fat);
         for (std::size_t sector = 0; sector < m_difatSectors; ++sector) {
             const std::size_t first = headerFatSectors + sector * (linksPerSector - 1);
             for (std::size_t index = first; index < first + linksPerSector - 1; ++index)
@@ -509,9 +495,9 @@ private:
         }
     }
 
-    DirectoryTree m_tree;
-    AllocationTable m_fat;
-    AllocationTable m_miniFat;
+    std::vector<DirectoryNode> m_nodes;
+    std::vector<std::uint32_t> m_fat;
+    std::vector<std::uint32_t> m_miniFat;
     Header m_header;
     std::size_t m_fatStart = 0;
     std::size_t m_fatSectors = 0;

@@ -132,10 +132,8 @@ private:
         const std::uint8_t id = m_tokens.u8();
         if (id >= 0x80)
             throw UnknownToken{};
-        if (id < 0x20) {
-            readPlainToken(id);
-            return;
-        }
+        if (id < 0x20)
+            return readPlainToken(id);
         m_class = static_cast<OperandClass>(id >> 5U);
         readClassifiedToken(static_cast<std::uint8_t>((id & 0x1FU) | 0x20U));
     }
@@ -167,32 +165,28 @@ private:
     void readOperator(Operator op)
     {
         if (op == Operator::Intersection || op == Operator::Union || op == Operator::Range)
-            wantReferences(2);
+            wantReferences();
         pop(static_cast<std::uint8_t>(op) < ptg::firstUnaryOperator ? 2 : 1);
         push(OperatorToken{op});
     }
 
     /// Some programs write the operands of range operators as values, which they never are.
-    void wantReferences(std::size_t operands)
+    void wantReferences()
     {
-        for (std::size_t index = m_depth - std::min(operands, m_depth); index < m_depth; ++index)
+        for (std::size_t index = m_depth - std::min<std::size_t>(2, m_depth); index < m_depth; ++index)
             if (auto* const reference = std::get_if<ReferenceToken>(&m_formula.tokens[m_operands[index]]))
                 reference->operandClass = OperandClass::Reference;
     }
 
     void readClassifiedToken(std::uint8_t id)
     {
-        const auto* const kind = std::ranges::find_if(
-            referenceKinds, [id](const ReferenceKind& each) { return id == each.cell || id == each.cell + 1; });
-        if (kind != referenceKinds.end())
-            return readReference(*kind, id != kind->cell);
         switch (id) {
         case ptg::array:
             return readArray();
         case ptg::function:
-            return readFunction();
+            return readFunction(false);
         case ptg::functionWithCount:
-            return readFunctionWithCount();
+            return readFunction(true);
         case ptg::name:
             return readName(std::nullopt);
         case ptg::externName:
@@ -203,7 +197,11 @@ private:
         case ptg::memoryFunction:
             return readMemoryToken(id);
         default:
-            throw UnknownToken{};
+            const auto* const kind = std::ranges::find_if(
+                referenceKinds, [id](const ReferenceKind& each) { return id == each.cell || id == each.cell + 1; });
+            if (kind == referenceKinds.end())
+                throw UnknownToken{};
+            return readReference(*kind, id != kind->cell);
         }
     }
 
@@ -311,31 +309,17 @@ private:
         }
     }
 
-    void readFunction()
+    void readFunction(bool isCounted)
     {
+        const std::uint8_t count = isCounted ? m_tokens.u8() : std::uint8_t{0};
         const std::uint16_t id = m_tokens.u16();
         const FunctionInfo* const function = findFunction(id);
-        if (function == nullptr || function->minArguments != function->maxArguments)
-            throw UnknownToken{};
-        addFunction({m_class, id, function->minArguments, false});
-    }
-
-    void readFunctionWithCount()
-    {
-        const std::uint8_t arguments = m_tokens.u8();
-        const std::uint16_t id = m_tokens.u16();
-        if (arguments > 0x7F || id > 0x7FFF)
-            throw UnknownToken{}; // a command of a macro sheet
-        const FunctionInfo* const function = findFunction(id);
-        const bool fixed = function != nullptr && function->minArguments == function->maxArguments &&
-                           function->minArguments == arguments;
-        addFunction({m_class, id, arguments, !fixed});
-    }
-
-    void addFunction(const FunctionToken& function)
-    {
-        pop(function.arguments);
-        push(function);
+        const bool isFixed = function != nullptr && function->minArguments == function->maxArguments;
+        if (isCounted ? count > 0x7F || id > 0x7FFF : !isFixed)
+            throw UnknownToken{}; // a command of a macro sheet, or a function whose arguments nobody knows
+        const std::uint8_t arguments = isCounted ? count : function->minArguments;
+        pop(arguments);
+        push(FunctionToken{m_class, id, arguments, !isFixed || function->minArguments != arguments});
     }
 
     void readName(std::optional<std::uint16_t> externSheet)

@@ -1,12 +1,13 @@
 #include "workbook/engine/xls/PropertySet.h"
 
-#include "app/base/Bytes.h"
+#include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace wagemill::engine::xls {
 
@@ -29,22 +30,13 @@ constexpr std::size_t firstSectionOffset = 44;
 constexpr std::uint16_t westernCodePage = 1252;
 constexpr std::uint16_t utf8CodePage = 65001;
 
-struct TextProperty {
-    std::uint32_t id;
-    std::string DocumentProperties::*member;
-};
-constexpr auto textProperties = std::to_array<TextProperty>({
+/// What a SummaryInformation stream holds, in the order in which we write it.
+using Member = std::variant<std::string DocumentProperties::*, std::uint64_t DocumentProperties::*>;
+constexpr auto summaryMembers = std::to_array<ById<Member>>({
     {2, &DocumentProperties::title},
     {4, &DocumentProperties::author},
     {8, &DocumentProperties::lastAuthor},
     {18, &DocumentProperties::application},
-});
-
-struct TimeProperty {
-    std::uint32_t id;
-    std::uint64_t DocumentProperties::*member;
-};
-constexpr auto timeProperties = std::to_array<TimeProperty>({
     {12, &DocumentProperties::created},
     {13, &DocumentProperties::saved},
 });
@@ -52,19 +44,12 @@ constexpr auto timeProperties = std::to_array<TimeProperty>({
 /// Some programs leave out what fills the last four bytes of the section.
 void fillSection(std::vector<std::byte>& stream, std::size_t section)
 {
-    ByteReader reader(stream);
-    reader.seek(section);
-    const std::size_t size = reader.u32();
+    const std::size_t size = ByteReader(stream, section).u32();
     if (section + size != stream.size())
         return;
     const std::size_t whole = (size + 3) / 4 * 4;
     stream.resize(section + whole);
     putU32(stream, section, static_cast<std::uint32_t>(whole));
-}
-
-bool isAscii(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 /// A property set stream in the making: one section.
@@ -76,13 +61,17 @@ public:
         m_values.u32(codePage);
     }
 
-    void time(std::uint32_t id, std::uint64_t time)
+    void add(std::uint32_t id, std::uint64_t time)
     {
+        if (time == 0)
+            return;
         begin(id, timeType);
         m_values.u64(time);
     }
-    void text(std::uint32_t id, const std::string& utf8)
+    void add(std::uint32_t id, const std::string& utf8)
     {
+        if (utf8.empty())
+            return;
         begin(id, textType);
         m_values.u32(static_cast<std::uint32_t>(utf8.size() + 1));
         m_values.bytes(std::as_bytes(std::span(utf8)));
@@ -127,21 +116,21 @@ private:
 void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& properties)
 {
     try {
-        ByteReader reader(stream);
-        reader.seek(firstSectionOffset);
-        const std::size_t section = reader.u32();
+        const std::size_t section = ByteReader(stream, firstSectionOffset).u32();
         fillSection(stream, section);
-        reader = ByteReader(stream);
-        reader.seek(section + 4);
+        ByteReader reader(stream, section + 4);
         for (std::uint32_t left = reader.u32(); left > 0; --left) {
             const std::uint32_t id = reader.u32();
             const std::size_t place = section + reader.u32();
-            const auto* const found = std::ranges::find(timeProperties, id, &TimeProperty::id);
-            if (found == timeProperties.end() || properties.*found->member == 0)
+            const auto* const found = std::ranges::find(summaryMembers, id, &ById<Member>::id);
+            const auto* const time = found == summaryMembers.end()
+                                         ? nullptr
+                                         : std::get_if<std::uint64_t DocumentProperties::*>(&found->value);
+            if (time == nullptr || properties.**time == 0)
                 continue;
             ByteReader value(stream, place);
             if (value.u32() == timeType && value.remaining() >= sizeof(std::uint64_t))
-                putU64(stream, value.position(), properties.*found->member);
+                putU64(stream, value.position(), properties.**time);
         }
     } catch (const DamagedFile&) {
         return; // a workbook is not refused for what it says about itself
@@ -150,15 +139,10 @@ void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& prop
 
 std::vector<std::byte> writeSummary(const DocumentProperties& properties)
 {
-    const bool isPlain = std::ranges::all_of(
-        textProperties, [&](const TextProperty& property) { return isAscii(properties.*property.member); });
+    const bool isPlain = isAscii(properties.title + properties.author + properties.lastAuthor + properties.application);
     PropertySetWriter writer(isPlain ? westernCodePage : utf8CodePage);
-    for (const auto& [id, member] : textProperties)
-        if (!(properties.*member).empty())
-            writer.text(id, properties.*member);
-    for (const auto& [id, member] : timeProperties)
-        if (properties.*member != 0)
-            writer.time(id, properties.*member);
+    for (const auto& [id, member] : summaryMembers)
+        std::visit([&, number = id](auto held) { writer.add(number, properties.*held); }, member);
     return writer.stream(summaryFormat);
 }
 

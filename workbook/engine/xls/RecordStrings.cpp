@@ -17,11 +17,6 @@ constexpr std::uint8_t richFlag = 0x08;
 constexpr std::size_t minStringSize = 3;
 constexpr std::size_t runSize = 4;
 
-bool isAscii(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
 /// Reads on from piece to piece of a continued record.
 class ContinuedReader {
 public:
@@ -175,6 +170,11 @@ Characters charactersUpTo(std::size_t maxUnits, std::string_view utf8)
 }
 
 } // namespace
+
+bool isAscii(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
 
 Characters::Characters(std::string_view utf8)
 {

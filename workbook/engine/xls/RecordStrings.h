@@ -10,6 +10,8 @@
 
 namespace wagemill::engine::xls {
 
+bool isAscii(std::string_view text);
+
 /// A text's characters as the file holds them: Latin-1 where that is enough, else UTF-16.
 struct Characters {
     std::size_t count = 0; ///< UTF-16 units

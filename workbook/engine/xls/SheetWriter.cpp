@@ -215,10 +215,10 @@ public:
         for (std::size_t index = 0; index < cells.size();) {
             const auto rest = std::span(cells).subspan(index);
             if (const std::size_t blanks = runLength(rest, isBlank); blanks > 1) {
-                writeMultipleBlank(row, rest.first(blanks));
+                writeMultiple(record::multipleBlank, row, rest.first(blanks));
                 index += blanks;
             } else if (const std::size_t numbers = runLength(rest, isRk); numbers > 1) {
-                writeMultipleRk(row, rest.first(numbers));
+                writeMultiple(record::multipleRk, row, rest.first(numbers));
                 index += numbers;
             } else {
                 writeCell(row, cells[index++]);
@@ -243,26 +243,17 @@ public:
         return length;
     }
 
-    void writeMultipleBlank(int row, std::span<const Cell> cells)
+    void writeMultiple(std::uint16_t id, int row, std::span<const Cell> cells)
     {
-        ByteWriter& data = m_target.begin(record::multipleBlank);
-        data.u16(static_cast<std::uint16_t>(row));
-        data.u16(static_cast<std::uint16_t>(cells.front().column));
-        for (const Cell& cell : cells)
-            data.u16(cellFormat(cell.format));
-        data.u16(static_cast<std::uint16_t>(cells.back().column));
-    }
-
-    void writeMultipleRk(int row, std::span<const Cell> cells)
-    {
-        ByteWriter& data = m_target.begin(record::multipleRk);
-        data.u16(static_cast<std::uint16_t>(row));
-        data.u16(static_cast<std::uint16_t>(cells.front().column));
+        FieldWriter fields(m_target.begin(id));
+        fields.u16(row);
+        fields.u16(cells.front().column);
         for (const Cell& cell : cells) {
-            data.u16(cellFormat(cell.format));
-            data.u32(*rkOfNumber(std::get<double>(cell.value)));
+            fields.u16(cellFormat(cell.format));
+            if (id == record::multipleRk)
+                fields.u32(*rkOfNumber(std::get<double>(cell.value)));
         }
-        data.u16(static_cast<std::uint16_t>(cells.back().column));
+        fields.u16(cells.back().column);
     }
 
     ByteWriter& beginCell(std::uint16_t id, int row, const Cell& cell)
@@ -330,10 +321,7 @@ public:
             std::visit([&](const auto& value) { writeResult(value); }, cell.value);
             m_data.u16(isEmpty(cell.value) ? 1 : 0); // no result yet: to be computed when the workbook is opened
             m_data.u32(0);
-            m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
-            m_data.bytes(m_tokens.view());
-            m_data.bytes(m_trailing.view());
-            m_target.write(record::formula, m_data.view());
+            writeWithTokens(record::formula);
             if (cell.array && baseOf(*cell.array) == CellAddress{row, cell.column})
                 writeArray(*cell.array, formula);
             const std::string* const text = std::get_if<std::string>(&cell.value);
@@ -354,10 +342,16 @@ public:
         shortAreaFields(FieldWriter(m_data), array.cells);
         m_data.u16(array.flags);
         m_data.u32(0);
+        writeWithTokens(record::array);
+    }
+
+    /// What m_data begins.
+    void writeWithTokens(std::uint16_t id)
+    {
         m_data.u16(static_cast<std::uint16_t>(m_tokens.size()));
         m_data.bytes(m_tokens.view());
         m_data.bytes(m_trailing.view());
-        m_target.write(record::array, m_data.view());
+        m_target.write(id, m_data.view());
     }
 
     /// [MS-XLS] 2.5.133 FormulaValue
