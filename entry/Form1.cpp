@@ -104,14 +104,14 @@ QGroupBox* Form1::headerFrame()
     QBoxLayout* const both = besideEachOther(Frame1);
     both->setContentsMargins(2 * m_metrics.smallGap(), m_metrics.smallGap(), m_metrics.line, m_metrics.groupGap());
     both->setSpacing(m_metrics.columns == 2 ? m_metrics.columnGap() : m_metrics.smallGap());
-    both->addLayout(line(company, txtCompanyName));
-    both->addLayout(line(date, dtPeriodEnding));
+    both->addLayout(lineOf(company, txtCompanyName));
+    both->addLayout(lineOf(date, dtPeriodEnding));
     both->addStretch(1);
     return Frame1;
 }
 
 /// A caption and its field.
-QHBoxLayout* Form1::line(QLabel* label, EntryField* field) const
+QHBoxLayout* Form1::lineOf(QLabel* label, EntryField* field) const
 {
     label->setBuddy(field);
     auto* const line = new QHBoxLayout;

@@ -30,7 +30,6 @@ class DatePicker;
 class EmployeePanel;
 class EntryArea;
 class EntryField;
-class ErrorTrap;
 class Form2;
 class LeaveGuard;
 class PushButton;
@@ -63,7 +62,7 @@ protected:
 private:
     void layOut();
     QGroupBox* headerFrame();
-    QHBoxLayout* line(QLabel* label, EntryField* field) const;
+    QHBoxLayout* lineOf(QLabel* label, EntryField* field) const;
     QBoxLayout* besideEachOther(QWidget* parent) const;
     QGroupBox* employeeFrame();
     QWidget* buttonRow();

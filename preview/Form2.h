@@ -31,7 +31,7 @@ public:
     explicit Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog = platformSaveFileDialog());
 
     /// The picture of the workbook; null: it has none. Handed over again, it replaces the earlier one: it is shown from
-    /// its upper left corner at the zoom of now, so that window and zoom never speak of different builds. Scroll ranges
+    /// its upper left corner at the present zoom, so that window and zoom never show different builds. Scroll ranges
     /// stay those of the first picture.
     void setPicture(const SharedPicture& picture);
     /// The temporary workbook that saving copies and leaving deletes.

@@ -58,7 +58,7 @@ public:
           m_metafile(::SetEnhMetaFileBits(static_cast<UINT>(file.size()), reinterpret_cast<const BYTE*>(file.data())))
     {
         if (m_metafile == nullptr)
-            throw std::runtime_error("the system does not take the metafile");
+            throw std::runtime_error("the system cannot read the metafile");
     }
 
     QSizeF naturalSize() const override { return m_size; }

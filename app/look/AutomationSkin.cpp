@@ -44,9 +44,9 @@ void AutomationSkin::put(DISPID property, Variant value) const
     invoke({property, DISPID_PROPERTYPUT}, CallKind::Put, {std::move(value)});
 }
 
-void AutomationSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view variant)
+void AutomationSkin::loadSkin(const std::filesystem::path& skinFile)
 {
-    invoke({loadSkinIdentifier}, CallKind::Call, {Variant::ofText(skinFile.native()), Variant::ofText(variant)},
+    invoke({loadSkinIdentifier}, CallKind::Call, {Variant::ofText(skinFile.native()), Variant::ofText("")},
            "Cannot use the skin file \"" + toUtf8(skinFile.native()) + "\"");
 }
 

@@ -15,7 +15,7 @@ class AutomationSkin : public SkinningControl {
 public:
     explicit AutomationSkin(automation::Dispatch control) : m_control(std::move(control)) {}
 
-    void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) override;
+    void loadSkin(const std::filesystem::path& skinFile) override;
     std::int32_t options() const override;
     void setOptions(std::int32_t options) override;
     void setFlag(int dispatchIdentifier, bool value) override;

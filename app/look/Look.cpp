@@ -14,6 +14,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 namespace wagemill {
 
@@ -87,7 +88,7 @@ void applyMainWindowSkin(QWidget& mainWindow, SkinningControl* skin)
     setNeutralBackgrounds(mainWindow, PictureBoxes::Include);
     if (skin == nullptr)
         return;
-    skin->loadSkin(skinFile, "");
+    skin->loadSkin(skinFile);
     skin->setOptions(skin->options() | skinTheControls);
     skin->setFlag(5, true);
     skin->setFlag(10, true);

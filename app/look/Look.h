@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <string_view>
 
 class QWidget;
 
@@ -23,7 +22,7 @@ inline constexpr QLatin1String productPhrase("Wagemill Payroll Workbook Creator"
 class SkinningControl : public Interface {
 public:
     /// 2. Throws std::runtime_error that names the file and the reason.
-    virtual void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) = 0;
+    virtual void loadSkin(const std::filesystem::path& skinFile) = 0;
     /// 1. Bit 0 set: the skin covers the controls of a window.
     virtual std::int32_t options() const = 0;
     virtual void setOptions(std::int32_t options) = 0;

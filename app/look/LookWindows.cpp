@@ -13,7 +13,7 @@ std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path&
 {
     auto styleSheet = std::make_unique<StyleSheetSkin>();
     try {
-        styleSheet->loadSkin(skinFile, "");
+        styleSheet->loadSkin(skinFile);
         return styleSheet;
     } catch (const std::runtime_error&) {
         // It may be meant for the skinning control.

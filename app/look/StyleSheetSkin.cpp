@@ -33,7 +33,7 @@ bool isStyleSheet(QString text)
 
 } // namespace
 
-void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile, std::string_view /*variant*/)
+void StyleSheetSkin::loadSkin(const std::filesystem::path& skinFile)
 {
     if (std::error_code error; !std::filesystem::is_regular_file(skinFile, error))
         refuseSkin(skinFile, "it is not a plain file"); // opening a pipe would wait for somebody to write to it

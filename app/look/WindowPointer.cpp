@@ -50,7 +50,7 @@ QCursor readCursor(QByteArray file)
     if (best.isNull())
         throw std::runtime_error("it is not a cursor file, or is damaged");
     if (!best.rect().contains(hotSpot))
-        throw std::runtime_error("its hot spot lies outside its picture");
+        throw std::runtime_error("its hot spot is outside its picture");
     return QCursor(QPixmap::fromImage(best), hotSpot.x(), hotSpot.y());
 }
 

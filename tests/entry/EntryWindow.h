@@ -86,6 +86,14 @@ protected:
         QTest::keyClick(QApplication::focusWidget(), key, modifiers);
     }
     static void pressTab() { press(Qt::Key_Tab); }
+    /// As a user who turns to another program.
+    static void leaveForAnotherProgram()
+    {
+        QWidget elsewhere;
+        elsewhere.show();
+        elsewhere.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    }
     static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
 
     MemoryStore::State store;

@@ -32,9 +32,9 @@ class RecordingSkin : public SkinningControl {
 public:
     explicit RecordingSkin(std::int32_t options) : m_options(options) {}
 
-    void loadSkin(const std::filesystem::path& skinFile, std::string_view variant) override
+    void loadSkin(const std::filesystem::path& skinFile) override
     {
-        calls.push_back("2 " + skinFile.filename().string() + " \"" + std::string(variant) + "\"");
+        calls.push_back("2 " + skinFile.filename().string());
     }
     std::int32_t options() const override { return m_options; }
     void setOptions(std::int32_t options) override { calls.push_back("1 = " + std::to_string(options)); }
@@ -91,7 +91,7 @@ TEST_F(LookTest, AsksTheSkinningControlInItsOrderWhereThereIsASkinFile)
     EXPECT_FALSE(isNeutral(on.window));
     putSkin("");
     applyMainWindowSkin(on.window, &skin);
-    EXPECT_EQ(skin.calls, (std::vector<std::string>{"2 o.cjs \"\"", "1 = 7", "5 = true", "10 = true",
+    EXPECT_EQ(skin.calls, (std::vector<std::string>{"2 o.cjs", "1 = 7", "5 = true", "10 = true",
                                                     "3 " + std::to_string(on.window.winId())}));
 }
 

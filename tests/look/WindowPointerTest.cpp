@@ -98,7 +98,7 @@ TEST_F(WindowPointerTest, ACursorFileThatCannotBeUsedIsNamedAndLeavesTheArrow)
     } const cases[] = {
         {{}, "it is not a cursor file, or is damaged"},
         {{hand.begin(), hand.begin() + 60}, "it is not a cursor file, or is damaged"}, // ends in the header
-        {changed(11, 1), "its hot spot lies outside its picture"},
+        {changed(11, 1), "its hot spot is outside its picture"},
     };
     const test::TemporaryFolder folder;
     const std::filesystem::path file = folder / "HAND-M.CUR";

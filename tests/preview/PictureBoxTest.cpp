@@ -16,25 +16,12 @@ constexpr QSize naturalUnits(310, 155); ///< with the hairline 1240 by 620 pixel
 
 QImage noise()
 {
-    std::mt19937 chance(7);
+    std::mt19937 random(7);
     QImage image(1238, 618, QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, static_cast<QRgb>(chance()) | 0xFF000000U);
+            image.setPixel(x, y, static_cast<QRgb>(random()) | 0xFF000000U);
     return image;
-}
-
-drawing::Drawing manyTexts()
-{
-    drawing::Drawing drawing{.width = 1238, .height = 618, .fonts = {{}}};
-    for (int row = 0; row < 30; ++row)
-        for (int column = 0; column < 12; ++column) {
-            const drawing::Rect cell = {column * 100.0, row * 20.0, 100, 20};
-            drawing.fills.push_back({cell, {static_cast<std::uint8_t>(200 + row), 230, 240}});
-            drawing.lines.push_back({cell.left, cell.top, cell.left + 100, cell.top, drawing::LineStyle::Dashed, {}});
-            drawing.texts.push_back({.cell = cell, .room = cell, .text = "Regular Deductions"});
-        }
-    return drawing;
 }
 
 /// The box as drawn, put together from what is seen through a window that moves over it.
@@ -55,13 +42,13 @@ QImage shown(const SharedPicture& picture, QSize units, QSize part)
     return drawnInParts(box, part);
 }
 
-int largestDifference(const QImage& left, const QImage& right)
+int maxDifference(const QImage& left, const QImage& right)
 {
-    int largest = 0;
+    int max = 0;
     for (int y = 0; y < left.height(); ++y)
         for (int x = 0; x < left.width(); ++x)
-            largest = std::max(largest, std::abs(qGray(left.pixel(x, y)) - qGray(right.pixel(x, y))));
-    return largest;
+            max = std::max(max, std::abs(qGray(left.pixel(x, y)) - qGray(right.pixel(x, y))));
+    return max;
 }
 
 TEST(PictureBox, ShowsEveryPixelOfABitmapAtItsNaturalSizeInAHairline)
@@ -75,12 +62,11 @@ TEST(PictureBox, ShowsEveryPixelOfABitmapAtItsNaturalSizeInAHairline)
 
 TEST(PictureBox, DrawsAPictureInPartsAsOneWhole)
 {
-    for (const SharedPicture& picture : {bitmapPicture(noise()), drawingPicture(manyTexts())})
-        for (const int quarters : {1, 2, 3, 5}) {
-            const QSize units(naturalUnits.width() * quarters / 4, naturalUnits.height() * quarters / 4);
-            EXPECT_LE(largestDifference(shown(picture, units, {333, 217}), shown(picture, units, {5000, 5000})), 4)
-                << quarters;
-        }
+    const SharedPicture picture = bitmapPicture(noise());
+    for (const int quarters : {1, 2, 3, 5}) {
+        const QSize units(naturalUnits.width() * quarters / 4, naturalUnits.height() * quarters / 4);
+        EXPECT_LE(maxDifference(shown(picture, units, {333, 217}), shown(picture, units, {5000, 5000})), 4) << quarters;
+    }
 }
 
 TEST(PictureBox, AveragesThePixelsOfASmallerBitmap)

@@ -34,7 +34,7 @@ TEST(AutomationSkin, CallsTheMembersByIdentifierWithTheirOwnTypesAndReleasesTheC
     control.value.iVal = 6;
     {
         AutomationSkin skin{automation::Dispatch(&control)};
-        skin.loadSkin(std::filesystem::path(L"C:\\pay r\u00F6ll\\x\\o.cjs"), "");
+        skin.loadSkin(std::filesystem::path(L"C:\\pay r\u00F6ll\\x\\o.cjs"));
         skin.setOptions(skin.options() | 1);
         skin.setFlag(5, true);
         skin.setFlag(10, false);
@@ -50,7 +50,7 @@ TEST(AutomationSkin, CallsTheMembersByIdentifierWithTheirOwnTypesAndReleasesTheC
 
 TEST(AutomationSkin, FailsInTheControlsOwnWordsElseInTheSystems)
 {
-    const auto load = [](SkinningControl& on) { on.loadSkin("C:/x/o.cjs", ""); };
+    const auto load = [](SkinningControl& on) { on.loadSkin("C:/x/o.cjs"); };
     const auto apply = [](SkinningControl& on) { on.applyWindow(1); };
     EXPECT_EQ(failureOf(load, DISP_E_EXCEPTION, L"The skin is of a later version."),
               "Cannot use the skin file \"C:/x/o.cjs\": The skin is of a later version.");
