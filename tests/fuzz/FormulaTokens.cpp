@@ -1,11 +1,12 @@
-// Input: a byte (odd: an array formula), two bytes that say how many bytes of tokens follow, tokens, the data behind.
+// Input: a byte (odd: an array formula), two bytes that say how many bytes of tokens follow, tokens, the data after
+// them.
 
+#include "workbook/engine/xls/FormulaTokens.h"
 #include "app/base/Bytes.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
-#include "workbook/engine/xls/FormulaTokens.h"
 
 #include <algorithm>
 #include <memory>
@@ -70,7 +71,7 @@ void place(Book& book, const std::shared_ptr<const Formula>& formula, bool isArr
 
 struct Written {
     std::vector<std::byte> tokens;
-    std::vector<std::byte> behind;
+    std::vector<std::byte> trailing;
     bool operator==(const Written&) const = default;
 };
 
@@ -79,9 +80,9 @@ std::optional<Written> written(const Formula& formula)
 {
     try {
         ByteWriter tokens;
-        ByteWriter behind;
-        xls::writeFormula(formula, tokens, behind);
-        return Written{tokens.take(), behind.take()};
+        ByteWriter trailing;
+        xls::writeFormula(formula, tokens, trailing);
+        return Written{tokens.take(), trailing.take()};
     } catch (const std::length_error&) {
         return std::nullopt;
     }
@@ -111,10 +112,10 @@ void tryInput(Input input)
     if (const auto once = written(formula)) {
         constexpr std::size_t volatileMark = 4; // that writing adds where it is missing
         const StoredSize room = storedSize(formula);
-        require(once->behind.size() == room.trailing &&
+        require(once->trailing.size() == room.trailing &&
                     (once->tokens.size() == room.tokens || once->tokens.size() == room.tokens + volatileMark),
                 "a formula takes the room that it says");
-        const Formula again = xls::readFormula(once->tokens, once->behind, context);
+        const Formula again = xls::readFormula(once->tokens, once->trailing, context);
         require(written(again) == once, "a formula that we wrote is read and written as the same bytes");
     }
 }

@@ -26,7 +26,7 @@ std::string contentOf(const fs::path& file)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// Tries each file of the folder; answers how many there are.
+/// Tries each file of the folder; gives how many there are.
 int replay(const fs::path& folder)
 {
     int files = 0;
@@ -42,12 +42,12 @@ int replay(const fs::path& folder)
 
 } // namespace
 
-TEST(WAGEMILL_FUZZ_TARGET, StandsEverySeed)
+TEST(WAGEMILL_FUZZ_TARGET, TakesEverySeed)
 {
     EXPECT_GT(replay(WAGEMILL_FUZZ_SEEDS), 0);
 }
 
-TEST(WAGEMILL_FUZZ_TARGET, StandsWhatOnceMadeItFail)
+TEST(WAGEMILL_FUZZ_TARGET, TakesWhatOnceMadeItFail)
 {
     const fs::path findings = WAGEMILL_FUZZ_FINDINGS;
     if (fs::exists(findings))

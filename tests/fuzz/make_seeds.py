@@ -97,9 +97,9 @@ def formula_tokens(sources):
     hexadecimal = r'"((?:[0-9A-F]{2,} ?)+)"'
     for path in ("FormulaTokensTest.cpp", "RecordsTest.cpp"):
         pairs = re.findall(rf"{hexadecimal}(?:,\s*{hexadecimal})?", read(f"{sources}/tests/engine/xls/{path}"))
-        for tokens, behind in (map(bytes.fromhex, pair) for pair in pairs):
+        for tokens, trailing in (map(bytes.fromhex, pair) for pair in pairs):
             for kind in (0, 1):
-                yield struct.pack("<BH", kind, len(tokens)) + tokens + behind
+                yield struct.pack("<BH", kind, len(tokens)) + tokens + trailing
 
 
 def template_formulas(template):

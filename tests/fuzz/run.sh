@@ -12,7 +12,7 @@ main() {
     cd "$(dirname "$0")/../.."
 
     local allTargets=(NumberText NumberFormat TypedText FormulaTokens DrawingFile WorkbookFile)
-    local -A longestInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [DrawingFile]=512
+    local -A maxInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [DrawingFile]=512
                              [WorkbookFile]=4096)
     runs=${1:?how many runs each?}
     shift
@@ -38,7 +38,7 @@ main() {
     for target in "${targets[@]}"; do
         corpus="$build/corpus/$target"
         mkdir -p "$corpus"
-        options=(-runs="$runs" -max_len="${longestInput[$target]}" -timeout=20 -rss_limit_mb=256
+        options=(-runs="$runs" -max_len="${maxInput[$target]}" -timeout=20 -rss_limit_mb=256
                  -print_final_stats=1 -artifact_prefix="$build/findings/$target-")
         dictionary="$build/tests/fuzz/seeds/$target.dict"
         [ -f "$dictionary" ] && options+=(-dict="$dictionary")

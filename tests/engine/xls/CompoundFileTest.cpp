@@ -41,7 +41,7 @@ public:
     std::uint32_t header(std::size_t position) const { return ByteReader(bytes, position).u32(); }
     void link(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(76)) + sector * 4, next); }
     void miniLink(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(60)) + sector * 4, next); }
-    /// Place of a field in the directory; entries stand in the order in which they were written, the root before them.
+    /// Place of a field in the directory; entries are in the order in which they were written, the root before them.
     std::size_t entryPlace(std::size_t entry, std::size_t field) const
     {
         return sectorPlace(header(48) + static_cast<std::uint32_t>(entry / 4)) + entry % 4 * entrySize + field;
@@ -126,7 +126,7 @@ TEST(CompoundFile, ReadsSectorsOf4096Bytes)
 
 TEST(CompoundFile, RefusesWhatIsNotConsistent)
 {
-    // Entries: 0 root, 1 Workbook, 2 small, 3 macros, 4 one, 5 two. Sectors: Workbook 0 to 9, one 10 to 17, behind them
+    // Entries: 0 root, 1 Workbook, 2 small, 3 macros, 4 one, 5 two. Sectors: Workbook 0 to 9, one 10 to 17, after them
     // the mini stream.
     using Damage = std::function<void(Container&)>;
     struct {

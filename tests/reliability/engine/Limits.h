@@ -6,8 +6,8 @@
 
 namespace wagemill::test {
 
-inline constexpr double mostSeconds = WAGEMILL_SANITIZED ? 10 : 1;
-inline constexpr long mostMegabytes = WAGEMILL_SANITIZED ? 2048 : 256;
+inline constexpr double maxSeconds = WAGEMILL_SANITIZED ? 10 : 1;
+inline constexpr long maxMegabytes = WAGEMILL_SANITIZED ? 2048 : 256;
 
 /// Computing time of this process, in seconds: what other programs take from the machine does not count.
 inline double secondsUsed()

@@ -105,7 +105,7 @@ void expectInTime(Calculator& calculator, const std::string& what)
 {
     const double start = test::secondsUsed();
     calculator.compute();
-    EXPECT_LT(test::secondsUsed() - start, test::mostSeconds) << what;
+    EXPECT_LT(test::secondsUsed() - start, test::maxSeconds) << what;
     EXPECT_NO_THROW(test::requireFiniteNumbers(calculator.book)) << what;
 }
 
@@ -135,7 +135,7 @@ TEST(RandomFormulas, HaveAValueThatIsSavedOrAreRefused)
         ASSERT_FALSE(HasFailure()) << "book " << number;
     }
     EXPECT_GT(accepted, books * formulasInABook / 20) << "the grammar makes too few formulas that are any";
-    EXPECT_LT(test::peakMegabytes(), test::mostMegabytes);
+    EXPECT_LT(test::peakMegabytes(), test::maxMegabytes);
     std::cout << books * formulasInABook << " formulas, " << accepted << " accepted, at most " << test::peakMegabytes()
               << " MB\n";
 }

@@ -82,7 +82,7 @@ bool isForbidden(const engine::KeptRecord& record)
     return std::ranges::find(forbiddenRecords, record.id) != forbiddenRecords.end();
 }
 
-/// A name that stands for a formula, or to which the application gives a meaning.
+/// A name of a formula, or to which the application gives a meaning.
 bool isMoreThanUnknown(const engine::DefinedName& name)
 {
     return !name.name.starts_with("Print_") &&

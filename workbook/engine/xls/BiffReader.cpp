@@ -16,8 +16,7 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-constexpr std::size_t longestSheetName = 31;
-constexpr std::size_t mostSheets = 4096;
+constexpr std::size_t maxSheets = 4096;
 constexpr std::size_t looksLikeTextWithin = 512;
 
 struct FileSignature {
@@ -79,7 +78,7 @@ std::optional<std::vector<std::byte>> takeStream(std::vector<KeptStream>& stream
 std::string allowedSheetName(const std::string& name, const Book& book)
 {
     std::u16string units = toUtf16(name);
-    units.resize(std::min(units.size(), longestSheetName));
+    units.resize(std::min(units.size(), maxSheetName));
     std::ranges::replace_if(
         units,
         [](char16_t unit) {
@@ -101,7 +100,7 @@ void readSheets(std::span<const std::byte> stream, ReadContext& context)
     Book& book = context.book;
     if (context.boundSheets.empty())
         throw DamagedFile("it has no sheets");
-    if (context.boundSheets.size() > mostSheets)
+    if (context.boundSheets.size() > maxSheets)
         throw DamagedFile("it has more than 4096 sheets");
     std::set<std::size_t> offsets;
     for (const BoundSheet& bound : context.boundSheets) {

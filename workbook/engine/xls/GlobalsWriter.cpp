@@ -13,7 +13,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t maxSheetName = 31;
 constexpr std::size_t maxUserName = 54;
 constexpr std::size_t userNameSize = 112;
 constexpr std::size_t window1Size = 18;

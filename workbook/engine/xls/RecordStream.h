@@ -52,7 +52,7 @@ public:
     std::size_t offset() const { return m_stream.size(); }
     std::vector<std::byte> take();
 
-    /// Begins a record of at most 8224 bytes, whose data is what is written to the stream that this answers before the
+    /// Begins a record of at most 8224 bytes, whose data is what is written to the returned stream before the
     /// next one begins. Throws std::length_error when the record before became too long.
     ByteWriter& begin(std::uint16_t id);
 

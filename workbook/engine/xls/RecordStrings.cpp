@@ -304,7 +304,7 @@ void SharedStringTable::write(RecordWriter& target) const
     for (std::size_t index = 0; index < m_entries.size(); ++index) {
         const auto& [text, runs] = m_entries[index];
         const Characters characters(text);
-        writer.keepTogether(5 + (characters.wide ? 2 : 1)); // the head never stands alone
+        writer.keepTogether(5 + (characters.wide ? 2 : 1)); // the head is never alone
         if (index % bucketSize == 0) {
             buckets.u32(static_cast<std::uint32_t>(writer.offset()));
             buckets.u16(static_cast<std::uint16_t>(writer.offsetInRecord()));

@@ -94,8 +94,8 @@ public:
             rowLevels = std::max<int>(rowLevels, m_sheet.findRow(row)->outlineLevel);
         for (const ColumnRun& run : m_sheet.columns)
             columnLevels = std::max<int>(columnLevels, run.outlineLevel);
-        const auto levels = [](int deepest) { return deepest == 0 ? 0 : deepest + 1; };
-        const auto pixels = [](int deepest) { return deepest == 0 ? 0 : deepest * 12 + 17; };
+        const auto levels = [](int depth) { return depth == 0 ? 0 : depth + 1; };
+        const auto pixels = [](int depth) { return depth == 0 ? 0 : depth * 12 + 17; };
         m_target.writeU16(record::gutters, pixels(rowLevels), pixels(columnLevels), levels(rowLevels),
                           levels(columnLevels));
     }

@@ -15,6 +15,8 @@
 
 namespace wagemill::engine::xls {
 
+inline constexpr std::size_t maxSheetName = 31; ///< UTF-16 units
+
 /// Why an older workbook is not read.
 inline constexpr const char* olderVersion =
     "it was saved by a version before Excel 97; save it again as \"Excel 97-2003 workbook\"";
@@ -84,7 +86,7 @@ void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContex
 /// Throws EngineError that names the cell when a text is too long.
 std::vector<std::uint32_t> collectStrings(const Sheet& sheet, SharedStringTable& strings);
 
-/// Writes a sheet. strings  what collectStrings() answered
+/// Writes a sheet. strings  what collectStrings() gave
 /// Throws EngineError that names the cell when a formula does not fit the format.
 void writeSheet(const Book& book, const Sheet& sheet, bool isActive, const std::vector<std::uint32_t>& strings,
                 RecordWriter& target);
@@ -92,7 +94,7 @@ void writeSheet(const Book& book, const Sheet& sheet, bool isActive, const std::
 /// The kind of substream that a sheet is written as: a worksheet, or what its kept BOF says.
 SubstreamType substreamType(const Sheet& sheet);
 
-/// Writes the globals of a workbook. Answers where the offset of each sheet is to be put in.
+/// Writes the globals of a workbook. Gives where the offset of each sheet is to be put in.
 /// activeSheet  a visible one
 std::vector<std::size_t> writeGlobals(const Book& book, FileKind kind, std::size_t activeSheet,
                                       const SharedStringTable& strings, RecordWriter& target);
