@@ -51,9 +51,9 @@ class Frames:
         self._x.XDestroyImage(image)
         return pixels
 
-    def seconds_until(self, part, pixels, start, longest=60):
+    def seconds_until(self, part, pixels, start, timeout=60):
         """Seconds from `start` until the part of the screen shows exactly these pixels."""
-        while time.perf_counter() - start < longest:
+        while time.perf_counter() - start < timeout:
             seen = self.look(*part)
             now = time.perf_counter()
             if seen == pixels:

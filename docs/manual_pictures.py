@@ -26,7 +26,7 @@ class Pictures:
         self.folder = folder
 
     def take(self, name, title=ENTRY):
-        """What the screen shows where that window is, with what stands in front of it and without the pointer."""
+        """What the screen shows where that window is, with what is in front of it and without the pointer."""
         self._run("xdotool", "mousemove", str(SCREEN[0] - 1), str(SCREEN[1] - 1))
         time.sleep(0.5)  # for the last stroke of its drawing
         box = self.screen.box(self._window(title))
@@ -46,7 +46,7 @@ def small_desktop():
     return Desktop(size="{}x{}".format(*SCREEN))
 
 
-def pictures_of_figures(program, folder):
+def pictures_of_entry(program, folder):
     with small_desktop() as desktop:
         guide = Guide(desktop, program)
         pictures = Pictures(desktop, guide.screen, folder)
@@ -103,7 +103,7 @@ def picture_of_employees(program, folder):
 
 
 def picture_of_application_error(program, folder):
-    """A figure that was left half typed when the program was closed cannot be shown at the next start."""
+    """A number that was left half typed when the program was closed cannot be shown at the next start."""
     with small_desktop() as desktop:
         guide = Guide(desktop, program)
         guide.screen.click("text", "Hourly Wage:")
@@ -122,7 +122,7 @@ def main():
     os.makedirs(folder, exist_ok=True)
     # A process can look at one desktop only, so each part is a process.
     context = multiprocessing.get_context("spawn")
-    for make in (pictures_of_figures, pictures_of_preview, picture_of_employees, picture_of_application_error):
+    for make in (pictures_of_entry, pictures_of_preview, picture_of_employees, picture_of_application_error):
         process = context.Process(target=make, args=(program, folder))
         process.start()
         process.join()

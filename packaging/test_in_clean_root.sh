@@ -30,7 +30,7 @@ listing() {
         -o -printf '%M %p\n' | sort
 }
 asUser() { runuser -u tester -- env HOME=/home/tester XDG_RUNTIME_DIR=/home/tester/run DISPLAY=:7 "$@"; }
-# The windows with that title; none is no error.
+# The windows with that title; none is not an error.
 windows() { asUser xdotool search --onlyvisible --name '^Wagemill$' 2>/dev/null || true; }
 waitFor() { # waitFor WHAT CONDITION...
     local what=$1 attempt

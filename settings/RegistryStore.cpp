@@ -25,7 +25,7 @@ struct StoredValue {
     std::vector<std::byte> bytes;
 };
 
-/// The value's text ends at its first zero character, which need not be there; an odd last byte belongs to none.
+/// The value's text ends at its first zero character, which need not be there; an odd last byte is ignored.
 std::string textOf(const StoredValue& value)
 {
     std::wstring text(value.bytes.size() / sizeof(wchar_t), L'\0');

@@ -21,10 +21,10 @@ struct Exception : EXCEPINFO {
     }
 };
 
-/// Makes the call until it is not turned away, for ten seconds. The pauses are no waiting of COM's, which would let
-/// events of our windows run.
+/// Makes the call again while it is rejected, for ten seconds. COM's own way of waiting would let events of our windows
+/// run.
 template <typename Call>
-HRESULT offer(Call&& call)
+HRESULT retried(Call&& call)
 {
     using Clock = std::chrono::steady_clock;
     constexpr auto patience = std::chrono::seconds(10);
@@ -32,7 +32,7 @@ HRESULT offer(Call&& call)
     const auto end = Clock::now() + patience;
     for (;;) {
         const HRESULT result = call();
-        if (!isTurnedAway(result) || Clock::now() >= end)
+        if (!isRejected(result) || Clock::now() >= end)
             return result;
         ::Sleep(pause);
     }
@@ -46,7 +46,7 @@ void require(HRESULT result)
 
 } // namespace
 
-bool isTurnedAway(HRESULT result)
+bool isRejected(HRESULT result)
 {
     constexpr auto busyWithItsUser = static_cast<HRESULT>(0x800AC472); // a cell is being edited, a dialog is open
     return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER || result == busyWithItsUser;
@@ -101,7 +101,7 @@ std::vector<DISPID> Dispatch::identifiers(std::vector<std::wstring> names) const
     for (std::wstring& name : names)
         pointers.push_back(name.data());
     std::vector<DISPID> ids(names.size(), DISPID_UNKNOWN);
-    require(offer([&] {
+    require(retried([&] {
         return m_reference->GetIDsOfNames(IID_NULL, pointers.data(), static_cast<UINT>(pointers.size()),
                                           englishUnitedStates, ids.data());
     }));
@@ -119,7 +119,7 @@ Variant Dispatch::invoke(const std::vector<DISPID>& ids, CallKind kind, const Ar
                              static_cast<UINT>(names.size())};
     Variant result;
     std::string description;
-    const HRESULT outcome = offer([&] {
+    const HRESULT outcome = retried([&] {
         Exception exception;
         const HRESULT status =
             m_reference->Invoke(ids.front(), IID_NULL, locale, static_cast<WORD>(kind), &parameters,

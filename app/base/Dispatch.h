@@ -67,8 +67,8 @@ public:
     HRESULT result; ///< where the object describes its failure: the number that it gives there, if any
 };
 
-/// The number of a call that the object's process turned away, being busy for a moment.
-bool isTurnedAway(HRESULT result);
+/// Whether the object's process rejected the call, because it is busy for a moment.
+bool isRejected(HRESULT result);
 
 enum class CallKind : WORD {
     Get = DISPATCH_PROPERTYGET,
@@ -81,8 +81,8 @@ enum class CallKind : WORD {
 /// The language of names and numbers, whatever the user's.
 inline constexpr LCID englishUnitedStates = 0x0409;
 
-/// A counted reference to an automation object. A call that is turned away has not been made: it is offered again for
-/// ten seconds, and no window event runs meanwhile. What fails throws CallFailure.
+/// A counted reference to an automation object. A call that is rejected has not been made: it is made again for ten
+/// seconds, and no window event runs meanwhile. What fails throws CallFailure.
 class Dispatch {
 public:
     /// Takes over the reference, which is not null.

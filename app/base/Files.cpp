@@ -128,7 +128,7 @@ std::string freshName(std::string_view stem)
 
 constexpr std::string_view privateFolderStem = "wagemill-run-";
 
-/// Removes what killed runs left behind; it may hold wages.
+/// Removes the folders of killed runs, which may hold wages.
 void removeAbandonedFolders(const fs::path& parent)
 {
     std::error_code ignored;

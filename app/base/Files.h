@@ -53,8 +53,8 @@ std::filesystem::path besideProgram(std::string_view name);
 /// separator ("/template.xlt").
 std::filesystem::path inTemporaryFolder(std::string_view name);
 
-/// A fresh folder that only the user can enter, in the system's folder for such; those that killed runs left behind are
-/// removed first. Throws std::runtime_error that names the folder and the reason.
+/// A fresh folder that only the user can enter, in the system's folder for such; those of killed runs are removed
+/// first. Throws std::runtime_error that names the folder and the reason.
 std::filesystem::path makePrivateFolder();
 
 /// Where TEMP is not set: makes a private folder, makes it TEMP, and removes it when the program ends. Throws as

@@ -78,11 +78,11 @@ TEST(AutomationFailure, HasAWordForEveryNumber)
     }
 }
 
-/// A call that was turned away has not been made.
-TEST(AutomationCall, IsOfferedAgainWhileItIsTurnedAway)
+/// A call that was rejected has not been made.
+TEST(AutomationCall, IsMadeAgainWhileItIsRejected)
 {
     struct {
-        HRESULT turnedAway;
+        HRESULT rejection;
         int times;
         std::size_t calls; ///< a name asked for, and the call
     } const cases[] = {
@@ -90,12 +90,12 @@ TEST(AutomationCall, IsOfferedAgainWhileItIsTurnedAway)
         {RPC_E_SERVERCALL_RETRYLATER, 4, 6}, {static_cast<HRESULT>(0x800AC472), 2, 4},
         {RPC_E_DISCONNECTED, 1, 1}, // another failure is final
     };
-    for (const auto& [turnedAway, times, calls] : cases) {
+    for (const auto& [rejection, times, calls] : cases) {
         FakeDispatch answer;
-        answer.turnedAway = turnedAway;
-        answer.timesTurnedAway = times;
-        EXPECT_EQ(failureOf(answer) == "no failure", turnedAway != RPC_E_DISCONNECTED);
-        EXPECT_EQ(answer.calls.size(), calls) << std::hex << turnedAway;
+        answer.rejection = rejection;
+        answer.timesRejected = times;
+        EXPECT_EQ(failureOf(answer) == "no failure", rejection != RPC_E_DISCONNECTED);
+        EXPECT_EQ(answer.calls.size(), calls) << std::hex << rejection;
     }
 }
 

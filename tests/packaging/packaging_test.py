@@ -54,7 +54,7 @@ def holds_every_file(stage):
     found = {os.path.relpath(path, stage) for path in glob.glob(stage + "/**", recursive=True)
              if os.path.islink(path) or not os.path.isdir(path)}
     expect(found == expected, f"missing: {sorted(expected - found)}; not expected: {sorted(found - expected)}")
-    expect(os.readlink(stage + "/bin/wagemill") == "../lib/wagemill/wagemill", "the command is no link to the program")
+    expect(os.readlink(stage + "/bin/wagemill") == "../lib/wagemill/wagemill", "the command is not a link to the program")
     with gzip.open(stage + "/share/man/man1/wagemill.1.gz", "rt") as page:
         expect("@" not in page.read().replace("support@", ""), "the manual page has values that were not filled in")
 
@@ -76,7 +76,7 @@ def finds_its_folder_through_links(stage):
     """A skin that cannot be used is named in a message: the program looked for it where it is installed."""
     require_tools("Xvfb", "openbox", "xdotool", "dbus-daemon")
     skin = os.path.join(stage, "lib/wagemill/x/o.cjs")
-    with open(skin, "wb") as file:  # bytes that are no text
+    with open(skin, "wb") as file:  # bytes that are not text
         file.write(b"\xff\xff")
     link = os.path.join(stage, "link")
     os.symlink("bin/wagemill", link)
@@ -85,10 +85,10 @@ def finds_its_folder_through_links(stage):
         desktop.start_program(link, PATH=os.path.join(stage, "bin") + os.pathsep + os.environ["PATH"])
         screen = Screen(desktop)
 
-        def told():
+        def skin_is_named():
             boxes = [*screen.all("alert"), *screen.all("dialog")]
             return any(f'"{skin}"' in child.name for box in boxes for child in box)
-        desktop.wait_for(told, f"a message that names {skin}")
+        desktop.wait_for(skin_is_named, f"a message that names {skin}")
 
 
 SCENARIOS = {scenario.__name__: scenario for scenario in (

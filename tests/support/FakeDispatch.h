@@ -16,8 +16,8 @@ class FakeDispatch final : public IDispatch {
 public:
     /// "name SaveAs", and "2 method text(a.xls) number(7)" with the identifier of the member.
     std::vector<std::string> calls;
-    int timesTurnedAway = 0; ///< so many calls are, before the first that is answered
-    HRESULT turnedAway = RPC_E_CALL_REJECTED;
+    int timesRejected = 0; ///< how many calls are rejected before the first that is answered
+    HRESULT rejection = RPC_E_CALL_REJECTED;
     HRESULT nameResult = S_OK;
     HRESULT callResult = S_OK;
     EXCEPINFO exception = {}; ///< given away with the next call
@@ -42,15 +42,15 @@ public:
     {
         calls.push_back("name " + toUtf8(names[0]));
         ids[0] = 1;
-        return timesTurnedAway-- > 0 ? turnedAway : nameResult;
+        return timesRejected-- > 0 ? rejection : nameResult;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID /*reserved*/, LCID /*locale*/, WORD kind,
                                      DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* given,
                                      UINT* /*argument*/) override
     {
         calls.push_back(std::to_string(member) + kindText(kind, *parameters) + argumentsText(*parameters));
-        if (timesTurnedAway-- > 0)
-            return turnedAway;
+        if (timesRejected-- > 0)
+            return rejection;
         *given = exception;
         if (result != nullptr && SUCCEEDED(callResult))
             *result = value;

@@ -26,10 +26,10 @@ inline void requireFiniteNumbers(const engine::Book& book)
         for (const engine::Row& row : sheet->rows())
             for (const engine::Cell& cell : row.cells)
                 if (const auto* const number = std::get_if<double>(&cell.value); number && !std::isfinite(*number))
-                    throw std::logic_error("a cell of " + sheet->name + " holds a number that is none");
+                    throw std::logic_error("a cell of " + sheet->name + " holds what is not a number");
 }
 
-/// Opens the bytes, computes every formula anew and writes the workbook again. The only failure allowed is a refusal in
+/// Opens the bytes, computes every formula again and writes the workbook again. The only failure allowed is a refusal in
 /// words, which names the file where it cannot be opened; throws std::logic_error where it does not.
 inline Outcome openRecalculateWrite(std::span<const std::byte> file)
 {

@@ -67,7 +67,7 @@ TEST_F(RegistryStoreTest, MakesSenseOfWhatWasPutThereByHand)
         const char* expected;
     } const cases[] = {
         {"a text without its zero", REG_SZ, {'4', 0, '2', 0}, "42"},
-        {"a text after which other bytes stand", REG_SZ, {'4', 0, 0, 0, 'x', 0, 0, 0}, "4"},
+        {"a text that other bytes follow", REG_SZ, {'4', 0, 0, 0, 'x', 0, 0, 0}, "4"},
         {"a text with half a character", REG_SZ, {'4', 0, '2'}, "4"},
         {"a text with half a surrogate pair", REG_SZ, {0x3D, 0xD8, 'a', 0, 0, 0}, "\uFFFDa"},
         {"nothing", REG_SZ, {}, ""},

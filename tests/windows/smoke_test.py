@@ -27,7 +27,7 @@ MISSING_APPLICATION = "\n\n".join((
     "4. All versions of Excel are supported by this software except for the rare Excel Starter and Student editions."))
 
 # Places in the windows, without their frames; negative ones count from the right and the bottom. Wine's accessibility
-# does not find the controls, so they are told here; an entry window of another size says that they have moved.
+# does not find the controls, so they are listed here; an entry window of another size says that they have moved.
 SAMPLE_DATA, START = (164, -24), (-74, -24)
 NAME, WAGE, OVERTIME = (265, 142), (265, 177), (592, 264)
 ZOOM_IN, ZOOM_OUT, SAVE, BACK = (66, 44), (165, 44), (-188, 44), (-60, 44)
@@ -197,7 +197,7 @@ def builds_previews_and_saves(windows, **environment):
     with open(saved, "rb") as workbook:
         bytes_of_file = workbook.read()
     expect(bytes_of_file.startswith(bytes.fromhex("D0CF11E0A1B11AE1")) and len(bytes_of_file) > 10000,
-           "the saved file is no workbook")
+           "the saved file is not a workbook")
     desktop.click_in(preview, *BACK)
     desktop.wait_for(lambda: desktop.is_shown(TITLE) and desktop.window(TITLE) == entry, "the entry window again")
     expect(not glob.glob(temporary), "the temporary workbook is still there after going back")

@@ -94,7 +94,7 @@ class WineDesktop(Desktop):
         self._xdotool("click", "1")
 
     def disk(self, *folders):
-        """Where drive C stands on this machine."""
+        """Where drive C is on this machine."""
         return os.path.join(self.prefix, "drive_c", *folders)
 
     def _prepare_prefix(self):

@@ -99,17 +99,6 @@ QByteArray packedBitmap(QImage::Format format = QImage::Format_RGB32)
     return file.data().mid(sizeof(BITMAPFILEHEADER));
 }
 
-HANDLE bitmapObject()
-{
-    const QByteArray bytes = packedBitmap();
-    const auto* info = reinterpret_cast<const BITMAPINFO*>(bytes.data());
-    const HDC screen = ::GetDC(nullptr);
-    const HBITMAP bitmap = ::CreateDIBitmap(screen, &info->bmiHeader, CBM_INIT, bytes.data() + sizeof(BITMAPINFOHEADER),
-                                            info, DIB_RGB_COLORS);
-    ::ReleaseDC(nullptr, screen);
-    return bitmap;
-}
-
 /// A metafile of 40 x 20 pixels at 96 dots an inch, in which nothing is drawn where the picture is white.
 HANDLE metafileObject()
 {
@@ -147,11 +136,11 @@ protected:
         const SharedPicture picture = loadPicture(file);
         ASSERT_EQ(picture->naturalSize(), QSizeF(width, height));
         for (const double scale : {1.0, 1.5, 2.0})
-            expectQuarters(painted(*picture, scale), scale);
+            expectQuarters(*picture, scale);
     }
 
     /// The picture as the preview paints it: in two parts, each as if only it were exposed.
-    static QImage painted(const PreviewPicture& picture, double scale)
+    static void expectQuarters(const PreviewPicture& picture, double scale)
     {
         QImage image(picture.naturalSize().toSize() * scale, QImage::Format_RGB32);
         image.fill(Qt::white);
@@ -161,11 +150,6 @@ protected:
             painter.setClipRect(part);
             picture.paint(painter, part);
         }
-        return image;
-    }
-
-    static void expectQuarters(const QImage& image, double scale)
-    {
         const auto pixelAt = [scale](int length) { return static_cast<int>((length + 0.5) * scale); };
         for (const int x : {1, width / 2 - 2, width / 2 + 1, width - 2})
             for (const int y : {1, height / 2 - 2, height / 2 + 1, height - 2})
@@ -198,7 +182,7 @@ TEST_F(ClipboardPictureTest, ABitmapComesAsABitmapFileInItsColours)
         expectPicture(0, bitmapBeginning);
         expectPicture(CF_DIB, bitmapBeginning);
     }
-    copy({{CF_BITMAP, bitmapObject()}});
+    copy({{CF_BITMAP, testPicture().toHBITMAP()}});
     for (const int format : {0, CF_BITMAP, CF_DIB})
         expectPicture(format, bitmapBeginning);
     EXPECT_EQ(failureOf(CF_ENHMETAFILE), noPicture);
@@ -214,10 +198,11 @@ TEST_F(ClipboardPictureTest, AMetafileStaysOneAndIsDrawnOnWhiteAtItsNaturalSize)
 
 TEST_F(ClipboardPictureTest, TheOwnersFirstPictureIsTaken)
 {
-    const QByteArray text(2, '\0');
-    copy({{CF_UNICODETEXT, memoryOf(text)}, {CF_DIB, memoryOf(packedBitmap())}, {CF_ENHMETAFILE, metafileObject()}});
+    copy({{CF_UNICODETEXT, memoryOf(QByteArray(2, '\0'))},
+          {CF_DIB, memoryOf(packedBitmap())},
+          {CF_ENHMETAFILE, metafileObject()}});
     expectPicture(0, bitmapBeginning);
-    copy({{CF_ENHMETAFILE, metafileObject()}, {CF_DIB, memoryOf(packedBitmap())}, {CF_UNICODETEXT, memoryOf(text)}});
+    copy({{CF_ENHMETAFILE, metafileObject()}, {CF_DIB, memoryOf(packedBitmap())}});
     expectPicture(0, metafileBeginning);
 }
 

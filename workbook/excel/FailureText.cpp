@@ -61,7 +61,7 @@ constexpr auto reasons = std::to_array<Reason>({
 
 std::string reasonOf(HRESULT result)
 {
-    if (isTurnedAway(result))
+    if (isRejected(result))
         return std::string(busy);
     const auto known = std::ranges::find(reasons, result, &Reason::result);
     return known == reasons.end() ? systemErrorText(static_cast<unsigned long>(result)) : std::string(known->text);
@@ -72,7 +72,7 @@ std::string reasonOf(HRESULT result)
 std::string failureText(std::string_view place, const CallFailure& failure)
 {
     const std::string_view description = failure.what();
-    if (!description.empty() && !isTurnedAway(failure.result))
+    if (!description.empty() && !isRejected(failure.result))
         return std::string(description);
     return "Excel failed at " + std::string(place) + ": " + reasonOf(failure.result) + ".";
 }

@@ -17,7 +17,7 @@ namespace wagemill::test {
 ///   unknown=Copy        that member is not there
 ///   ask=Copy            that member shows a question first, and waits for the answer
 ///   nothing=Open        that member does its work and gives nothing
-///   busy=7 busyfor=30   the seventh call, a name asked for counted too, is turned away for so many milliseconds; 0:
+///   busy=7 busyfor=30   the seventh call, a name asked for counted too, is rejected for so many milliseconds; 0:
 ///   each hold=200            the clipboard stays open for so many milliseconds after a picture was copied late the
 ///   picture is drawn when it is fetched silent              failures have no description
 struct Instructions {

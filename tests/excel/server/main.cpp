@@ -45,7 +45,7 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 };
 
-/// Turns calls away as a program does that is busy with its user. A call that is offered again keeps its number.
+/// Rejects calls as a program does that is busy with its user. A call that is made again keeps its number.
 class BusyFilter final : public StaticObject<IMessageFilter> {
 public:
     explicit BusyFilter(const Instructions& instructions) : m_instructions(instructions) {}
