@@ -23,9 +23,8 @@ namespace {
 
 struct Program {
     fs::path folder;
-    fs::path privateFolder; ///< empty: TEMP was set by the user, and nothing of ours is to be removed
-    std::shared_ptr<void>
-        privateFolderLock; ///< until the process is gone, or another start takes it for an abandoned one
+    fs::path privateFolder;                  ///< empty: TEMP was set by the user, and nothing of ours is to be removed
+    std::shared_ptr<void> privateFolderLock; ///< held until the process is gone: no other start removes the folder
     std::function<void()> windowEventPump;
     bool isPumping = false;
     std::function<void()> end;
@@ -166,9 +165,8 @@ void deleteFileQuietly(const fs::path& path)
     const fs::file_status status = fs::symlink_status(path, ignored);
     if (!fs::exists(status) || fs::is_directory(status))
         return;
-    if (fs::remove(path, ignored))
-        return;
-    platform::deleteByForce(path);
+    if (!fs::remove(path, ignored))
+        platform::deleteByForce(path);
 }
 
 void writeBytesToFile(std::span<const std::byte> bytes, const fs::path& path)
