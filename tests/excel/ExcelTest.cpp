@@ -76,11 +76,6 @@ void emptyClipboard()
 
 } // namespace
 
-void RecordedWindows::showPicture(const fs::path& path)
-{
-    outcome.picture = readBytesFromFile(path);
-}
-
 bool isSoon(const std::function<bool()>& condition, std::chrono::milliseconds time)
 {
     const auto end = std::chrono::steady_clock::now() + time;

@@ -2,8 +2,8 @@
 
 #include "app/base/Files.h"
 #include "resources/CustomResource.h"
-#include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
+#include "tests/support/RecordedWindows.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/PayrollBuild.h"
 #include "workbook/engine/xls/BiffReader.h"
@@ -25,17 +25,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr uid_t anotherUser = 65534; // nobody
-
-struct Result {
-    std::vector<std::byte> picture;
-    fs::path workbook;
-};
-
-struct ResultWindows : NoWindows {
-    Result result;
-    void showPicture(const fs::path& shown) override { result.picture = readBytesFromFile(shown); }
-    void passWorkbook(const fs::path& saved) override { result.workbook = saved; }
-};
 
 /// A build with the embedded engine in a folder that others may write to. Where the test runs as root it builds as
 /// another user, for whom root's files are somebody else's; a name once given to a file there stays with its owner.
@@ -73,14 +62,14 @@ protected:
         ::chmod(victim.c_str(), 0666);
     }
 
-    Result build()
+    BuildOutcome build()
     {
         messages.shown.clear();
-        ResultWindows windows;
+        RecordedWindows windows;
         PayrollData data = {{"ACME", "3/31/2026"}, {EmployeeRow{}}};
         std::ranges::transform(rowFields, data.rows[0].texts.begin(), &RowField::sample);
         buildPayrollWorkbook(data, windows, services);
-        return windows.result;
+        return windows.outcome;
     }
 
     TemporaryFolder folder;
@@ -106,7 +95,7 @@ TEST_F(BuildFaultsTest, AWorkbookIsWholeOrNotThereAtWhateverCallTheDiskFails)
                 for (const auto& entry : fs::directory_iterator(shared))
                     fs::remove_all(entry);
                 bool failed = false;
-                Result result;
+                BuildOutcome result;
                 {
                     const FailingFiles failing(shared, fault, call, until);
                     result = build();
@@ -179,7 +168,7 @@ TEST_F(BuildFaultsTest, APlantedObjectIsNeitherReadNorWrittenNorWaitedFor)
             services.randomNumber = [&drawn](std::int32_t, std::int32_t) { return drawn++ < 8 ? 1 : 2; };
             const auto begin = std::chrono::steady_clock::now();
             becomeAnotherUser();
-            const Result result = build();
+            const BuildOutcome result = build();
             const bool isSaved = fileExists(result.workbook) && isWholeWorkbook(result.workbook); // and the user's own
             becomeRootAgain();
             EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << where;

@@ -13,7 +13,7 @@
 #include "entry/Form1.h"
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"
-#include "tests/support/NoWindows.h"
+#include "tests/support/RecordedWindows.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <QApplication>
@@ -152,12 +152,6 @@ struct Result {
     bool operator==(const Result&) const = default;
 };
 
-struct RecordingWindows : test::NoWindows {
-    void showPicture(const fs::path& picture) override { result.picture = readOwnFile(picture); }
-
-    Result result;
-};
-
 std::vector<engine::CellValue> valuesOf(const fs::path& workbook)
 {
     std::vector<engine::CellValue> values;
@@ -175,11 +169,11 @@ Result built(const std::string& who, const BuildServices& services)
     std::ranges::transform(rowFields, data.rows[0].texts.begin(), &RowField::sample);
     data.rows[0].texts[employeeIdField] = who;
     data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
-    RecordingWindows windows;
+    test::RecordedWindows windows;
     buildPayrollWorkbook(data, windows, services);
-    windows.result.values = valuesOf(windows.workbook);
-    deleteFileQuietly(windows.workbook); // as leaving the preview does
-    return windows.result;
+    const Result result = {windows.outcome.picture, valuesOf(windows.outcome.workbook)};
+    deleteFileQuietly(windows.outcome.workbook); // as leaving the preview does
+    return result;
 }
 
 int build(const std::string& who, int count)

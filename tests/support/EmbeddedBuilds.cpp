@@ -1,7 +1,7 @@
 #include "tests/support/EmbeddedBuilds.h"
 
 #include "resources/CustomResource.h"
-#include "tests/support/NoWindows.h"
+#include "tests/support/RecordedWindows.h"
 
 #include <random>
 
@@ -21,9 +21,9 @@ EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
 
 std::filesystem::path EmbeddedBuilds::build(const PayrollData& data)
 {
-    NoWindows windows;
+    RecordedWindows windows;
     buildPayrollWorkbook(data, windows, m_services);
-    return windows.workbook;
+    return windows.outcome.workbook;
 }
 
 } // namespace wagemill::test

@@ -1,6 +1,6 @@
 #include "tests/workbook/BuildCases.h"
-#include "tests/support/NoWindows.h"
 #include "tests/support/RecordedMessages.h"
+#include "tests/support/RecordedWindows.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/FakeSpreadsheet.h"
 
@@ -26,7 +26,7 @@ protected:
         services.spreadsheet = fake.platform();
         services.templateResource = [] { return std::span<const std::byte>(); };
         services.randomNumber = [](std::int32_t, std::int32_t) { return 7; };
-        NoWindows windows;
+        RecordedWindows windows;
         buildPayrollWorkbook(data, windows, services);
         return fake.calls;
     }

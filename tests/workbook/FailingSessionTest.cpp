@@ -1,4 +1,4 @@
-#include "tests/support/NoWindows.h"
+#include "tests/support/RecordedWindows.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/FakeSpreadsheet.h"
@@ -170,7 +170,7 @@ private:
     int m_deadSession = -1;
 };
 
-struct CountingWindows : NoWindows {
+struct CountingWindows : RecordedWindows {
     int frozen = 0;
     bool isBusy = false;
     bool isShown = false;

@@ -1,4 +1,5 @@
 #include "tests/support/RecordedMessages.h"
+#include "tests/support/RecordedWindows.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/FakeSpreadsheet.h"
 
@@ -16,26 +17,6 @@ using namespace wagemill;
 using namespace wagemill::test;
 
 namespace {
-
-struct RecordedWindows : BuildWindows {
-    std::vector<std::string> calls;
-    void freezeDrawing() override { calls.emplace_back("freeze"); }
-    void unfreezeDrawing() override { calls.emplace_back("unfreeze"); }
-    void showHourglass() override { calls.emplace_back("hourglass"); }
-    void showArrow() override { calls.emplace_back("arrow"); }
-    void showPicture(const std::filesystem::path& picture) override
-    {
-        if (!fileExists(picture))
-            throw std::runtime_error("no picture");
-        calls.emplace_back("picture " + picture.filename().string());
-    }
-    void passWorkbook(const std::filesystem::path& workbook) override
-    {
-        calls.emplace_back("workbook " + workbook.filename().string());
-    }
-    void showPreview() override { calls.emplace_back("show preview"); }
-    void hideEntry() override { calls.emplace_back("hide entry"); }
-};
 
 EmployeeRow employee(std::string_view id)
 {
@@ -114,9 +95,10 @@ TEST_F(PayrollBuildTest, AsksTheSpreadsheetForEachStepInItsOrder)
         "2.Book.ActiveSheet.UsedRange.CopyPicture", "2.DisplayAlerts = False", "2.Book.Close", "2.Quit"};
     EXPECT_EQ(spreadsheet.calls, expected);
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
-    EXPECT_EQ(windows.calls, (std::vector<std::string>{"freeze", "hourglass", "hourglass", "hourglass",
-                                                       "picture temp.bmp", "workbook kvarno12345678.xls",
-                                                       "show preview", "hide entry", "unfreeze", "arrow"}));
+    EXPECT_EQ(
+        windows.outcome.windowCalls,
+        (std::vector<std::string>{"freeze", "hourglass", "hourglass", "hourglass", "picture temp.bmp",
+                                  "workbook kvarno12345678.xls", "show preview", "hide entry", "unfreeze", "arrow"}));
     EXPECT_FALSE(fileExists(folder / "template.xlt"));
     EXPECT_FALSE(fileExists(folder / "temp.bmp"));
 }
@@ -167,7 +149,7 @@ TEST_F(PayrollBuildTest, ReportsAFailingCellAndGoesOnWithTheNext)
     EXPECT_EQ(messages.shown[0].title, "Application Error");
     EXPECT_EQ(messages.shown[0].icon, MessageIcon::Warning);
     EXPECT_EQ(count("1.Book.Sheets(1).Cells(4, 5) = \"E1-4\""), 1);
-    EXPECT_EQ(windows.calls.back(), "arrow");
+    EXPECT_EQ(windows.outcome.windowCalls.back(), "arrow");
 }
 
 TEST_F(PayrollBuildTest, SaysLastWhatTheSpreadsheetHasToTell)
