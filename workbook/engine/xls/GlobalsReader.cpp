@@ -1,4 +1,3 @@
-#include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/StyleRecords.h"
 #include "workbook/engine/xls/Substreams.h"

@@ -1,5 +1,4 @@
 #include "app/base/text/Unicode.h"
-#include "workbook/engine/xls/BookRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
 #include "workbook/engine/xls/StyleRecords.h"
 #include "workbook/engine/xls/Substreams.h"
@@ -278,9 +277,7 @@ constexpr auto globalsPlaces = std::to_array<Place<GlobalsWriter>>({
     {record::bof, &GlobalsWriter::writeBeginning},
     {record::fileTemplate, &GlobalsWriter::writeTemplateMark},
     {0x0086}, // WRITEPROTECT
-    {0x00E1, "\xB0\x04"sv}, // INTERFACEHDR
-    {0x00C1, "\0\0"sv}, // MMS
-    {0x00E2, ""sv}, // INTERFACEEND
+    {0x00E1, "\xB0\x04"sv}, {0x00C1, "\0\0"sv}, {0x00E2, ""sv}, // INTERFACEHDR MMS INTERFACEEND
     {record::writeAccess, &GlobalsWriter::writeUserName},
     {0x005B}, // FILESHARING
     {record::codePage, "\xB0\x04"sv},
@@ -291,19 +288,13 @@ constexpr auto globalsPlaces = std::to_array<Place<GlobalsWriter>>({
     {0x00D3}, {0x01BD}, {0x01BA}, // OBPROJ OBNOMACROS CODENAME
     {0x009C, "\x0E\0"sv}, // BUILTINFNGROUPCOUNT
     {0x009A}, {0x0898, Order::Mixed}, {0x00DE}, // FNGROUPNAME FNGRP12 OLEOBJECTSIZE
-    {0x0019, "\0\0"sv}, // WINPROTECT
-    {0x0012, "\0\0"sv}, // PROTECT
+    {0x0019, "\0\0"sv}, {0x0012, "\0\0"sv}, // WINPROTECT PROTECT
     {0x0063}, // OBJPROTECT
-    {0x0013, "\0\0"sv}, // PASSWORD
-    {0x01AF, "\0\0"sv}, // PROT4REV
-    {0x01BC, "\0\0"sv}, // PROT4REVPASS
+    {0x0013, "\0\0"sv}, {0x01AF, "\0\0"sv}, {0x01BC, "\0\0"sv}, // PASSWORD PROT4REV PROT4REVPASS
     {record::window1, &GlobalsWriter::writeWindow},
-    {0x0040, "\0\0"sv}, // BACKUP
-    {0x008D, "\0\0"sv}, // HIDEOBJ
+    {0x0040, "\0\0"sv}, {0x008D, "\0\0"sv}, // BACKUP HIDEOBJ
     {record::date1904, &GlobalsWriter::writeDateSystem},
-    {0x000E, "\1\0"sv}, // CALCPRECISION
-    {0x01B7, "\0\0"sv}, // REFRESHALL
-    {0x00DA, "\0\0"sv}, // BOOKBOOL
+    {0x000E, "\1\0"sv}, {0x01B7, "\0\0"sv}, {0x00DA, "\0\0"sv}, // CALCPRECISION REFRESHALL BOOKBOOL
     {record::font, &GlobalsWriter::writeFonts},
     {record::numberFormat, &GlobalsWriter::writeNumberFormats},
     {record::extendedFormat, &GlobalsWriter::writeCellFormats},

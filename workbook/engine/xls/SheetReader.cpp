@@ -166,8 +166,9 @@ private:
     Row& row(int index)
     {
         const std::size_t rows = m_sheet.rows().size();
-        if (static_cast<std::size_t>(index) >= rows)
-            m_context.limits.addRows(static_cast<std::size_t>(index) + 1 - rows);
+        const auto needed = static_cast<std::size_t>(index) + 1;
+        if (needed > rows && !ReadLimits::take(m_context.limits.rows, needed - rows))
+            throw DamagedFile("its sheets have too many rows");
         return m_sheet.row(index);
     }
 
@@ -226,7 +227,8 @@ private:
         if (index >= m_context.strings.size())
             throw DamagedFile("a cell of the sheet \"" + m_sheet.name + "\" names a text that does not exist");
         const RichText& string = m_context.strings[index];
-        m_context.limits.addText(string.text.size());
+        if (!ReadLimits::take(m_context.limits.text, string.text.size()))
+            throw DamagedFile("its cells hold too much text");
         put(head, string.text).runs = string.runs;
     }
 
@@ -387,7 +389,8 @@ private:
     void expand(Cell& cell, const SharedFormula& shared, CellAddress address)
     {
         setFormula(cell, shared, address);
-        if (cell.formula && (sharedBase(shared.tokens) || !m_context.limits.addTokens(cell.formula->tokens.size())))
+        if (cell.formula &&
+            (sharedBase(shared.tokens) || !ReadLimits::take(m_context.limits.tokens, cell.formula->tokens.size())))
             dropFormula(cell, address);
     }
 

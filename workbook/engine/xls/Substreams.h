@@ -29,32 +29,20 @@ struct BoundSheet {
     std::string name; ///< as in the file
 };
 
-/// What a file may make of itself in memory. A few bytes can name the last row, a long shared text or a long shared
-/// formula again and again; these limits lie far above any workbook that people make.
-class ReadLimits {
-public:
-    /// Rows that a sheet grows by. Throws DamagedFile when all sheets have more than 32 full ones.
-    void addRows(std::size_t rows) { add(m_rows, rows, std::size_t{32} * 65536, "its sheets have too many rows"); }
-    /// Bytes of text put into cells. Throws DamagedFile beyond 512 MB.
-    void addText(std::size_t bytes) { add(m_text, bytes, std::size_t{512} << 20U, "its cells hold too much text"); }
-    /// Tokens of a shared formula made a cell's own; false beyond four million.
-    bool addTokens(std::size_t tokens)
-    {
-        m_tokens += tokens;
-        return m_tokens <= 4'000'000;
-    }
+/// What a file may still make of itself in memory. A few bytes can name the last row, a long shared text or a long
+/// shared formula again and again; these limits are far above any workbook that people make.
+struct ReadLimits {
+    std::size_t rows = std::size_t{32} * 65536; ///< that the sheets grow by
+    std::size_t text = std::size_t{512} << 20U; ///< bytes put into cells
+    std::size_t tokens = 4'000'000;             ///< of shared formulas made a cell's own
 
-private:
-    static void add(std::size_t& sum, std::size_t more, std::size_t max, const char* complaint)
+    /// Takes from one of them; false when there is not as much left.
+    static bool take(std::size_t& left, std::size_t amount)
     {
-        sum += more;
-        if (sum > max)
-            throw DamagedFile(complaint);
+        const bool isEnough = amount <= left;
+        left -= isEnough ? amount : 0;
+        return isEnough;
     }
-
-    std::size_t m_rows = 0;
-    std::size_t m_text = 0;
-    std::size_t m_tokens = 0;
 };
 
 /// What the sheets of a workbook are read with.
@@ -73,6 +61,35 @@ struct ReadContext {
     /// What the user should know; said once.
     void notice(const std::string& text);
 };
+
+// What says in SUPBOOK that a book is this one, or the functions of an add-in ([MS-XLS] 2.4.271).
+inline constexpr std::uint16_t ownBookMark = 0x0401;
+inline constexpr std::uint16_t addInMark = 0x3A01;
+
+/// How LBL begins ([MS-XLS] 2.4.150).
+struct NameHead {
+    bool isBuiltIn = false; ///< a name of the application is one character, its number in builtInNames
+    std::size_t length = 0; ///< of the name
+    std::size_t formulaSize = 0;
+    int sheet = 0; ///< the one that knows it, counting from 1; 0: the whole workbook
+};
+void nameFields(auto form, auto& head)
+{
+    form.bits16(Bits{5, 1, head.isBuiltIn});
+    form.zeros(1);
+    form.u8(head.length);
+    form.u16(head.formulaSize);
+    form.zeros(2);
+    form.u16(head.sheet);
+    form.zeros(4);
+}
+
+void externSheetFields(auto form, auto& entry)
+{
+    form.u16(entry.supportingBook);
+    form.u16(entry.first);
+    form.u16(entry.last);
+}
 
 /// Reads the globals at the beginning of a workbook stream into context.book. Throws DamagedFile, and EngineError when
 /// the workbook is encrypted or of an older format.
