@@ -69,7 +69,7 @@ void Splash::SplashShow()
     if (QString::fromStdString(hidden).toDouble() != 0)
         return;
     const fs::path file = firstSplashFile();
-    if (file.empty() || !fileExists(file))
+    if (!fileExists(file))
         return;
     setWindowTitle(productTitle);
     loadImage(file);
