@@ -8,8 +8,6 @@
 #include "app/base/text/WideText.h"
 #include "app/look/UserRegion.h"
 #include "resources/CustomResource.h"
-#include "workbook/embedded/EmbeddedApplication.h"
-#include "workbook/excel/ExcelApplication.h"
 #include "workbook/excel/ExcelSession.h"
 
 #include <QLocale>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tests/support/RecordedMessages.h"
-#include "tests/support/RecordedWindows.h"
-#include "workbook/embedded/PictureClipboard.h"
+#include "workbook/PayrollBuild.h"
+#include "workbook/embedded/EmbeddedApplication.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +16,26 @@
 #include <vector>
 
 namespace wagemill::test {
+
+/// What a build left: what was done to the windows, the picture and the workbook that they were given.
+struct BuildOutcome {
+    std::vector<std::string> windowCalls;
+    std::vector<std::byte> picture;
+    std::filesystem::path workbook;
+};
+
+struct RecordedWindows : BuildWindows {
+    BuildOutcome outcome;
+
+    void freezeDrawing() override { outcome.windowCalls.emplace_back("freeze"); }
+    void unfreezeDrawing() override { outcome.windowCalls.emplace_back("unfreeze"); }
+    void showHourglass() override { outcome.windowCalls.emplace_back("hourglass"); }
+    void showArrow() override { outcome.windowCalls.emplace_back("arrow"); }
+    void showPicture(const std::filesystem::path& path) override;
+    void passWorkbook(const std::filesystem::path& path) override { outcome.workbook = path; }
+    void showPreview() override { outcome.windowCalls.emplace_back("show preview"); }
+    void hideEntry() override { outcome.windowCalls.emplace_back("hide entry"); }
+};
 
 /// Whether the condition comes true within the time; it is asked again and again.
 bool isSoon(const std::function<bool()>& condition, std::chrono::milliseconds time);

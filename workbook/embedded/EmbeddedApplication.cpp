@@ -3,14 +3,15 @@
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
 #include "app/base/text/Unicode.h"
+#include "drawing/DrawingFile.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
+#include "workbook/engine/text/SerialDay.h"
 #include "workbook/engine/xls/BiffReader.h"
 #include "workbook/engine/xls/BiffWriter.h"
 
 #include <chrono>
-#include <cmath>
 #include <ctime>
 #include <new>
 #include <optional>
@@ -24,19 +25,24 @@ using engine::CellRect;
 
 namespace {
 
-/// The version whose file formats and members we serve.
-constexpr const char* servedVersion = "16.0";
-
 std::tm localTime()
 {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     return *std::localtime(&now); // there is one thread
 }
 
-CalendarDate today()
+engine::Today today()
 {
     const std::tm local = localTime();
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+}
+
+/// The present moment in serial days.
+double serialNow()
+{
+    const std::tm local = localTime();
+    const double seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+    return engine::serialDayOf(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, false) + seconds / 86'400;
 }
 
 /// The present moment as the file format counts it: 100 ns since 1601.
@@ -55,78 +61,10 @@ void stampProperties(engine::Book& book)
         book.properties.created = book.properties.saved;
 }
 
-double serialNow()
-{
-    using namespace std::chrono;
-    constexpr sys_days dayZero = year{1899} / December / 30; // as seen from March 1900 on
-    const std::tm local = localTime();
-    const sys_days date = year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
-    const auto moment = date + hours(local.tm_hour) + minutes(local.tm_min) + seconds(local.tm_sec);
-    return duration<double, days::period>(moment - dayZero).count();
-}
-
-} // namespace
-
-/// A workbook that is open in a session. It outlives its closing for as long as somebody refers to it.
-struct EmbeddedApplication::OpenBook {
-    engine::Book book;
-    bool isOpen = true;
-    bool isChanged = false;
-    bool needsRecalculation = true; ///< a value was put or rows were pasted since the last one
-
-    engine::Sheet& sheet(std::size_t index) { return *book.sheets.at(index); }
-};
-
-struct EmbeddedApplication::Session {
-    /// Whole rows that were copied, at the place where they stand; pasting reads them there.
-    struct CopiedRows {
-        std::shared_ptr<OpenBook> book;
-        std::size_t sheet = 0;
-        int first = 0;
-        int last = 0;
-    };
-
-    RegionalFormats formats;
-    EmbeddedPictureClipboard& pictures;
-    std::function<void(std::string)> tellMissing;
-    std::vector<std::shared_ptr<OpenBook>> books;
-    std::shared_ptr<OpenBook> activeBook;
-    std::optional<CopiedRows> copied;
-    bool displayAlerts = true;
-    bool isRunning = true;
-
-    void requireRunning() const
-    {
-        if (!isRunning)
-            throw SpreadsheetError("The spreadsheet session has ended.");
-    }
-
-    void requireOpen(const OpenBook& book) const
-    {
-        requireRunning();
-        if (!book.isOpen)
-            throw SpreadsheetError("The workbook is closed.");
-    }
-
-    OpenBook& requireActiveBook() const
-    {
-        requireRunning();
-        if (!activeBook)
-            throw SpreadsheetError("No workbook is open.");
-        return *activeBook;
-    }
-
-    std::shared_ptr<OpenBook> open(std::string_view path);
-    void close(const std::shared_ptr<OpenBook>& book);
-    void recalculate(OpenBook& book) const;
-};
-
-namespace {
-
-/// A text that is no address, or not one of the kind that is asked for.
+/// A text that is not an address, or not one of the kind that is asked for.
 [[noreturn]] void throwBadAddress(std::string_view address)
 {
-    throw SpreadsheetError("\"" + std::string(address) + "\" is no range of cells.");
+    throw SpreadsheetError("\"" + std::string(address) + "\" is not a range of cells.");
 }
 
 CellRect requireAddress(std::string_view address)
@@ -137,8 +75,21 @@ CellRect requireAddress(std::string_view address)
     return *range;
 }
 
+bool isWholeRows(const CellRect& range)
+{
+    return range.firstColumn == 0 && range.lastColumn == engine::maxColumns - 1;
+}
+
+/// The number `index`, from 1, as one from 0.
+std::size_t requireIndex(std::int32_t index, std::size_t count, const std::string& what)
+{
+    if (index < 1 || static_cast<std::size_t>(index) > count)
+        throw SpreadsheetError(what + " " + std::to_string(index) + ".");
+    return static_cast<std::size_t>(index) - 1;
+}
+
 /// What a workbook of another program loses here, or keeps without being computed, is said when it is opened.
-void tellNotices(const engine::Book& book, std::string_view path)
+void showNotices(const engine::Book& book, std::string_view path)
 {
     if (book.notices.empty())
         return;
@@ -166,11 +117,6 @@ std::string missingText(const engine::Book& book, const engine::MissingParts& mi
                   "shows #NAME?.";
 }
 
-bool isWholeRows(const CellRect& range)
-{
-    return range.firstColumn == 0 && range.lastColumn == engine::maxColumns - 1;
-}
-
 /// Whatever fails in the engine is the application's failure for those who drive it.
 template <typename Work>
 auto asApplication(Work&& work)
@@ -186,9 +132,57 @@ auto asApplication(Work&& work)
     }
 }
 
+/// A workbook that is open in a session. It outlives its closing for as long as somebody refers to it.
+struct OpenBook {
+    engine::Book book;
+    bool isOpen = true;
+    bool isChanged = false;
+    bool needsRecalculation = true; ///< a value was put or rows were pasted since the last one
+
+    engine::Sheet& activeSheet() { return *book.sheets.at(book.activeSheet); }
+};
+
+using BookPointer = std::shared_ptr<OpenBook>;
+
 } // namespace
 
-std::shared_ptr<EmbeddedApplication::OpenBook> EmbeddedApplication::Session::open(std::string_view path)
+struct EmbeddedSession {
+    /// Whole rows that were copied, at the place where they are; pasting reads them there.
+    struct CopiedRows {
+        BookPointer book;
+        std::size_t sheet = 0;
+        int first = 0;
+        int last = 0;
+    };
+
+    RegionalFormats formats;
+    EmbeddedPictureClipboard& pictures;
+    std::function<void(std::string)> tellMissing;
+    std::vector<BookPointer> books = {};
+    BookPointer activeBook = nullptr;
+    std::optional<CopiedRows> copied = {};
+    bool displayAlerts = true;
+    bool isRunning = true;
+
+    void requireRunning() const
+    {
+        if (!isRunning)
+            throw SpreadsheetError("The spreadsheet session has ended.");
+    }
+
+    OpenBook& requireActiveBook() const
+    {
+        requireRunning();
+        if (!activeBook)
+            throw SpreadsheetError("No workbook is open.");
+        return *activeBook;
+    }
+
+    BookPointer open(std::string_view path);
+    void recalculate(OpenBook& book) const;
+};
+
+BookPointer EmbeddedSession::open(std::string_view path)
 {
     requireRunning();
     return asApplication([&] {
@@ -198,23 +192,12 @@ std::shared_ptr<EmbeddedApplication::OpenBook> EmbeddedApplication::Session::ope
         books.push_back(opened);
         activeBook = opened;
         if (displayAlerts)
-            tellNotices(opened->book, path);
+            showNotices(opened->book, path);
         return opened;
     });
 }
 
-void EmbeddedApplication::Session::close(const std::shared_ptr<OpenBook>& book)
-{
-    requireOpen(*book);
-    if (book->isChanged && displayAlerts)
-        throw SpreadsheetError("The workbook has changes that are not saved, and there is no window to ask in.");
-    book->isOpen = false;
-    std::erase(books, book);
-    if (activeBook == book)
-        activeBook = books.empty() ? nullptr : books.back();
-}
-
-void EmbeddedApplication::Session::recalculate(OpenBook& book) const
+void EmbeddedSession::recalculate(OpenBook& book) const
 {
     if (!book.needsRecalculation)
         return;
@@ -224,15 +207,36 @@ void EmbeddedApplication::Session::recalculate(OpenBook& book) const
     book.needsRecalculation = false; // not before: where memory ran out, the next one tries again
 }
 
+namespace {
+
+using SessionPointer = std::shared_ptr<EmbeddedSession>;
+
+/// A workbook of a session, or a sheet in it. Its members fail once the workbook is closed or the session has ended.
+struct Place {
+    SessionPointer session;
+    BookPointer open;
+    std::size_t index = 0; ///< of the sheet
+
+    OpenBook& opened() const
+    {
+        session->requireRunning();
+        if (!open->isOpen)
+            throw SpreadsheetError("The workbook is closed.");
+        return *open;
+    }
+    engine::Book& book() const { return opened().book; }
+    engine::Sheet& sheet() const { return *book().sheets.at(index); }
+};
+
 /// A range of one sheet: cells, or those cells counted as rows or columns.
-class EmbeddedApplication::RangeOfSheet : public CellRange {
+class RangeOfSheet : public CellRange {
 public:
     enum class Unit { Cells, Rows, Columns };
 
-    RangeOfSheet(std::shared_ptr<Session> session, std::shared_ptr<OpenBook> book, std::size_t sheet, CellRect range,
-                 Unit unit = Unit::Cells)
-        : m_session(std::move(session)), m_book(std::move(book)), m_sheet(sheet), m_range(range), m_unit(unit)
+    RangeOfSheet(Place place, CellRect range, Unit unit = Unit::Cells)
+        : m_place(std::move(place)), m_range(range), m_unit(unit)
     {
+        m_place.opened();
     }
 
     std::unique_ptr<CellRange> Rows() override { return part(m_range, Unit::Rows); }
@@ -240,106 +244,84 @@ public:
 
     std::unique_ptr<CellRange> Rows(std::int32_t index) override
     {
-        requireIndex(index, m_range.rows(), "row");
         CellRect row = m_range;
-        row.firstRow = row.lastRow = m_range.firstRow + index - 1;
+        row.firstRow = row.lastRow = m_range.firstRow + indexIn(index, m_range.rows(), "row");
         return part(row, Unit::Rows);
     }
 
     std::unique_ptr<CellRange> Columns(std::int32_t index) override
     {
-        requireIndex(index, m_range.columns(), "column");
         CellRect column = m_range;
-        column.firstColumn = column.lastColumn = m_range.firstColumn + index - 1;
+        column.firstColumn = column.lastColumn = m_range.firstColumn + indexIn(index, m_range.columns(), "column");
         return part(column, Unit::Columns);
     }
 
     std::int32_t count() override
     {
-        m_session->requireOpen(*m_book);
-        switch (m_unit) {
-        case Unit::Rows:
-            return m_range.rows();
-        case Unit::Columns:
-            return m_range.columns();
-        case Unit::Cells:
-            break;
-        }
-        return m_range.rows() * m_range.columns();
+        m_place.opened();
+        return (m_unit == Unit::Columns ? 1 : m_range.rows()) * (m_unit == Unit::Rows ? 1 : m_range.columns());
     }
 
     std::int32_t Row() override
     {
-        m_session->requireOpen(*m_book);
+        m_place.opened();
         return m_range.firstRow + 1;
     }
 
     std::int32_t Column() override
     {
-        m_session->requireOpen(*m_book);
+        m_place.opened();
         return m_range.firstColumn + 1;
     }
 
     void Select() override
     {
-        m_session->requireOpen(*m_book);
-        if (m_book->book.activeSheet != m_sheet)
-            throw SpreadsheetError("Cells of the sheet \"" + m_book->sheet(m_sheet).name +
+        engine::Sheet& sheet = m_place.sheet();
+        if (m_place.book().activeSheet != m_place.index)
+            throw SpreadsheetError("Cells of the sheet \"" + sheet.name +
                                    "\" cannot be selected while another sheet is active.");
-        m_book->sheet(m_sheet).selection = {{m_range.firstRow, m_range.firstColumn}, m_range};
+        sheet.selection = {{m_range.firstRow, m_range.firstColumn}, m_range};
     }
 
     void CopyPicture() override
     {
-        m_session->requireOpen(*m_book);
+        OpenBook& opened = m_place.opened();
+        const EmbeddedSession& session = *m_place.session;
         asApplication([&] {
-            m_session->pictures.clear(); // a picture that fails leaves no earlier one there
-            m_session->recalculate(*m_book);
-            m_session->pictures.copy(
-                engine::sheetPicture(m_book->book, m_book->sheet(m_sheet), m_range, m_session->formats));
+            session.pictures.clear(); // a picture that fails leaves no earlier one there
+            session.recalculate(opened);
+            session.pictures.copy(engine::sheetPicture(opened.book, m_place.sheet(), m_range, session.formats));
         });
     }
 
 private:
-    std::unique_ptr<CellRange> part(const CellRect& range, Unit unit)
+    std::unique_ptr<CellRange> part(const CellRect& range, Unit unit) const
     {
-        m_session->requireOpen(*m_book);
-        return std::make_unique<RangeOfSheet>(m_session, m_book, m_sheet, range, unit);
+        return std::make_unique<RangeOfSheet>(m_place, range, unit);
     }
 
-    void requireIndex(std::int32_t index, int count, const char* what) const
+    int indexIn(std::int32_t index, int count, const std::string& what) const
     {
-        m_session->requireOpen(*m_book);
-        if (index < 1 || index > count)
-            throw SpreadsheetError("The range has no " + std::string(what) + " " + std::to_string(index) + ".");
+        m_place.opened();
+        return static_cast<int>(requireIndex(index, static_cast<std::size_t>(count), "The range has no " + what));
     }
 
-    std::shared_ptr<Session> m_session;
-    std::shared_ptr<OpenBook> m_book;
-    std::size_t m_sheet;
+    Place m_place;
     CellRect m_range;
     Unit m_unit;
 };
 
-class EmbeddedApplication::SheetOfBook : public Worksheet {
+class SheetOfBook : public Worksheet {
 public:
-    SheetOfBook(std::shared_ptr<Session> session, std::shared_ptr<OpenBook> book, std::size_t sheet)
-        : m_session(std::move(session)), m_book(std::move(book)), m_sheet(sheet)
-    {
-    }
+    explicit SheetOfBook(Place place) : m_place(std::move(place)) {}
 
-    std::string Name() override
-    {
-        m_session->requireOpen(*m_book);
-        return m_book->sheet(m_sheet).name;
-    }
+    std::string Name() override { return m_place.sheet().name; }
 
     void Activate() override
     {
-        m_session->requireOpen(*m_book);
-        if (m_book->sheet(m_sheet).hidden)
-            throw SpreadsheetError("The sheet \"" + m_book->sheet(m_sheet).name + "\" is hidden.");
-        m_book->book.activeSheet = m_sheet;
+        if (m_place.sheet().hidden)
+            throw SpreadsheetError("The sheet \"" + m_place.sheet().name + "\" is hidden.");
+        m_place.book().activeSheet = m_place.index;
     }
 
     std::unique_ptr<CellRange> Rows(std::string_view address) override
@@ -352,81 +334,76 @@ public:
 
     std::unique_ptr<CellRange> Range(std::string_view address) override { return range(requireAddress(address)); }
 
-    std::unique_ptr<CellRange> UsedRange() override
-    {
-        return range(m_book->sheet(m_sheet).usedRange().value_or(CellRect{}));
-    }
+    std::unique_ptr<CellRange> UsedRange() override { return range(m_place.sheet().usedRange().value_or(CellRect{})); }
 
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
     {
-        m_session->requireOpen(*m_book);
+        OpenBook& opened = m_place.opened();
         asApplication([&] {
-            engine::enterText(m_book->book, m_sheet, {row - 1, column - 1}, text, m_session->formats, today());
+            engine::enterText(opened.book, m_place.index, {row - 1, column - 1}, text, m_place.session->formats,
+                              today());
         });
-        m_book->isChanged = m_book->needsRecalculation = true;
+        opened.isChanged = opened.needsRecalculation = true;
     }
 
 private:
     std::unique_ptr<CellRange> range(const CellRect& cells) const
     {
-        m_session->requireOpen(*m_book);
-        return std::make_unique<RangeOfSheet>(m_session, m_book, m_sheet, cells);
+        return std::make_unique<RangeOfSheet>(m_place, cells);
     }
 
-    std::shared_ptr<Session> m_session;
-    std::shared_ptr<OpenBook> m_book;
-    std::size_t m_sheet;
+    Place m_place;
 };
 
-class EmbeddedApplication::BookOfSession : public Workbook {
+class BookOfSession : public Workbook {
 public:
-    BookOfSession(std::shared_ptr<Session> session, std::shared_ptr<OpenBook> book)
-        : m_session(std::move(session)), m_book(std::move(book))
-    {
-    }
+    BookOfSession(SessionPointer session, BookPointer book) : m_place{std::move(session), std::move(book)} {}
 
     std::unique_ptr<Worksheet> Sheets(std::int32_t index) override
     {
-        m_session->requireOpen(*m_book);
-        if (index < 1 || static_cast<std::size_t>(index) > m_book->book.sheets.size())
-            throw SpreadsheetError("The workbook has no sheet number " + std::to_string(index) + ".");
-        return std::make_unique<SheetOfBook>(m_session, m_book, static_cast<std::size_t>(index) - 1);
+        const std::size_t sheet = requireIndex(index, m_place.book().sheets.size(), "The workbook has no sheet number");
+        return std::make_unique<SheetOfBook>(Place{m_place.session, m_place.open, sheet});
     }
 
     std::unique_ptr<Worksheet> ActiveSheet() override
     {
-        m_session->requireOpen(*m_book);
-        return Sheets(static_cast<std::int32_t>(m_book->book.activeSheet) + 1);
+        return Sheets(static_cast<std::int32_t>(m_place.book().activeSheet) + 1);
     }
 
-    void SaveAs(std::string_view path, FileFormat fileFormat) override
+    void SaveAs(std::string_view path, FileFormat /*both are codes of the one format*/) override
     {
-        m_session->requireOpen(*m_book);
-        if (fileFormat != FileFormat::Excel8 && fileFormat != FileFormat::WorkbookNormal)
-            throw SpreadsheetError("The file format " + std::to_string(static_cast<std::int32_t>(fileFormat)) +
-                                   " is not known.");
+        OpenBook& opened = m_place.opened();
         if (fileExists(toPath(path)))
             throw SpreadsheetError("Cannot save as \"" + std::string(path) +
                                    "\": there is already a file of that name.");
         asApplication([&] {
-            m_session->recalculate(*m_book);
-            stampProperties(m_book->book);
-            writeWholeFile(engine::xls::writeWorkbook(m_book->book, engine::xls::FileKind::Workbook), toPath(path),
+            m_place.session->recalculate(opened);
+            stampProperties(opened.book);
+            writeWholeFile(engine::xls::writeWorkbook(opened.book, engine::xls::FileKind::Workbook), toPath(path),
                            FileLife::Temporary);
         });
-        m_book->isChanged = false;
+        opened.isChanged = false;
     }
 
-    void Close() override { m_session->close(m_book); }
+    void Close() override
+    {
+        OpenBook& closed = m_place.opened();
+        EmbeddedSession& session = *m_place.session;
+        if (closed.isChanged && session.displayAlerts)
+            throw SpreadsheetError("The workbook has changes that are not saved, and there is no window to ask in.");
+        closed.isOpen = false;
+        std::erase(session.books, m_place.open);
+        if (session.activeBook == m_place.open)
+            session.activeBook = session.books.empty() ? nullptr : session.books.back();
+    }
 
 private:
-    std::shared_ptr<Session> m_session;
-    std::shared_ptr<OpenBook> m_book;
+    Place m_place;
 };
 
-class EmbeddedApplication::BooksOfSession : public wagemill::Workbooks {
+class BooksOfSession : public Workbooks {
 public:
-    explicit BooksOfSession(std::shared_ptr<Session> session) : m_session(std::move(session)) {}
+    explicit BooksOfSession(SessionPointer session) : m_session(std::move(session)) {}
 
     std::unique_ptr<Workbook> Open(std::string_view path) override
     {
@@ -443,56 +420,61 @@ public:
     }
 
 private:
-    std::shared_ptr<Session> m_session;
+    SessionPointer m_session;
 };
 
-class EmbeddedApplication::SelectionOfSession : public wagemill::Selection {
+class SelectionOfSession : public Selection {
 public:
-    explicit SelectionOfSession(std::shared_ptr<Session> session) : m_session(std::move(session)) {}
+    explicit SelectionOfSession(SessionPointer session) : m_session(std::move(session)) {}
 
     void Copy() override
     {
-        OpenBook& book = m_session->requireActiveBook();
-        const CellRect area = selectedArea(book);
+        OpenBook& opened = m_session->requireActiveBook();
+        const CellRect area = opened.activeSheet().selection.area;
         if (!isWholeRows(area))
             throw SpreadsheetError("Only whole rows can be copied.");
-        m_session->copied = {m_session->activeBook, book.book.activeSheet, area.firstRow, area.lastRow};
+        m_session->copied = {m_session->activeBook, opened.book.activeSheet, area.firstRow, area.lastRow};
     }
 
     void PasteSpecial(PasteType paste, PasteOperation operation, bool skipBlanks, bool transpose) override
     {
-        OpenBook& book = m_session->requireActiveBook();
+        OpenBook& opened = m_session->requireActiveBook();
         if (paste != PasteType::All || operation != PasteOperation::None || skipBlanks || transpose)
             throw SpreadsheetError("Only everything, as it is, can be pasted.");
         const auto& copied = m_session->copied;
-        if (!copied || copied->book != m_session->activeBook || copied->sheet != book.book.activeSheet)
+        if (!copied || copied->book != m_session->activeBook || copied->sheet != opened.book.activeSheet)
             throw SpreadsheetError("No rows of this sheet have been copied.");
-        asApplication([&] {
-            const CellRect area = selectedArea(book);
-            if (area.firstColumn != 0)
-                throw SpreadsheetError("Whole rows can only be pasted at the first column.");
-            book.sheet(copied->sheet).copyRows(copied->first, copied->last, area.firstRow);
-            selectPasted(book, area.firstRow, copied->last - copied->first);
-        });
-        book.isChanged = book.needsRecalculation = true;
+        engine::SheetSelection& selection = opened.activeSheet().selection;
+        const int target = selection.area.firstRow;
+        if (selection.area.firstColumn != 0)
+            throw SpreadsheetError("Whole rows can only be pasted at the first column.");
+        asApplication([&] { opened.activeSheet().copyRows(copied->first, copied->last, target); });
+        selection = {{target, 0}, {target, 0, target + copied->last - copied->first, engine::maxColumns - 1}};
+        opened.isChanged = opened.needsRecalculation = true;
     }
 
 private:
-    static CellRect selectedArea(OpenBook& book) { return book.sheet(book.book.activeSheet).selection.area; }
-
-    static void selectPasted(OpenBook& book, int firstRow, int furtherRows)
-    {
-        book.sheet(book.book.activeSheet).selection = {{firstRow, 0},
-                                                       {firstRow, 0, firstRow + furtherRows, engine::maxColumns - 1}};
-    }
-
-    std::shared_ptr<Session> m_session;
+    SessionPointer m_session;
 };
+
+} // namespace
+
+void EmbeddedPictureClipboard::copy(const drawing::Drawing& drawing)
+{
+    m_picture = Picture{std::make_shared<const std::vector<std::byte>>(drawingFile(drawing))};
+}
+
+Picture EmbeddedPictureClipboard::GetData(std::int16_t format)
+{
+    if (!m_picture || format != 0)
+        throw SpreadsheetError("the clipboard holds no picture");
+    return *m_picture;
+}
 
 EmbeddedApplication::EmbeddedApplication(RegionalFormats formats, EmbeddedPictureClipboard& pictures,
                                          std::function<void(std::string)> tellMissing)
-    : m_session(std::make_shared<Session>(
-          Session{std::move(formats), pictures, std::move(tellMissing), {}, nullptr, std::nullopt}))
+    : m_session(
+          std::make_shared<EmbeddedSession>(EmbeddedSession{std::move(formats), pictures, std::move(tellMissing)}))
 {
 }
 
@@ -504,7 +486,7 @@ EmbeddedApplication::~EmbeddedApplication()
 std::string EmbeddedApplication::Version()
 {
     m_session->requireRunning();
-    return servedVersion;
+    return "16.0"; // the one whose file formats and members we serve
 }
 
 std::unique_ptr<wagemill::Workbooks> EmbeddedApplication::Workbooks()
@@ -516,9 +498,9 @@ std::unique_ptr<wagemill::Workbooks> EmbeddedApplication::Workbooks()
 std::unique_ptr<Workbook> EmbeddedApplication::Workbooks(std::int32_t index)
 {
     m_session->requireRunning();
-    if (index < 1 || static_cast<std::size_t>(index) > m_session->books.size())
-        throw SpreadsheetError("The session has no workbook number " + std::to_string(index) + ".");
-    return std::make_unique<BookOfSession>(m_session, m_session->books[static_cast<std::size_t>(index) - 1]);
+    const auto& books = m_session->books;
+    const std::size_t found = requireIndex(index, books.size(), "The session has no workbook number");
+    return std::make_unique<BookOfSession>(m_session, books[found]);
 }
 
 std::unique_ptr<wagemill::Selection> EmbeddedApplication::Selection()
@@ -529,8 +511,8 @@ std::unique_ptr<wagemill::Selection> EmbeddedApplication::Selection()
 
 std::unique_ptr<CellRange> EmbeddedApplication::Range(std::string_view address)
 {
-    const OpenBook& book = m_session->requireActiveBook();
-    return std::make_unique<RangeOfSheet>(m_session, m_session->activeBook, book.book.activeSheet,
+    const OpenBook& opened = m_session->requireActiveBook();
+    return std::make_unique<RangeOfSheet>(Place{m_session, m_session->activeBook, opened.book.activeSheet},
                                           requireAddress(address));
 }
 

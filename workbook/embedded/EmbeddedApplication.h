@@ -1,14 +1,31 @@
 #pragma once
 
 #include "app/base/text/RegionalFormats.h"
-#include "workbook/embedded/PictureClipboard.h"
+#include "drawing/Drawing.h"
 #include "workbook/spreadsheet/Spreadsheet.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace wagemill {
+
+struct EmbeddedSession;
+
+/// The embedded engine's own clipboard, so that pay stubs never reach other programs and what the user had copied
+/// stays. It holds one picture, a drawing in its file form.
+class EmbeddedPictureClipboard : public PictureClipboard {
+public:
+    void copy(const drawing::Drawing& drawing);
+    void clear() { m_picture.reset(); }
+
+    /// Format 0 only, for a drawing is no format of the system's. Throws SpreadsheetError when there is no picture.
+    Picture GetData(std::int16_t format) override;
+
+private:
+    std::optional<Picture> m_picture;
+};
 
 /// The engine as a spreadsheet application: a session of its own, with its own workbooks, selection and row clipboard.
 class EmbeddedApplication : public Application {
@@ -30,15 +47,7 @@ public:
     void Quit() override;
 
 private:
-    struct Session;
-    struct OpenBook;
-    class BooksOfSession;
-    class BookOfSession;
-    class SheetOfBook;
-    class RangeOfSheet;
-    class SelectionOfSession;
-
-    std::shared_ptr<Session> m_session;
+    std::shared_ptr<EmbeddedSession> m_session;
 };
 
 } // namespace wagemill

@@ -39,24 +39,20 @@ public:
 
 } // namespace
 
-struct CallFilter::Previous {
-    IMessageFilter* filter = nullptr;
-};
-
-CallFilter::CallFilter() : m_previous(std::make_unique<Previous>())
+CallFilter::CallFilter()
 {
     static NoEventsWhileWaiting filter;
     ::DisableProcessWindowsGhosting(); // no "(Not Responding)" in the title of a window that waits
     // Refused on a thread that waits without a message loop: there are no events to hold back there.
-    ::CoRegisterMessageFilter(&filter, &m_previous->filter);
+    ::CoRegisterMessageFilter(&filter, &m_previous);
 }
 
 CallFilter::~CallFilter()
 {
     IMessageFilter* ours = nullptr;
-    ::CoRegisterMessageFilter(m_previous->filter, &ours);
-    if (m_previous->filter != nullptr)
-        m_previous->filter->Release();
+    ::CoRegisterMessageFilter(m_previous, &ours);
+    if (m_previous != nullptr)
+        m_previous->Release();
 }
 
 std::shared_ptr<CallFilter> CallFilter::ofThisThread()

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+struct IMessageFilter;
+
 namespace wagemill::automation {
 
 /// While this lives, calls from this thread to other processes are waited for without letting any window event run, and
@@ -16,10 +18,9 @@ public:
     static std::shared_ptr<CallFilter> ofThisThread();
 
 private:
-    struct Previous;
     CallFilter();
 
-    std::unique_ptr<Previous> m_previous; ///< the filter that was there before
+    IMessageFilter* m_previous = nullptr; ///< the filter that was there before
 };
 
 } // namespace wagemill::automation

@@ -1,233 +1,190 @@
-#include "workbook/excel/ExcelApplication.h"
-
 #include "app/base/text/NumberText.h"
 #include "workbook/engine/CellAddress.h"
+#include "workbook/excel/ExcelObject.h"
 #include "workbook/excel/ExcelSession.h"
 
 #include <utility>
 
 namespace wagemill {
 
-using automation::int32In;
-using automation::NamedArguments;
-using automation::textIn;
+using automation::Arguments;
 using automation::Variant;
 
 namespace {
-
-constexpr std::string_view noCells = "Excel gave no cells.";
-constexpr std::string_view noSheet = "Excel gave no worksheet.";
 
 std::string numbered(std::string_view what, std::int32_t index)
 {
     return "Excel gave no " + std::string(what) + " number " + std::to_string(index) + ".";
 }
 
-class ExcelRange : public CellRange {
-public:
-    explicit ExcelRange(ExcelObject range) : m_range(std::move(range)) {}
+constexpr std::string_view noCells = "Excel gave no cells.";
 
-    std::unique_ptr<CellRange> Rows() override { return part(m_range->get(L"Rows")); }
-    std::unique_ptr<CellRange> Columns() override { return part(m_range->get(L"Columns")); }
+/// One of Excel's objects, driven by name: each member is one call of the member of that name there.
+template <class Interface>
+class Driven : public Interface {
+public:
+    explicit Driven(ExcelObject object) : m_object(std::move(object)) {}
+
+protected:
+    /// The object that a call gave.
+    template <class Child>
+    std::unique_ptr<Child> child(const Variant& result, std::string_view whenNothing) const
+    {
+        return std::make_unique<Child>(m_object.child(result, whenNothing));
+    }
+
+    ExcelObject m_object;
+};
+
+class ExcelRange : public Driven<CellRange> {
+public:
+    using Driven::Driven;
+
+    std::unique_ptr<CellRange> Rows() override { return child<ExcelRange>(m_object.get(L"Rows"), noCells); }
+    std::unique_ptr<CellRange> Columns() override { return child<ExcelRange>(m_object.get(L"Columns"), noCells); }
     std::unique_ptr<CellRange> Rows(std::int32_t index) override
     {
-        return part(m_range->get(L"Rows", {Variant::ofInt32(index)}));
+        return child<ExcelRange>(m_object.get(L"Rows", {Variant::ofInt32(index)}), noCells);
     }
     std::unique_ptr<CellRange> Columns(std::int32_t index) override
     {
-        return part(m_range->get(L"Columns", {Variant::ofInt32(index)}));
+        return child<ExcelRange>(m_object.get(L"Columns", {Variant::ofInt32(index)}), noCells);
     }
-    std::int32_t count() override { return int32In(m_range->get(L"count"), L"count"); }
-    std::int32_t Row() override { return int32In(m_range->get(L"Row"), L"Row"); }
-    std::int32_t Column() override { return int32In(m_range->get(L"Column"), L"Column"); }
-    void Select() override { m_range->call(L"Select"); }
-    void CopyPicture() override { m_range->call(L"CopyPicture"); }
-
-private:
-    std::unique_ptr<CellRange> part(const Variant& range) const
-    {
-        return std::make_unique<ExcelRange>(m_range.child(range, noCells));
-    }
-
-    ExcelObject m_range;
+    std::int32_t count() override { return m_object.number(L"count"); }
+    std::int32_t Row() override { return m_object.number(L"Row"); }
+    std::int32_t Column() override { return m_object.number(L"Column"); }
+    void Select() override { m_object.call(L"Select"); }
+    void CopyPicture() override { m_object.call(L"CopyPicture"); }
 };
 
-class ExcelSelection : public Selection {
+class ExcelSelection : public Driven<Selection> {
 public:
-    explicit ExcelSelection(ExcelObject selection) : m_selection(std::move(selection)) {}
+    using Driven::Driven;
 
-    void Copy() override { m_selection->call(L"Copy"); }
+    void Copy() override { m_object.call(L"Copy"); }
 
     void PasteSpecial(PasteType paste, PasteOperation operation, bool skipBlanks, bool transpose) override
     {
-        NamedArguments named;
-        named.push_back({L"Paste", Variant::ofInt32(static_cast<std::int32_t>(paste))});
-        named.push_back({L"Operation", Variant::ofInt32(static_cast<std::int32_t>(operation))});
-        named.push_back({L"SkipBlanks", Variant::ofBoolean(skipBlanks)});
-        named.push_back({L"Transpose", Variant::ofBoolean(transpose)});
-        m_selection->call(L"PasteSpecial", {}, std::move(named));
+        m_object.call(L"PasteSpecial", {},
+                      {{L"Paste", Variant::ofInt32(static_cast<std::int32_t>(paste))},
+                       {L"Operation", Variant::ofInt32(static_cast<std::int32_t>(operation))},
+                       {L"SkipBlanks", Variant::ofBoolean(skipBlanks)},
+                       {L"Transpose", Variant::ofBoolean(transpose)}});
     }
-
-private:
-    ExcelObject m_selection;
 };
 
-class ExcelWorksheet : public Worksheet {
+class ExcelWorksheet : public Driven<Worksheet> {
 public:
-    explicit ExcelWorksheet(ExcelObject sheet) : m_sheet(std::move(sheet)) {}
+    using Driven::Driven;
 
-    std::string Name() override { return textIn(m_sheet->get(L"Name"), L"Name"); }
-    void Activate() override { m_sheet->call(L"Activate"); }
+    std::string Name() override { return m_object.text(L"Name"); }
+    void Activate() override { m_object.call(L"Activate"); }
     std::unique_ptr<CellRange> Rows(std::string_view address) override
     {
-        return range(m_sheet->get(L"Rows", {Variant::ofText(address)}));
+        return child<ExcelRange>(m_object.get(L"Rows", {Variant::ofText(address)}), noCells);
     }
     std::unique_ptr<CellRange> Range(std::string_view address) override
     {
-        return range(m_sheet->get(L"Range", {Variant::ofText(address)}));
+        return child<ExcelRange>(m_object.get(L"Range", {Variant::ofText(address)}), noCells);
     }
-    std::unique_ptr<CellRange> UsedRange() override { return range(m_sheet->get(L"UsedRange")); }
+    std::unique_ptr<CellRange> UsedRange() override { return child<ExcelRange>(m_object.get(L"UsedRange"), noCells); }
 
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
     {
-        m_sheet->putTyped(L"Cells", {Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))},
-                          Variant::ofText(text), m_sheet.typingLocale(),
+        m_object.putTyped(L"Cells", {Variant::ofInt16(toInt16(row)), Variant::ofInt16(toInt16(column))}, text,
                           "cell " + engine::addressText({row - 1, column - 1}));
     }
-
-private:
-    std::unique_ptr<CellRange> range(const Variant& range) const
-    {
-        return std::make_unique<ExcelRange>(m_sheet.child(range, noCells));
-    }
-
-    ExcelObject m_sheet;
 };
 
-class ExcelWorkbook : public Workbook {
+class ExcelWorkbook : public Driven<Workbook> {
 public:
-    explicit ExcelWorkbook(ExcelObject workbook) : m_workbook(std::move(workbook)) {}
+    using Driven::Driven;
 
     std::unique_ptr<Worksheet> Sheets(std::int32_t index) override
     {
-        const Variant sheet = m_workbook->get(L"Sheets", {Variant::ofInt16(toInt16(index))});
-        return std::make_unique<ExcelWorksheet>(m_workbook.child(sheet, numbered("worksheet", index)));
+        return child<ExcelWorksheet>(m_object.get(L"Sheets", {Variant::ofInt16(toInt16(index))}),
+                                     numbered("worksheet", index));
     }
-
     std::unique_ptr<Worksheet> ActiveSheet() override
     {
-        return std::make_unique<ExcelWorksheet>(m_workbook.child(m_workbook->get(L"ActiveSheet"), noSheet));
+        return child<ExcelWorksheet>(m_object.get(L"ActiveSheet"), "Excel gave no worksheet.");
     }
-
     void SaveAs(std::string_view path, FileFormat fileFormat) override
     {
-        NamedArguments named;
-        named.push_back({L"FileFormat", Variant::ofInt32(static_cast<std::int32_t>(fileFormat))});
-        m_workbook->call(L"SaveAs", {Variant::ofText(path)}, std::move(named));
+        m_object.call(L"SaveAs", {Variant::ofText(path)},
+                      {{L"FileFormat", Variant::ofInt32(static_cast<std::int32_t>(fileFormat))}});
     }
-
-    void Close() override { m_workbook->call(L"Close"); }
-
-private:
-    ExcelObject m_workbook;
+    void Close() override { m_object.call(L"Close"); }
 };
 
-class ExcelWorkbooks : public Workbooks {
+class ExcelWorkbooks : public Driven<Workbooks> {
 public:
-    explicit ExcelWorkbooks(ExcelObject workbooks) : m_workbooks(std::move(workbooks)) {}
+    using Driven::Driven;
 
-    std::unique_ptr<Workbook> Open(std::string_view path) override
-    {
-        return opened(path, m_workbooks->call(L"Open", {Variant::ofText(path)}));
-    }
-
+    std::unique_ptr<Workbook> Open(std::string_view path) override { return opened(path, {Variant::ofText(path)}); }
     std::unique_ptr<Workbook> OpenReadOnly(std::string_view path) override
     {
-        return opened(
-            path, m_workbooks->call(L"Open", {Variant::ofText(path), Variant::omitted(), Variant::ofBoolean(true)}));
+        return opened(path, {Variant::ofText(path), Variant::omitted(), Variant::ofBoolean(true)});
     }
-
-    std::int32_t count() override { return int32In(m_workbooks->get(L"count"), L"count"); }
+    std::int32_t count() override { return m_object.number(L"count"); }
 
 private:
-    std::unique_ptr<Workbook> opened(std::string_view path, const Variant& workbook) const
+    std::unique_ptr<Workbook> opened(std::string_view path, Arguments arguments) const
     {
-        return std::make_unique<ExcelWorkbook>(m_workbooks.child(
-            workbook, "Excel did not hand over the workbook \"" + std::string(path) +
-                          "\". It may have opened it in Protected View. Please open any workbook of that folder in "
-                          "Excel, choose Enable Editing, or make the folder a trusted location, and try again."));
+        return child<ExcelWorkbook>(
+            m_object.call(L"Open", std::move(arguments)),
+            "Excel did not hand over the workbook \"" + std::string(path) +
+                "\". It may have opened it in Protected View. Please open any workbook of that folder in "
+                "Excel, choose Enable Editing, or make the folder a trusted location, and try again.");
     }
+};
 
-    ExcelObject m_workbooks;
+class ExcelApplication : public Driven<Application> {
+public:
+    using Driven::Driven;
+    /// Releases Excel with everything that was reached through it; does not quit it.
+    ~ExcelApplication() override { m_object.endSession(); }
+
+    std::string Version() override { return m_object.text(L"Version"); }
+    std::unique_ptr<wagemill::Workbooks> Workbooks() override
+    {
+        return child<ExcelWorkbooks>(m_object.get(L"Workbooks"), "Excel gave no list of its workbooks.");
+    }
+    std::unique_ptr<Workbook> Workbooks(std::int32_t index) override
+    {
+        return child<ExcelWorkbook>(m_object.get(L"Workbooks", {Variant::ofInt32(index)}), numbered("workbook", index));
+    }
+    std::unique_ptr<wagemill::Selection> Selection() override
+    {
+        return child<ExcelSelection>(m_object.get(L"Selection"), "Nothing is selected in Excel.");
+    }
+    std::unique_ptr<CellRange> Range(std::string_view address) override
+    {
+        return child<ExcelRange>(m_object.get(L"Range", {Variant::ofText(address)}), noCells);
+    }
+    void PutVisible(bool visible) override { m_object.put(L"Visible", Variant::ofBoolean(visible)); }
+    void PutDisplayAlerts(bool displayAlerts) override
+    {
+        m_object.put(L"DisplayAlerts", Variant::ofBoolean(displayAlerts));
+    }
+    void Quit() override
+    {
+        m_object.call(L"Quit");
+        m_object.endSession();
+    }
 };
 
 } // namespace
-
-ExcelApplication::~ExcelApplication()
-{
-    m_application.endSession();
-}
-
-std::string ExcelApplication::Version()
-{
-    return textIn(m_application->get(L"Version"), L"Version");
-}
-
-std::unique_ptr<wagemill::Workbooks> ExcelApplication::Workbooks()
-{
-    return std::make_unique<ExcelWorkbooks>(
-        m_application.child(m_application->get(L"Workbooks"), "Excel gave no list of its workbooks."));
-}
-
-std::unique_ptr<Workbook> ExcelApplication::Workbooks(std::int32_t index)
-{
-    const Variant workbook = m_application->get(L"Workbooks", {Variant::ofInt32(index)});
-    return std::make_unique<ExcelWorkbook>(m_application.child(workbook, numbered("workbook", index)));
-}
-
-std::unique_ptr<wagemill::Selection> ExcelApplication::Selection()
-{
-    return std::make_unique<ExcelSelection>(
-        m_application.child(m_application->get(L"Selection"), "Nothing is selected in Excel."));
-}
-
-std::unique_ptr<CellRange> ExcelApplication::Range(std::string_view address)
-{
-    const Variant range = m_application->get(L"Range", {Variant::ofText(address)});
-    return std::make_unique<ExcelRange>(m_application.child(range, noCells));
-}
-
-void ExcelApplication::PutVisible(bool visible)
-{
-    m_application->put(L"Visible", {}, Variant::ofBoolean(visible));
-}
-
-void ExcelApplication::PutDisplayAlerts(bool displayAlerts)
-{
-    m_application->put(L"DisplayAlerts", {}, Variant::ofBoolean(displayAlerts));
-}
-
-void ExcelApplication::Quit()
-{
-    m_application->call(L"Quit");
-    m_application.endSession();
-}
 
 bool isExcelSystem()
 {
     return true;
 }
 
-std::unique_ptr<Application> createExcelSession()
+std::unique_ptr<Application> createExcelSession(std::uint32_t typingLocale)
 {
-    return createExcelSession(::GetUserDefaultLCID());
-}
-
-std::unique_ptr<Application> createExcelSession(LCID typingLocale)
-{
-    auto references = std::make_shared<ExcelReferences>(typingLocale);
-    auto application = automation::createObject(L"Excel.Application");
-    return std::make_unique<ExcelApplication>(ExcelObject(std::move(references), std::move(application)));
+    auto references = std::make_shared<ExcelReferences>(typingLocale != 0 ? typingLocale : ::GetUserDefaultLCID());
+    return std::make_unique<ExcelApplication>(ExcelObject(std::move(references), L"Excel.Application"));
 }
 
 } // namespace wagemill

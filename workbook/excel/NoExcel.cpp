@@ -19,7 +19,7 @@ bool isExcelSystem()
     return false;
 }
 
-std::unique_ptr<Application> createExcelSession()
+std::unique_ptr<Application> createExcelSession(std::uint32_t /*typingLocale*/)
 {
     throw SpreadsheetError("Excel is not available on this system.");
 }

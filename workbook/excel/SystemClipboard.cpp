@@ -3,8 +3,6 @@
 
 #include <windows.h>
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <thread>
 
@@ -31,24 +29,6 @@ public:
     ~OpenClipboardScope() { ::CloseClipboard(); }
 };
 
-/// The bytes of a memory object of the clipboard, which stays the clipboard's.
-class LockedMemory {
-public:
-    explicit LockedMemory(HGLOBAL memory) : m_memory(memory), m_bytes(::GlobalLock(memory)) {}
-    LockedMemory(const LockedMemory&) = delete;
-    LockedMemory& operator=(const LockedMemory&) = delete;
-    ~LockedMemory() { ::GlobalUnlock(m_memory); }
-
-    std::span<const std::byte> bytes() const
-    {
-        return {static_cast<const std::byte*>(m_bytes), m_bytes != nullptr ? ::GlobalSize(m_memory) : 0};
-    }
-
-private:
-    HGLOBAL m_memory;
-    const void* m_bytes;
-};
-
 /// The program that copied may draw its picture only now; the object stays the clipboard's.
 HANDLE clipboardObject(UINT format)
 {
@@ -60,7 +40,10 @@ HANDLE clipboardObject(UINT format)
 
 std::vector<std::byte> bitmapOnClipboard()
 {
-    return fileOfPackedBitmap(LockedMemory(clipboardObject(CF_DIB)).bytes());
+    const HANDLE object = clipboardObject(CF_DIB);
+    const auto unlock = [object](const void*) { ::GlobalUnlock(object); };
+    const std::unique_ptr<const void, decltype(unlock)> bytes(::GlobalLock(object), unlock);
+    return fileOfPackedBitmap({static_cast<const std::byte*>(bytes.get()), bytes ? ::GlobalSize(object) : 0});
 }
 
 std::vector<std::byte> metafileOnClipboard()
@@ -74,34 +57,23 @@ std::vector<std::byte> metafileOnClipboard()
     return file;
 }
 
-struct PictureFormat {
-    UINT code;
-    std::vector<std::byte> (*fileBytes)();
-};
-
-/// The system turns every bitmap on the clipboard into a device independent one, and every metafile into an enhanced
-/// one, when it is asked for that.
-constexpr std::array<PictureFormat, 5> pictureFormats = {{
-    {CF_BITMAP, bitmapOnClipboard},
-    {CF_DIB, bitmapOnClipboard},
-    {CF_DIBV5, bitmapOnClipboard},
-    {CF_METAFILEPICT, metafileOnClipboard},
-    {CF_ENHMETAFILE, metafileOnClipboard},
-}};
-
-const PictureFormat* pictureFormat(UINT code)
+bool isBitmap(UINT format)
 {
-    const auto* const found = std::ranges::find(pictureFormats, code, &PictureFormat::code);
-    return found != pictureFormats.end() ? found : nullptr;
+    return format == CF_BITMAP || format == CF_DIB || format == CF_DIBV5;
 }
 
-/// The first picture format on the clipboard: its owner puts the best one first. Null when there is none.
-const PictureFormat* firstPictureFormat()
+bool isMetafile(UINT format)
 {
-    for (UINT code = ::EnumClipboardFormats(0); code != 0; code = ::EnumClipboardFormats(code))
-        if (const PictureFormat* format = pictureFormat(code))
-            return format;
-    return nullptr;
+    return format == CF_METAFILEPICT || format == CF_ENHMETAFILE;
+}
+
+/// The first picture format on the clipboard: its owner puts the best one first. 0 when there is none.
+UINT firstPictureFormat()
+{
+    UINT format = ::EnumClipboardFormats(0);
+    while (format != 0 && !isBitmap(format) && !isMetafile(format))
+        format = ::EnumClipboardFormats(format);
+    return format;
 }
 
 class SystemClipboard : public PictureClipboard {
@@ -109,11 +81,13 @@ public:
     Picture GetData(std::int16_t format) override
     {
         const OpenClipboardScope open;
-        const auto code = static_cast<UINT>(format);
-        const PictureFormat* found = code == 0 ? firstPictureFormat() : pictureFormat(code);
-        if (found == nullptr || !::IsClipboardFormatAvailable(found->code))
+        const UINT found = format == 0 ? firstPictureFormat() : static_cast<UINT>(format);
+        if ((!isBitmap(found) && !isMetafile(found)) || !::IsClipboardFormatAvailable(found))
             throw SpreadsheetError("the clipboard holds no picture");
-        return {std::make_shared<const std::vector<std::byte>>(found->fileBytes())};
+        // The system turns every bitmap on the clipboard into a device independent one, and every metafile into an
+        // enhanced one, when it is asked for that.
+        return {std::make_shared<const std::vector<std::byte>>(isBitmap(found) ? bitmapOnClipboard()
+                                                                               : metafileOnClipboard())};
     }
 };
 

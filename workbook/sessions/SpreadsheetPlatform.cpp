@@ -1,6 +1,5 @@
 #include "app/base/PlatformFiles.h"
 #include "workbook/embedded/EmbeddedApplication.h"
-#include "workbook/embedded/PictureClipboard.h"
 #include "workbook/excel/ExcelSession.h"
 #include "workbook/sessions/Session.h"
 
@@ -23,7 +22,7 @@ bool isExcelWanted()
 SpreadsheetPlatform spreadsheetPlatform(const RegionalFormats& formats)
 {
     if (isExcelWanted())
-        return {createExcelSession, &systemPictureClipboard()};
+        return {[] { return createExcelSession(); }, &systemPictureClipboard()};
     static EmbeddedPictureClipboard clipboard;
     static std::string notice;
     return {[formats] {
