@@ -7,7 +7,7 @@ namespace wagemill {
 
 namespace {
 
-constexpr int mostAttempts = 1000;
+constexpr int maxAttempts = 1000;
 
 /// Writes the picture in its own format, whole or not at all. A file or link that was there is replaced.
 void SavePicture(const std::optional<Picture>& picture, const std::filesystem::path& path)
@@ -23,29 +23,30 @@ void SavePicture(const std::optional<Picture>& picture, const std::filesystem::p
 void saveCellsActivesheet(Workbook* workbook, const std::filesystem::path& path, PictureClipboard& clipboard)
 {
     ErrorTrap trap("Excel1.saveCellsActivesheet");
-    std::unique_ptr<Worksheet> sheet;
+    std::unique_ptr<Worksheet> activeSheet;
+    const auto sheet = [&]() -> Worksheet& { return present(activeSheet, "active sheet"); };
     std::int32_t lastRow = 0;
-    trap.step(10, [&] { sheet = present(workbook, "workbook").ActiveSheet(); });
+    trap.step(10, [&] { activeSheet = present(workbook, "workbook").ActiveSheet(); });
     trap.step(20, [&] {
-        const auto rows = present(sheet, "active sheet").UsedRange()->Rows();
-        lastRow = present(sheet, "active sheet").UsedRange()->Rows(rows->count())->Row();
+        const auto rows = sheet().UsedRange()->Rows();
+        lastRow = sheet().UsedRange()->Rows(rows->count())->Row();
     });
     trap.step(30, [&] {
-        const auto columns = present(sheet, "active sheet").UsedRange()->Columns();
-        present(sheet, "active sheet").UsedRange()->Columns(columns->count())->Column();
+        const auto columns = sheet().UsedRange()->Columns();
+        sheet().UsedRange()->Columns(columns->count())->Column();
     });
     if (lastRow <= 1)
         return; // an empty sheet has no picture
     std::optional<Picture> picture;
-    trap.step(40, [&] { present(sheet, "active sheet").Name(); });
-    trap.step(50, [&] { present(sheet, "active sheet").UsedRange()->CopyPicture(); });
+    trap.step(40, [&] { sheet().Name(); });
+    trap.step(50, [&] { sheet().UsedRange()->CopyPicture(); });
     trap.step(60, [&] { picture = getClipboardPicture(clipboard, 0); });
     trap.step(70, [&] { SavePicture(picture, path); });
 }
 
 std::optional<Picture> getClipboardPicture(PictureClipboard& clipboard, std::int16_t format)
 {
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         try {
             return clipboard.GetData(format);
         } catch (const std::exception&) {

@@ -31,7 +31,6 @@ public:
 
     void run()
     {
-        beginWaiting();
         openTemplate();
         for (std::size_t row = 0; row < m_data.rows.size(); ++row)
             fillEmployee(static_cast<std::int16_t>(row));
@@ -42,7 +41,6 @@ public:
     }
 
 private:
-    void beginWaiting();
     void openTemplate();
     void fillEmployee(std::int16_t row);
     void fillSheet(int step, SheetNumber sheet, std::uint8_t FieldColumns::*column, const EmployeeRow& employee);
@@ -53,13 +51,11 @@ private:
     void cleanUp();
 
     void chooseWorkbookPath();
+    void put(int step, SheetNumber number, std::int32_t row, std::int32_t column, const std::string& text);
+    Application& session() const { return present(m_session, "spreadsheet session"); }
     std::unique_ptr<Worksheet> sheet(SheetNumber number) const
     {
         return present(m_workbook, "workbook").Sheets(static_cast<std::int32_t>(number));
-    }
-    void put(int step, SheetNumber number, std::int32_t row, std::int32_t column, const std::string& text)
-    {
-        m_trap.step(step, [&] { sheet(number)->PutCells(row, column, text); });
     }
 
     const PayrollData& m_data;
@@ -77,14 +73,10 @@ private:
     std::int16_t m_summaryRow = firstSummaryRow;
 };
 
-void PayrollBuild::beginWaiting()
+void PayrollBuild::openTemplate()
 {
     m_trap.step(10, [&] { m_windows.freezeDrawing(); });
     m_trap.step(20, [&] { m_windows.showHourglass(); });
-}
-
-void PayrollBuild::openTemplate()
-{
     m_trap.step(25, [&] { m_folderLock = lockTemporaryFolder(); });
     m_trap.step(30, [&] { m_session = m_services.spreadsheet.createSession(); });
     m_trap.step(40, [&] { m_templateBytes = m_services.templateResource(); });
@@ -94,7 +86,7 @@ void PayrollBuild::openTemplate()
     });
     m_trap.step(60, [&] {
         requireOwnFile(m_template);
-        m_workbook = present(m_session, "spreadsheet session").Workbooks()->OpenReadOnly(m_template.string());
+        m_workbook = session().Workbooks()->OpenReadOnly(m_template.string());
     });
 }
 
@@ -120,19 +112,28 @@ void PayrollBuild::fillSheet(int step, SheetNumber sheet, std::uint8_t FieldColu
     }
 }
 
+void PayrollBuild::put(int step, SheetNumber number, std::int32_t row, std::int32_t column, const std::string& text)
+{
+    m_trap.step(step, [&] {
+        const auto target = sheet(number);
+        try {
+            target->PutCells(row, column, text);
+        } catch (const std::exception&) {
+            quietly([&] { target->PutCells(row, column, ""); }); // rather than the template's example
+            throw;
+        }
+    });
+}
+
 void PayrollBuild::copyStub(std::int16_t row, const EmployeeRow& employee)
 {
     std::int16_t stubRow = firstStubRow;
-    m_trap.step(300, [&] { stubRow = stubRowOf(row); });
+    m_trap.step(300, [&] { stubRow = toInt16(row * stubHeight + firstStubRow); });
     m_trap.step(310, [&] { sheet(SheetNumber::Stubs)->Activate(); });
     m_trap.step(320, [&] { sheet(SheetNumber::Stubs)->Rows(stubBlock)->Select(); });
-    m_trap.step(330, [&] { present(m_session, "spreadsheet session").Selection()->Copy(); });
+    m_trap.step(330, [&] { session().Selection()->Copy(); });
     m_trap.step(340, [&] { sheet(SheetNumber::Stubs)->Range("A" + std::to_string(stubRow))->Select(); });
-    m_trap.step(350, [&] {
-        present(m_session, "spreadsheet session")
-            .Selection()
-            ->PasteSpecial(PasteType::All, PasteOperation::None, false, false);
-    });
+    m_trap.step(350, [&] { session().Selection()->PasteSpecial(PasteType::All, PasteOperation::None, false, false); });
     put(360, SheetNumber::Stubs, stubRow, 3, m_data.header.companyName);
     put(370, SheetNumber::Stubs, stubRow + 1, 8, employee.texts[employeeIdField]);
     m_trap.step(380, [&] { sheet(SheetNumber::Stubs)->Range("A1")->Select(); });
@@ -140,16 +141,16 @@ void PayrollBuild::copyStub(std::int16_t row, const EmployeeRow& employee)
 
 void PayrollBuild::saveWorkbook()
 {
-    m_trap.step(400, [&] { present(m_session, "spreadsheet session").Range("D5")->Select(); });
-    m_trap.step(410, [&] { present(m_session, "spreadsheet session").PutVisible(false); });
+    m_trap.step(400, [&] { session().Range("D5")->Select(); });
+    m_trap.step(410, [&] { session().PutVisible(false); });
     m_trap.step(420, [&] { chooseWorkbookPath(); });
     m_trap.step(430, [&] {
         const FileFormat format = getSaveFileFormat(m_services.spreadsheet.createSession, m_session.get());
         present(m_workbook, "workbook").SaveAs(m_path.string(), format);
     });
-    m_trap.step(440, [&] { present(m_session, "spreadsheet session").PutDisplayAlerts(false); });
+    m_trap.step(440, [&] { session().PutDisplayAlerts(false); });
     m_trap.step(450, [&] { present(m_workbook, "workbook").Close(); });
-    m_trap.step(460, [&] { present(m_session, "spreadsheet session").Quit(); });
+    m_trap.step(460, [&] { session().Quit(); });
     m_workbook.reset();
     m_session.reset();
 }
@@ -212,11 +213,6 @@ void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const 
     PayrollBuild(data, windows, services).run(); // and gives the folder back before the user is asked to read
     if (const std::string notice = services.spreadsheet.takeNotice(); !notice.empty())
         showMessage({notice, "", MessageIcon::Information, MessageButtons::Ok});
-}
-
-std::int16_t stubRowOf(std::int16_t row)
-{
-    return toInt16(row * stubHeight + firstStubRow);
 }
 
 } // namespace wagemill

@@ -32,18 +32,15 @@ public:
 struct BuildServices {
     SpreadsheetPlatform spreadsheet;
     RegionalFormats formats;
-    /// The template that the program carries. Throws when it cannot be read.
+    /// The template in the program. Throws when it cannot be read.
     std::function<std::span<const std::byte>()> templateResource;
-    /// A number by chance, from the first argument on; the second says how many there are to draw from.
+    /// A random number, from the first argument on; the second says how many there are to draw from.
     std::function<std::int32_t(std::int32_t low, std::int32_t span)> randomNumber;
 };
 
-/// Fills the template with the payroll figures, saves it under a fresh name in the temporary folder, takes its picture
+/// Fills the template with the payroll data, saves it under a fresh name in the temporary folder, takes its picture
 /// and shows the preview. Runs to its end: a failing step is reported in the error dialog, and the next step follows.
 /// What the spreadsheet application has to say about the workbook is said last.
 void buildPayrollWorkbook(const PayrollData& data, BuildWindows& windows, const BuildServices& services);
-
-/// First row, from 1, of an employee's block on the sheet of stubs. Throws std::overflow_error beyond 16 bits.
-std::int16_t stubRowOf(std::int16_t row);
 
 } // namespace wagemill

@@ -37,4 +37,11 @@ void handleEvent(const std::function<void()>& work)
     }
 }
 
+void quietly(const std::function<void()>& work)
+try {
+    work();
+} catch (const std::exception&) {
+    return;
+}
+
 } // namespace wagemill

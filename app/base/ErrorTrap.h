@@ -28,6 +28,9 @@ private:
 /// Nothing may be thrown through the window system.
 void handleEvent(const std::function<void()>& work);
 
+/// Runs what may fail without anybody being told.
+void quietly(const std::function<void()>& work);
+
 /// What a procedure reaches for and an earlier step may have failed to make.
 /// Throws std::runtime_error "There is no <what>, because an earlier step failed." when the pointer is empty.
 template <typename Pointer>

@@ -111,7 +111,7 @@ def pays_twenty_five_employees(program):
         guide.screen.find("push button", SAVE)
         said = guide.screen.find("image", "Picture of the payroll sheet").description.split("\n")
         expect(said == [NED, "Pay stub of Ida Reed: gross pay $0.00, net pay $0.00.",
-                        "23 pay stubs without figures."], f"the picture says {said}")
+                        "23 pay stubs without amounts."], f"the picture says {said}")
         guide.close_window()
         guide.process.wait(5)
         again = Guide(desktop, program, WAGEMILL_EMPLOYEES="25")

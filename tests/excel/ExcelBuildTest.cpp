@@ -94,11 +94,11 @@ SIZE naturalSize(const std::vector<std::byte>& metafile)
 }
 
 /// What a user must find after any build: the windows usable, the intermediate files gone.
-void expectTidy(const BuildOutcome& outcome, const std::filesystem::path& folder, const std::string& when)
+void expectTidy(const RecordedWindows& outcome, const std::filesystem::path& folder, const std::string& when)
 {
-    ASSERT_GE(outcome.windowCalls.size(), 2U) << when;
-    EXPECT_EQ(outcome.windowCalls[outcome.windowCalls.size() - 2], "unfreeze") << when;
-    EXPECT_EQ(outcome.windowCalls.back(), "arrow") << when;
+    ASSERT_GE(outcome.calls.size(), 2U) << when;
+    EXPECT_EQ(outcome.calls[outcome.calls.size() - 2], "unfreeze") << when;
+    EXPECT_EQ(outcome.calls.back(), "arrow") << when;
     EXPECT_FALSE(fileExists(folder / "template.xlt")) << when;
     EXPECT_FALSE(fileExists(folder / "temp.bmp")) << when;
 }
@@ -108,15 +108,15 @@ protected:
     /// A build whose workbook and picture are those of the engine, without a dialog.
     void expectSameAsTheEngines(const PayrollData& data, const std::string& when)
     {
-        const BuildOutcome through = build(data);
-        const BuildOutcome direct = buildDirectly(data);
+        const auto through = build(data);
+        const auto direct = buildDirectly(data);
         EXPECT_EQ(messages.texts(), std::vector<std::string>()) << when;
-        ASSERT_FALSE(through.workbook.empty() || direct.workbook.empty()) << when;
-        EXPECT_EQ(workbookDifferences(through.workbook, direct.workbook), std::vector<std::string>()) << when;
-        const drawing::Drawing expected = readDrawingFile(direct.picture);
-        EXPECT_NEAR(naturalSize(through.picture).cx, expected.width, 1) << when;
-        EXPECT_NEAR(naturalSize(through.picture).cy, expected.height, 1) << when;
-        expectTidy(through, folder, when);
+        ASSERT_FALSE(through->workbook.empty() || direct->workbook.empty()) << when;
+        EXPECT_EQ(workbookDifferences(through->workbook, direct->workbook), std::vector<std::string>()) << when;
+        const drawing::Drawing expected = readDrawingFile(direct->picture);
+        EXPECT_NEAR(naturalSize(through->picture).cx, expected.width, 1) << when;
+        EXPECT_NEAR(naturalSize(through->picture).cy, expected.height, 1) << when;
+        expectTidy(*through, folder, when);
         EXPECT_EQ(excelProcessesLeft(), 0) << when;
     }
 };
@@ -179,11 +179,11 @@ TEST_F(ExcelBuildTest, WaitsForAnExcelThatIsBusy)
 TEST_F(ExcelBuildTest, ReportsTheStepThatABusyExcelKeepsWaitingForTenSeconds)
 {
     startAnew({"busy=8 busyfor=15000"});
-    const BuildOutcome outcome = build(dataOf("sample"));
+    const auto outcome = build(dataOf("sample"));
     EXPECT_EQ(messages.failedSteps(), std::vector<int>{100});
     EXPECT_TRUE(messages.shown[0].text.starts_with("Excel failed at cell B4: Excel is busy. Please finish"))
         << messages.shown[0].text;
-    expectTidy(outcome, folder, "busy");
+    expectTidy(*outcome, folder, "busy");
 }
 
 TEST_F(ExcelBuildTest, AsksForTheListedMembersInTheirListedFormAndNothingElse)
@@ -207,11 +207,11 @@ TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)
     for (const auto& told : {std::vector<std::string>{"die=40"}, {"", "die=3"}}) {
         startAnew(told);
         const auto start = std::chrono::steady_clock::now();
-        const BuildOutcome outcome = build(dataOf("sample"));
+        const auto outcome = build(dataOf("sample"));
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << told.back();
         ASSERT_FALSE(messages.shown.empty()) << told.back();
         EXPECT_NE(messages.shown[0].text.find(expected), std::string::npos) << messages.shown[0].text;
-        expectTidy(outcome, folder, told.back());
+        expectTidy(*outcome, folder, told.back());
         EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
     }
 }
@@ -250,13 +250,13 @@ TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
     };
     for (const auto& [told, steps, text] : cases) {
         startAnew(told);
-        const BuildOutcome outcome = build(dataOf("sample"));
+        const auto outcome = build(dataOf("sample"));
         std::vector<int> reported = messages.failedSteps();
         reported.resize(std::min(reported.size(), steps.size()));
         EXPECT_EQ(reported, steps) << told.back();
         ASSERT_FALSE(messages.shown.empty()) << told.back();
         EXPECT_NE(messages.shown[0].text.find(text), std::string::npos) << messages.shown[0].text;
-        expectTidy(outcome, folder, told.back());
+        expectTidy(*outcome, folder, told.back());
         EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
     }
 }
@@ -264,23 +264,23 @@ TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
 TEST_F(ExcelBuildTest, ReportsEveryCellOfASheetThatIsNotThere)
 {
     writeTemplateWithTwoSheets(folder / "template.xlt");
-    const BuildOutcome outcome = build(dataOf("sample"));
+    const auto outcome = build(dataOf("sample"));
     EXPECT_EQ(messages.failedSteps(), (std::vector<int>{310, 320, 330, 340, 350, 360, 370, 380}));
     EXPECT_TRUE(messages.shown[0].text.starts_with("The workbook has no sheet number 3.\r\n"));
-    EXPECT_TRUE(fileExists(outcome.workbook));
-    expectTidy(outcome, folder, "two sheets");
+    EXPECT_TRUE(fileExists(outcome->workbook));
+    expectTidy(*outcome, folder, "two sheets");
 }
 
 TEST_F(ExcelBuildTest, SavesInTheOlderFormatOfAnOlderExcel)
 {
     startAnew({"version=11.0"});
-    const BuildOutcome outcome = build(dataOf("sample"));
+    const auto outcome = build(dataOf("sample"));
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
     const std::vector<std::string> calls = logged("call");
     EXPECT_TRUE(std::ranges::any_of(calls, [](const std::string& call) {
         return call.starts_with("Workbook.SaveAs ") && call.ends_with(", FileFormat:=I4 -4143)");
     }));
-    EXPECT_EQ(workbookDifferences(outcome.workbook, buildDirectly(dataOf("sample")).workbook),
+    EXPECT_EQ(workbookDifferences(outcome->workbook, buildDirectly(dataOf("sample"))->workbook),
               std::vector<std::string>());
 }
 

@@ -125,33 +125,31 @@ void ExcelTest::startAnew(std::vector<std::string> told)
     emptyClipboard();
 }
 
-BuildServices ExcelTest::services(SpreadsheetPlatform spreadsheet) const
+std::unique_ptr<RecordedWindows> ExcelTest::buildWith(SpreadsheetPlatform spreadsheet, const PayrollData& data) const
 {
     BuildServices services;
     services.spreadsheet = std::move(spreadsheet);
     services.templateResource = [] { return customResource(payrollTemplateResource); };
     services.randomNumber = randomWholeNumber;
-    return services;
+    auto windows = std::make_unique<RecordedWindows>();
+    buildPayrollWorkbook(data, *windows, services);
+    return windows;
 }
 
-BuildOutcome ExcelTest::build(const PayrollData& data)
+std::unique_ptr<RecordedWindows> ExcelTest::build(const PayrollData& data)
 {
-    RecordedWindows windows;
-    buildPayrollWorkbook(data, windows, services({[this] { return createSession(); }, &systemPictureClipboard()}));
-    return std::move(windows.outcome);
+    return buildWith({[this] { return createSession(); }, &systemPictureClipboard()}, data);
 }
 
-BuildOutcome ExcelTest::buildDirectly(const PayrollData& data)
+std::unique_ptr<RecordedWindows> ExcelTest::buildDirectly(const PayrollData& data)
 {
-    RecordedWindows windows;
     const auto createApplication = [this] {
         std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name = {};
         ::LCIDToLocaleName(locale, name.data(), LOCALE_NAME_MAX_LENGTH, 0);
         return std::make_unique<EmbeddedApplication>(regionalFormatsOf(QLocale(QString::fromWCharArray(name.data()))),
                                                      m_engineClipboard);
     };
-    buildPayrollWorkbook(data, windows, services({createApplication, &m_engineClipboard}));
-    return std::move(windows.outcome);
+    return buildWith({createApplication, &m_engineClipboard}, data);
 }
 
 std::vector<std::string> ExcelTest::logged(const std::string& kind) const

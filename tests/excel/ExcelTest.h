@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/RecordedMessages.h"
+#include "tests/support/RecordedWindows.h"
 #include "workbook/PayrollBuild.h"
 #include "workbook/embedded/EmbeddedApplication.h"
 
@@ -16,26 +17,6 @@
 #include <vector>
 
 namespace wagemill::test {
-
-/// What a build left: what was done to the windows, the picture and the workbook that they were given.
-struct BuildOutcome {
-    std::vector<std::string> windowCalls;
-    std::vector<std::byte> picture;
-    std::filesystem::path workbook;
-};
-
-struct RecordedWindows : BuildWindows {
-    BuildOutcome outcome;
-
-    void freezeDrawing() override { outcome.windowCalls.emplace_back("freeze"); }
-    void unfreezeDrawing() override { outcome.windowCalls.emplace_back("unfreeze"); }
-    void showHourglass() override { outcome.windowCalls.emplace_back("hourglass"); }
-    void showArrow() override { outcome.windowCalls.emplace_back("arrow"); }
-    void showPicture(const std::filesystem::path& path) override;
-    void passWorkbook(const std::filesystem::path& path) override { outcome.workbook = path; }
-    void showPreview() override { outcome.windowCalls.emplace_back("show preview"); }
-    void hideEntry() override { outcome.windowCalls.emplace_back("hide entry"); }
-};
 
 /// Whether the condition comes true within the time; it is asked again and again.
 bool isSoon(const std::function<bool()>& condition, std::chrono::milliseconds time);
@@ -53,10 +34,10 @@ protected:
     ~ExcelTest() override;
     void TearDown() override { EXPECT_EQ(excelProcessesLeft(), 0); }
 
-    /// A build through Excel.
-    BuildOutcome build(const PayrollData& data);
+    /// What a build through Excel left.
+    std::unique_ptr<RecordedWindows> build(const PayrollData& data);
     /// The same through the engine in this process.
-    BuildOutcome buildDirectly(const PayrollData& data);
+    std::unique_ptr<RecordedWindows> buildDirectly(const PayrollData& data);
     /// A session with an Excel that was told the instructions of its number.
     std::unique_ptr<Application> createSession();
     /// The next session is the first one again; the log and the clipboard are emptied.
@@ -77,7 +58,7 @@ protected:
 
 private:
     std::filesystem::path logFile() const { return folder / "calls.log"; }
-    BuildServices services(SpreadsheetPlatform spreadsheet) const;
+    std::unique_ptr<RecordedWindows> buildWith(SpreadsheetPlatform spreadsheet, const PayrollData& data) const;
 
     std::size_t m_sessions = 0;
     EmbeddedPictureClipboard m_engineClipboard;

@@ -171,8 +171,8 @@ Result built(const std::string& who, const BuildServices& services)
     data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
     test::RecordedWindows windows;
     buildPayrollWorkbook(data, windows, services);
-    const Result result = {windows.outcome.picture, valuesOf(windows.outcome.workbook)};
-    deleteFileQuietly(windows.outcome.workbook); // as leaving the preview does
+    Result result = {windows.picture, valuesOf(windows.workbook)};
+    deleteFileQuietly(windows.workbook); // as leaving the preview does
     return result;
 }
 

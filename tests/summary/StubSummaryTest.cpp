@@ -46,7 +46,7 @@ std::filesystem::path workbookOf(const std::vector<Stub>& stubs, const test::Tem
     return path;
 }
 
-TEST(StubSummary, TellsNameGrossAndNetOfEveryStub)
+TEST(StubSummary, SaysNameGrossAndNetOfEveryStub)
 {
     const std::string ned = "Ned Hollister";
     struct {
@@ -58,8 +58,8 @@ TEST(StubSummary, TellsNameGrossAndNetOfEveryStub)
          "Pay stub of Ned Hollister: gross pay $1,997.50, net pay -$3.00.\n"
          "Pay stub of Ida: gross pay $0.00, net pay $0.00."},
         {{{ErrorCode::NotAvailable, ErrorCode::NotAvailable, ErrorCode::NotAvailable}, {ned, 1.0, 1.0}},
-         "Pay stub of Ned Hollister: gross pay $1.00, net pay $1.00.\n1 pay stub without figures."},
-        {{{ned, 1.0, ErrorCode::Value}, {ned, ErrorCode::Name, 1.0}}, "2 pay stubs without figures."},
+         "Pay stub of Ned Hollister: gross pay $1.00, net pay $1.00.\n1 pay stub without amounts."},
+        {{{ned, 1.0, ErrorCode::Value}, {ned, ErrorCode::Name, 1.0}}, "2 pay stubs without amounts."},
         {{}, ""},
     };
     for (const auto& [stubs, expected] : cases) {

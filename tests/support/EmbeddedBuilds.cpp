@@ -23,7 +23,7 @@ std::filesystem::path EmbeddedBuilds::build(const PayrollData& data)
 {
     RecordedWindows windows;
     buildPayrollWorkbook(data, windows, m_services);
-    return windows.outcome.workbook;
+    return windows.workbook;
 }
 
 } // namespace wagemill::test

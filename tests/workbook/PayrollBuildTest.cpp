@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <span>
 
 using namespace wagemill;
 using namespace wagemill::test;
@@ -152,6 +153,92 @@ TEST_F(PayrollBuildTest, ReportsAFailingCellAndGoesOnWithTheNext)
     EXPECT_EQ(windows.outcome.windowCalls.back(), "arrow");
 }
 
+/// How the application fails at one of its calls.
+enum class Fault { Once, FromThenOn, ApplicationDead };
+
+class FailingBuildTest : public PayrollBuildTest {
+protected:
+    /// Builds two workbook rows while call number `call`, from 1, fails. False when there are fewer calls than that.
+    bool buildFailing(Fault fault, int call)
+    {
+        int dead = -1;
+        spreadsheet.fails = [&, fault, call](int number) {
+            const std::string& made = spreadsheet.calls.back();
+            const int session = made == "new" ? spreadsheet.sessions + 1 : std::stoi(made);
+            if (number == call)
+                dead = session;
+            return number == call || (fault == Fault::FromThenOn && number > call) ||
+                   (fault == Fault::ApplicationDead && session == dead);
+        };
+        spreadsheet.calls.clear();
+        spreadsheet.sessions = 0;
+        messages.shown.clear();
+        windows.calls.clear();
+        build({employee("E1"), employee("E2")});
+        return call <= static_cast<int>(spreadsheet.calls.size());
+    }
+
+    long cellsPut() const
+    {
+        return std::ranges::count_if(spreadsheet.calls, [](const std::string& call) {
+            return call.find(".Cells(") != std::string::npos && !call.ends_with(" = \"\"");
+        });
+    }
+};
+
+TEST_F(FailingBuildTest, EndsWithUsableWindowsAndNoSessionLeftWhateverFails)
+{
+    for (const Fault fault : {Fault::Once, Fault::FromThenOn, Fault::ApplicationDead})
+        for (int call = 1; buildFailing(fault, call); ++call) {
+            const std::string when = "fault " + std::to_string(static_cast<int>(fault)) + " at call " +
+                                     std::to_string(call) + ", " +
+                                     spreadsheet.calls[static_cast<std::size_t>(call) - 1];
+            for (int session = 1; session <= spreadsheet.sessions; ++session)
+                EXPECT_EQ(count(std::to_string(session) + ".Quit"), 1) << when;
+            const std::vector<std::string> end = {"show preview", "hide entry", "unfreeze", "arrow"};
+            EXPECT_TRUE(std::ranges::equal(std::span(windows.calls).last(end.size()), end)) << when;
+            EXPECT_FALSE(messages.shown.empty()) << when;
+            EXPECT_FALSE(fileExists(folder / "template.xlt")) << when;
+            EXPECT_FALSE(fileExists(folder / "temp.bmp")) << when;
+        }
+}
+
+/// One call that fails costs what hangs on it, and no more. The numbers of the steps are what a screenshot tells us.
+TEST_F(FailingBuildTest, ReportsTheStepOfOneFailingCallAndLosesAtMostOneCell)
+{
+    buildFailing(Fault::Once, 0);
+    const std::vector<std::string> calls = spreadsheet.calls;
+    const long cells = cellsPut();
+    EXPECT_EQ(cells, 2 * 21);
+    std::vector<int> steps;
+    for (int call = 1; buildFailing(Fault::Once, call); ++call) {
+        const std::string& failed = calls[static_cast<std::size_t>(call) - 1];
+        ASSERT_FALSE(messages.shown.empty()) << failed;
+        EXPECT_TRUE(messages.shown[0].text.starts_with("The call " + failed + " was refused.")) << failed;
+        if (const int step = messages.failedSteps()[0]; steps.empty() || steps.back() != step)
+            steps.push_back(step);
+        if (call > 3) { // the first three make the session and open the template
+            EXPECT_GE(cellsPut(), cells - 1) << failed;
+            EXPECT_TRUE(messages.shown.size() == 1 || !failed.starts_with("1.")) << failed;
+        }
+    }
+    std::vector<int> expected = {30, 60};
+    for (int row = 0; row < 2; ++row)
+        expected.insert(expected.end(), {100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 200, 211, 212,
+                                         213, 214, 215, 216, 220, 310, 320, 330, 340, 350, 360, 370, 380});
+    expected.insert(expected.end(), {400, 410, 430, 440, 450, 460, 500, 520, 10, 20, 30, 40, 50, 540, 550, 560});
+    EXPECT_EQ(steps, expected);
+}
+
+TEST_F(PayrollBuildTest, EmptiesACellThatTakesNoText)
+{
+    const std::string cell = "1.Book.Sheets(1).Cells(4, 3) = ";
+    spreadsheet.fails = [&](int) { return spreadsheet.calls.back() == cell + "\"E1-2\""; };
+    build({employee("E1")});
+    EXPECT_EQ(messages.failedSteps(), std::vector<int>{101});
+    EXPECT_EQ(count(cell + "\"\""), 1);
+}
+
 TEST_F(PayrollBuildTest, SaysLastWhatTheSpreadsheetHasToTell)
 {
     services.spreadsheet.takeNotice = [&] {
@@ -160,14 +247,6 @@ TEST_F(PayrollBuildTest, SaysLastWhatTheSpreadsheetHasToTell)
     };
     build({employee("E1")});
     EXPECT_EQ(messages.texts(), std::vector<std::string>{"DDB is not computed."});
-}
-
-TEST(StubRow, GrowsByTwelveUntilSixteenBitsAreFull)
-{
-    EXPECT_EQ(stubRowOf(0), 2);
-    EXPECT_EQ(stubRowOf(2), 26);
-    EXPECT_EQ(stubRowOf(2730), 32762);
-    EXPECT_THROW(stubRowOf(2731), std::overflow_error);
 }
 
 class SnapshotTest : public PayrollBuildTest {

@@ -2,12 +2,12 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
+#include "app/base/text/DateText.h"
 #include "app/base/text/Unicode.h"
 #include "drawing/DrawingFile.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
-#include "workbook/engine/text/SerialDay.h"
 #include "workbook/engine/xls/BiffReader.h"
 #include "workbook/engine/xls/BiffWriter.h"
 
@@ -31,18 +31,18 @@ std::tm localTime()
     return *std::localtime(&now); // there is one thread
 }
 
-engine::Today today()
+CalendarDate dateOf(const std::tm& moment)
 {
-    const std::tm local = localTime();
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+    return {moment.tm_year + 1900, moment.tm_mon + 1, moment.tm_mday};
 }
 
 /// The present moment in serial days.
 double serialNow()
 {
+    constexpr int firstOf1970 = 25'569;
     const std::tm local = localTime();
     const double seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
-    return engine::serialDayOf(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, false) + seconds / 86'400;
+    return firstOf1970 + daysSinceEpoch(dateOf(local)) + seconds / 86'400;
 }
 
 /// The present moment as the file format counts it: 100 ns since 1601.
@@ -341,7 +341,7 @@ public:
         OpenBook& opened = m_place.opened();
         asApplication([&] {
             engine::enterText(opened.book, m_place.index, {row - 1, column - 1}, text, m_place.session->formats,
-                              today());
+                              dateOf(localTime()));
         });
         opened.isChanged = opened.needsRecalculation = true;
     }

@@ -1,5 +1,6 @@
 #include "workbook/excel/ExcelObject.h"
 
+#include "app/base/WindowsErrors.h"
 #include "app/base/text/WideText.h"
 #include "workbook/excel/CallWatch.h"
 

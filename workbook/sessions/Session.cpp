@@ -1,5 +1,6 @@
 #include "workbook/sessions/Session.h"
 
+#include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
 #include "app/base/text/NumberText.h"
@@ -39,15 +40,6 @@ std::int16_t majorVersion(std::string_view version)
     return toInt16(*number);
 }
 
-void quitQuietly(Application& session)
-{
-    try {
-        session.Quit();
-    } catch (const std::exception&) {
-        return; // the first failure is the one to report
-    }
-}
-
 /// No caller ever sees a session that fails here, so nobody else could end it.
 template <typename Work>
 void quitOnFailure(Application& session, Work&& work)
@@ -55,7 +47,7 @@ void quitOnFailure(Application& session, Work&& work)
     try {
         work();
     } catch (...) {
-        quitQuietly(session);
+        quietly([&] { session.Quit(); }); // the first failure is the one to report
         throw;
     }
 }

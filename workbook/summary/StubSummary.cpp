@@ -4,10 +4,11 @@
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
-#include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace wagemill {
 
@@ -15,76 +16,53 @@ namespace {
 
 using namespace engine;
 
-/// The figures of a stub that are told, by the captions to their left; the last of them ends the stub.
-constexpr std::string_view toldCaptions[] = {"Employee Name", "Gross Pay", "Net Pay"};
-constexpr std::size_t toldFigures = std::size(toldCaptions);
+/// What is said of a stub, by the captions to the left of it; the last of them ends the stub.
+constexpr auto captions = std::to_array<std::string_view>({"Employee Name", "Gross Pay", "Net Pay"});
 
-class StubTeller {
-public:
-    StubTeller(const Book& book, const RegionalFormats& formats) : m_book(book), m_formats(formats) {}
+std::string shownText(const Book& book, const Cell& cell, const RegionalFormats& formats)
+{
+    const CellFormat& format = book.styles.format(cell.format);
+    return showValue(cell.value, book.styles.numberFormatCode(format.numberFormat), formats, book.dates1904).text;
+}
 
-    std::string tell(const Sheet& sheet)
-    {
-        for (int row = 0; row < static_cast<int>(sheet.rows().size()); ++row)
-            for (const Cell& cell : sheet.rows()[static_cast<std::size_t>(row)].cells)
-                if (const auto* caption = std::get_if<std::string>(&cell.value))
-                    takeFigure(*caption, sheet.find({row, cell.column + 1}));
-        if (m_without != 0)
-            m_told += std::to_string(m_without) + (m_without == 1 ? " pay stub" : " pay stubs") + " without figures.\n";
-        return m_told;
-    }
-
-private:
-    void takeFigure(std::string_view caption, const Cell* figure)
-    {
-        for (std::size_t index = 0; index < toldFigures; ++index)
-            if (caption == toldCaptions[index]) {
-                m_isMissing |= figure == nullptr || std::holds_alternative<ErrorCode>(figure->value);
-                m_figures[index] = shown(figure);
-                if (index + 1 == toldFigures)
-                    endStub();
-            }
-    }
-
-    /// A row that was left blank has no figures: its ID is not found.
-    void endStub()
-    {
-        if (m_isMissing)
-            ++m_without;
-        else
-            m_told +=
-                "Pay stub of " + m_figures[0] + ": gross pay " + m_figures[1] + ", net pay " + m_figures[2] + ".\n";
-        m_isMissing = false;
-    }
-
-    std::string shown(const Cell* cell) const
-    {
-        if (cell == nullptr)
-            return {};
-        const CellFormat& format = m_book.styles.formats.at(cell->format);
-        return showValue(cell->value, m_book.styles.numberFormatCode(format.numberFormat), m_formats, m_book.dates1904)
-            .text;
-    }
-
-    const Book& m_book;
-    const RegionalFormats& m_formats;
-    std::array<std::string, toldFigures> m_figures; ///< of the stub that is being read
-    bool m_isMissing = false;                       ///< one of them is
-    int m_without = 0;                              ///< stubs without figures
-    std::string m_told;
-};
+std::string describe(const Book& book, const Sheet& sheet, const RegionalFormats& formats)
+{
+    std::string text;
+    std::array<std::string, captions.size()> stub;
+    bool isMissing = false; // a row that was left blank has no amounts: its ID is not found
+    int missing = 0;
+    for (int row = 0; row < static_cast<int>(sheet.rows().size()); ++row)
+        for (const Cell& cell : sheet.rows()[static_cast<std::size_t>(row)].cells) {
+            const auto* const words = std::get_if<std::string>(&cell.value);
+            const auto caption = words ? std::ranges::find(captions, *words) : captions.end();
+            if (caption == captions.end())
+                continue;
+            const Cell* const value = sheet.find({row, cell.column + 1});
+            isMissing |= value == nullptr || std::holds_alternative<ErrorCode>(value->value);
+            stub[static_cast<std::size_t>(caption - captions.begin())] =
+                value == nullptr ? "" : shownText(book, *value, formats);
+            if (caption + 1 != captions.end())
+                continue;
+            missing += isMissing ? 1 : 0;
+            if (!std::exchange(isMissing, false))
+                text += "Pay stub of " + stub[0] + ": gross pay " + stub[1] + ", net pay " + stub[2] + ".\n";
+        }
+    if (missing != 0)
+        text += std::to_string(missing) + (missing == 1 ? " pay stub" : " pay stubs") + " without amounts.\n";
+    return text;
+}
 
 } // namespace
 
 std::string describeStubs(const std::filesystem::path& workbook, const RegionalFormats& formats)
 try {
     const Book book = xls::readWorkbook(readBytesFromFile(workbook), workbook.string());
-    std::string told = StubTeller(book, formats).tell(*book.sheets.at(book.activeSheet));
-    if (!told.empty())
-        told.pop_back(); // the last line's end
-    return told;
+    std::string text = describe(book, *book.sheets.at(book.activeSheet), formats);
+    if (!text.empty())
+        text.pop_back(); // the last line's end
+    return text;
 } catch (const std::exception&) {
-    return {}; // the picture is shown all the same; there is nobody to tell a failure to who could mend it
+    return {}; // the picture is shown all the same, and the user could do nothing about the failure
 }
 
 } // namespace wagemill
