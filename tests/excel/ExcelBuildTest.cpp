@@ -1,5 +1,4 @@
 #include "tests/excel/ExcelTest.h"
-#include "tests/excel/SameWorkbook.h"
 #include "tests/support/LongForm.h"
 #include "tests/workbook/BuildCases.h"
 
@@ -30,56 +29,55 @@ const PayrollData& dataOf(const std::string& name)
     return std::ranges::find(cases, name, &BuildCase::name)->data;
 }
 
-/// What the build may ask of Excel, as the log of the calls writes it, and nothing else.
-const std::vector<std::string>& listedCalls()
+/// What the build asks of Excel, as the log of the calls writes it, with N for whole numbers and without texts.
+const std::set<std::string> listedCalls = {
+    "Application.DisplayAlerts put = BOOL False",
+    "Application.Quit call",
+    "Application.Range item(TEXT)",
+    "Application.Selection get",
+    "Application.Version get",
+    "Application.Visible put = BOOL False",
+    "Application.Workbooks get",
+    "Application.Workbooks item(I4 N)",
+    "Range.Column get",
+    "Range.Columns get",
+    "Range.Columns item(I4 N)",
+    "Range.CopyPicture call",
+    "Range.Row get",
+    "Range.Rows get",
+    "Range.Rows item(I4 N)",
+    "Range.Select call",
+    "Range.count get",
+    "Selection.Copy call",
+    "Selection.PasteSpecial call(Paste:=I4 -N, Operation:=I4 -N, SkipBlanks:=BOOL False, Transpose:=BOOL False)",
+    "Workbook.ActiveSheet get",
+    "Workbook.Close call",
+    "Workbook.SaveAs call(TEXT, FileFormat:=I4 N)",
+    "Workbook.Sheets item(I2 N)",
+    "Workbooks.Open call(TEXT)",
+    "Workbooks.Open call(TEXT, OMITTED, BOOL True)",
+    "Workbooks.count get",
+    "Worksheet.Activate call",
+    "Worksheet.Cells put(I2 N, I2 N) = TEXT",
+    "Worksheet.Name get",
+    "Worksheet.Range item(TEXT)",
+    "Worksheet.Rows item(TEXT)",
+    "Worksheet.UsedRange get",
+};
+
+std::string withoutValues(const std::string& call)
 {
-    static const std::vector<std::string> calls = {
-        R"(Application\.Version get)",
-        R"(Application\.Workbooks get)",
-        R"(Application\.Workbooks item\(I4 1\))",
-        R"(Application\.Visible put = BOOL False)",
-        R"(Application\.DisplayAlerts put = BOOL False)",
-        R"(Application\.Selection get)",
-        R"(Application\.Range item\(TEXT D5\))",
-        R"(Application\.Quit call)",
-        R"(Workbooks\.Open call\(TEXT [^,]*\\kvarno[1-9]{8}\.xls\))",
-        R"(Workbooks\.Open call\(TEXT [^,]*\\template\.xlt, OMITTED, BOOL True\))",
-        R"(Workbooks\.count get)",
-        R"(Workbook\.Sheets item\(I2 [123]\))",
-        R"(Workbook\.ActiveSheet get)",
-        R"(Workbook\.SaveAs call\(TEXT [^,]*\\kvarno[1-9]{8}\.xls, FileFormat:=I4 56\))",
-        R"(Workbook\.Close call)",
-        R"(Worksheet\.Cells put\(I2 \d+, I2 \d+\) = TEXT .*)",
-        R"(Worksheet\.Activate call)",
-        R"(Worksheet\.Rows item\(TEXT 2:12\))",
-        R"(Worksheet\.Range item\(TEXT A\d+\))",
-        R"(Worksheet\.Name get)",
-        R"(Worksheet\.UsedRange get)",
-        R"(Selection\.Copy call)",
-        R"(Selection\.PasteSpecial call\(Paste:=I4 -4104, Operation:=I4 -4142, SkipBlanks:=BOOL False, Transpose:=BOOL False\))",
-        R"(Range\.Rows get)",
-        R"(Range\.Rows item\(I4 \d+\))",
-        R"(Range\.Columns get)",
-        R"(Range\.Columns item\(I4 \d+\))",
-        R"(Range\.count get)",
-        R"(Range\.Row get)",
-        R"(Range\.Column get)",
-        R"(Range\.Select call)",
-        R"(Range\.CopyPicture call)",
-    };
-    return calls;
+    static const std::regex text("TEXT [^,)]*");
+    static const std::regex number("(I[24]) (-?)[0-9]+");
+    return std::regex_replace(std::regex_replace(call, text, "TEXT"), number, "$1 $2N");
 }
 
-/// Whether a name that was asked for, "Selection.PasteSpecial Paste", is spelt as in a listed call.
-bool isListedName(const std::string& name)
+/// The workbook's file written again, without what says when it was made.
+std::vector<std::byte> contentOf(const std::filesystem::path& workbook)
 {
-    const std::size_t blank = std::min(name.find(' '), name.size());
-    const std::size_t dot = name.find('.');
-    const std::string member = name.substr(0, dot) + "\\" + name.substr(dot, blank - dot) + " ";
-    const std::string argument = blank == name.size() ? "" : name.substr(blank + 1) + ":=";
-    return std::ranges::any_of(listedCalls(), [&](const std::string& call) {
-        return call.starts_with(member) && call.find(argument) != std::string::npos;
-    });
+    engine::Book book = engine::xls::readWorkbook(readBytesFromFile(workbook), workbook.string());
+    book.keptStreams.clear();
+    return engine::xls::writeWorkbook(book, engine::xls::FileKind::Workbook);
 }
 
 /// The size that a metafile says it has, in pixels at 96 dots per inch.
@@ -112,7 +110,7 @@ protected:
         const auto direct = buildDirectly(data);
         EXPECT_EQ(messages.texts(), std::vector<std::string>()) << when;
         ASSERT_FALSE(through->workbook.empty() || direct->workbook.empty()) << when;
-        EXPECT_EQ(workbookDifferences(through->workbook, direct->workbook), std::vector<std::string>()) << when;
+        EXPECT_TRUE(contentOf(through->workbook) == contentOf(direct->workbook)) << when;
         const drawing::Drawing expected = readDrawingFile(direct->picture);
         EXPECT_NEAR(naturalSize(through->picture).cx, expected.width, 1) << when;
         EXPECT_NEAR(naturalSize(through->picture).cy, expected.height, 1) << when;
@@ -189,16 +187,14 @@ TEST_F(ExcelBuildTest, ReportsTheStepThatABusyExcelKeepsWaitingForTenSeconds)
 TEST_F(ExcelBuildTest, AsksForTheListedMembersInTheirListedFormAndNothingElse)
 {
     build(dataOf("employees-3"));
-    std::set<std::string> missing(listedCalls().begin(), listedCalls().end());
-    for (const std::string& call : logged("call")) {
-        const auto listed = std::ranges::find_if(
-            listedCalls(), [&](const std::string& pattern) { return std::regex_match(call, std::regex(pattern)); });
-        ASSERT_NE(listed, listedCalls().end()) << call;
-        missing.erase(*listed);
+    std::set<std::string> calls;
+    for (const std::string& call : logged("call"))
+        calls.insert(withoutValues(call));
+    EXPECT_EQ(calls, listedCalls);
+    for (const std::string& name : logged("name")) {
+        const std::string member = name.substr(0, name.find(' ')) + " ";
+        EXPECT_TRUE(std::ranges::any_of(calls, [&](const auto& call) { return call.starts_with(member); })) << name;
     }
-    EXPECT_EQ(missing, std::set<std::string>());
-    for (const std::string& name : logged("name"))
-        EXPECT_TRUE(isListedName(name)) << name;
 }
 
 TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)
@@ -238,14 +234,11 @@ TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
         {{"", "nothing=Open"}, {500, 520}, "It may have opened it in Protected View."},
         {{"nothing=Selection"}, {330, 350}, "Nothing is selected in Excel."},
         {{"", "nothing=ActiveSheet"}, {10, 20}, "Excel gave no worksheet."},
-        {{"nothing=Version"}, {430}, "Excel gave no text for \"Version\"."},
-        {{"version=beta"}, {430}, "gives \"beta\" as its version, which is not a number."},
         {{"unknown=PasteSpecial"}, {350}, "Excel failed at \"PasteSpecial\": this version of Excel does not know it."},
         {{"region=0407"},
          {100, 101},
          "Excel failed at cell B4: Excel lacks the language pack of your regional format."},
         {{"refuse=SaveAs silent"}, {430}, "Excel failed at \"SaveAs\": Excel refuses it and gives no reason."},
-        {{"refuse=Quit"}, {460}, "The test wants this call to fail."},
         {{"", "refuse=CopyPicture"}, {50, 70, 600}, "The test wants this call to fail."},
     };
     for (const auto& [told, steps, text] : cases) {
@@ -280,8 +273,7 @@ TEST_F(ExcelBuildTest, SavesInTheOlderFormatOfAnOlderExcel)
     EXPECT_TRUE(std::ranges::any_of(calls, [](const std::string& call) {
         return call.starts_with("Workbook.SaveAs ") && call.ends_with(", FileFormat:=I4 -4143)");
     }));
-    EXPECT_EQ(workbookDifferences(outcome->workbook, buildDirectly(dataOf("sample"))->workbook),
-              std::vector<std::string>());
+    EXPECT_TRUE(contentOf(outcome->workbook) == contentOf(buildDirectly(dataOf("sample"))->workbook));
 }
 
 } // namespace

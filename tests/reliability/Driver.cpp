@@ -61,73 +61,53 @@ BuildServices productionServices()
     return services;
 }
 
-/// A row field of the first employee, its key in the store and the keys that may be typed into it.
+/// A text field of the first employee, and its key in the store.
 struct TypedField {
-    const RowField* description;
     QLineEdit* edit;
     std::string key;
 
     std::string text() const { return edit->text().toStdString(); }
-    const char* letters() const
-    {
-        return description->kind == FieldKind::FreeText ? "abcdefgh XYZ0123456789'\",;" : "0123456789";
-    }
-    /// What leaving the field makes of its text.
-    std::string tidied() const
-    {
-        switch (description->kind) {
-        case FieldKind::Currency:
-            return currencyTextOf(text(), {});
-        case FieldKind::Number:
-        case FieldKind::Rate:
-            return numberTextOf(text(), {});
-        case FieldKind::FreeText:
-            break;
-        }
-        return text();
-    }
 };
 
 /// Says what is about to be stored, does it, and says that it is stored.
-template <typename Work>
-void store(const TypedField& field, const std::string& text, Work&& work)
+void store(const TypedField& field, const std::string& text, const std::function<void()>& work)
 {
     tell("> " + field.key + "\t" + text);
     work();
     tell("= " + field.key + "\t" + field.text());
 }
 
-void typeForEver(std::vector<TypedField>& fields, unsigned seed)
+void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
 {
-    std::mt19937 chance(seed);
-    constexpr std::size_t longest = 30;
-    for (TypedField* field = &fields.front();;) {
-        if (chance() % 12 == 0) {
-            TypedField* const next = &fields[chance() % fields.size()];
-            store(*field, field->tidied(), [&] { next->edit->setFocus(); });
-            field = next;
+    constexpr std::string_view letters = "abcdefgh XYZ0123456789'\",;";
+    constexpr std::size_t maxLetters = 30;
+    std::mt19937 random(seed);
+    for (const TypedField* field = &fields.front();;) {
+        if (random() % 12 == 0) {
+            field = &fields[random() % fields.size()];
+            field->edit->setFocus();
         }
-        const std::string before = field->text();
-        const std::string letters = field->letters();
-        if (before.size() >= longest || field->description->kind != FieldKind::FreeText) {
-            field->edit->selectAll(); // the key replaces all: a figure stays a figure
-            const char letter = letters[chance() % letters.size()];
-            store(*field, std::string(1, letter), [&] { QTest::keyClick(field->edit, letter); });
-        } else if (field->edit->end(false); chance() % 6 == 0 && !before.empty()) {
-            store(*field, before.substr(0, before.size() - 1),
-                  [&] { QTest::keyClick(field->edit, Qt::Key_Backspace); });
+        std::string text = field->text();
+        field->edit->end(false);
+        if (text.size() >= maxLetters || (random() % 6 == 0 && !text.empty())) {
+            text.pop_back();
+            store(*field, text, [&] { QTest::keyClick(field->edit, Qt::Key_Backspace); });
         } else {
-            const char letter = letters[chance() % letters.size()];
-            store(*field, before + letter, [&] { QTest::keyClick(field->edit, letter); });
+            text += letters[random() % letters.size()];
+            store(*field, text, [&] { QTest::keyClick(field->edit, text.back()); });
         }
     }
 }
 
 int type(unsigned seed)
 {
+    std::vector<const RowField*> texts;
     for (const RowField& field : rowFields)
-        tell("was " + rowFieldKey(field, 0) + "\t" +
-             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback()));
+        if (field.kind == FieldKind::FreeText)
+            texts.push_back(&field);
+    for (const RowField* field : texts)
+        tell("was " + rowFieldKey(*field, 0) + "\t" +
+             GetSetting(settingsApplication, settingsSection, rowFieldKey(*field, 0), field->fallback()));
     const auto today = [] { return CalendarDate{2026, 4, 10}; };
     Form1 window({productionServices(), today, 1});
     window.show();
@@ -135,9 +115,9 @@ int type(unsigned seed)
     if (!QTest::qWaitForWindowActive(&window))
         return 1;
     std::vector<TypedField> fields;
-    for (const RowField& field : rowFields) {
-        const auto name = QString::fromStdString(std::string(field.name) + "(0)");
-        fields.push_back({&field, window.findChild<QLineEdit*>(name), rowFieldKey(field, 0)});
+    for (const RowField* field : texts) {
+        const auto name = QString::fromStdString(std::string(field->name) + "(0)");
+        fields.push_back({window.findChild<QLineEdit*>(name), rowFieldKey(*field, 0)});
         tell("= " + fields.back().key + "\t" + fields.back().text());
     }
     tell("ready");

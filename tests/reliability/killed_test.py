@@ -3,7 +3,6 @@
 the next start, and that start and its first write are quick."""
 import os
 import random
-import re
 import sys
 import tempfile
 import threading
@@ -31,8 +30,7 @@ class Store:
         if kind == "was":
             if text not in self.allowed.setdefault(key, {text}):
                 sys.exit(f"{key} holds {text!r} after a kill, not {' or '.join(map(repr, self.allowed[key]))}")
-            # A start stores money as it shows it; a kill may fall before or after that.
-            self.allowed[key] = {text, *([f"${float(text):.2f}"] if re.fullmatch(r"\d+", text) else [])}
+            self.allowed[key] = {text}
         elif kind == ">":
             self.allowed[key].add(text)
         elif kind == "=":

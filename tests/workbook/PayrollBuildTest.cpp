@@ -96,10 +96,9 @@ TEST_F(PayrollBuildTest, AsksTheSpreadsheetForEachStepInItsOrder)
         "2.Book.ActiveSheet.UsedRange.CopyPicture", "2.DisplayAlerts = False", "2.Book.Close", "2.Quit"};
     EXPECT_EQ(spreadsheet.calls, expected);
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
-    EXPECT_EQ(
-        windows.outcome.windowCalls,
-        (std::vector<std::string>{"freeze", "hourglass", "hourglass", "hourglass", "picture temp.bmp",
-                                  "workbook kvarno12345678.xls", "show preview", "hide entry", "unfreeze", "arrow"}));
+    EXPECT_EQ(windows.calls, (std::vector<std::string>{"freeze", "hourglass", "hourglass", "hourglass",
+                                                       "picture temp.bmp", "workbook kvarno12345678.xls",
+                                                       "show preview", "hide entry", "unfreeze", "arrow"}));
     EXPECT_FALSE(fileExists(folder / "template.xlt"));
     EXPECT_FALSE(fileExists(folder / "temp.bmp"));
 }
@@ -150,7 +149,7 @@ TEST_F(PayrollBuildTest, ReportsAFailingCellAndGoesOnWithTheNext)
     EXPECT_EQ(messages.shown[0].title, "Application Error");
     EXPECT_EQ(messages.shown[0].icon, MessageIcon::Warning);
     EXPECT_EQ(count("1.Book.Sheets(1).Cells(4, 5) = \"E1-4\""), 1);
-    EXPECT_EQ(windows.outcome.windowCalls.back(), "arrow");
+    EXPECT_EQ(windows.calls.back(), "arrow");
 }
 
 /// How the application fails at one of its calls.

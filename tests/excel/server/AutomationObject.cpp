@@ -197,7 +197,7 @@ HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UI
     m_server.log << "name " << m_className << "." << name << std::endl;
     const auto member =
         std::ranges::find_if(m_members, [&](const Member& each) { return isSameName(each.name, name); });
-    if (member == m_members.end() || m_server.instructions.unknown.contains(member->name))
+    if (member == m_members.end() || m_server.instructions.has("unknown", member->name))
         return DISP_E_UNKNOWNNAME;
     ids[0] = static_cast<DISPID>(member - m_members.begin()) + 1;
     for (UINT index = 1; index < count; ++index) {
@@ -216,15 +216,15 @@ HRESULT AutomationObject::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UI
 HRESULT AutomationObject::refusal(const Member& member, EXCEPINFO* exception)
 {
     const Instructions& wanted = m_server.instructions;
-    ::Sleep(static_cast<DWORD>(wanted.delay));
-    if (wanted.asking.contains(member.name))
+    ::Sleep(static_cast<DWORD>(wanted.number("slow", 0)));
+    if (wanted.has("ask", member.name))
         ::MessageBoxW(nullptr, L"Save in the older format?", L"Test question", MB_YESNO);
     const int call = ++m_server.calls;
-    if (call == wanted.deadlyCall)
+    if (call == wanted.number("die", 0))
         ::TerminateProcess(::GetCurrentProcess(), 1);
-    if (call != wanted.failingCall && !wanted.refused.contains(member.name))
+    if (call != wanted.number("fail", 0) && !wanted.has("refuse", member.name))
         return S_OK;
-    return fail(exception, wanted.describesFailures ? "The test wants this call to fail." : "");
+    return fail(exception, wanted.has("silent") ? "" : "The test wants this call to fail.");
 }
 
 HRESULT AutomationObject::run(const Member& member, const CallArguments& arguments, VARIANT* result,
@@ -235,9 +235,9 @@ HRESULT AutomationObject::run(const Member& member, const CallArguments& argumen
         member.run(arguments, value);
     } catch (const std::exception& error) {
         ::VariantClear(&value);
-        return fail(exception, m_server.instructions.describesFailures ? error.what() : "");
+        return fail(exception, m_server.instructions.has("silent") ? "" : error.what());
     }
-    if (result == nullptr || m_server.instructions.nothing.contains(member.name))
+    if (result == nullptr || m_server.instructions.has("nothing", member.name))
         ::VariantClear(&value);
     else
         *result = value;
@@ -256,7 +256,7 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID /*reserved*/, LCID locale, WO
     if ((member.kinds & kind) == 0)
         return DISP_E_MEMBERNOTFOUND;
     const bool isTyped = kind == DISPATCH_PROPERTYPUT && parameters->rgvarg[0].vt == VT_BSTR;
-    if (locale != (isTyped ? std::stoul(m_server.instructions.region, nullptr, 16) : english))
+    if (locale != (isTyped ? std::stoul(m_server.instructions.text("region", "0409"), nullptr, 16) : english))
         return TYPE_E_INVDATAREAD;
     if (const HRESULT refused = refusal(member, exception); refused != S_OK)
         return refused;

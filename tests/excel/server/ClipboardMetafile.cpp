@@ -9,29 +9,11 @@
 
 #include <windows.h>
 
-#include <memory>
-#include <span>
-#include <type_traits>
 #include <utility>
 
 namespace wagemill::test {
 
 namespace {
-
-template <typename Handle, auto release>
-struct Releaser {
-    using pointer = Handle;
-    void operator()(Handle handle) const { release(handle); }
-};
-using Metafile = std::unique_ptr<std::remove_pointer_t<HENHMETAFILE>, Releaser<HENHMETAFILE, ::DeleteEnhMetaFile>>;
-
-struct ScreenContext {
-    HDC context = ::GetDC(nullptr);
-    ScreenContext() = default;
-    ScreenContext(const ScreenContext&) = delete;
-    ScreenContext& operator=(const ScreenContext&) = delete;
-    ~ScreenContext() { ::ReleaseDC(nullptr, context); }
-};
 
 /// A length in pixels at 96 dots per inch, in hundredths of a millimetre.
 LONG hundredthsOfMillimetre(LONG pixels)
@@ -54,7 +36,7 @@ QImage painted(const drawing::Drawing& drawing)
     return image;
 }
 
-Metafile metafileOf(const QImage& image)
+HENHMETAFILE metafileOf(const QImage& image)
 {
     BITMAPINFO info = {};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
@@ -63,12 +45,13 @@ Metafile metafileOf(const QImage& image)
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = static_cast<WORD>(image.depth());
     const RECT frame = {0, 0, hundredthsOfMillimetre(image.width()), hundredthsOfMillimetre(image.height())};
-    const ScreenContext screen;
-    const HDC recorder = ::CreateEnhMetaFileW(screen.context, nullptr, &frame, nullptr);
-    ::StretchDIBits(recorder, 0, 0, screenPixels(screen.context, frame.right, HORZRES, HORZSIZE),
-                    screenPixels(screen.context, frame.bottom, VERTRES, VERTSIZE), 0, 0, image.width(), image.height(),
+    const HDC screen = ::GetDC(nullptr);
+    const HDC recorder = ::CreateEnhMetaFileW(screen, nullptr, &frame, nullptr);
+    ::StretchDIBits(recorder, 0, 0, screenPixels(screen, frame.right, HORZRES, HORZSIZE),
+                    screenPixels(screen, frame.bottom, VERTRES, VERTSIZE), 0, 0, image.width(), image.height(),
                     image.constBits(), &info, DIB_RGB_COLORS, SRCCOPY);
-    return Metafile(::CloseEnhMetaFile(recorder));
+    ::ReleaseDC(nullptr, screen);
+    return ::CloseEnhMetaFile(recorder);
 }
 
 std::vector<std::byte> copiedFile;
@@ -76,9 +59,9 @@ std::vector<std::byte> copiedFile;
 /// The clipboard is open: by us, or by whoever fetches what is on it.
 void putCopiedFile()
 {
-    Metafile metafile = metafileOf(painted(readDrawingFile(copiedFile)));
-    if (::SetClipboardData(CF_ENHMETAFILE, metafile.get()) != nullptr)
-        std::ignore = metafile.release(); // the clipboard's from now on
+    const HENHMETAFILE metafile = metafileOf(painted(readDrawingFile(copiedFile)));
+    if (::SetClipboardData(CF_ENHMETAFILE, metafile) == nullptr) // else the clipboard's from now on
+        ::DeleteEnhMetaFile(metafile);
 }
 
 LRESULT CALLBACK receive(HWND window, UINT message, WPARAM word, LPARAM longWord)

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <limits>
-#include <set>
+#include <algorithm>
+#include <map>
+#include <sstream>
 #include <string>
-#include <string_view>
 
 namespace wagemill::test {
 
@@ -17,30 +17,36 @@ namespace wagemill::test {
 ///   unknown=Copy        that member is not there
 ///   ask=Copy            that member shows a question first, and waits for the answer
 ///   nothing=Open        that member does its work and gives nothing
-///   busy=7 busyfor=30   the seventh call, a name asked for counted too, is rejected for so many milliseconds; 0:
-///   each hold=200            the clipboard stays open for so many milliseconds after a picture was copied late the
-///   picture is drawn when it is fetched silent              failures have no description
-struct Instructions {
-    static constexpr int never = std::numeric_limits<int>::max();
+///   busy=7 busyfor=30   the seventh call, a name asked for counted too, is rejected for so many milliseconds;
+///                       0: each
+///   hold=200            the clipboard stays open for so many milliseconds after a picture was copied
+///   late                the picture is drawn when it is fetched
+///   silent              failures have no description
+class Instructions {
+public:
+    explicit Instructions(const std::string& words)
+    {
+        std::istringstream stream(words);
+        for (std::string word; stream >> word;) {
+            const std::size_t equals = std::min(word.find('='), word.size());
+            m_words.emplace(word.substr(0, equals), word.substr(std::min(equals + 1, word.size())));
+        }
+    }
 
-    int failingCall = never;
-    int deadlyCall = never;
-    int busyCall = never;
-    int busyTime = 0; ///< this and the others in milliseconds
-    int delay = 0;
-    int startTime = 0;
-    int holdTime = 0;
-    std::string version = "16.0";
-    std::string region = "0409";
-    std::set<std::string> refused;
-    std::set<std::string> unknown;
-    std::set<std::string> asking;
-    std::set<std::string> nothing;
-    bool drawsLate = false;
-    bool describesFailures = true;
+    bool has(const std::string& name, const std::string& value = "") const
+    {
+        const auto found = m_words.find(name);
+        return found != m_words.end() && found->second == value;
+    }
+    int number(const std::string& name, int fallback) const { return std::stoi(text(name, std::to_string(fallback))); }
+    std::string text(const std::string& name, const std::string& fallback) const
+    {
+        const auto found = m_words.find(name);
+        return found == m_words.end() ? fallback : found->second;
+    }
 
-    /// Throws std::invalid_argument for any other word.
-    static Instructions parse(std::string_view words);
+private:
+    std::map<std::string, std::string> m_words;
 };
 
 } // namespace wagemill::test

@@ -56,7 +56,7 @@ private:
 
 AutomationObject* Classes::application(std::shared_ptr<Application> given) const
 {
-    const auto version = [given, version = m_server.instructions.version](Arguments) {
+    const auto version = [given, version = m_server.instructions.text("version", "16.0")](Arguments) {
         given->Version(); // fails when it has ended
         return version;
     };

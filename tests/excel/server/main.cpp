@@ -48,7 +48,10 @@ public:
 /// Rejects calls as a program does that is busy with its user. A call that is made again keeps its number.
 class BusyFilter final : public StaticObject<IMessageFilter> {
 public:
-    explicit BusyFilter(const Instructions& instructions) : m_instructions(instructions) {}
+    explicit BusyFilter(const Instructions& instructions)
+        : m_busyCall(instructions.number("busy", -1)), m_busyTime(static_cast<DWORD>(instructions.number("busyfor", 0)))
+    {
+    }
 
     DWORD STDMETHODCALLTYPE HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO call) override
     {
@@ -60,17 +63,18 @@ public:
             return SERVERCALL_ISHANDLED;
         }
         const bool isNew = m_busyUntil == 0;
-        if (isNew && ++m_calls != m_instructions.busyCall && m_instructions.busyCall != 0)
+        if (isNew && ++m_calls != m_busyCall && m_busyCall != 0)
             return SERVERCALL_ISHANDLED;
         if (isNew)
-            m_busyUntil = now + static_cast<ULONGLONG>(m_instructions.busyTime);
+            m_busyUntil = now + m_busyTime;
         return SERVERCALL_REJECTED;
     }
     DWORD STDMETHODCALLTYPE RetryRejectedCall(HTASK, DWORD, DWORD) override { return static_cast<DWORD>(-1); }
     DWORD STDMETHODCALLTYPE MessagePending(HTASK, DWORD, DWORD) override { return PENDINGMSG_WAITDEFPROCESS; }
 
 private:
-    const Instructions& m_instructions;
+    const int m_busyCall; ///< 0: each
+    const DWORD m_busyTime;
     int m_calls = 0;
     ULONGLONG m_busyUntil = 0; ///< 0: not busy
 };
@@ -140,17 +144,18 @@ int serve(Server& server)
     const Instructions& instructions = server.instructions;
     EmbeddedPictureClipboard pictures;
     ApplicationFactory factory([&] {
-        auto application = std::make_shared<EmbeddedApplication>(formatsOf(instructions.region), pictures);
+        auto application =
+            std::make_shared<EmbeddedApplication>(formatsOf(instructions.text("region", "0409")), pictures);
         return serveApplication(server, application, [&](CellRange& range) {
             range.CopyPicture();
-            copyAsMetafile(*pictures.GetData(0).fileBytes, instructions.drawsLate);
-            if (instructions.holdTime > 0)
-                holdClipboard(instructions.holdTime);
+            copyAsMetafile(*pictures.GetData(0).fileBytes, instructions.has("late"));
+            if (const int time = instructions.number("hold", 0); time > 0)
+                holdClipboard(time);
         });
     });
     BusyFilter filter(instructions);
     ::CoRegisterMessageFilter(&filter, nullptr);
-    ::Sleep(static_cast<DWORD>(instructions.startTime));
+    ::Sleep(static_cast<DWORD>(instructions.number("start", 0)));
     DWORD registration = 0;
     const HRESULT result =
         ::CoRegisterClassObject(servedClass, &factory, CLSCTX_LOCAL_SERVER, REGCLS_SINGLEUSE, &registration);
@@ -170,7 +175,7 @@ int main(int argc, char* argv[])
     try {
         const QGuiApplication application(argc, argv); // pictures need its fonts, and it initialises COM
         Server server{
-            Instructions::parse(platform::environmentPath("WAGEMILL_TEST_SERVER").string()),
+            Instructions(platform::environmentPath("WAGEMILL_TEST_SERVER").string()),
             std::ofstream(platform::environmentPath("WAGEMILL_TEST_SERVER_LOG"), std::ios::app | std::ios::binary)};
         return serve(server);
     } catch (const std::exception& error) {
