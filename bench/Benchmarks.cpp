@@ -108,7 +108,7 @@ void storeSetting(benchmark::State& state)
     state.counters["synced_write_ms"] = median(pages);
     state.counters["ratio"] = median(settings) / median(pages);
 }
-BENCHMARK(storeSetting)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20 * measurements);
+BENCHMARK(storeSetting)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20L * measurements);
 
 } // namespace
 

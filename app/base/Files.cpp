@@ -244,7 +244,7 @@ fs::path makePrivateFolder()
     const fs::path parent = platform::parentOfPrivateFolders();
     removeAbandonedFolders(parent);
     for (;;) {
-        const fs::path folder = parent / freshName(privateFolderStem);
+        fs::path folder = parent / freshName(privateFolderStem);
         namingTheFile("Cannot make a temporary folder", folder, [&] { platform::makePrivateFolder(folder); });
         const auto lock = platform::tryToLockFolder(folder);
         if (!lock || !fileExists(folder))

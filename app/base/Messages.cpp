@@ -6,23 +6,19 @@ namespace wagemill {
 
 namespace {
 
-Messages*& programMessages()
-{
-    static Messages* messages = nullptr;
-    return messages;
-}
+Messages* programMessages = nullptr;
 
 } // namespace
 
 void setMessages(Messages* messages)
 {
-    programMessages() = messages;
+    programMessages = messages;
 }
 
 MessageAnswer showMessage(const Message& message)
 {
-    if (programMessages() != nullptr)
-        return programMessages()->show(message);
+    if (programMessages != nullptr)
+        return programMessages->show(message);
     std::cerr << message.text << '\n';
     return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::No;
 }
