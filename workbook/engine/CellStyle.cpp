@@ -63,29 +63,24 @@ constexpr std::array<std::uint32_t, 56> standardColors = {
 /// Colour indices that no palette changes: its first standard colours.
 constexpr std::size_t fixedColors = 8;
 
-CellFormat styleFormat(std::uint16_t font, std::uint16_t numberFormat, std::uint8_t usedAttributes)
-{
-    CellFormat format;
-    format.font = font;
-    format.numberFormat = numberFormat;
-    format.isStyle = true;
-    format.parent = noParent;
-    format.usedAttributes = usedAttributes;
-    return format;
-}
-
 /// Normal and the outline styles (0 to 14), the default cell format (15), Comma to Percent (16 to 20): the list that
 /// the format prescribes, [MS-XLS] 2.5.282.
 std::vector<CellFormat> firstFormats()
 {
     std::vector<CellFormat> formats;
-    for (int index = 0; index < defaultCellFormat; ++index) {
-        const auto font = static_cast<std::uint16_t>(index == 0 || index > 4 ? 0 : (index + 1) / 2);
-        formats.push_back(styleFormat(font, 0, index == 0 ? 0 : 0xF4));
-    }
+    const auto addStyle = [&formats](int font, std::uint16_t numberFormat, std::uint8_t usedAttributes) {
+        formats.push_back({.font = static_cast<std::uint16_t>(font),
+                           .numberFormat = numberFormat,
+                           .isStyle = true,
+                           .parent = noParent,
+                           .usedAttributes = usedAttributes});
+    };
+    addStyle(0, 0, 0);
+    for (int index = 1; index < defaultCellFormat; ++index)
+        addStyle(index > 4 ? 0 : (index + 1) / 2, 0, 0xF4);
     formats.emplace_back();
     for (const std::uint16_t numberFormat : std::to_array<std::uint16_t>({43, 41, 44, 42, 9}))
-        formats.push_back(styleFormat(1, numberFormat, 0xF8));
+        addStyle(1, numberFormat, 0xF8);
     return formats;
 }
 

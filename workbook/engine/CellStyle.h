@@ -90,9 +90,9 @@ struct CellFormat {
     std::uint8_t indent = 0;         ///< 0 to 15 steps
     std::uint8_t readingOrder = 0;   ///< 0 by context, 1 left to right, 2 right to left
     std::uint8_t usedAttributes = 0; ///< bits 2 to 7 as in the file: number, font, alignment, border, fill, protection
-    Border left, right, top, bottom, diagonal;
+    Border left = {}, right = {}, top = {}, bottom = {}, diagonal = {};
     std::uint8_t diagonalDirections = 0; ///< bit 0 down, bit 1 up
-    Fill fill;
+    Fill fill = {};
 
     bool operator==(const CellFormat&) const = default;
 };

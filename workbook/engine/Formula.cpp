@@ -56,8 +56,7 @@ struct TokenSize {
     std::size_t operator()(const TextToken& token) const { return 3 + characterBytes(token.text); }
     std::size_t operator()(const LogicalToken& /*token*/) const { return 2; }
     std::size_t operator()(const ErrorToken& /*token*/) const { return 2; }
-    std::size_t operator()(const MissingArgumentToken& /*token*/) const { return 1; }
-    std::size_t operator()(const OperatorToken& /*token*/) const { return 1; }
+    std::size_t operator()(const auto& /*operatorOrMissingArgument*/) const { return 1; }
     std::size_t operator()(const ReferenceToken& token) const
     {
         return (token.last ? 9U : 5U) + (token.externSheet ? 2U : 0U);

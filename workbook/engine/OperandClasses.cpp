@@ -17,8 +17,52 @@ public:
 
     void operator()(ReferenceToken& token) { token.operandClass = taken(); }
     void operator()(NameToken& token) { token.operandClass = taken(); }
-    void operator()(FunctionToken& token);
-    void operator()(const OperatorToken& token);
+    void operator()(FunctionToken& token)
+    {
+        const OperandClass wanted = taken();
+        const FunctionInfo* const info = findFunction(token.function);
+        const char result = info == nullptr ? 'V' : info->resultClass;
+        const bool answersReference = result == 'R' && wanted == OperandClass::Reference;
+        token.operandClass = answersReference                ? OperandClass::Reference
+                             : wanted == OperandClass::Array ? OperandClass::Array
+                                                             : OperandClass::Value;
+        const bool eachElement = wanted == OperandClass::Array && result != 'R';
+        const std::string_view classes =
+            info == nullptr || info->parameterClasses.empty() ? "R" : info->parameterClasses;
+        for (std::size_t i = 0; i < token.arguments; ++i) {
+            const char parameter = classes[std::min(i, classes.size() - 1)];
+            if (parameter == 'R')
+                want(OperandClass::Reference);
+            else
+                want(parameter == 'A' || eachElement ? OperandClass::Array : m_value);
+        }
+    }
+
+    void operator()(const OperatorToken& token)
+    {
+        const OperandClass wanted = taken();
+        const OperandClass operand = wanted == OperandClass::Array ? OperandClass::Array : m_value;
+        switch (token.op) {
+        case Operator::Brackets:
+            want(wanted);
+            break;
+        case Operator::Range:
+        case Operator::Union:
+        case Operator::Intersection:
+            want(OperandClass::Reference);
+            want(OperandClass::Reference);
+            break;
+        case Operator::Negate:
+        case Operator::UnaryPlus:
+        case Operator::Percent:
+            want(operand);
+            break;
+        default:
+            want(operand);
+            want(operand);
+        }
+    }
+
     void operator()(const AttributeToken& token)
     {
         if (token.kind == AttributeToken::Kind::Sum) {
@@ -40,51 +84,6 @@ private:
     OperandClass m_value; ///< of what is wanted as a value: in an array formula that is an array
     std::vector<OperandClass> m_wanted = {m_value};
 };
-
-void ClassAssignment::operator()(const OperatorToken& token)
-{
-    const OperandClass wanted = taken();
-    const OperandClass operand = wanted == OperandClass::Array ? OperandClass::Array : m_value;
-    switch (token.op) {
-    case Operator::Brackets:
-        want(wanted);
-        break;
-    case Operator::Range:
-    case Operator::Union:
-    case Operator::Intersection:
-        want(OperandClass::Reference);
-        want(OperandClass::Reference);
-        break;
-    case Operator::Negate:
-    case Operator::UnaryPlus:
-    case Operator::Percent:
-        want(operand);
-        break;
-    default:
-        want(operand);
-        want(operand);
-    }
-}
-
-void ClassAssignment::operator()(FunctionToken& token)
-{
-    const OperandClass wanted = taken();
-    const FunctionInfo* const info = findFunction(token.function);
-    const char result = info == nullptr ? 'V' : info->resultClass;
-    const bool answersReference = result == 'R' && wanted == OperandClass::Reference;
-    token.operandClass = answersReference                ? OperandClass::Reference
-                         : wanted == OperandClass::Array ? OperandClass::Array
-                                                         : OperandClass::Value;
-    const bool eachElement = wanted == OperandClass::Array && result != 'R';
-    const std::string_view classes = info == nullptr || info->parameterClasses.empty() ? "R" : info->parameterClasses;
-    for (std::size_t i = 0; i < token.arguments; ++i) {
-        const char parameter = classes[std::min(i, classes.size() - 1)];
-        if (parameter == 'R')
-            want(OperandClass::Reference);
-        else
-            want(parameter == 'A' || eachElement ? OperandClass::Array : m_value);
-    }
-}
 
 bool isJump(const Token& token)
 {

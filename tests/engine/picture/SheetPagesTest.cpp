@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 
 namespace wagemill::engine {
@@ -109,15 +110,6 @@ TEST_F(SheetPagesTest, PaperWithoutRoomIsNoEndlessPrint)
     EXPECT_THROW(pages(), EngineError);
 }
 
-TEST_F(SheetPagesTest, CentersOnThePage)
-{
-    fill(1, 1);
-    sheet.print.centerHorizontally = sheet.print.centerVertically = true;
-    const drawing::PlacedDrawing sheetOnPage = pages().front().parts.front();
-    EXPECT_NEAR(sheetOnPage.left, 96 + (624 - 104) / 2., 0.1);
-    EXPECT_DOUBLE_EQ(sheetOnPage.top, 96 + (864 - 100) / 2.);
-}
-
 TEST_F(SheetPagesTest, AnEmptySheetHasNoPages)
 {
     sheet.at({4, 4}).format = defaultCellFormat;
@@ -126,6 +118,15 @@ TEST_F(SheetPagesTest, AnEmptySheetHasNoPages)
     sheet.at({4, 4}).value = 1.0;
     sheet.columns.front().hidden = true;
     EXPECT_EQ(pages().size(), 1U) << "nothing of it is wide";
+}
+
+TEST_F(SheetPagesTest, CentersOnThePage)
+{
+    fill(1, 1);
+    sheet.print.centerHorizontally = sheet.print.centerVertically = true;
+    const drawing::PlacedDrawing sheetOnPage = pages().front().parts.front();
+    EXPECT_NEAR(sheetOnPage.left, 96 + (624 - 104) / 2., 0.1);
+    EXPECT_DOUBLE_EQ(sheetOnPage.top, 96 + (864 - 100) / 2.);
 }
 
 TEST_F(SheetPagesTest, HeaderAndFooterKeepTheirDistances)
@@ -151,20 +152,10 @@ TEST_F(SheetPagesTest, HeaderAndFooterKeepTheirDistances)
 
 TEST(PageTexts, CarryOutTheCodes)
 {
-    const PageFacts facts = {.date = "3/31/2026",
-                             .time = "9:30 AM",
-                             .file = "pay.xls",
-                             .folder = "/tmp/",
-                             .sheet = "Stubs",
-                             .page = 2,
-                             .pages = 7};
+    const PageFacts facts = {"3/31/2026", "9:30 AM", "pay.xls", "/tmp/", "Stubs", 2, 7};
     const drawing::Font standard;
-    const struct {
-        const char* codes;
-        const char* left;
-        const char* center;
-        const char* right;
-    } cases[] = {
+    const std::array<const char*, 4> cases[] = {
+        // codes, left, centre and right part
         {"", "", "", ""},
         {"Payroll", "", "Payroll", ""},
         {"&LLeft&CMiddle&RRight", "Left", "Middle", "Right"},

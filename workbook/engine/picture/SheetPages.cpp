@@ -19,16 +19,11 @@ constexpr double pixelsPerInch = 96;
 constexpr int minScale = 10; ///< percent
 constexpr std::size_t maxPages = 10'000;
 
-/// Rows or columns that lie side by side.
+/// Rows or columns side by side.
 struct Span {
     int first = 0;
     int last = 0;
 };
-
-CellRect cellsOf(Span rows, Span columns)
-{
-    return {rows.first, columns.first, rows.last, columns.last};
-}
 
 /// What the references of a sheet's built-in name say: areas of cells, whole rows, whole columns.
 std::vector<CellRect> namedAreas(const Book& book, std::size_t sheet, std::string_view name)
@@ -51,9 +46,9 @@ std::vector<CellRect> namedAreas(const Book& book, std::size_t sheet, std::strin
 bool isVisible(const Book& book, const Cell& cell)
 {
     const CellFormat& format = book.styles.format(cell.format);
-    const auto hasBorder = [](const Border& border) { return border.style != BorderStyle::None; };
-    return !isEmpty(cell.value) || format.fill.pattern != 0 || hasBorder(format.left) || hasBorder(format.right) ||
-           hasBorder(format.top) || hasBorder(format.bottom);
+    const auto borders = {format.left.style, format.right.style, format.top.style, format.bottom.style};
+    return !isEmpty(cell.value) || format.fill.pattern != 0 ||
+           std::ranges::any_of(borders, [](BorderStyle style) { return style != BorderStyle::None; });
 }
 
 /// From A1 to the last row and column with something to see.
@@ -72,12 +67,14 @@ std::optional<CellRect> visibleArea(const Book& book, const Sheet& sheet)
     return area;
 }
 
-/// How one direction of an area is divided among pages. `size` measures rows or columns.
+/// How one direction of an area is divided among pages. `edge` is where a row or column begins.
 struct Division {
     Span area;
-    std::function<double(Span)> size;
+    std::function<double(int)> edge;
     std::vector<PageBreak> breaks;
     std::optional<Span> titles; ///< repeated on pages that begin after them
+
+    double size(Span span) const { return edge(span.last + 1) - edge(span.first); }
 
     double titleSize(int first) const { return titles && titles->last < first ? size(*titles) : 0; }
 
@@ -151,16 +148,16 @@ private:
 
     void addPages(const CellRect& area)
     {
-        CellRect measured = area; // the titles may lie outside
+        CellRect measured = area; // the titles may be outside
         if (m_titleRows)
             measured.firstRow = std::min(measured.firstRow, m_titleRows->first);
         if (m_titleColumns)
             measured.firstColumn = std::min(measured.firstColumn, m_titleColumns->first);
         const PictureGrid grid(m_book, m_sheet, measured, Medium::Paper);
-        const auto height = [&](Span rows) { return grid.top(rows.last + 1) - grid.top(rows.first); };
-        const auto width = [&](Span columns) { return grid.left(columns.last + 1) - grid.left(columns.first); };
-        Division down = {{area.firstRow, area.lastRow}, height, m_print.rowBreaks, m_titleRows};
-        Division across = {{area.firstColumn, area.lastColumn}, width, m_print.columnBreaks, m_titleColumns};
+        const auto top = [&](int row) { return grid.top(row); };
+        const auto left = [&](int column) { return grid.left(column); };
+        Division down = {{area.firstRow, area.lastRow}, top, m_print.rowBreaks, m_titleRows};
+        Division across = {{area.firstColumn, area.lastColumn}, left, m_print.columnBreaks, m_titleColumns};
         if (m_print.fitToPages && m_print.pagesHigh > 0)
             down.breaks.clear(); // where pages are counted, breaks by hand are not obeyed
         if (m_print.fitToPages && m_print.pagesWide > 0)
@@ -224,8 +221,10 @@ private:
         drawing::Page& page = m_pages.emplace_back();
         for (const auto& [rows, below] : down.stretches())
             for (const auto& [columns, beside] : across.stretches())
-                page.parts.push_back({sheetPicture(m_book, m_sheet, cellsOf(rows, columns), m_formats, Medium::Paper),
-                                      left + beside * scale, top + below * scale, scale});
+                page.parts.push_back(
+                    {sheetPicture(m_book, m_sheet, {rows.first, columns.first, rows.last, columns.last}, m_formats,
+                                  Medium::Paper),
+                     left + beside * scale, top + below * scale, scale});
     }
 
     const Book& m_book;
@@ -247,17 +246,15 @@ void addTexts(drawing::Drawing& marks, const std::array<PageText, 3>& texts, con
     for (std::size_t part = 0; part < texts.size(); ++part) {
         if (texts[part].text.empty())
             continue;
-        drawing::Text text;
-        text.cell = area;
-        text.cell.left -= drawing::textPadding;
-        text.cell.width += 2 * drawing::textPadding;
-        text.room = text.cell;
-        text.text = texts[part].text;
-        text.font = static_cast<std::uint16_t>(marks.fonts.size());
-        text.align = aligns[part];
-        text.vertical = vertical;
+        const drawing::Rect cell = {area.left - drawing::textPadding, area.top, area.width + 2 * drawing::textPadding,
+                                    area.height};
+        marks.texts.push_back({.cell = cell,
+                               .room = cell,
+                               .text = texts[part].text,
+                               .font = static_cast<std::uint16_t>(marks.fonts.size()),
+                               .align = aligns[part],
+                               .vertical = vertical});
         marks.fonts.push_back(texts[part].font);
-        marks.texts.push_back(std::move(text));
     }
 }
 
