@@ -82,6 +82,9 @@ TEST_F(WindowPointerTest, ABusyWindowKeepsItsHourglassEverywhere)
     pointer.setMode(PointerMode::Arrow);
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
     EXPECT_EQ(text.cursor().shape(), Qt::IBeamCursor);
+    pointer.loadHandCursor(handFile);
+    pointer.setMode(PointerMode::Hand);
+    EXPECT_EQ(button.cursor().shape(), Qt::BitmapCursor) << "it has no cursor of its own";
 }
 
 TEST_F(WindowPointerTest, ACursorFileThatCannotBeUsedIsNamedAndLeavesTheArrow)
