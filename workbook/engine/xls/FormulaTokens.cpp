@@ -605,7 +605,7 @@ private:
             m_tokens.u16(columnField(*last));
     }
 
-    void writeArrayValue(Empty /*value*/) { writeArrayBits(ptg::arrayEmpty, 0); }
+    void writeArrayValue(const Empty& /*value*/) { writeArrayBits(ptg::arrayEmpty, 0); }
     void writeArrayValue(double value) { writeArrayBits(ptg::arrayNumber, std::bit_cast<std::uint64_t>(value)); }
     void writeArrayValue(bool value) { writeArrayBits(ptg::arrayLogical, value ? 1 : 0); }
     void writeArrayValue(ErrorCode value) { writeArrayBits(ptg::arrayError, static_cast<std::uint64_t>(value)); }

@@ -277,7 +277,7 @@ public:
             std::visit([&](const auto& value) { writeConstant(row, cell, value); }, cell.value);
     }
 
-    void writeConstant(int row, const Cell& cell, Empty /*value*/) { beginCell(record::blank, row, cell); }
+    void writeConstant(int row, const Cell& cell, const Empty& /*value*/) { beginCell(record::blank, row, cell); }
 
     void writeConstant(int row, const Cell& cell, double number)
     {
@@ -355,7 +355,7 @@ public:
     }
 
     /// [MS-XLS] 2.5.133 FormulaValue
-    void writeResult(Empty /*value*/) { m_data.real(0); }
+    void writeResult(const Empty& /*value*/) { m_data.real(0); }
     void writeResult(double number)
     {
         if (std::isfinite(number))
