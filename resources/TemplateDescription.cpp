@@ -43,9 +43,11 @@ std::string textIn(std::istream& line)
 CellRect areaIn(std::istream& line)
 {
     const auto word = nextWord<std::string>(line);
-    const auto last = word.substr(word.find(':') + 1); // all of it without a colon
-    for (const std::string& text : {word, word + ":" + word, word.substr(0, word.find(':')) + "1:" + last + "1"})
-        if (const auto area = engine::parseAddress(text))
+    const std::string first = word.substr(0, word.find(':'));
+    const std::string last = word.substr(word.find(':') + 1); // the same without a colon
+    const std::string forms[] = {word, first + ":" + last, first + "1:" + last + "1"};
+    for (const std::string& form : forms)
+        if (const auto area = engine::parseAddress(form))
             return *area;
     throw std::runtime_error("\"" + word + "\" is not a cell or an area");
 }

@@ -95,10 +95,11 @@ TEST_F(EmbeddedApplicationTest, KeepsSeveralWorkbooksApart)
     EXPECT_NE(shown(folder / "second.xls", 2, "C2"), "first");
 }
 
-TEST_F(EmbeddedApplicationTest, TellsWhatItDoesNotCompute)
+TEST_F(EmbeddedApplicationTest, SaysWhatItDoesNotCompute)
 {
-    std::string told;
-    EmbeddedApplication session(RegionalFormats{}, clipboard, [&told](std::string text) { told = std::move(text); });
+    std::string notice;
+    EmbeddedApplication session(RegionalFormats{}, clipboard,
+                                [&notice](std::string text) { notice = std::move(text); });
     const auto book = session.Workbooks()->Open(templatePath.string());
     for (const int row : {9, 6, 7})
         book->Sheets(1)->PutCells(row, 3, "=IF(B" + std::to_string(row) + ">0,DDB(2400,300,10,1),0)");
@@ -106,7 +107,7 @@ TEST_F(EmbeddedApplicationTest, TellsWhatItDoesNotCompute)
     book->Sheets(1)->PutCells(5, 3, "=IF(B5<0,DDB(2400,300,10,1),Smith)");
     book->SaveAs(savedPath.string(), FileFormat::Excel8);
     EXPECT_EQ(
-        told,
+        notice,
         "The workbook holds formulas that Wagemill does not compute:\n"
         "- DDB, first in cell C6 of the sheet \"Employee information\"\n"
         "- Foo, first in cell C8 of the sheet \"Employee information\"\n"

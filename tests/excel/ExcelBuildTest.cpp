@@ -129,7 +129,7 @@ TEST_F(ExcelBuildTest, GivesTheWorkbookAndThePictureThatTheEngineGives)
     for (const BuildCase& each : buildCases()) {
         if (std::ranges::find(repeatedCases, each.name) != repeatedCases.end())
             continue;
-        startAnew();
+        startAgain();
         expectSameAsTheEngines(each.data, each.name);
     }
 }
@@ -154,7 +154,7 @@ TEST_F(ExcelBuildTest, TypesInTheRegionalFormatOfTheUser)
         data.header.periodEnding = periodEnding;
         data.rows[0].texts[rowFieldIndex("txtHourlyWage")] = wage;
         data.rows[0].texts[rowFieldIndex("txtSocialSecurityTax")] = rate;
-        startAnew(std::vector(2, std::string("region=") + region));
+        startAgain(std::vector(2, std::string("region=") + region));
         locale = typedLocale;
         expectSameAsTheEngines(data, region);
     }
@@ -165,18 +165,18 @@ TEST_F(ExcelBuildTest, WaitsForAnExcelThatIsBusy)
 {
     const std::string slowStart = "start=3000";
     const std::string everyCall = "busy=0 busyfor=" + std::to_string(shortOrLong(30, 3000)); // milliseconds
-    for (const auto& told : {std::vector<std::string>(2, everyCall),
-                             {slowStart + " busy=1 busyfor=3000", "busy=30 busyfor=3000"},
-                             {"busy=70 busyfor=3000", slowStart + " busy=1 busyfor=3000"},
-                             {"", "late hold=200"}}) {
-        startAnew(told);
-        expectSameAsTheEngines(dataOf("sample"), told.back());
+    for (const auto& sessions : {std::vector<std::string>(2, everyCall),
+                                 {slowStart + " busy=1 busyfor=3000", "busy=30 busyfor=3000"},
+                                 {"busy=70 busyfor=3000", slowStart + " busy=1 busyfor=3000"},
+                                 {"", "late hold=200"}}) {
+        startAgain(sessions);
+        expectSameAsTheEngines(dataOf("sample"), sessions.back());
     }
 }
 
 TEST_F(ExcelBuildTest, ReportsTheStepThatABusyExcelKeepsWaitingForTenSeconds)
 {
-    startAnew({"busy=8 busyfor=15000"});
+    startAgain({"busy=8 busyfor=15000"});
     const auto outcome = build(dataOf("sample"));
     EXPECT_EQ(messages.failedSteps(), std::vector<int>{100});
     EXPECT_TRUE(messages.shown[0].text.starts_with("Excel failed at cell B4: Excel is busy. Please finish"))
@@ -200,15 +200,15 @@ TEST_F(ExcelBuildTest, AsksForTheListedMembersInTheirListedFormAndNothingElse)
 TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)
 {
     const std::string expected = ": Excel has ended, or its process no longer answers.";
-    for (const auto& told : {std::vector<std::string>{"die=40"}, {"", "die=3"}}) {
-        startAnew(told);
+    for (const auto& sessions : {std::vector<std::string>{"die=40"}, {"", "die=3"}}) {
+        startAgain(sessions);
         const auto start = std::chrono::steady_clock::now();
         const auto outcome = build(dataOf("sample"));
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << told.back();
-        ASSERT_FALSE(messages.shown.empty()) << told.back();
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << sessions.back();
+        ASSERT_FALSE(messages.shown.empty()) << sessions.back();
         EXPECT_NE(messages.shown[0].text.find(expected), std::string::npos) << messages.shown[0].text;
-        expectTidy(*outcome, folder, told.back());
-        EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
+        expectTidy(*outcome, folder, sessions.back());
+        EXPECT_EQ(excelProcessesLeft(), 0) << sessions.back();
     }
 }
 
@@ -226,7 +226,7 @@ void writeTemplateWithTwoSheets(const std::filesystem::path& path)
 TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
 {
     struct {
-        std::vector<std::string> told;
+        std::vector<std::string> sessions;
         std::vector<int> steps; ///< the first of those reported
         std::string text;
     } const cases[] = {
@@ -241,16 +241,16 @@ TEST_F(ExcelBuildTest, TellsTheUserWhatIsWrongWithExcel)
         {{"refuse=SaveAs silent"}, {430}, "Excel failed at \"SaveAs\": Excel refuses it and gives no reason."},
         {{"", "refuse=CopyPicture"}, {50, 70, 600}, "The test wants this call to fail."},
     };
-    for (const auto& [told, steps, text] : cases) {
-        startAnew(told);
+    for (const auto& [sessions, steps, text] : cases) {
+        startAgain(sessions);
         const auto outcome = build(dataOf("sample"));
         std::vector<int> reported = messages.failedSteps();
         reported.resize(std::min(reported.size(), steps.size()));
-        EXPECT_EQ(reported, steps) << told.back();
-        ASSERT_FALSE(messages.shown.empty()) << told.back();
+        EXPECT_EQ(reported, steps) << sessions.back();
+        ASSERT_FALSE(messages.shown.empty()) << sessions.back();
         EXPECT_NE(messages.shown[0].text.find(text), std::string::npos) << messages.shown[0].text;
-        expectTidy(*outcome, folder, told.back());
-        EXPECT_EQ(excelProcessesLeft(), 0) << told.back();
+        expectTidy(*outcome, folder, sessions.back());
+        EXPECT_EQ(excelProcessesLeft(), 0) << sessions.back();
     }
 }
 
@@ -266,7 +266,7 @@ TEST_F(ExcelBuildTest, ReportsEveryCellOfASheetThatIsNotThere)
 
 TEST_F(ExcelBuildTest, SavesInTheOlderFormatOfAnOlderExcel)
 {
-    startAnew({"version=11.0"});
+    startAgain({"version=11.0"});
     const auto outcome = build(dataOf("sample"));
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
     const std::vector<std::string> calls = logged("call");

@@ -84,7 +84,7 @@ private:
 
 TEST_F(ExcelSessionTest, LetsNoWindowEventRunDuringACall)
 {
-    startAnew({"slow=200"});
+    startAgain({"slow=200"});
     const CountingWindow window;
     window.post();
     const auto session = createSession();
@@ -128,7 +128,7 @@ TEST_F(ExcelSessionTest, OffersToBringAnExcelToTheFrontThatDoesNotAnswer)
 {
     const wchar_t* const excelsQuestion = L"Test question";
     const wchar_t* const offer = L"Wagemill";
-    startAnew({"ask=Version", "ask=Version"});
+    startAgain({"ask=Version", "ask=Version"});
     for (const bool isBroughtToTheFront : {true, false}) {
         const auto session = createSession();
         automation::CallWatch::patience = 3'000;

@@ -116,9 +116,9 @@ std::unique_ptr<Application> ExcelTest::createSession()
     return createExcelSession(locale);
 }
 
-void ExcelTest::startAnew(std::vector<std::string> told)
+void ExcelTest::startAgain(std::vector<std::string> sessions)
 {
-    instructions = std::move(told);
+    instructions = std::move(sessions);
     m_sessions = 0;
     messages.shown.clear();
     fs::remove(logFile());

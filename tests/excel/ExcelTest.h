@@ -25,9 +25,9 @@ int excelProcesses();
 /// Waits until they are all gone, at most ten seconds. Gives how many are left.
 int excelProcessesLeft();
 
-/// A test with an Excel that is told what to do wrong, and a temporary folder of its own. None may be left at its end.
-/// One that does not end by itself fails after some minutes instead: its Excels are ended, and should that not help,
-/// the tests.
+/// A test with an Excel that has instructions what to do wrong, and a temporary folder of its own. None may be left at
+/// its end. One that does not end by itself fails after some minutes instead: its Excels are ended, and should that not
+/// help, the tests.
 class ExcelTest : public testing::Test {
 protected:
     ExcelTest();
@@ -38,10 +38,10 @@ protected:
     std::unique_ptr<RecordedWindows> build(const PayrollData& data);
     /// The same through the engine in this process.
     std::unique_ptr<RecordedWindows> buildDirectly(const PayrollData& data);
-    /// A session with an Excel that was told the instructions of its number.
+    /// A session with an Excel that has the instructions of its number.
     std::unique_ptr<Application> createSession();
     /// The next session is the first one again; the log and the clipboard are emptied.
-    void startAnew(std::vector<std::string> told = {});
+    void startAgain(std::vector<std::string> sessions = {});
     /// What reached the Excels, in the form of CallLog.h; of the lines that begin with `kind` what follows it.
     std::vector<std::string> logged(const std::string& kind) const;
 

@@ -109,7 +109,7 @@ TEST_F(BuildFaultsTest, AWorkbookIsWholeOrNotThereAtWhateverCallTheDiskFails)
             }
 }
 
-/// What can stand under a name of ours before a build.
+/// What may have a name of ours before a build.
 struct Plant {
     const char* what;
     /// victim  somebody else's file, with bytes that a build would take; false when this user cannot

@@ -40,8 +40,8 @@ void tell(const std::string& line)
         std::exit(2); // nobody listens any more
 }
 
-/// A message box would wait for ever: it is told instead.
-struct ToldMessages : Messages {
+/// A message box would wait for ever: its text is written instead.
+struct WrittenMessages : Messages {
     MessageAnswer show(const Message& message) override
     {
         std::string text = message.text;
@@ -194,7 +194,7 @@ int fillStore(const std::string& who, int count)
 int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
-    ToldMessages messages;
+    WrittenMessages messages;
     setMessages(&messages);
     endProgramOnSignals();
     ensureTemporaryFolder();

@@ -73,7 +73,7 @@ protected:
     QLineEdit* company = nullptr;
 };
 
-/// reopened  whether the store is opened anew by the key that meets the fault
+/// reopened  whether the store is opened again by the key that meets the fault
 void expectAllOrNothing(FailingFiles::Fault fault, FailingFiles::Until until, bool reopened,
                         const std::function<std::size_t()>& reportsOfAKey, QLineEdit& name)
 {
@@ -126,7 +126,7 @@ TEST_F(FailingStoreTest, ReportsEveryChangeOfAFullDiskAndIsWellWhenItHasRoomAgai
     EXPECT_EQ(stored("txtName0"), "xxxxxx");
 }
 
-TEST_F(FailingStoreTest, IsMadeAnewWhenItsFolderVanishesWhileTyping)
+TEST_F(FailingStoreTest, IsMadeAgainWhenItsFolderVanishesWhileTyping)
 {
     EXPECT_EQ(reportsOfAKey(), 0U);
     fs::remove_all(file.parent_path());

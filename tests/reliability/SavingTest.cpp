@@ -20,7 +20,7 @@ namespace {
 
 class SavingTest : public testing::Test {
 protected:
-    SavingTest() { writeBytesToFile(figures, workbook); }
+    SavingTest() { writeBytesToFile(saved, workbook); }
 
     /// Presses "Save Results To Excel File" and names `target`: the texts of the message boxes.
     std::vector<std::string> save(const fs::path& target)
@@ -36,7 +36,7 @@ protected:
     RecordedMessages messages;
     fs::path workbook = folder / "kvarno12345678.xls";
     fs::path documents = folder / "documents";
-    std::vector<std::byte> figures = std::vector<std::byte>(200'000, std::byte{7});
+    std::vector<std::byte> saved = std::vector<std::byte>(200'000, std::byte{7});
 };
 
 TEST_F(SavingTest, SaysWhyItFailedBeforeDone)
@@ -60,7 +60,7 @@ TEST_F(SavingTest, SaysWhyItFailedBeforeDone)
         EXPECT_NE(texts[texts.size() - 2].find(reason), std::string::npos) << texts[texts.size() - 2];
         EXPECT_NE(texts[texts.size() - 2].find("Form2.PushButton6_Click at line 47"), std::string::npos);
         EXPECT_TRUE(fs::is_empty(documents / "folder.xls"));
-        EXPECT_EQ(readOwnFile(workbook), figures) << target;
+        EXPECT_EQ(readOwnFile(workbook), saved) << target;
     }
 }
 
@@ -74,8 +74,8 @@ TEST_F(SavingTest, OntoALinkToTheTemporaryWorkbookMakesACopyOfItsOwn)
     fs::create_hard_link(workbook, hard);
     EXPECT_EQ(save(hard).size(), 2U);
     fs::remove(workbook);
-    EXPECT_EQ(readOwnFile(symbolic), figures);
-    EXPECT_EQ(readOwnFile(hard), figures);
+    EXPECT_EQ(readOwnFile(symbolic), saved);
+    EXPECT_EQ(readOwnFile(hard), saved);
 }
 
 TEST_F(SavingTest, LeavesTheChosenNameWholeOrUnusedAtWhateverCallTheDiskFails)
@@ -96,7 +96,7 @@ TEST_F(SavingTest, LeavesTheChosenNameWholeOrUnusedAtWhateverCallTheDiskFails)
                 EXPECT_EQ(texts.back(), "Done.");
                 EXPECT_EQ(fileExists(documents / "payroll.xls"), !reported) << "call " << call;
                 if (!reported) {
-                    EXPECT_EQ(readOwnFile(documents / "payroll.xls"), figures) << "call " << call;
+                    EXPECT_EQ(readOwnFile(documents / "payroll.xls"), saved) << "call " << call;
                 } else if (fault == FailingFiles::Fault::Full) {
                     EXPECT_TRUE(fs::is_empty(documents)) << "call " << call;
                 }

@@ -23,7 +23,7 @@ class Store:
     def __init__(self):
         self.allowed = {}
 
-    def told(self, line):
+    def take(self, line):
         """One line of the driver."""
         kind, _, rest = line.rstrip("\n").partition(" ")
         key, _, text = rest.partition("\t")
@@ -46,7 +46,7 @@ def typed_until_killed(store, home, number):
     threading.Timer(random.uniform(0, 0.5) if number % 3 == 0 else random.uniform(0.2, 1), driver.kill).start()
     typing = False
     for line in driver.stdout:
-        store.told(line)
+        store.take(line)
         typing |= line == "ready\n"
         if typing and line.startswith("="):
             first_write = first_write or time.monotonic() - begin

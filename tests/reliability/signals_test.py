@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A signal that asks the program to end, in the middle of building, leaves no file behind; a kill leaves them to the
+"""A signal that asks the program to end, in the middle of building, leaves no file; a kill leaves them to the
 next start, which removes them."""
 import os
 import random
@@ -17,9 +17,9 @@ def end_while_building(home, number, **changes):
     driver.stdout.readline()
     time.sleep(random.uniform(0, 0.2))
     driver.send_signal(number)
-    told = driver.communicate(timeout=10)[0]
-    if "wrong" in told or "message" in told:
-        sys.exit(f"{signal.strsignal(number)}: {told}")
+    written = driver.communicate(timeout=10)[0]
+    if "wrong" in written or "message" in written:
+        sys.exit(f"{signal.strsignal(number)}: {written}")
     return driver.returncode
 
 
@@ -29,7 +29,7 @@ with tempfile.TemporaryDirectory() as home:
         if (ended := end_while_building(home, number, **({"TEMP": chosen} if turn % 2 else {}))) != 0:
             sys.exit(f"{signal.strsignal(number)} ended the program with {ended}")
         if left := run_folders(home) + os.listdir(chosen):
-            sys.exit(f"{signal.strsignal(number)} left {left} behind")
+            sys.exit(f"{signal.strsignal(number)} left {left}")
     for _ in range(rounds(2, 20)):
         end_while_building(home, signal.SIGKILL)
         if len(left := run_folders(home)) != 1:

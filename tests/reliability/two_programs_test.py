@@ -11,11 +11,11 @@ from driver import rounds, run_folders, start  # noqa: E402
 
 
 def together(what, count, home, **changes):
-    """Runs two drivers to their ends; what they told, without the lines that are no news."""
+    """Runs two drivers to their ends; what they wrote, without the lines that are no news."""
     begin = time.monotonic()
     two = [start(what, who, count, home=home, **changes) for who in ("Ada", "Bob")]
-    told = [driver.communicate()[0].splitlines() for driver in two]
-    for driver, lines in zip(two, told):
+    written = [driver.communicate()[0].splitlines() for driver in two]
+    for driver, lines in zip(two, written):
         # On a busy machine the other one's writes may leave no gap for 0.8 s: the key is then reported, and kept.
         news = [line for line in lines if not line.startswith("built ") and "is stored as soon as possible." not in line]
         if driver.returncode != 0 or news != ["done"]:
@@ -34,7 +34,7 @@ with tempfile.TemporaryDirectory() as home:
     together("build", rounds(25, 500), home)
     together("build", rounds(25, 500), home, TEMP=shared)
     if left := os.listdir(shared) + run_folders(home):
-        sys.exit(f"the builds left {left} behind")
+        sys.exit(f"the builds left {left}")
     writes = rounds(200, 10_000)
     together("store", writes, home)
     stored = keys_in_the_store(home)

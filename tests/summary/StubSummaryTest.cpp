@@ -18,7 +18,7 @@ struct Stub {
     CellValue net;
 };
 
-/// A file with these stubs one below another, captions left of figures, on its second sheet, in front.
+/// A file with these stubs one below another, captions left of amounts, on its second sheet, in front.
 std::filesystem::path workbookOf(const std::vector<Stub>& stubs, const test::TemporaryFolder& folder)
 {
     Book book;
@@ -33,10 +33,10 @@ std::filesystem::path workbookOf(const std::vector<Stub>& stubs, const test::Tem
     for (const auto& [name, gross, net] : stubs) {
         sheet.at({row, 4}).value = std::string("Employee Name");
         sheet.at({row, 5}).value = name;
-        for (const auto& [caption, figure] : {std::pair("Gross Pay", gross), std::pair("Net Pay", net)}) {
+        for (const auto& [caption, amount] : {std::pair("Gross Pay", gross), std::pair("Net Pay", net)}) {
             row += 2;
             sheet.at({row, 6}).value = std::string(caption);
-            sheet.at({row, 7}).value = figure;
+            sheet.at({row, 7}).value = amount;
             sheet.at({row, 7}).format = moneyFormat;
         }
         row += 8;

@@ -1,6 +1,5 @@
 #include "tests/workbook/BuildCases.h"
 
-
 #include <algorithm>
 #include <array>
 #include <random>
@@ -38,30 +37,30 @@ std::vector<EmployeeRow> numberedEmployees(int count)
     return rows;
 }
 
-/// IDs that a spreadsheet may take for something else. Each stands once in a workbook.
+/// IDs that a spreadsheet may take for something else. Each is once in a workbook.
 constexpr auto oddIds = std::to_array<std::string_view>(
     {"007",  "1e5",   "1-2",     "TRUE",          "false",        "12.5%", "3/4/2026", "$5",   "E*",
      "A?c",  "x&y",   "Net Pay", "'42",           "  7b ",        "=1+1",  "-Bob",     "+Ann", "@home",
      "#N/A", "1,234", "12:30",   "M\xC3\xBCller", "\xE6\x9D\x8E", "(9)",   "E 1"});
 
-/// Figures of a size that leaves every product within the 15 digits that a spreadsheet shows.
-constexpr auto figures = std::to_array<std::string_view>(
+/// Amounts of a size that leaves every product within the 15 digits that a spreadsheet shows.
+constexpr auto amounts = std::to_array<std::string_view>(
     {"$15.00", "0", "7.65", "1,234.56", "0.005", "12.345", "($3.50)", "-2", "$0.01", "9,999.99", "33.333", "1E2"});
 
 template <std::size_t Count>
-std::string pick(const std::array<std::string_view, Count>& choices, std::mt19937& chance)
+std::string pick(const std::array<std::string_view, Count>& choices, std::mt19937& random)
 {
-    return std::string(choices.at(chance() % Count));
+    return std::string(choices.at(random() % Count));
 }
 
-std::vector<EmployeeRow> typedWorkbook(int first, std::mt19937& chance)
+std::vector<EmployeeRow> typedWorkbook(int first, std::mt19937& random)
 {
     std::vector<EmployeeRow> rows;
     for (int number = 0; number < employeesInAWorkbook; ++number) {
         EmployeeRow row;
         for (std::size_t field = 0; field < rowFields.size(); ++field)
-            row.texts[field] = rowFields[field].kind == FieldKind::FreeText ? "" : pick(figures, chance);
-        const bool odd = first == 0 || chance() % 4 == 0;
+            row.texts[field] = rowFields[field].kind == FieldKind::FreeText ? "" : pick(amounts, random);
+        const bool odd = first == 0 || random() % 4 == 0;
         row.texts[employeeIdField] =
             odd ? std::string(oddIds.at(static_cast<std::size_t>(number))) : "T" + std::to_string(first + number);
         row.texts[rowFieldIndex("txtName")] = "Name " + std::to_string(first + number);
@@ -92,9 +91,9 @@ std::vector<BuildCase> buildCases()
         {"employees-25", {acme, numberedEmployees(25)}},
         {"employees-26", {acme, numberedEmployees(26)}},
     };
-    std::mt19937 chance(20260331); // the same figures in every run
+    std::mt19937 random(20260331); // the same amounts in every run
     for (int first = 0; first < typedEmployees; first += employeesInAWorkbook)
-        cases.push_back({"typed-" + std::to_string(first), {acme, typedWorkbook(first, chance)}});
+        cases.push_back({"typed-" + std::to_string(first), {acme, typedWorkbook(first, random)}});
     return cases;
 }
 

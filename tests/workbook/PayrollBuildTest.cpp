@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <span>
 
 using namespace wagemill;
@@ -85,7 +84,7 @@ TEST_F(PayrollBuildTest, AsksTheSpreadsheetForEachStepInItsOrder)
         // saved and closed
         "1.Range(\"D5\")", "1.Range(\"D5\").Select", "1.Visible = False", "1.Version",
         "1.Book.SaveAs(\"" + path + "\", FileFormat = 56)", "1.DisplayAlerts = False", "1.Book.Close", "1.Quit",
-        // opened anew for its picture
+        // opened again for its picture
         "new", "2.Workbooks", "2.Workbooks.Open(\"" + path + "\")", "2.Workbooks", "2.Workbooks.count",
         "2.Workbooks(1)", "2.Book.ActiveSheet", "2.Book.ActiveSheet.UsedRange", "2.Book.ActiveSheet.UsedRange.Rows",
         "2.Book.ActiveSheet.UsedRange", "2.Book.ActiveSheet.UsedRange.Rows.count",
@@ -281,11 +280,7 @@ TEST_F(SnapshotTest, ReplacesALongerPicture)
 
 TEST_F(SnapshotTest, FetchesUntilTheClipboardYieldsButNotForEver)
 {
-    constexpr int never = 1'000'000;
-    std::vector<int> emptyFetches(1001); // 0, 1, ... 1000
-    std::iota(emptyFetches.begin(), emptyFetches.end(), 0);
-    emptyFetches.push_back(never);
-    for (const int empty : emptyFetches) {
+    for (const int empty : {0, 1, 2, 998, 999, 1000, 1001, 1'000'000}) {
         spreadsheet.emptyFetches = empty;
         spreadsheet.fetches = 0;
         const auto picture = getClipboardPicture(*services.spreadsheet.clipboard, 0);

@@ -24,8 +24,8 @@ std::uint64_t fullColourTable(std::uint32_t bitsPerPixel)
     return bitsPerPixel <= 8 ? std::uint64_t{1} << bitsPerPixel : 0;
 }
 
-/// The masks stand behind the oldest of the info headers alone; the later ones hold them.
-std::uint64_t masksBehindHeader(std::uint32_t headerBytes, std::uint32_t compression)
+/// The masks follow the oldest of the info headers alone; the later ones hold them.
+std::uint64_t masksAfterHeader(std::uint32_t headerBytes, std::uint32_t compression)
 {
     if (headerBytes != infoHeaderBytes)
         return 0;
@@ -41,7 +41,7 @@ std::uint64_t pixelOffset(std::span<const std::byte> bitmap)
     if (headerBytes < infoHeaderBytes)
         throw SpreadsheetError("the clipboard's bitmap has an unknown header");
     const std::uint64_t colours = ByteReader(bitmap, 32).u32();
-    return headerBytes + maskBytes * masksBehindHeader(headerBytes, ByteReader(bitmap, 16).u32()) +
+    return headerBytes + maskBytes * masksAfterHeader(headerBytes, ByteReader(bitmap, 16).u32()) +
            infoColourBytes * (colours != 0 ? colours : fullColourTable(ByteReader(bitmap, 14).u16()));
 }
 

@@ -29,7 +29,7 @@ struct Server {
     int objects = 0; ///< that somebody refers to
 };
 
-/// The arguments of a call, by position from 0; named ones stand at the position that their member gives them. Throws
+/// The arguments of a call, by position from 0; named ones are at the position that their member gives them. Throws
 /// std::invalid_argument when an argument is missing or of another type.
 class CallArguments {
 public:

@@ -1,5 +1,5 @@
 // automation_server: answers as Excel does, in a process of its own for every application, with the embedded engine
-// behind it. The system starts it, once it is registered as the server of the class. What it is told to do wrong is in
+// behind it. The system starts it, once it is registered as the server of the class. What it does wrong is in
 // WAGEMILL_TEST_SERVER, see Instructions.h; WAGEMILL_TEST_SERVER_LOG names the file that receives every call.
 
 #include "app/base/PlatformFiles.h"
