@@ -9,7 +9,7 @@
 
 namespace wagemill::bench {
 
-/// So many employees, each with figures of their own in all 17 fields.
+/// So many employees, each with data of their own in all 17 fields.
 PayrollData payroll(int employees);
 
 /// Types the payroll into a workbook opened from the template and pastes a stub for every employee, in the order of a

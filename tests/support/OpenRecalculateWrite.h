@@ -29,8 +29,8 @@ inline void requireFiniteNumbers(const engine::Book& book)
                     throw std::logic_error("a cell of " + sheet->name + " holds what is not a number");
 }
 
-/// Opens the bytes, computes every formula again and writes the workbook again. The only failure allowed is a refusal in
-/// words, which names the file where it cannot be opened; throws std::logic_error where it does not.
+/// Opens the bytes, computes every formula again and writes the workbook again. The only failure allowed is a refusal
+/// in words, which names the file where it cannot be opened; throws std::logic_error where it does not.
 inline Outcome openRecalculateWrite(std::span<const std::byte> file)
 {
     constexpr const char* name = "wages.xls";
