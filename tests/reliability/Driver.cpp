@@ -23,14 +23,15 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 #include <random>
+#include <ranges>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
 using namespace wagemill;
-namespace fs = std::filesystem;
 
 /// One write, so that a kill leaves no half of a line.
 void tell(const std::string& line)
@@ -44,10 +45,7 @@ void tell(const std::string& line)
 struct WrittenMessages : Messages {
     MessageAnswer show(const Message& message) override
     {
-        std::string text = message.text;
-        std::ranges::replace_if(
-            text, [](char letter) { return letter == '\n' || letter == '\r'; }, ' ');
-        tell("message " + text);
+        tell("message " + QString::fromStdString(message.text).simplified().toStdString());
         return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Yes;
     }
 };
@@ -69,14 +67,7 @@ struct TypedField {
     std::string text() const { return edit->text().toStdString(); }
 };
 
-/// Says what is about to be stored, does it, and says that it is stored.
-void store(const TypedField& field, const std::string& text, const std::function<void()>& work)
-{
-    tell("> " + field.key + "\t" + text);
-    work();
-    tell("= " + field.key + "\t" + field.text());
-}
-
+/// Says before every key what is about to be stored, and after it what is stored.
 void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
 {
     constexpr std::string_view letters = "abcdefgh XYZ0123456789'\",;";
@@ -88,36 +79,35 @@ void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
             field->edit->setFocus();
         }
         std::string text = field->text();
-        field->edit->end(false);
+        char key = letters[random() % letters.size()];
         if (text.size() >= maxLetters || (random() % 6 == 0 && !text.empty())) {
             text.pop_back();
-            store(*field, text, [&] { QTest::keyClick(field->edit, Qt::Key_Backspace); });
+            key = '\b';
         } else {
-            text += letters[random() % letters.size()];
-            store(*field, text, [&] { QTest::keyClick(field->edit, text.back()); });
+            text += key;
         }
+        tell("> " + field->key + "\t" + text);
+        field->edit->end(false);
+        QTest::keyClick(field->edit, key);
+        tell("= " + field->key + "\t" + field->text());
     }
 }
 
 int type(unsigned seed)
 {
-    std::vector<const RowField*> texts;
-    for (const RowField& field : rowFields)
-        if (field.kind == FieldKind::FreeText)
-            texts.push_back(&field);
-    for (const RowField* field : texts)
-        tell("was " + rowFieldKey(*field, 0) + "\t" +
-             GetSetting(settingsApplication, settingsSection, rowFieldKey(*field, 0), field->fallback()));
-    const auto today = [] { return CalendarDate{2026, 4, 10}; };
-    Form1 window({productionServices(), today, 1});
+    auto texts = std::views::filter(rowFields, [](const RowField& each) { return each.kind == FieldKind::FreeText; });
+    for (const RowField& field : texts)
+        tell("was " + rowFieldKey(field, 0) + "\t" +
+             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback()));
+    Form1 window({productionServices(), [] { return CalendarDate{2026, 4, 10}; }, 1});
     window.show();
     window.activateWindow();
     if (!QTest::qWaitForWindowActive(&window))
         return 1;
     std::vector<TypedField> fields;
-    for (const RowField* field : texts) {
-        const auto name = QString::fromStdString(std::string(field->name) + "(0)");
-        fields.push_back({window.findChild<QLineEdit*>(name), rowFieldKey(*field, 0)});
+    for (const RowField& field : texts) {
+        const auto name = QString::fromStdString(std::string(field.name) + "(0)");
+        fields.push_back({window.findChild<QLineEdit*>(name), rowFieldKey(field, 0)});
         tell("= " + fields.back().key + "\t" + fields.back().text());
     }
     tell("ready");
@@ -126,22 +116,7 @@ int type(unsigned seed)
 }
 
 /// What a build shows and saves: the picture's bytes, and the value of every cell.
-struct Result {
-    std::vector<std::byte> picture;
-    std::vector<engine::CellValue> values;
-    bool operator==(const Result&) const = default;
-};
-
-std::vector<engine::CellValue> valuesOf(const fs::path& workbook)
-{
-    std::vector<engine::CellValue> values;
-    const engine::Book book = engine::xls::readWorkbook(readOwnFile(workbook), workbook.string());
-    for (const auto& sheet : book.sheets)
-        for (const engine::Row& row : sheet->rows())
-            for (const engine::Cell& cell : row.cells)
-                values.push_back(cell.value);
-    return values;
-}
+using Result = std::pair<std::vector<std::byte>, std::vector<engine::CellValue>>;
 
 Result built(const std::string& who, const BuildServices& services)
 {
@@ -151,7 +126,11 @@ Result built(const std::string& who, const BuildServices& services)
     data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
     test::RecordedWindows windows;
     buildPayrollWorkbook(data, windows, services);
-    Result result = {windows.picture, valuesOf(windows.workbook)};
+    Result result = {windows.picture, {}};
+    const engine::Book book = engine::xls::readWorkbook(readOwnFile(windows.workbook), windows.workbook.string());
+    for (const auto& sheet : book.sheets)
+        for (const engine::Row& row : sheet->rows())
+            std::ranges::transform(row.cells, std::back_inserter(result.second), &engine::Cell::value);
     deleteFileQuietly(windows.workbook); // as leaving the preview does
     return result;
 }
@@ -160,13 +139,9 @@ int build(const std::string& who, int count)
 {
     const BuildServices services = productionServices();
     const Result first = built(who, services);
-    const auto mentions = [&](const std::string& text) {
-        return std::ranges::count(first.values, engine::CellValue(text)) > 0;
-    };
-    if (!mentions(who) || !mentions(who + " & Sons") || !mentions("Employee " + who) || first.picture.empty()) {
-        tell("wrong first");
-        return 1;
-    }
+    for (const std::string& text : {who, who + " & Sons", "Employee " + who})
+        if (first.first.empty() || std::ranges::count(first.second, engine::CellValue(text)) == 0)
+            tell("wrong first");
     std::mt19937 chance(static_cast<unsigned>(count));
     for (int number = 1; number < count; ++number) {
         if (built(who, services) != first)

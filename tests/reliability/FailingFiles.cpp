@@ -1,13 +1,14 @@
 #include "tests/reliability/FailingFiles.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
-#include <cstdarg>
+#include <climits>
 #include <cstddef>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <string>
 #include <sys/types.h>
-#include <unistd.h>
 #include <utility>
 
 namespace wagemill::test {
@@ -16,75 +17,48 @@ namespace {
 
 FailingFiles* failing = nullptr;
 
-/// Where a path that a call names leads; `folder` is the descriptor that a relative one is counted from.
-std::filesystem::path absolutePath(int folder, const char* path)
+bool refuses(const std::filesystem::path& path, bool deleting = false)
 {
-    std::filesystem::path named = path;
-    if (named.is_absolute())
-        return named;
-    std::error_code error;
-    const std::string link = folder == AT_FDCWD ? "/proc/self/cwd" : "/proc/self/fd/" + std::to_string(folder);
-    return std::filesystem::read_symlink(link, error) / named;
+    if (failing == nullptr || !path.native().starts_with(failing->folder.native()) ||
+        (deleting && failing->fault == Fault::Full))
+        return false;
+    ++failing->calls;
+    if (failing->calls < failing->firstFailing || failing->calls > failing->lastFailing)
+        return false;
+    errno = failing->fault == Fault::Full ? ENOSPC : EROFS;
+    return true;
 }
 
-bool failsNamed(int folder, const char* path, bool deleting = false)
-{
-    return failing != nullptr && path != nullptr && failing->fails(absolutePath(folder, path), deleting);
-}
-
-bool failsOpen(int descriptor)
+bool refusesOpen(int descriptor)
 {
     std::error_code error;
     return failing != nullptr &&
-           failing->fails(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error));
+           refuses(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error));
 }
 
-int refuse()
+/// Calls the C library's own function of that name.
+template <typename Result = int, typename... Arguments>
+Result real(const char* name, Arguments... arguments)
 {
-    errno = failing->errorNumber();
-    return -1;
-}
-
-/// The C library's own function of that name.
-template <typename Function>
-Function* real(const char* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name)); // POSIX lets an address be a function's
-}
-
-using Open = int(const char*, int, ...);
-using OpenAt = int(int, const char*, int, ...);
-using Write = ssize_t(int, const void*, std::size_t);
-using WriteAt = ssize_t(int, const void*, std::size_t, off_t);
-using Sync = int(int);
-using Truncate = int(int, off_t);
-using Name = int(const char*);
-using NameMode = int(const char*, mode_t);
-using TwoNames = int(const char*, const char*);
-
-bool changes(int flags)
-{
-    return (flags & (O_CREAT | O_TRUNC)) != 0;
-}
-
-mode_t modeOf(int flags, std::va_list arguments)
-{
-    return (flags & O_CREAT) != 0 ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
+    return reinterpret_cast<Result (*)(Arguments...)>(::dlsym(RTLD_NEXT, name))(arguments...);
 }
 
 /// A disk that gets full takes what still fits: the call before the refusal is answered with less than was asked.
-template <typename Rest>
-ssize_t writeFile(int descriptor, std::size_t size, Rest&& rest)
+template <typename... Place>
+ssize_t writeFile(const char* name, int descriptor, const void* bytes, std::size_t size, Place... place)
 {
-    if (!failsOpen(descriptor))
-        return rest(size);
-    return failing->errorNumber() == ENOSPC && size > 1 ? rest(size / 2) : refuse();
+    if (refusesOpen(descriptor)) {
+        if (failing->fault == Fault::ReadOnly || size == 1)
+            return -1;
+        size /= 2;
+    }
+    return real<ssize_t>(name, descriptor, bytes, size, place...);
 }
 
 } // namespace
 
-FailingFiles::FailingFiles(std::filesystem::path folder, Fault fault, int first, Until until)
-    : m_folder(std::move(folder)), m_fault(fault), m_first(first), m_until(until)
+FailingFiles::FailingFiles(std::filesystem::path where, Fault what, int first, int last)
+    : folder(std::move(where)), fault(what), firstFailing(first), lastFailing(last)
 {
     failing = this;
 }
@@ -94,101 +68,90 @@ FailingFiles::~FailingFiles()
     failing = nullptr;
 }
 
-bool FailingFiles::fails(const std::filesystem::path& path, bool deleting)
+void failAtEveryCall(const std::filesystem::path& folder, const std::function<void()>& prepare,
+                     const std::function<void()>& work, const std::function<void(Fault)>& check)
 {
-    if (!path.native().starts_with(m_folder.native()) || (deleting && m_fault == Fault::Full))
-        return false;
-    ++m_calls;
-    const bool refused = m_until == Until::Once ? m_calls == m_first : m_calls >= m_first;
-    m_failed += refused ? 1 : 0;
-    return refused;
+    for (const Fault fault : {Fault::Full, Fault::ReadOnly})
+        for (const bool once : {true, false}) {
+            int call = 0;
+            for (bool failed = true; failed;) {
+                ++call;
+                SCOPED_TRACE((fault == Fault::Full ? "full, call " : "read-only, call ") + std::to_string(call));
+                prepare();
+                {
+                    const FailingFiles files(folder, fault, call, once ? call : INT_MAX);
+                    work();
+                    failed = files.calls >= call;
+                }
+                check(fault);
+            }
+            EXPECT_GT(call, 1) << "nothing was changed";
+        }
 }
 
-int FailingFiles::errorNumber() const
-{
-    return m_fault == Fault::Full ? ENOSPC : EROFS;
-}
-
-// The names under which the whole process finds these instead of the C library's: labels of the assembler, because the
+// The names under which the whole process finds these instead of the C library's: set by the assembler, because the
 // library's headers declare some of them in ways that do not allow another definition.
-#define STANDS_FOR(name) __asm__(name) __attribute__((visibility("default"), used))
-
-// The same function under another name.
-__asm__(".globl open64, pwrite64, ftruncate64, fdatasync\n"
-        ".set open64, open\n"
-        ".set pwrite64, pwrite\n"
-        ".set ftruncate64, ftruncate\n"
-        ".set fdatasync, fsync\n");
+__asm__(".globl open, open64, write, pwrite, pwrite64, fsync, fdatasync, ftruncate, ftruncate64\n"
+        ".globl mkdir, rename, unlink, remove\n"
+        ".set open, failingOpen\n"
+        ".set open64, failingOpen\n"
+        ".set write, failingWrite\n"
+        ".set pwrite, failingPwrite\n"
+        ".set pwrite64, failingPwrite\n"
+        ".set fsync, failingFsync\n"
+        ".set fdatasync, failingFsync\n"
+        ".set ftruncate, failingFtruncate\n"
+        ".set ftruncate64, failingFtruncate\n"
+        ".set mkdir, failingMkdir\n"
+        ".set rename, failingRename\n"
+        ".set unlink, failingUnlink\n"
+        ".set remove, failingRemove\n");
 
 extern "C" {
-int failingOpen(const char* path, int flags, ...) STANDS_FOR("open");
-int failingOpenAt(int folder, const char* path, int flags, ...) STANDS_FOR("openat");
-ssize_t failingWrite(int descriptor, const void* bytes, std::size_t size) STANDS_FOR("write");
-ssize_t failingPwrite(int descriptor, const void* bytes, std::size_t size, off_t at) STANDS_FOR("pwrite");
-int failingFsync(int descriptor) STANDS_FOR("fsync");
-int failingFtruncate(int descriptor, off_t size) STANDS_FOR("ftruncate");
-int failingMkdir(const char* path, mode_t mode) STANDS_FOR("mkdir");
-int failingRename(const char* from, const char* to) STANDS_FOR("rename");
-int failingUnlink(const char* path) STANDS_FOR("unlink");
-int failingRemove(const char* path) STANDS_FOR("remove");
-
-int failingOpen(const char* path, int flags, ...)
+/// mode  of a file that is made; what happens to be in its register otherwise
+int failingOpen(const char* path, int flags, mode_t mode)
 {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
-    return changes(flags) && failsNamed(AT_FDCWD, path) ? refuse() : real<Open>("open")(path, flags, mode);
-}
-
-int failingOpenAt(int folder, const char* path, int flags, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
-    return changes(flags) && failsNamed(folder, path) ? refuse() : real<OpenAt>("openat")(folder, path, flags, mode);
+    return (flags & (O_CREAT | O_TRUNC)) != 0 && refuses(path) ? -1 : real("open", path, flags, mode);
 }
 
 ssize_t failingWrite(int descriptor, const void* bytes, std::size_t size)
 {
-    return writeFile(descriptor, size, [&](std::size_t part) { return real<Write>("write")(descriptor, bytes, part); });
+    return writeFile("write", descriptor, bytes, size);
 }
 
 ssize_t failingPwrite(int descriptor, const void* bytes, std::size_t size, off_t at)
 {
-    return writeFile(descriptor, size,
-                     [&](std::size_t part) { return real<WriteAt>("pwrite")(descriptor, bytes, part, at); });
+    return writeFile("pwrite", descriptor, bytes, size, at);
 }
 
 int failingFsync(int descriptor)
 {
-    return failsOpen(descriptor) ? refuse() : real<Sync>("fsync")(descriptor);
+    return refusesOpen(descriptor) ? -1 : real("fsync", descriptor);
 }
 
 int failingFtruncate(int descriptor, off_t size)
 {
-    return failsOpen(descriptor) ? refuse() : real<Truncate>("ftruncate")(descriptor, size);
+    return refusesOpen(descriptor) ? -1 : real("ftruncate", descriptor, size);
 }
 
 int failingMkdir(const char* path, mode_t mode)
 {
-    return failsNamed(AT_FDCWD, path) ? refuse() : real<NameMode>("mkdir")(path, mode);
+    return refuses(path) ? -1 : real("mkdir", path, mode);
 }
 
 int failingRename(const char* from, const char* to)
 {
-    return failsNamed(AT_FDCWD, to) ? refuse() : real<TwoNames>("rename")(from, to);
+    return refuses(to) ? -1 : real("rename", from, to);
 }
 
 int failingUnlink(const char* path)
 {
-    return failsNamed(AT_FDCWD, path, true) ? refuse() : real<Name>("unlink")(path);
+    return refuses(path, true) ? -1 : real("unlink", path);
 }
 
 int failingRemove(const char* path)
 {
-    return failsNamed(AT_FDCWD, path, true) ? refuse() : real<Name>("remove")(path);
+    return refuses(path, true) ? -1 : real("remove", path);
 }
 }
 

@@ -9,9 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 using namespace wagemill;
 using namespace wagemill::test;
 namespace fs = std::filesystem;
@@ -41,12 +38,8 @@ protected:
 
 TEST_F(SavingTest, SaysWhyItFailedBeforeDone)
 {
-    fs::create_directory(documents);
-    fs::create_directory(documents / "folder.xls");
-    struct {
-        fs::path target;
-        const char* reason;
-    } const cases[] = {
+    fs::create_directories(documents / "folder.xls");
+    const std::pair<fs::path, const char*> cases[] = {
         {documents / "vanished" / "payroll.xls", "No such file or directory"},
         {documents / "folder.xls", "directory"},
         {workbook, "the temporary workbook itself"},
@@ -57,8 +50,9 @@ TEST_F(SavingTest, SaysWhyItFailedBeforeDone)
         const auto texts = save(target);
         ASSERT_GE(texts.size(), 2U) << target;
         EXPECT_EQ(texts.back(), "Done.");
-        EXPECT_NE(texts[texts.size() - 2].find(reason), std::string::npos) << texts[texts.size() - 2];
-        EXPECT_NE(texts[texts.size() - 2].find("Form2.PushButton6_Click at line 47"), std::string::npos);
+        const std::string& failure = texts[texts.size() - 2];
+        EXPECT_NE(failure.find(reason), std::string::npos) << failure;
+        EXPECT_NE(failure.find("Form2.PushButton6_Click at line 47"), std::string::npos) << failure;
         EXPECT_TRUE(fs::is_empty(documents / "folder.xls"));
         EXPECT_EQ(readOwnFile(workbook), saved) << target;
     }
@@ -80,29 +74,24 @@ TEST_F(SavingTest, OntoALinkToTheTemporaryWorkbookMakesACopyOfItsOwn)
 
 TEST_F(SavingTest, LeavesTheChosenNameWholeOrUnusedAtWhateverCallTheDiskFails)
 {
-    for (const auto fault : {FailingFiles::Fault::Full, FailingFiles::Fault::ReadOnly})
-        for (const auto until : {FailingFiles::Until::Once, FailingFiles::Until::ItIsOver})
-            for (int call = 1;; ++call) {
-                fs::remove_all(documents);
-                fs::create_directory(documents);
-                bool failed = false;
-                std::vector<std::string> texts;
-                {
-                    const FailingFiles failing(documents, fault, call, until);
-                    texts = save(documents / "payroll.xls");
-                    failed = failing.hasFailed();
-                }
-                const bool reported = texts.size() == 2;
-                EXPECT_EQ(texts.back(), "Done.");
-                EXPECT_EQ(fileExists(documents / "payroll.xls"), !reported) << "call " << call;
-                if (!reported) {
-                    EXPECT_EQ(readOwnFile(documents / "payroll.xls"), saved) << "call " << call;
-                } else if (fault == FailingFiles::Fault::Full) {
-                    EXPECT_TRUE(fs::is_empty(documents)) << "call " << call;
-                }
-                if (!failed)
-                    break;
+    std::vector<std::string> texts;
+    failAtEveryCall(
+        documents,
+        [&] {
+            fs::remove_all(documents);
+            fs::create_directory(documents);
+        },
+        [&] { texts = save(documents / "payroll.xls"); },
+        [&](Fault fault) {
+            const bool isReported = texts.size() == 2;
+            EXPECT_EQ(texts.back(), "Done.");
+            EXPECT_EQ(fileExists(documents / "payroll.xls"), !isReported);
+            if (!isReported) {
+                EXPECT_EQ(readOwnFile(documents / "payroll.xls"), saved);
+            } else if (fault == Fault::Full) {
+                EXPECT_TRUE(fs::is_empty(documents));
             }
+        });
 }
 
 } // namespace

@@ -17,36 +17,29 @@ KILLS = rounds(25, 1000)
 USUAL_START, LONGEST_START = (1.0, 5.0) if os.environ.get("WAGEMILL_SANITIZED") != "1" else (5.0, 25.0)
 
 
-class Store:
-    """What the store may hold: the last text known to be written, or the one that was being written at the kill."""
-
-    def __init__(self):
-        self.allowed = {}
-
-    def take(self, line):
-        """One line of the driver."""
-        kind, _, rest = line.rstrip("\n").partition(" ")
-        key, _, text = rest.partition("\t")
-        if kind == "was":
-            if text not in self.allowed.setdefault(key, {text}):
-                sys.exit(f"{key} holds {text!r} after a kill, not {' or '.join(map(repr, self.allowed[key]))}")
-            self.allowed[key] = {text}
-        elif kind == ">":
-            self.allowed[key].add(text)
-        elif kind == "=":
-            self.allowed[key] = {text}
-        elif kind == "message":
-            sys.exit(f"the program showed: {rest}")
+def check_and_take(allowed, line):
+    """Learns from one line of the driver what the store may hold, by key: the last text known to be written, or the one
+    that was being written at the kill."""
+    kind, _, rest = line.rstrip("\n").partition(" ")
+    key, _, text = rest.partition("\t")
+    if kind == "was" and text not in allowed.setdefault(key, {text}):
+        sys.exit(f"{key} holds {text!r} after a kill, not {' or '.join(map(repr, allowed[key]))}")
+    if kind == "message":
+        sys.exit(f"the program showed: {rest}")
+    if kind == ">":
+        allowed[key].add(text)
+    elif kind in ("was", "="):
+        allowed[key] = {text}
 
 
-def typed_until_killed(store, home, number):
-    """Seconds until the first write after the start; None when the kill came before it."""
+def typed_until_killed(allowed, home, number):
+    """Seconds until the first write after the start, None when the kill came before it; and how many keys were written."""
     begin, first_write, keys = time.monotonic(), None, 0
     driver = start("type", number, home=home)
     threading.Timer(random.uniform(0, 0.5) if number % 3 == 0 else random.uniform(0.2, 1), driver.kill).start()
     typing = False
     for line in driver.stdout:
-        store.take(line)
+        check_and_take(allowed, line)
         typing |= line == "ready\n"
         if typing and line.startswith("="):
             first_write = first_write or time.monotonic() - begin
@@ -56,8 +49,8 @@ def typed_until_killed(store, home, number):
 
 
 with tempfile.TemporaryDirectory() as home:
-    store = Store()
-    starts = [typed_until_killed(store, home, number) for number in range(KILLS)]
+    allowed = {}
+    starts = [typed_until_killed(allowed, home, number) for number in range(KILLS)]
     keys = sum(count for _, count in starts)
     times = sorted(seconds for seconds, _ in starts if seconds)
     median, longest = times[len(times) // 2], times[-1]
