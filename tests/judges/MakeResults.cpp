@@ -4,15 +4,17 @@
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "tests/judges/OddIds.h"
 #include "tests/support/EmbeddedBuilds.h"
+#include "tests/workbook/BuildCases.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <random>
 #include <sstream>
 
 namespace {
@@ -30,9 +32,8 @@ struct FailOnMessages : Messages {
 
 std::string withoutControls(std::string text)
 {
-    for (char& letter : text)
-        if (letter == '\n' || letter == '\t')
-            letter = ' ';
+    std::ranges::replace(text, '\n', ' ');
+    std::ranges::replace(text, '\t', ' ');
     return text;
 }
 
@@ -67,6 +68,43 @@ void writeCells(const fs::path& workbook, const fs::path& list)
             }
 }
 
+/// 500 IDs that a spreadsheet may take for something else (blank, wildcards, numbers, dates, logicals, formulas, 255
+/// letters), 25 to a workbook, each beside what it may be mistaken for.
+std::vector<test::BuildCase> oddIdCases()
+{
+    std::istringstream list("|*|?|~|~*|~?|~~|**|?*|E*|*1|E?|E1|e1|TRUE|true|FALSE|007|07|7|7.0|1e5|100000|1E5|1-2|1/2|"
+                            "3/4/2026|12:30|12.5%|0.125|$5|5|(5)|-5|'5|'008|'E1|'|''|#N/A|#REF!|=1+1|=2|=\"E1\"|=NA()|"
+                            "-Bob|+Ann|@home| 7|7 |a b|x&y|<5|>0|<>|1,234|1234|1,23|Net Pay|Employee ID|M\u00FCller|"
+                            "M\u00DCLLER|\u674E|\U0001F642|\u00DF|ss|0|-0|1e400|1e-400|0x10|NaN");
+    std::vector<std::string> ids;
+    for (std::string text; std::getline(list, text, '|');)
+        ids.push_back(text);
+    // And an unused slot's number, 255 letters, one of the texts again, or two in one: the same in every run.
+    std::mt19937 random(20261121);
+    for (const std::size_t texts = ids.size(); ids.size() < 500;) {
+        const std::string& text = ids[random() % texts];
+        const std::string further[] = {std::to_string(1 + random() % 27),
+                                       std::string(254, 'W') + static_cast<char>('A' + random() % 3),
+                                       text.starts_with('=') ? text : text + ids[random() % texts]};
+        const std::size_t kind = random() % 8;
+        ids.push_back(kind < std::size(further) ? further[kind] : text);
+    }
+    std::vector<test::BuildCase> cases;
+    for (std::size_t number = 0; number < ids.size(); ++number) {
+        if (number % 25 == 0)
+            cases.push_back({"ids-" + std::to_string(number), {{"ACME Inc", "3/31/2026"}, {}}});
+        EmployeeRow row;
+        for (std::size_t field = 0; field < rowFields.size(); ++field)
+            row.texts[field] = rowFields[field].kind == FieldKind::FreeText ? "" : std::to_string(number + 1);
+        row.texts[employeeIdField] = ids[number];
+        row.texts[rowFieldIndex("txtName")] = "Name " + std::to_string(number);
+        cases.back().data.rows.push_back(row);
+    }
+    for (test::BuildCase& each : cases)
+        std::ranges::shuffle(each.data.rows, random);
+    return cases;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -80,7 +118,7 @@ int main(int argc, char* argv[])
     const std::vector<std::byte> givenTemplate =
         option.empty() || areIds ? std::vector<std::byte>() : readBytesFromFile(fs::path(option));
     test::EmbeddedBuilds builds(givenTemplate);
-    for (const test::BuildCase& build : areIds ? test::OddIds().cases() : test::buildCases()) {
+    for (const test::BuildCase& build : areIds ? oddIdCases() : test::buildCases()) {
         const fs::path result = folder / (build.name + ".xls");
         fs::rename(builds.build(build.data), result);
         writeCells(result, folder / (build.name + ".tsv"));

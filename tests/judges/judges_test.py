@@ -22,9 +22,9 @@ csv.field_size_limit(10_000_000)
 TOLERANCE = 1e-9
 
 
-def require(program):
-    if not shutil.which(program):
-        print(f"Skipped: {program}, a judge of our workbooks, is not installed")
+def require(found, judge):
+    if not found:
+        print(f"Skipped: {judge}, a judge of our workbooks, is not there")
         sys.exit(77)
 
 
@@ -64,20 +64,16 @@ def same_value(cell, value):
 
 
 def judge_by_lint(workbooks, lint):
-    if not os.path.exists(lint):
-        print("Skipped: the strict checker of workbooks is not beside this checkout")
-        sys.exit(77)
+    require(os.path.exists(lint), "the strict checker")
     found = subprocess.run([sys.executable, lint, "--strict", "-q", *workbooks], capture_output=True, text=True)
     return [] if found.returncode == 0 else [found.stdout + found.stderr]
 
 
 def values_by_libreoffice(workbooks):
     """{workbook: {"sheet address": (kind, value)}}"""
-    require("soffice")
+    require(shutil.which("soffice"), "LibreOffice")
     python = "/usr/bin/python3"  # the distribution's: LibreOffice's module belongs to it
-    if subprocess.run([python, "-c", "import uno"], capture_output=True).returncode:
-        print("Skipped: LibreOffice's module for Python is not installed")
-        sys.exit(77)
+    require(subprocess.run([python, "-c", "import uno"], capture_output=True).returncode == 0, "LibreOffice's Python module")
     output = os.path.join(os.path.dirname(workbooks[0]), "libreoffice.json")
     script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libreoffice_values.py")
     subprocess.run([python, script, output, *workbooks], check=True)
@@ -114,7 +110,7 @@ def gnumeric_texts(workbook, cells, style):
 
 
 def judge_by_gnumeric(workbooks, _):
-    require("ssconvert")
+    require(shutil.which("ssconvert"), "Gnumeric")
     for workbook in workbooks:
         name, cells = os.path.basename(workbook), own_cells(workbook)
         raw, shown = gnumeric_texts(workbook, cells, "raw"), gnumeric_texts(workbook, cells, "preserve")
@@ -153,7 +149,7 @@ def is_tie(cell):
 
 
 def judge_odd_ids(workbooks, _):
-    require("ssconvert")
+    require(shutil.which("ssconvert"), "Gnumeric")
     by_libreoffice = values_by_libreoffice(workbooks)
     for workbook in workbooks:
         name, cells = os.path.basename(workbook), own_cells(workbook)
@@ -171,7 +167,7 @@ def saved_by(program, template, folder):
                                     "--outdir", folder, template]),
         "gnumeric": ("ssconvert", ["-T", "Gnumeric_Excel:excel_biff8", template, os.path.join(folder, "template.xls")]),
     }[program]
-    require(tool)
+    require(shutil.which(tool), program)
     subprocess.run([tool, *arguments], check=True, capture_output=True)
     return os.path.join(folder, "template.xls")
 
@@ -195,7 +191,7 @@ def judge_template(workbooks, lint, maker, program, template):
 
 
 def make_results(maker, folder, *option):
-    subprocess.run([os.path.abspath(maker), folder, *option], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
+    subprocess.run([os.path.abspath(maker), folder, *option], check=True)
     return sorted(glob.glob(os.path.join(folder, "*.xls")))
 
 

@@ -73,10 +73,6 @@ def main():
             context = connect(pipe, office)
             desktop = context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
             values = {os.path.basename(path): read_workbook(desktop, path) for path in workbooks}
-            try:
-                desktop.terminate()
-            except Exception:  # the connection ends with the program
-                pass
         finally:
             office.terminate()
             office.wait(20)

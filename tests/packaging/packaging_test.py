@@ -17,8 +17,6 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from desktop import Desktop, StepFailed  # noqa: E402
 
 DOCUMENTS = "share/doc/wagemill"
-DESKTOP_FILE = "share/applications/wagemill.desktop"
-DESCRIPTION = "share/metainfo/example.quellory.wagemill.metainfo.xml"
 
 
 def expect(condition, what):
@@ -32,8 +30,7 @@ def read(stage, name):
 
 
 def require_tools(*tools):
-    missing = [tool for tool in tools if not shutil.which(tool)]
-    if missing:
+    if missing := [tool for tool in tools if not shutil.which(tool)]:
         print("Skipped: the packages were not checked, because these tools are missing:", *missing)
         sys.exit(77)
 
@@ -44,9 +41,8 @@ def holds_every_file(stage):
         "lib/wagemill": {"wagemill", "HAND-M.CUR", "x/o.cjs", "Splash/wagemill.png"},
         "bin": {"wagemill"},
         DOCUMENTS: {"manual.md", "licences.md", "CHANGELOG.md", "LICENSE"} | manual_pictures(stage),
-        "share/man": {"man1/wagemill.1.gz"},
-        "share/applications": {"wagemill.desktop"},
-        "share/metainfo": {os.path.basename(DESCRIPTION)},
+        "share": {"man/man1/wagemill.1.gz", "applications/wagemill.desktop",
+                  "metainfo/example.quellory.wagemill.metainfo.xml"},
         "share/icons/hicolor": {"scalable/apps/wagemill.svg"} | {
             f"{side}x{side}/apps/wagemill.png" for side in (16, 22, 24, 32, 48, 64, 96, 128, 192, 256, 512)},
     }
@@ -66,8 +62,9 @@ def manual_pictures(stage):
 
 def describes_itself_to_desktops(stage):
     require_tools("desktop-file-validate", "appstreamcli")
-    for command in (["desktop-file-validate", DESKTOP_FILE],
-                    ["appstreamcli", "validate", "--pedantic", "--no-net", DESCRIPTION]):
+    for command in (["desktop-file-validate", "share/applications/wagemill.desktop"],
+                    ["appstreamcli", "validate", "--pedantic", "--no-net",
+                     "share/metainfo/example.quellory.wagemill.metainfo.xml"]):
         checked = subprocess.run(command, cwd=stage, capture_output=True, text=True)
         expect(checked.returncode == 0, f"{command[0]}:\n{checked.stdout}{checked.stderr}")
 
@@ -91,10 +88,6 @@ def finds_its_folder_through_links(stage):
         desktop.wait_for(skin_is_named, f"a message that names {skin}")
 
 
-SCENARIOS = {scenario.__name__: scenario for scenario in (
-    holds_every_file, describes_itself_to_desktops, finds_its_folder_through_links)}
-
-
 def main():
     build, scenario = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
@@ -103,7 +96,7 @@ def main():
         if installed.returncode != 0:
             sys.exit(f"The program cannot be installed:\n{installed.stdout}{installed.stderr}")
         try:
-            SCENARIOS[scenario](stage)
+            globals()[scenario](stage)
         except StepFailed as failure:
             sys.exit(f"{scenario}: {failure}")
 

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace wagemill {
@@ -50,12 +49,10 @@ TEST(AutomationSkin, CallsTheMembersByIdentifierWithTheirOwnTypesAndReleasesTheC
 
 TEST(AutomationSkin, FailsInTheControlsOwnWordsElseInTheSystems)
 {
-    const auto load = [](SkinningControl& on) { on.loadSkin("C:/x/o.cjs"); };
-    const auto apply = [](SkinningControl& on) { on.applyWindow(1); };
-    EXPECT_EQ(failureOf(load, DISP_E_EXCEPTION, L"The skin is of a later version."),
-              "Cannot use the skin file \"C:/x/o.cjs\": The skin is of a later version.");
-    for (const HRESULT status : {E_OUTOFMEMORY, DISP_E_MEMBERNOTFOUND, DISP_E_EXCEPTION})
-        EXPECT_EQ(failureOf(apply, status, L""),
+    EXPECT_EQ(failureOf([](auto& on) { on.loadSkin("C:/x/o.cjs"); }, DISP_E_EXCEPTION, L"It is of a later version."),
+              "Cannot use the skin file \"C:/x/o.cjs\": It is of a later version.");
+    for (const HRESULT status : {E_OUTOFMEMORY, DISP_E_EXCEPTION})
+        EXPECT_EQ(failureOf([](auto& on) { on.applyWindow(1); }, status, L""),
                   "The skinning control failed: " + systemErrorText(static_cast<unsigned long>(status)) + ".");
 }
 

@@ -117,16 +117,11 @@ TEST(NumberText, WritesTheUsersForm)
     EXPECT_EQ(numberTextOf("12345678.5", indianFormats()), "१,२३,४५,६७८.५०");
     EXPECT_EQ(currencyTextOf("-5", arabicFormats()), "\u061C-٥٫٠٠\u00A0ج.م.\u200F");
     EXPECT_EQ(currencyText({false, "15", 2}, unitedStates, 0), "$15");
-
+    EXPECT_EQ(failureOf([] { currencyTextOf("abc", unitedStates); }), "\"abc\" is not a number.");
     RegionalFormats spanish = germanFormats();
     spanish.digitsBeforeGrouping = 2;
     EXPECT_EQ(numberTextOf("1234", spanish), "1234,00");
     EXPECT_EQ(numberTextOf("12345", spanish), "12.345,00");
-}
-
-TEST(NumberText, NamesTheTextThatIsNotANumber)
-{
-    EXPECT_EQ(failureOf([] { currencyTextOf("abc", unitedStates); }), "\"abc\" is not a number.");
 }
 
 TEST(NumberText, KeepsDoublesThroughDecimalDigits)
