@@ -265,9 +265,13 @@ TEST_F(Form1Test, ShowsTheHandOverButtonsAlone)
         QTest::mouseMove(form->windowHandle(), control<QWidget>(name)->mapTo(form.get(), point));
         return form->cursor().shape();
     };
-    const std::pair<const char*, QPoint> elsewhere[] = {
-        {"PushButton6", {-4, 10}}, {"Frame3", {100, -3}}, {"Frame1", {100, 4}}, {"txtName(0)", {10, 10}}};
-    for (const auto& [control, point] : elsewhere) { // the first two are between controls
+    const std::pair<const char*, QPoint> elsewhere[] = {// the first three are between controls
+                                                        {"PushButton6", {-4, 10}},
+                                                        {"PushButton7", {-3, 10}},
+                                                        {"Frame3", {100, -3}},
+                                                        {"Frame1", {100, 4}},
+                                                        {"txtName(0)", {10, 10}}};
+    for (const auto& [control, point] : elsewhere) {
         EXPECT_EQ(hover("PushButton6", {10, 10}), Qt::BitmapCursor);
         EXPECT_EQ(hover(control, point), Qt::ArrowCursor) << control;
     }

@@ -13,8 +13,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
 
-namespace wagemill {
+using namespace wagemill;
 
 namespace {
 
@@ -40,8 +41,6 @@ void press(QMessageBox& box, QMessageBox::StandardButton button)
     QTest::mouseClick(box.button(button), Qt::LeftButton);
 }
 
-} // namespace
-
 TEST(QtMessages, ShowsPlainSelectableLines)
 {
     const Message message{.text = "<b>Cannot</b>\r\nin Form1.Form_Load at line 10\r\rPlease & thanks",
@@ -66,20 +65,16 @@ TEST(QtMessages, BreaksNoAddressAndFitsTheScreenWithItsWholeTitle)
 {
     makeApplicationTitle(productPhrase);
     const std::string help = "Questions? Please contact Team Quellory at https://quellory.example/contact";
-    struct {
-        std::string text;
-        MessageIcon icon;
-        QMessageBox::Icon shownIcon;
-        bool isOneLine;
-    } const cases[] = {{"Done.", MessageIcon::None, QMessageBox::NoIcon, true},
-                       {help, MessageIcon::Information, QMessageBox::Information, true},
-                       {help + " " + help + " " + help, MessageIcon::Warning, QMessageBox::Warning, false}};
-    for (const auto& expected : cases)
-        show({.text = expected.text, .title = {}, .icon = expected.icon}, [&expected](QMessageBox& box) {
+    const std::tuple<std::string, MessageIcon, QMessageBox::Icon, bool> cases[] = {
+        {"Done.", MessageIcon::None, QMessageBox::NoIcon, true},
+        {help, MessageIcon::Information, QMessageBox::Information, true},
+        {help + " " + help + " " + help, MessageIcon::Warning, QMessageBox::Warning, false}};
+    for (const auto& [text, icon, shownIcon, isOneLine] : cases)
+        show({.text = text, .title = {}, .icon = icon}, [&, oneLine = isOneLine, shown = shownIcon](QMessageBox& box) {
             const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
             const int lines = label->height() / label->fontMetrics().lineSpacing();
-            EXPECT_EQ(lines == 1, expected.isOneLine) << lines << " lines";
-            EXPECT_EQ(box.icon(), expected.shownIcon);
+            EXPECT_EQ(lines == 1, oneLine) << lines << " lines";
+            EXPECT_EQ(box.icon(), shown);
             EXPECT_LE(box.width(), box.screen()->availableSize().width());
             EXPECT_EQ(box.windowTitle(), "Wagemill Payroll Workbook");
             EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(box.windowTitle()) + 80) << "the title is cut";
@@ -89,11 +84,7 @@ TEST(QtMessages, BreaksNoAddressAndFitsTheScreenWithItsWholeTitle)
 TEST(QtMessages, EveryWayOutOfAQuestionIsAnAnswer)
 {
     const Message question{.text = "Overwrite?", .title = {}, .buttons = MessageButtons::YesNo};
-    struct {
-        const char* way;
-        std::function<void(QMessageBox&)> user;
-        MessageAnswer expected;
-    } const cases[] = {
+    const std::tuple<const char*, std::function<void(QMessageBox&)>, MessageAnswer> cases[] = {
         {"Yes", [](QMessageBox& box) { press(box, QMessageBox::Yes); }, MessageAnswer::Yes},
         {"No", [](QMessageBox& box) { press(box, QMessageBox::No); }, MessageAnswer::No},
         {"Enter", [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }, MessageAnswer::Yes},
@@ -104,4 +95,4 @@ TEST(QtMessages, EveryWayOutOfAQuestionIsAnAnswer)
         EXPECT_EQ(show(question, user), expected) << way;
 }
 
-} // namespace wagemill
+} // namespace

@@ -18,7 +18,8 @@
 
 #include <fstream>
 
-namespace wagemill {
+using namespace wagemill;
+using namespace wagemill::test;
 
 namespace {
 
@@ -27,7 +28,7 @@ protected:
     SplashTest()
     {
         setProgramFolder(folder.path());
-        setUserStore(std::make_unique<test::MemoryStore>(store));
+        setUserStore(std::make_unique<MemoryStore>(store));
     }
     ~SplashTest() override { setUserStore(nullptr); }
 
@@ -37,12 +38,10 @@ protected:
         return *splash.findChild<Control*>(QString::fromLatin1(name));
     }
 
-    test::TemporaryFolder folder;
-    test::MemoryStore::State store;
+    TemporaryFolder folder;
+    MemoryStore::State store;
     Splash splash;
 };
-
-} // namespace
 
 TEST_F(SplashTest, ShowsThePictureInItsFrameForSomeSecondsUntilItsBoxIsTicked)
 {
@@ -52,9 +51,8 @@ TEST_F(SplashTest, ShowsThePictureInItsFrameForSomeSecondsUntilItsBoxIsTicked)
     QImage image(300, 100, QImage::Format_RGB32);
     image.fill(Qt::green);
     ASSERT_TRUE(image.save(QString::fromStdString((folder / "Splash/picture.png").string())));
-    bool wasVisible = false;
     QTimer::singleShot(100, &splash, [&] {
-        wasVisible = splash.isVisible();
+        EXPECT_TRUE(splash.isVisible());
         EXPECT_EQ(splash.windowTitle(), "Wagemill");
         EXPECT_EQ(splash.frameSize(), QSize(300, 120));
         EXPECT_EQ(control<QLabel>("Image1").geometry(), QRect(0, 0, 300, 120));
@@ -76,7 +74,6 @@ TEST_F(SplashTest, ShowsThePictureInItsFrameForSomeSecondsUntilItsBoxIsTicked)
     time.start();
     splash.SplashShow();
     EXPECT_NEAR(static_cast<double>(time.elapsed()), isDevelopmentRun() ? 400 : 4000, 350);
-    EXPECT_TRUE(wasVisible);
     EXPECT_FALSE(splash.isVisible());
     time.start();
     splash.SplashShow();
@@ -88,9 +85,9 @@ TEST_F(SplashTest, AFileThatIsNotAPictureIsAnErrorThatNamesIt)
     std::filesystem::create_directory(folder / "Splash");
     std::ofstream(folder / "Splash/notes.txt") << "not a picture";
     const auto show = [this] { splash.SplashShow(); };
-    EXPECT_NE(test::failureOf(show).find("Splash/notes.txt\": "), std::string::npos) << test::failureOf(show);
+    EXPECT_NE(failureOf(show).find("Splash/notes.txt\": "), std::string::npos) << failureOf(show);
     store.values["ShowAgain"] = "1";
-    EXPECT_EQ(test::failureOf(show), "no failure") << "the folder is not even looked at";
+    EXPECT_EQ(failureOf(show), "no failure") << "the folder is not even looked at";
 }
 
-} // namespace wagemill
+} // namespace

@@ -17,7 +17,8 @@
 #include <string>
 #include <vector>
 
-namespace wagemill {
+using namespace wagemill;
+using namespace wagemill::test;
 
 namespace {
 
@@ -45,18 +46,13 @@ protected:
     WindowPointer& pointer = *new WindowPointer(window); // owned by the window
 };
 
-} // namespace
-
 TEST_F(WindowPointerTest, HoveringChoosesTheMode)
 {
     pointer.loadHandCursor(handFile);
-    struct {
-        QPoint at;
-        PointerMode expected;
-    } const moves[] = {
-        {{20, 20}, PointerMode::Hand},  {{200, 150}, PointerMode::Arrow},
-        {{20, 20}, PointerMode::Hand},  {{100, 20}, PointerMode::Hand}, // from button to button
-        {{20, 70}, PointerMode::Arrow}, {{100, 20}, PointerMode::Hand},
+    const std::pair<QPoint, PointerMode> moves[] = {
+        // the last from button to button
+        {{20, 20}, PointerMode::Hand},  {{200, 150}, PointerMode::Arrow}, {{20, 20}, PointerMode::Hand},
+        {{20, 70}, PointerMode::Arrow}, {{20, 20}, PointerMode::Hand},    {{100, 20}, PointerMode::Hand},
     };
     for (const auto& [at, expected] : moves) {
         moveTo(at);
@@ -90,32 +86,24 @@ TEST_F(WindowPointerTest, ABusyWindowKeepsItsHourglassEverywhere)
 TEST_F(WindowPointerTest, ACursorFileThatCannotBeUsedIsNamedAndLeavesTheArrow)
 {
     const std::vector<std::byte> hand = readBytesFromFile(handFile);
-    const auto changed = [&](std::size_t at, int value) {
-        std::vector<std::byte> bytes = hand;
-        bytes[at] = static_cast<std::byte>(value);
-        return bytes;
-    };
-    struct {
-        std::vector<std::byte> file;
-        const char* reason;
-    } const cases[] = {
+    std::vector<std::byte> pointsElsewhere = hand;
+    pointsElsewhere[11] = std::byte{1};
+    const std::pair<std::vector<std::byte>, const char*> cases[] = {
         {{}, "it is not a cursor file, or is damaged"},
         {{hand.begin(), hand.begin() + 60}, "it is not a cursor file, or is damaged"}, // ends in the header
-        {changed(11, 1), "its hot spot is outside its picture"},
+        {pointsElsewhere, "its hot spot is outside its picture"},
     };
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const std::filesystem::path file = folder / "HAND-M.CUR";
     for (const auto& [bytes, reason] : cases) {
         std::filesystem::remove(file);
         writeBytesToFile(bytes, file);
-        EXPECT_EQ(test::failureOf([&] { pointer.loadHandCursor(file); }),
+        EXPECT_EQ(failureOf([&] { pointer.loadHandCursor(file); }),
                   "Cannot use the cursor file \"" + file.string() + "\": " + reason + ".");
     }
-    EXPECT_EQ(test::failureOf([&] { pointer.loadHandCursor(folder.path()); }),
-              "Cannot read the file \"" + folder.path().string() + "\": it is not a plain file.");
     moveTo({20, 20});
     EXPECT_EQ(pointer.mode(), PointerMode::Hand);
     EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
 }
 
-} // namespace wagemill
+} // namespace
