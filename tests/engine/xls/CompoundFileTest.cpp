@@ -1,11 +1,9 @@
 #include "workbook/engine/xls/CompoundFile.h"
 #include "app/base/Bytes.h"
-#include "tests/engine/xls/TestBytes.h"
+#include "tests/engine/xls/TestBooks.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
 #include <tuple>
 
 namespace wagemill::engine::xls {
@@ -26,33 +24,28 @@ Bytes patterned(std::size_t size, std::size_t seed)
     return bytes;
 }
 
-/// A compound file of a large stream, a small one, and a storage with one of each.
+constexpr std::size_t sectorPlace(std::uint32_t sector)
+{
+    return (std::size_t{sector} + 1) * sectorSize;
+}
+
+/// A compound file of a large stream, a small one, and a storage with one of each, and the places of its fields.
 class Container {
 public:
-    Container()
-        : bytes(writeCompoundFile(std::to_array<KeptStream>({{{"Workbook"}, false, patterned(5000, 1)},
-                                                             {{"small"}, false, patterned(100, 2)},
-                                                             {{"macros"}, true, {}},
-                                                             {{"macros", "one"}, false, patterned(4096, 3)},
-                                                             {{"macros", "two"}, false, patterned(4095, 4)}})))
-    {
-    }
-
     std::uint32_t header(std::size_t position) const { return ByteReader(bytes, position).u32(); }
-    void link(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(76)) + sector * 4, next); }
-    void miniLink(std::size_t sector, std::uint32_t next) { putU32(bytes, sectorPlace(header(60)) + sector * 4, next); }
-    /// Place of a field in the directory; entries are in the order in which they were written, the root before them.
-    std::size_t entryPlace(std::size_t entry, std::size_t field) const
+    std::size_t link(std::size_t sector) const { return sectorPlace(header(76)) + sector * 4; }
+    std::size_t miniLink(std::size_t sector) const { return sectorPlace(header(60)) + sector * 4; }
+    /// Entries are in the order in which they were written, the root before them.
+    std::size_t entry(std::uint32_t index, std::size_t field) const
     {
-        return sectorPlace(header(48) + static_cast<std::uint32_t>(entry / 4)) + entry % 4 * entrySize + field;
+        return sectorPlace(header(48) + index / 4) + index % 4 * entrySize + field;
     }
-    void entry(std::size_t index, std::size_t field, std::uint32_t value)
-    {
-        putU32(bytes, entryPlace(index, field), value);
-    }
-    static std::size_t sectorPlace(std::uint32_t sector) { return (std::size_t{sector} + 1) * sectorSize; }
 
-    Bytes bytes;
+    Bytes bytes = writeCompoundFile(std::to_array<KeptStream>({{{"Workbook"}, false, patterned(5000, 1)},
+                                                               {{"small"}, false, patterned(100, 2)},
+                                                               {{"macros"}, true, {}},
+                                                               {{"macros", "one"}, false, patterned(4096, 3)},
+                                                               {{"macros", "two"}, false, patterned(4095, 4)}}));
 };
 
 } // namespace
@@ -96,30 +89,31 @@ TEST(CompoundFile, ReadsSectorsOf4096Bytes)
     // header, workbook (2 sectors), directory, FAT
     Bytes file(largeSectorSize * 5);
     const Container small;
-    std::copy_n(small.bytes.begin(), 512, file.begin());
+    constexpr std::size_t directory = largeSectorSize * 3;
+    const auto entries = std::span(small.bytes).subspan(small.entry(0, 0), 2 * entrySize);
+    std::ranges::copy(std::span(small.bytes).first(sectorSize), file.begin());
+    std::ranges::copy(entries, file.begin() + directory);
     putU16(file, 26, 4);
     putU16(file, 30, 12);
-    putU32(file, 44, 1);
-    putU32(file, 48, 2);
-    putU32(file, 60, endOfChainMark);
-    putU32(file, 64, 0);
-    putU32(file, 76, 3);
-    const std::size_t directory = largeSectorSize * 3;
-    std::copy_n(small.bytes.begin() + static_cast<std::ptrdiff_t>(small.entryPlace(0, 0)), 256,
-                file.begin() + directory);
-    putU32(file, directory + 76, 1);               // the root's child: the first entry
-    putU32(file, directory + 116, endOfChainMark); // no mini stream
-    putU32(file, directory + 120, 0);
-    putU32(file, directory + 128 + 68, freeMark);
-    putU32(file, directory + 128 + 72, freeMark);
-    putU32(file, directory + 128 + 116, 0);
+    const std::pair<std::size_t, std::uint32_t> fields[] = {{44, 1},
+                                                            {48, 2},
+                                                            {60, endOfChainMark},
+                                                            {64, 0},
+                                                            {76, 3},
+                                                            {directory + 76, 1}, // the root's child: the first entry
+                                                            {directory + 116, endOfChainMark},
+                                                            {directory + 120, 0}, // no mini stream
+                                                            {directory + 128 + 68, freeMark},
+                                                            {directory + 128 + 72, freeMark},
+                                                            {directory + 128 + 116, 0}};
+    for (const auto& [place, value] : fields)
+        putU32(file, place, value);
     const std::uint32_t links[] = {1, endOfChainMark, endOfChainMark, 0xFFFFFFFD};
     for (std::size_t index = 0; index < 4; ++index)
         putU32(file, largeSectorSize * 4 + index * 4, links[index]);
     file[4096] = std::byte{42};
     const auto read = readCompoundFile(file);
     ASSERT_EQ(read.size(), 1U);
-    EXPECT_EQ(read.front().path, std::vector<std::string>{"Workbook"});
     EXPECT_EQ(read.front().data.size(), 5000U);
     EXPECT_EQ(read.front().data.front(), std::byte{42});
 }
@@ -128,83 +122,84 @@ TEST(CompoundFile, RefusesWhatIsNotConsistent)
 {
     // Entries: 0 root, 1 Workbook, 2 small, 3 macros, 4 one, 5 two. Sectors: Workbook 0 to 9, one 10 to 17, after them
     // the mini stream.
-    using Damage = std::function<void(Container&)>;
+    const Container whole;
     struct {
         const char* text;
-        Damage damage;
+        std::size_t place;
+        std::uint32_t value;
+        std::size_t bytes = 4;
     } const cases[] = {
-        {"only a signature", [](Container& file) { file.bytes.resize(8); }},
-        {"only a header", [](Container& file) { file.bytes.resize(512); }},
-        {"cut off after the first sectors", [](Container& file) { file.bytes.resize(2048); }},
-        {"sectors of an absurd size", [](Container& file) { putU16(file.bytes, 30, 0xFFFF); }},
-        {"mini sectors of 1 byte", [](Container& file) { putU16(file.bytes, 32, 0); }},
-        {"another limit of small streams", [](Container& file) { putU32(file.bytes, 56, 0); }},
-        {"directory outside the file", [](Container& file) { putU32(file.bytes, 48, 0x7FFFFFFF); }},
-        {"no directory", [](Container& file) { putU32(file.bytes, 48, endOfChainMark); }},
-        {"no table", [](Container& file) { putU32(file.bytes, 76, freeMark); }},
-        {"list of the table in a circle",
-         [](Container& file) {
-             putU32(file.bytes, 68, 3);
-             for (std::size_t index = 0; index < 128; ++index)
-                 putU32(file.bytes, Container::sectorPlace(3) + index * 4, index == 127 ? 3 : freeMark);
-         }},
-        {"table of 4 GB", [](Container& file) { putU32(file.bytes, 44, 0x02000000); }},
-        {"mini table of 4 GB", [](Container& file) { putU32(file.bytes, 64, 0x02000000); }},
-        {"storages within each other",
-         [](Container& file) {
-             file.entry(4, 66, 1);
-             file.entry(4, 76, 3);
-         }},
-        {"mini table outside the file", [](Container& file) { putU32(file.bytes, 60, 99999); }},
-        {"chain in a circle", [](Container& file) { file.link(5, 0); }},
-        {"chain into another one", [](Container& file) { file.link(8, 12); }},
-        {"chain outside the file", [](Container& file) { file.link(5, 5000); }},
-        {"chain too short for its stream", [](Container& file) { file.link(5, endOfChainMark); }},
-        {"directory in a circle", [](Container& file) { file.link(file.header(48), file.header(48)); }},
-        {"mini chain in a circle", [](Container& file) { file.miniLink(0, 0); }},
-        {"mini chain outside the mini stream", [](Container& file) { file.miniLink(0, 200); }},
-        {"stream longer than its chain", [](Container& file) { file.entry(1, 120, 5121); }},
-        {"mini stream of 4 GB", [](Container& file) { file.entry(0, 120, 0xFFFFFFFF); }},
-        {"mini stream shorter than its streams", [](Container& file) { file.entry(0, 120, 64); }},
-        {"stream outside the file", [](Container& file) { file.entry(1, 116, 100000); }},
-        {"two streams in the same sectors", [](Container& file) { file.entry(4, 116, 0); }},
-        {"link to an entry that does not exist", [](Container& file) { file.entry(0, 76, 1000); }},
-        {"link to an unused entry", [](Container& file) { file.entry(0, 76, 7); }},
-        {"names in a circle", [](Container& file) { file.entry(1, 68, 1); }},
-        {"name of an odd length", [](Container& file) { putU16(file.bytes, file.entryPlace(1, 64), 7); }},
-        {"name without length", [](Container& file) { putU16(file.bytes, file.entryPlace(1, 64), 0); }},
-        {"first entry is not the root", [](Container& file) { file.bytes[file.entryPlace(0, 66)] = std::byte{2}; }},
+        {"sectors of an absurd size", 30, 0xFFFF, 2},
+        {"mini sectors of 1 byte", 32, 0, 2},
+        {"another limit of small streams", 56, 0},
+        {"directory outside the file", 48, 0x7FFFFFFF},
+        {"no directory", 48, endOfChainMark},
+        {"no table", 76, freeMark},
+        {"table of 4 GB", 44, 0x02000000},
+        {"mini table of 4 GB", 64, 0x02000000},
+        {"mini table outside the file", 60, 99999},
+        {"chain in a circle", whole.link(5), 0},
+        {"chain into another one", whole.link(8), 12},
+        {"chain outside the file", whole.link(5), 5000},
+        {"chain too short for its stream", whole.link(5), endOfChainMark},
+        {"directory in a circle", whole.link(whole.header(48)), whole.header(48)},
+        {"mini chain in a circle", whole.miniLink(0), 0},
+        {"mini chain outside the mini stream", whole.miniLink(0), 200},
+        {"stream longer than its chain", whole.entry(1, 120), 5121},
+        {"mini stream of 4 GB", whole.entry(0, 120), 0xFFFFFFFF},
+        {"mini stream shorter than its streams", whole.entry(0, 120), 64},
+        {"stream outside the file", whole.entry(1, 116), 100000},
+        {"two streams in the same sectors", whole.entry(4, 116), 0},
+        {"link to an entry that does not exist", whole.entry(0, 76), 1000},
+        {"link to an unused entry", whole.entry(0, 76), 7},
+        {"names in a circle", whole.entry(1, 68), 1},
+        {"name of an odd length", whole.entry(1, 64), 7, 2},
+        {"name without length", whole.entry(1, 64), 0, 2},
+        {"first entry is not the root", whole.entry(0, 66), 2, 1},
     };
-    ASSERT_NO_THROW(readCompoundFile(Container().bytes));
-    for (const auto& [text, damage] : cases) {
-        Container file;
-        damage(file);
-        EXPECT_THROW(readCompoundFile(file.bytes), DamagedFile) << text;
+    ASSERT_NO_THROW(readCompoundFile(whole.bytes));
+    for (const auto& each : cases) {
+        Bytes file = whole.bytes;
+        for (std::size_t index = 0; index < each.bytes; ++index)
+            file[each.place + index] = static_cast<std::byte>(each.value >> 8 * index);
+        EXPECT_THROW(readCompoundFile(file), DamagedFile) << each.text;
     }
+    for (const std::size_t size : {8, 512})
+        EXPECT_THROW(readCompoundFile(std::span(whole.bytes).first(size)), DamagedFile) << size;
+    Bytes circle = whole.bytes; // the list of the table
+    putU32(circle, 68, 3);
+    std::ranges::fill(std::span(circle).subspan(sectorPlace(3), sectorSize), std::byte{0xFF});
+    putU32(circle, sectorPlace(4) - 4, 3);
+    EXPECT_THROW(readCompoundFile(circle), DamagedFile);
+    Bytes nested = whole.bytes; // storages within each other
+    putU32(nested, whole.entry(4, 66), 1);
+    putU32(nested, whole.entry(4, 76), 3);
+    EXPECT_THROW(readCompoundFile(nested), DamagedFile);
 }
 
 TEST(CompoundFile, ReadsWhatIsClearAllTheSame)
 {
-    const auto workbookOf = [](const Container& file) {
-        const auto streams = readCompoundFile(file.bytes);
+    const auto workbookOf = [](const Bytes& file) {
+        const auto streams = readCompoundFile(file);
         return std::ranges::find(streams, std::vector<std::string>{"Workbook"}, &KeptStream::path)->data;
     };
-    Container runsOn; // beyond the stream's end, into another chain
-    runsOn.link(9, 12);
-    runsOn.link(runsOn.header(60), runsOn.header(60));
-    EXPECT_EQ(workbookOf(runsOn), patterned(5000, 1));
-    Container noSmallStreams; // but a chain for them, in sectors of others
-    for (const std::size_t entry : {2U, 5U})
-        noSmallStreams.entry(entry, 120, 0);
-    noSmallStreams.entry(0, 116, 3);
-    EXPECT_EQ(workbookOf(noSmallStreams), patterned(5000, 1));
-    Container cut; // the stream's last sector is the file's, and ends with the stream
-    const auto last = static_cast<std::uint32_t>(cut.bytes.size() / sectorSize - 1);
-    const Bytes end = patterned(5000, 1);
-    cut.bytes.insert(cut.bytes.end(), end.begin() + 9 * sectorSize, end.end());
-    cut.link(8, last);
-    cut.link(last, endOfChainMark);
-    EXPECT_EQ(workbookOf(cut), end);
+    const Container whole;
+    const Bytes workbook = patterned(5000, 1);
+    Bytes runsOn = whole.bytes; // beyond the stream's end, into another chain
+    putU32(runsOn, whole.link(9), 12);
+    putU32(runsOn, whole.link(whole.header(60)), whole.header(60));
+    EXPECT_EQ(workbookOf(runsOn), workbook);
+    Bytes noSmallStreams = whole.bytes; // but a chain for them, in sectors of others
+    putU32(noSmallStreams, whole.entry(2, 120), 0);
+    putU32(noSmallStreams, whole.entry(5, 120), 0);
+    putU32(noSmallStreams, whole.entry(0, 116), 3);
+    EXPECT_EQ(workbookOf(noSmallStreams), workbook);
+    Bytes cut = whole.bytes; // the stream's last sector is the file's, and ends with the stream
+    const auto last = static_cast<std::uint32_t>(cut.size() / sectorSize - 1);
+    cut.insert(cut.end(), workbook.begin() + 9 * sectorSize, workbook.end());
+    putU32(cut, whole.link(8), last);
+    putU32(cut, whole.link(last), endOfChainMark);
+    EXPECT_EQ(workbookOf(cut), workbook);
 }
 
 TEST(CompoundFile, RefusesNamesThatItCannotHold)
