@@ -31,19 +31,9 @@ Book preparedBook()
     Book book;
     Sheet& sheet = book.addSheet("Pay");
     book.addSheet("Rates 1").at({0, 0}).value = 0.28;
-    const CellValue values[] = {1.0,
-                                -2.5,
-                                0.0,
-                                std::string("12.5"),
-                                std::string("Ann"),
-                                true,
-                                false,
-                                46112.0,
-                                Empty(),
-                                ErrorCode::DivisionByZero,
-                                1e300,
-                                std::string()};
-    for (int index = 0; const CellValue& value : values) {
+    const CellValue values[] = {1.0,  -2.5, 0.0, "12.5", "Ann", true, false, 46112.0, "", ErrorCode::DivisionByZero,
+                                1e300};
+    for (int index = 0; const CellValue& value : values) { // C4 is empty
         sheet.at({index / 3, index % 3}).value = value;
         ++index;
     }
@@ -69,11 +59,7 @@ void place(Book& book, const std::shared_ptr<const Formula>& formula, bool isArr
         }
 }
 
-struct Written {
-    std::vector<std::byte> tokens;
-    std::vector<std::byte> trailing;
-    bool operator==(const Written&) const = default;
-};
+using Written = std::pair<std::vector<std::byte>, std::vector<std::byte>>; ///< tokens and what follows them
 
 /// Nothing where the formula takes more bytes than a file has room for.
 std::optional<Written> written(const Formula& formula)
@@ -112,10 +98,11 @@ void tryInput(Input input)
     if (const auto once = written(formula)) {
         constexpr std::size_t volatileMark = 4; // that writing adds where it is missing
         const StoredSize room = storedSize(formula);
-        require(once->trailing.size() == room.trailing &&
-                    (once->tokens.size() == room.tokens || once->tokens.size() == room.tokens + volatileMark),
+        const auto& [tokens, trailing] = *once;
+        require(trailing.size() == room.trailing &&
+                    (tokens.size() == room.tokens || tokens.size() == room.tokens + volatileMark),
                 "a formula takes the room that it says");
-        const Formula again = xls::readFormula(once->tokens, once->trailing, context);
+        const Formula again = xls::readFormula(tokens, trailing, context);
         require(written(again) == once, "a formula that we wrote is read and written as the same bytes");
     }
 }

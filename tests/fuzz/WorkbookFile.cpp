@@ -12,14 +12,7 @@ namespace wagemill::fuzz {
 
 namespace {
 
-using Bytes = std::vector<std::byte>;
-
-bool isCompoundFile(Input input)
-{
-    return input.size() >= 8 && ByteReader(input).u64() == engine::xls::compoundFileSignature;
-}
-
-Bytes containerOf(Input stream)
+std::vector<std::byte> containerOf(Input stream)
 {
     engine::KeptStream workbook{{"Workbook"}, false, {stream.begin(), stream.end()}};
     workbook.data.resize(std::max<std::size_t>(workbook.data.size(), 4096));
@@ -30,8 +23,8 @@ Bytes containerOf(Input stream)
 
 void tryInput(Input input)
 {
-    const auto first =
-        isCompoundFile(input) ? test::openRecalculateWrite(input) : test::openRecalculateWrite(containerOf(input));
+    const bool isCompoundFile = input.size() >= 8 && ByteReader(input).u64() == engine::xls::compoundFileSignature;
+    const auto first = test::openRecalculateWrite(isCompoundFile ? input : containerOf(input));
     if (first.written.empty())
         return;
     const auto second = test::openRecalculateWrite(first.written);

