@@ -25,7 +25,6 @@
 #include <cstdlib>
 #include <iterator>
 #include <random>
-#include <ranges>
 #include <thread>
 #include <unistd.h>
 
@@ -95,20 +94,18 @@ void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
 
 int type(unsigned seed)
 {
-    auto texts = std::views::filter(rowFields, [](const RowField& each) { return each.kind == FieldKind::FreeText; });
-    for (const RowField& field : texts)
-        tell("was " + rowFieldKey(field, 0) + "\t" +
-             GetSetting(settingsApplication, settingsSection, rowFieldKey(field, 0), field.fallback()));
     Form1 window({productionServices(), [] { return CalendarDate{2026, 4, 10}; }, 1});
     window.show();
     window.activateWindow();
     if (!QTest::qWaitForWindowActive(&window))
         return 1;
     std::vector<TypedField> fields;
-    for (const RowField& field : texts) {
+    for (const RowField& field : rowFields) {
+        if (field.kind != FieldKind::FreeText)
+            continue;
         const auto name = QString::fromStdString(std::string(field.name) + "(0)");
         fields.push_back({window.findChild<QLineEdit*>(name), rowFieldKey(field, 0)});
-        tell("= " + fields.back().key + "\t" + fields.back().text());
+        tell("was " + fields.back().key + "\t" + fields.back().text());
     }
     tell("ready");
     typeForEver(fields, seed);

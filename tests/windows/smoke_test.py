@@ -23,8 +23,8 @@ MISSING_APPLICATION = ("\nError 842001. A normal instance of Excel could not be 
 # Places in the windows, without their frames; negative ones count from the right and the bottom. Wine's accessibility
 # does not find the controls, so they are listed here; an entry window of another size says that they have moved.
 SAMPLE_DATA, START = (164, -24), (-74, -24)
-NAME, WAGE, OVERTIME = (265, 142), (265, 177), (592, 264)
-ZOOM_IN, ZOOM_OUT, SAVE, BACK = (66, 44), (165, 44), (-188, 44), (-60, 44)
+NAME, WAGE = (265, 142), (265, 177)
+ZOOM_IN, SAVE, BACK = (66, 44), (-188, 44), (-60, 44)
 TITLE, MESSAGE_TITLE = "Wagemill", "Wagemill Payroll Workbook"
 FOLDER = "Löhne Ж"  # holds letters that no code page of one byte has side by side
 STUB_BLUE = "#1B4F72"  # "accent" of the template
@@ -81,11 +81,6 @@ class Windows:
             return self.clipboard_text()
         self.desktop.wait_for(lambda: is_expected(copied()), what)
 
-    def expect_shown(self, window, place, text):
-        self.desktop.click_in(window, *place)
-        self.desktop.key("ctrl+a")
-        self.expect_copied(lambda copied: copied == text, f"the field to show \"{text}\"")
-
     def expect_end(self):
         code = self.process.wait(20)
         expect(code == 0, f"the program ended with {code}")
@@ -116,13 +111,12 @@ def ends_with_its_message_without_excel(windows):
 
 
 def stores_what_is_typed_and_shows_what_is_stored(windows):
-    for name, kind, value in (("txtName0", "REG_SZ", "Ida Reed"), ("txtOT0", "REG_DWORD", "7")):
-        windows.desktop.must_run("reg", "add", KEY, "/v", name, "/t", kind, "/d", value, "/f")
+    windows.desktop.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
     windows.start(WAGEMILL_SPREADSHEET="embedded")
     entry = windows.entry_window()
-    windows.expect_shown(entry, NAME, "Ida Reed")
-    windows.expect_shown(entry, OVERTIME, "7")
     windows.desktop.click_in(entry, *NAME)
+    windows.desktop.key("ctrl+a")
+    windows.expect_copied(lambda copied: copied == "Ida Reed", "the stored name to show")
     windows.desktop.type("Zoe Quill")
     windows.expect_stored("txtName0", "Zoe Quill")
     windows.desktop.click_in(entry, *WAGE)
@@ -133,7 +127,7 @@ def stores_what_is_typed_and_shows_what_is_stored(windows):
     windows.desktop.key("alt+F4")
     windows.expect_end()
     left = windows.clipboard_text()
-    expect(left == "7", f"the clipboard holds \"{left}\" after the end, not what was copied")
+    expect(left == "Ida Reed", f"the clipboard holds \"{left}\" after the end, not what was copied")
 
 
 def builds_previews_and_saves(windows, **environment):
@@ -226,7 +220,6 @@ def installs_starts_and_removes(windows):
             in_users_folder("Roaming", "Microsoft", "Windows", "Start Menu", "Programs", "Wagemill", "*")}
     expect(menu == {f"Wagemill{kind}.lnk" for kind in ("", " without Excel", " for 25 employees", " manual")},
            f"the Start menu holds {menu}")
-    expect(uninstall_entry(), "there is no uninstall entry")
     with open(os.path.join(folder, "documents", "manual.html"), encoding="utf-8") as manual:
         for picture in re.findall(r'src="([^"]+)"', manual.read()):
             expect(os.path.exists(os.path.join(folder, "documents", picture)), f"the manual lacks {picture}")
