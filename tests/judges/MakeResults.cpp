@@ -1,13 +1,22 @@
-// make_results FOLDER [TEMPLATE | --odd-ids]: builds the workbook of every build case, or of every odd ID, through the
-// embedded engine and leaves it in the folder as NAME.xls, beside it NAME.tsv with what each of its cells holds and
-// shows by our own reading.
+// make_results FOLDER [TEMPLATE | --odd-ids | --print]: builds the workbook of every build case, of every odd ID, or of
+// stubs that alone are to be printed, through the embedded engine and leaves it in the folder as NAME.xls, beside it
+// NAME.tsv with what each of its cells holds and shows by our own reading, or NAME.pdf.
 
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
+#include "app/base/text/DateText.h"
+#include "preview/Printing.h"
 #include "tests/support/EmbeddedBuilds.h"
 #include "tests/workbook/BuildCases.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/printing/SavedSheet.h"
+
+#include <QApplication>
+#include <QDate>
+#include <QPrinter>
+#include <QWidget>
 
 #include <algorithm>
 #include <cstdlib>
@@ -105,6 +114,59 @@ std::vector<test::BuildCase> oddIdCases()
     return cases;
 }
 
+/// The other sheets hidden, which no program prints.
+void keepStubsOnPaper(const fs::path& workbook, std::uint16_t paper)
+{
+    engine::Book book = engine::xls::readWorkbook(readBytesFromFile(workbook), workbook.string());
+    for (std::size_t sheet = 0; sheet < book.sheets.size(); ++sheet) {
+        book.sheets[sheet]->hidden = sheet != book.activeSheet;
+        book.sheets[sheet]->print.paper = paper;
+    }
+    fs::remove(workbook);
+    writeBytesToFile(engine::xls::writeWorkbook(book, engine::xls::FileKind::Workbook), workbook);
+}
+
+/// A company name of 255 letters, and names that take four lines.
+void lengthenNames(PayrollData& data)
+{
+    constexpr std::size_t longest = 255;
+    while (data.header.companyName.size() < longest)
+        data.header.companyName += " Shipwrights, Sailmakers & Chandlers of the Northern Harbours";
+    data.header.companyName.resize(longest);
+    for (EmployeeRow& row : data.rows)
+        row.texts[rowFieldIndex("txtName")] =
+            "Maximiliana Bartholomea Featherstonehaugh-Cholmondeley van den Oudenhoven Junior";
+}
+
+/// The stubs of some numbers of employees on two papers, and beside each workbook NAME.pdf, as the preview's print
+/// button makes it.
+void printStubs(const fs::path& folder)
+{
+    const QDate day = QDate::currentDate();
+    const std::string today = shortDateText({day.year(), day.month(), day.day()}, {});
+    const std::vector<test::BuildCase> cases = test::buildCases();
+    test::EmbeddedBuilds builds;
+    QWidget owner;
+    for (const auto& [paper, paperName] : {std::pair{1, "letter"}, {9, "a4"}})
+        for (const auto& [name, employees] :
+             {std::pair{"1", 1U}, {"4", 4U}, {"5", 5U}, {"25", 25U}, {"long-names", 25U}}) {
+            PayrollData data = std::ranges::find(cases, "employees-25", &test::BuildCase::name)->data;
+            data.rows.resize(employees);
+            for (EmployeeRow& row : data.rows) // an empty answer of a lookup is shown as 0 or not at all
+                row.texts[rowFieldIndex("txtTaxStatus")] = row.texts[rowFieldIndex("txtFedAllowance")] = "3";
+            if (name == std::string("long-names"))
+                lengthenNames(data);
+            const fs::path workbook = folder / (std::string(name) + "-" + paperName + ".xls");
+            fs::rename(builds.build(data), workbook);
+            keepStubsOnPaper(workbook, static_cast<std::uint16_t>(paper));
+            const auto printToFile = [file = fs::path(workbook).replace_extension("pdf")](QPrinter& printer, QWidget&) {
+                printer.setOutputFileName(QString::fromStdString(file.string()));
+                return true;
+            };
+            printSheet(savedSheet(workbook, {}, {today, ""}), printToFile, owner);
+        }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -114,6 +176,11 @@ int main(int argc, char* argv[])
     const fs::path folder = argv[1];
     ::setenv("TEMP", folder.c_str(), 1);
     const std::string_view option = argc > 2 ? argv[2] : "";
+    if (option == "--print") {
+        const QApplication application(argc, argv);
+        printStubs(folder);
+        return 0;
+    }
     const bool areIds = option == "--odd-ids";
     const std::vector<std::byte> givenTemplate =
         option.empty() || areIds ? std::vector<std::byte>() : readBytesFromFile(fs::path(option));

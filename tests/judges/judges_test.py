@@ -3,10 +3,12 @@
 
 JUDGE  "lint": the strict checker LINT finds nothing; "libreoffice", "gnumeric": they open every workbook, compute it again
        and come to every value that we wrote; Gnumeric shows every text that we show; "odd-ids": the stubs of 500 odd
-       IDs answer as one of the two does at least; "template_saved_by_libreoffice", "..._gnumeric": built from our
-       TEMPLATE as the program saves it, every cell holds and shows what it does when built from ours
+       IDs answer as one of the two does at least; "printing": LibreOffice prints the same words at the same places;
+       "template_saved_by_libreoffice", "..._gnumeric": built from our TEMPLATE as the program saves it, every cell holds
+       and shows what it does when built from ours
 Ends with 77 when the judge is missing.
 """
+import collections
 import csv
 import decimal
 import glob
@@ -20,6 +22,7 @@ import tempfile
 
 csv.field_size_limit(10_000_000)
 TOLERANCE = 1e-9
+PRINTED_TOLERANCE = 2 / 25.4 * 72  # points
 
 
 def require(found, judge):
@@ -161,6 +164,45 @@ def judge_odd_ids(workbooks, _):
                 yield f"{name}, {cell}; LibreOffice {value!r}, Gnumeric {by_gnumeric[cell]!r}"
 
 
+def words_of(pdf):
+    """For each page its words with their places: [{word: [(x, y), ...]}]"""
+    boxes = subprocess.run(["pdftotext", "-bbox", pdf, "-"], check=True, capture_output=True, text=True).stdout
+    pages = []
+    for line in boxes.splitlines():
+        if "<page " in line:
+            pages.append(collections.defaultdict(list))
+        word = re.search(r'<word xMin="(.*)" yMin="(.*)" xMax="(.*)" yMax="(.*)">(.*)</word>', line)
+        if word:
+            left, top, right, bottom = map(float, word.groups()[:4])
+            pages[-1][word[5]].append(((top + bottom) / 2, (left + right) / 2))
+    return pages
+
+
+def printed_differences(name, ours, theirs):
+    if len(ours) != len(theirs):
+        yield f"{name}: {len(ours)} pages, LibreOffice has {len(theirs)}"
+    for number, (page, other) in enumerate(zip(ours, theirs), 1):
+        for word in sorted(page.keys() | other.keys()):
+            if len(page[word]) != len(other[word]):
+                yield f"{name}, page {number}: {word!r} {len(page[word])} times, LibreOffice has it {len(other[word])} times"
+                continue
+            for place, wanted in zip(sorted(page[word]), sorted(other[word])):
+                # Programs break the lines of long names at different words.
+                if "long-names" not in name and max(abs(one - two) for one, two in zip(place, wanted)) > PRINTED_TOLERANCE:
+                    yield f"{name}, page {number}: {word!r} at {place}, LibreOffice has it at {wanted}"
+
+
+def judge_printing(workbooks, _):
+    """As many pages as LibreOffice prints, on each the same words, and each word at the same place."""
+    require(shutil.which("soffice") and shutil.which("pdftotext"), "LibreOffice or pdftotext")
+    with tempfile.TemporaryDirectory() as folder:
+        subprocess.run(["soffice", f"-env:UserInstallation=file://{folder}/profile", "--headless", "--convert-to", "pdf",
+                        "--outdir", folder, *workbooks], check=True, stdout=subprocess.DEVNULL)
+        for workbook in workbooks:
+            pdf = os.path.basename(workbook)[:-4] + ".pdf"
+            yield from printed_differences(pdf, words_of(workbook[:-4] + ".pdf"), words_of(os.path.join(folder, pdf)))
+
+
 def saved_by(program, template, folder):
     tool, arguments = {
         "libreoffice": ("soffice", ["--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to", "xls",
@@ -191,22 +233,23 @@ def judge_template(workbooks, lint, maker, program, template):
 
 
 def make_results(maker, folder, *option):
-    subprocess.run([os.path.abspath(maker), folder, *option], check=True)
+    subprocess.run([os.path.abspath(maker), folder, *option], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
     return sorted(glob.glob(os.path.join(folder, "*.xls")))
 
 
-JUDGES = {"odd-ids": judge_odd_ids, "lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
+JUDGES = {"odd-ids": judge_odd_ids, "printing": judge_printing, "lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
 
 
 def main():
     maker, judge, lint, template = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
-        workbooks = make_results(maker, folder, *["--odd-ids"] * (judge == "odd-ids"))
+        options = {"odd-ids": ["--odd-ids"], "printing": ["--print"]}
+        workbooks = make_results(maker, folder, *options.get(judge, []))
         if judge in JUDGES:
             differences = list(JUDGES[judge](workbooks, lint))
         else:
             differences = list(judge_template(workbooks, lint, maker, judge.rpartition("_")[2], template))
-        cells = sum(len(own_cells(workbook)) for workbook in workbooks)
+        cells = sum(len(own_cells(workbook)) for workbook in workbooks if judge != "printing")
     print(*differences[:40], sep="\n")
     print(f"{judge}: {len(workbooks)} workbooks, {cells} cells, {len(differences)} differences")
     sys.exit(bool(differences))
