@@ -70,10 +70,6 @@ class Desktop:
         self._move(x, y)
         self._xdotool("click", str(button))
 
-    def wheel_down(self, notches):
-        """Turns the mouse wheel where the pointer is."""
-        self._xdotool("click", "--repeat", str(notches), "--delay", "20", "5")
-
     def _move(self, x, y):
         """Without --sync, which waits for ever when the pointer is there already."""
         self._xdotool("mousemove", str(x), str(y))

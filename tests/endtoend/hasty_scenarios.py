@@ -9,8 +9,6 @@ from desktop import Desktop, StepFailed
 from wagemill_guide import START, Guide
 
 LONG = os.environ.get("WAGEMILL_LONG") == "1"
-
-
 PRESSES = {
     "mouse": lambda guide, button: guide.desktop._xdotool("click", "1"),
     "Space": lambda guide, button: guide.desktop._xdotool("key", "space"),

@@ -16,24 +16,21 @@ class Screen:
         """The showing control of that role ("push button", "text", "label") whose name is `name`; waits for it."""
         return self.desktop.wait_for(lambda: next(self.all(role, name), None), f"the {role} \"{name}\"", seconds)
 
-    def all(self, role, name=None):
-        for control in self.walk():
+    def all(self, role=None, name=None):
+        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
             try:
-                if control.getRoleName() == role and name in (None, control.name) and self._is_showing(control):
+                if (role in (None, control.getRoleName()) and name in (None, control.name)
+                        and control.getState().contains(self.pyatspi.STATE_SHOWING)):
                     yield control
             except Exception:  # the control went away while we looked at it
                 continue
 
     def focusable(self):
         """The showing controls that the keyboard may reach; the cells of a table count as one control."""
-        for control in self.walk():
-            try:
-                state = control.getState()
-                if (state.contains(self.pyatspi.STATE_FOCUSABLE) and state.contains(self.pyatspi.STATE_SHOWING)
-                        and control.getRoleName() not in ("table cell", "list item")):
-                    yield control
-            except Exception:  # the control went away while we looked at it
-                continue
+        for control in self.all():
+            if (control.getState().contains(self.pyatspi.STATE_FOCUSABLE)
+                    and control.getRoleName() not in ("table cell", "list item")):
+                yield control
 
     def texts(self, name):
         """The texts of all fields that are labelled so."""
@@ -50,15 +47,8 @@ class Screen:
 
     def text(self, name):
         """The text of the field that is labelled so."""
-        field = self.find("text", name).queryText()
-        return field.getText(0, field.characterCount)
-
-    def _is_showing(self, control):
-        return control.getState().contains(self.pyatspi.STATE_SHOWING)
-
-    def walk(self):
-        """Everything that is there, shown or not."""
-        return self._walk(self.pyatspi.Registry.getDesktop(0))
+        self.find("text", name)
+        return self.texts(name)[0]
 
     def _walk(self, control):
         try:
