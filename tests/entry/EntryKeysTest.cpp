@@ -58,14 +58,6 @@ TEST_F(EntryKeys, AsksAboutARefusedNumberOnceForEveryMoveInsideTheWindow)
     EXPECT_EQ(std::ranges::count(spreadsheet.calls, "new"), std::ssize(spreadsheet.calls)) << "no build was started";
 }
 
-TEST_F(EntryKeys, ShowsHelpByF1AndItsAccessKey)
-{
-    open();
-    press(Qt::Key_F1);
-    press(Qt::Key_H, Qt::AltModifier);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return messages.shown.size() == 2; }));
-}
-
 TEST_F(EntryKeys, GoesToFieldsByTheirKeysAndToTheSameFieldOfTheNextEmployee)
 {
     open(3);
@@ -211,18 +203,6 @@ TEST_F(EntryKeys, TabsThroughTheFieldsOfEveryEmployeeAndBackInAWindowOfAnySize)
     for (const std::string& name : expected | std::views::reverse) {
         press(Qt::Key_Backtab, Qt::ShiftModifier);
         ASSERT_EQ(focused(), name);
-    }
-}
-
-TEST_F(EntryKeys, EndsTheSamplePeriodWithTheLastDayOfTheMonthBefore)
-{
-    const std::pair<CalendarDate, const char*> cases[] = {
-        {{2028, 3, 1}, "2/29/2028"}, {{2026, 1, 31}, "12/31/2025"}, {{2000, 3, 9}, "2/29/2000"}};
-    for (const auto& [day, expected] : cases) {
-        today = day;
-        open();
-        click("PushButton7");
-        EXPECT_EQ(text("dtPeriodEnding"), expected);
     }
 }
 

@@ -142,10 +142,7 @@ TEST_F(EntryLook, FitsTheUsualScreensAndOneGrid)
         auto* const widget = control<QWidget>(name);
         return QRect(widget->mapTo(form.get(), QPoint()), widget->size());
     };
-    for (const auto& [left, right] : {std::pair("txtEmployeeID(0)", "txtInsuranceDeduction(0)"),
-                                      {"txtStateTax(0)", "txtOT(0)"},
-                                      {"txtSocialSecurityTax(0)", "txtOtherDeduction(0)"}})
-        EXPECT_EQ(place(left).top(), place(right).top()) << left;
+    EXPECT_EQ(place("txtSocialSecurityTax(0)").top(), place("txtOtherDeduction(0)").top());
     EXPECT_EQ(place("txtCompanyName").right(), place("txtName(0)").right());
     EXPECT_EQ(place("dtPeriodEnding").left(), place("txtOT(0)").left());
     EXPECT_EQ(place("dtPeriodEnding").right(), place("txtOT(0)").right());

@@ -59,12 +59,8 @@ TEST_F(SplashTest, ShowsThePictureInItsFrameForSomeSecondsUntilItsBoxIsTicked)
         const QRect check = control<QCheckBox>("Check1").geometry();
         EXPECT_TRUE(check.bottom() == 117 || check.bottom() == 118) << check.bottom(); // 20 twips above the edge
         EXPECT_EQ(control<QCheckBox>("Check1").text(), "Hide this at next startup");
-        const std::pair<const char*, QRect> lines[] = {{"Line1", {0, 0, 1, 666}},
-                                                       {"Line2", {0, 0, 666, 1}},
-                                                       {"Line3", {299, 0, 1, 666}},
-                                                       {"Line4", {0, 119, 666, 1}}};
-        for (const auto& [name, place] : lines)
-            EXPECT_EQ(control<QFrame>(name).geometry(), place) << name;
+        EXPECT_EQ(control<QFrame>("Line3").geometry(), QRect(299, 0, 1, 666));
+        EXPECT_EQ(control<QFrame>("Line4").geometry(), QRect(0, 119, 666, 1));
         for (const char* stored : {"1", "0", "1"}) {
             QTest::mouseClick(&control<QCheckBox>("Check1"), Qt::LeftButton, {}, QPoint(8, 8));
             EXPECT_EQ(store.values["ShowAgain"], stored);
