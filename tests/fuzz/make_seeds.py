@@ -3,7 +3,7 @@
 
 SOURCES   the checkout: texts, tokens and records are taken from its own tests
 TEMPLATE  the payroll template as built
-OUTPUT    receives a folder of seeds for each target, and TARGET.dict where a dictionary helps
+OUTPUT    receives a folder of seeds for each target
 """
 import glob
 import os
@@ -126,23 +126,6 @@ def drawings():
                                                       for item in (fill, line, font, words))
 
 
-def dictionary(entries):
-    return "".join('"' + "".join(f"\\x{byte:02x}" for byte in entry) + '"\n' for entry in sorted(set(entries)))
-
-
-def dictionaries(sources):
-    functions = re.findall(r'\{(\d+), "([A-Z0-9.]+)"', read(f"{sources}/workbook/engine/FunctionTable.cpp"))
-    names = [name.encode() + b"(" for _, name in functions]
-    marks = [b"'Rates 1'!", b"$A$1", b"A1:C4", b"TRUE", b"#N/A", b"{1,2;3,4}", b"<>", b">=", b"1E5", b"%"]
-    yield "TypedText", names + marks
-    yield "NumberFormat", [b"General", b"[Red]", b"[$-409]", b"[h]", b"[>=100]", b"m/d/yy", b"AM/PM", b"0.00E+00", b"?/?",
-                           b"_)", b"* ", b"\\", b'"x"', b"@", b";", b"#,##0", b"mmmmm", b"[mm]:ss.0", b"dddd"]
-    records_ = re.findall(r"= (0x[0-9A-F]{4});", read(f"{sources}/workbook/engine/xls/BiffRecords.h"))
-    yield "WorkbookFile", [struct.pack("<H", int(number, 16)) for number in records_]
-    yield "FormulaTokens", ([b"\x42\x02" + struct.pack("<H", int(number)) for number, _ in functions] +
-                            [b"\x41" + struct.pack("<H", int(number)) for number, _ in functions])
-
-
 def main():
     sources, template_file, output = sys.argv[1:]
     with open(template_file, "rb") as file:
@@ -162,9 +145,6 @@ def main():
         for number, seed in enumerate(dict.fromkeys(found)):
             with open(f"{output}/{target}/{number:04}", "wb") as file:
                 file.write(seed)
-    for target, entries in dictionaries(sources):
-        with open(f"{output}/{target}.dict", "w", encoding="ascii") as file:
-            file.write(dictionary(entries))
 
 
 main()

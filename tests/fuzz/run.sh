@@ -40,8 +40,6 @@ main() {
         mkdir -p "$corpus"
         options=(-runs="$runs" -max_len="${maxInput[$target]}" -timeout=20 -rss_limit_mb=256
                  -print_final_stats=1 -artifact_prefix="$build/findings/$target-")
-        dictionary="$build/tests/fuzz/seeds/$target.dict"
-        [ -f "$dictionary" ] && options+=(-dict="$dictionary")
         started=$SECONDS
         if "$build/tests/fuzz/fuzz_$target" "${options[@]}" "$corpus" "$build/tests/fuzz/seeds/$target" \
             >"$build/$target.log" 2>&1; then

@@ -6,6 +6,7 @@
 #include "tests/support/LongForm.h"
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/workbook/BuildCases.h"
 #include "workbook/engine/xls/BiffReader.h"
 
 #include <sys/socket.h>
@@ -16,7 +17,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -44,14 +44,8 @@ constexpr auto freeFields =
 
 PayrollData dataWith(std::string_view field, const std::string& text)
 {
-    EmployeeRow row;
-    for (std::size_t i = 0; i < rowFields.size(); ++i)
-        row.texts[i] = rowFields[i].kind == FieldKind::FreeText ? "E1" : "12.5";
-    PayrollData data{{"ACME Inc", "3/31/2026"}, {row}};
-    if (field == "company")
-        data.header.companyName = text;
-    else
-        data.rows.front().texts[rowFieldIndex(field)] = text;
+    PayrollData data = buildCases().front().data;
+    (field == "company" ? data.header.companyName : data.rows.front().texts[rowFieldIndex(field)]) = text;
     return data;
 }
 
@@ -60,13 +54,6 @@ PayrollData dataWith(std::string_view field, const std::string& text)
 constexpr auto forbiddenRecords =
     std::to_array<std::uint16_t>({0x0016, 0x0023, 0x0050, 0x0051, 0x0052, 0x0059, 0x005A, 0x005D, 0x00D3, 0x00DC,
                                   0x01BA, 0x01AD, 0x01B5, 0x01B8, 0x0800, 0x0801, 0x0803, 0x0813});
-
-/// A name of a formula, or to which the application gives a meaning.
-bool isMoreThanUnknown(const engine::DefinedName& name)
-{
-    return !name.name.starts_with("Print_") &&
-           (!name.formula.tokens.empty() || name.name.starts_with("_") || name.name.starts_with("Auto_"));
-}
 
 /// What the workbook holds that it must not.
 std::string offenceIn(const std::vector<std::byte>& file)
@@ -77,8 +64,10 @@ std::string offenceIn(const std::vector<std::byte>& file)
     for (const auto& supporting : book.supportingBooks)
         if (supporting.kind != engine::SupportingBook::Kind::Own || !supporting.kept.empty())
             return "another book";
-    if (std::ranges::any_of(book.names, isMoreThanUnknown))
-        return "a name that is more than unknown";
+    for (const auto& [name, sheet, formula, record] : book.names)
+        if (!name.starts_with("Print_") &&
+            (!formula.tokens.empty() || name.starts_with("_") || name.starts_with("Auto_")))
+            return "a name of a formula, or to which the application gives a meaning";
     std::vector<engine::KeptRecord> kept = book.kept;
     for (const auto& sheet : book.sheets) {
         if (sheet->isKeptWhole)
