@@ -1,7 +1,5 @@
 #include "app/base/Files.h"
-#include "bench/Measurements.h"
 #include "bench/PayrollJob.h"
-#include "bench/StubPicture.h"
 #include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"

@@ -3,7 +3,6 @@
 
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
-#include "bench/StubPicture.h"
 #include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"

@@ -4,6 +4,7 @@
 #include "resources/CustomResource.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
+#include "workbook/engine/picture/SheetPicture.h"
 #include "workbook/engine/xls/BiffReader.h"
 #include "workbook/engine/xls/BiffWriter.h"
 
@@ -52,16 +53,8 @@ void fillSheet(engine::Book& book, std::size_t sheet, std::uint8_t FieldColumns:
                  texts.texts[index] + (field.kind == FieldKind::Rate ? "%" : ""));
 }
 
-} // namespace
-
-PayrollData payroll(int employees)
-{
-    PayrollData data{{"ACME Inc", "3/31/2026"}, {}};
-    for (int number = 0; number < employees; ++number)
-        data.rows.push_back(employee(number));
-    return data;
-}
-
+/// Types the payroll into a workbook opened from the template and pastes a stub for every employee, in the order of a
+/// build, through the engine alone.
 void fill(engine::Book& book, const PayrollData& payroll)
 {
     engine::Sheet& stubs = *book.sheets.at(stubSheet);
@@ -78,43 +71,39 @@ void fill(engine::Book& book, const PayrollData& payroll)
     book.activeSheet = stubSheet;
 }
 
-engine::Book openTemplate()
-{
-    return engine::xls::readWorkbook(customResource(payrollTemplateResource), "template.xlt");
-}
+} // namespace
 
-void recalculate(engine::Book& book)
+PayrollData payroll(int employees)
 {
-    engine::recalculate(book, {{}, now});
-}
-
-std::vector<std::byte> save(const engine::Book& book)
-{
-    return engine::xls::writeWorkbook(book, engine::xls::FileKind::Workbook);
-}
-
-engine::Book reopen(const std::vector<std::byte>& bytes)
-{
-    return engine::xls::readWorkbook(bytes, "workbook.xls");
+    PayrollData data{{"ACME Inc", "3/31/2026"}, {}};
+    for (int number = 0; number < employees; ++number)
+        data.rows.push_back(employee(number));
+    return data;
 }
 
 engine::Book filledBook(int employees)
 {
-    engine::Book book = openTemplate();
+    engine::Book book = engine::xls::readWorkbook(customResource(payrollTemplateResource), "template.xlt");
     fill(book, payroll(employees));
-    recalculate(book);
+    engine::recalculate(book, {{}, now});
     return book;
+}
+
+drawing::Drawing stubPicture(const engine::Book& book)
+{
+    const engine::Sheet& stubs = *book.sheets[book.activeSheet];
+    return engine::sheetPicture(book, stubs, stubs.usedRange().value(), {});
 }
 
 engine::Book engineJob(const PayrollData& payroll, const std::filesystem::path& folder)
 {
     const std::filesystem::path workbook = folder / "workbook.xls";
-    engine::Book book = reopen(readBytesFromFile(folder / "template.xlt"));
+    engine::Book book = engine::xls::readWorkbook(readBytesFromFile(folder / "template.xlt"), "workbook.xls");
     fill(book, payroll);
-    recalculate(book);
+    engine::recalculate(book, {{}, now});
     std::filesystem::remove(workbook);
-    writeBytesToFile(save(book), workbook);
-    return reopen(readBytesFromFile(workbook));
+    writeBytesToFile(engine::xls::writeWorkbook(book, engine::xls::FileKind::Workbook), workbook);
+    return engine::xls::readWorkbook(readBytesFromFile(workbook), "workbook.xls");
 }
 
 } // namespace wagemill::bench

@@ -1,6 +1,4 @@
-#include "bench/Measurements.h"
 #include "bench/PayrollJob.h"
-#include "bench/StubPicture.h"
 #include "preview/Form2.h"
 
 #include <QCoreApplication>

@@ -40,15 +40,6 @@ TextBlock fittingBlock(const drawing::Text& text, const QFont& font, double widt
     return laidOut(hashes(font, width));
 }
 
-/// The font made smaller until the text fits.
-QFont shrunkFont(const QString& text, QFont font, double width)
-{
-    const double natural = widthOf(text, font);
-    if (natural > width)
-        font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * width / natural)));
-    return font;
-}
-
 } // namespace
 
 QFont drawnFont(const drawing::Font& font)
@@ -103,7 +94,10 @@ TextBlock shownBlock(const drawing::Text& text, const QFont& font)
     if (!text.shrink)
         return block;
     const QString shown = block.layout->text();
-    return textBlock(shown, shrunkFont(shown, font, width), width, text.wrap);
+    QFont fitting = font;
+    if (const double natural = widthOf(shown, font); natural > width)
+        fitting.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * width / natural)));
+    return textBlock(shown, fitting, width, text.wrap);
 }
 
 } // namespace wagemill

@@ -90,7 +90,10 @@ QGridLayout* EmployeePanel::fieldGrid(const EntryMetrics& metrics)
     int line = 0;
     int column = 0;
     for (std::size_t index = 0; index < rowFields.size(); ++index) {
-        QLabel* const label = makeLabel(index, metrics);
+        auto* const label = new QLabel(QString::fromUtf8(rowFields[index].caption), this);
+        label->setObjectName(arrayName("lbl" + std::to_string(index + 1), m_row));
+        label->setWordWrap(true);
+        label->setFixedWidth(metrics.labelWidth);
         EntryField* const field = makeField(index, metrics);
         label->setBuddy(field);
         grid->addWidget(label, line, column, Qt::AlignVCenter);
@@ -105,15 +108,6 @@ QGridLayout* EmployeePanel::fieldGrid(const EntryMetrics& metrics)
     }
     grid->setRowStretch(grid->rowCount(), 1);
     return grid;
-}
-
-QLabel* EmployeePanel::makeLabel(std::size_t index, const EntryMetrics& metrics)
-{
-    auto* const label = new QLabel(QString::fromUtf8(rowFields[index].caption), this);
-    label->setObjectName(arrayName("lbl" + std::to_string(index + 1), m_row));
-    label->setWordWrap(true);
-    label->setFixedWidth(metrics.labelWidth);
-    return label;
 }
 
 EntryField* EmployeePanel::makeField(std::size_t index, const EntryMetrics& metrics)

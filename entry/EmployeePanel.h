@@ -14,7 +14,6 @@
 #include <string>
 
 class QGridLayout;
-class QLabel;
 
 namespace wagemill {
 
@@ -41,7 +40,6 @@ public:
 
 private:
     QGridLayout* fieldGrid(const EntryMetrics& metrics);
-    QLabel* makeLabel(std::size_t index, const EntryMetrics& metrics);
     EntryField* makeField(std::size_t index, const EntryMetrics& metrics);
     /// As a change of the user would: the text is stored at once.
     void assign(std::size_t index, const std::string& text);

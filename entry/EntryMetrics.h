@@ -1,6 +1,9 @@
 #pragma once
 
-class QFontMetrics;
+#include "entry/data/RowFields.h"
+
+#include <QFontMetrics>
+#include <QString>
 
 namespace wagemill {
 
@@ -19,6 +22,16 @@ struct EntryMetrics {
 };
 
 /// availableWidth  of the screen, in device-independent pixels
-EntryMetrics entryMetrics(const QFontMetrics& font, int availableWidth);
+inline EntryMetrics entryMetrics(const QFontMetrics& font, int availableWidth)
+{
+    constexpr std::string_view longestUnbrokenCaption = rowFields[rowFieldIndex("txtOtherRegDeduction")].caption;
+    constexpr int charactersInField = 21;
+    EntryMetrics metrics = {font.height(), font.horizontalAdvance(QString::fromUtf8(longestUnbrokenCaption)) + 2,
+                            font.averageCharWidth() * charactersInField};
+    const int frames = 6 * metrics.line; // with margins and scroll bar around the columns
+    if (2 * metrics.columnWidth() + metrics.columnGap() + frames > availableWidth)
+        metrics.columns = 1;
+    return metrics;
+}
 
 } // namespace wagemill

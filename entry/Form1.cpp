@@ -43,12 +43,6 @@ float stripTop(float panelHeight, std::int16_t value)
     return (panelHeight + rowGapTwips) * static_cast<float>(negated);
 }
 
-/// The last day of the month before `today`.
-CalendarDate samplePeriodEnding(CalendarDate today)
-{
-    return dateFromDaysSinceEpoch(daysSinceEpoch({today.year, today.month, 1}) - 1);
-}
-
 } // namespace
 
 Form1::Form1(Form1Setup setup)
@@ -320,9 +314,12 @@ void Form1::VScroll1_Change()
     Picture3->move(Picture3->x(), static_cast<int>(top / twipsPerPixel));
 }
 
+/// From here until the preview gives the turn back, nothing acts on this window: neither what was pressed while it was
+/// busy nor what still reaches it once it is hidden.
 void Form1::PushButton22_Click()
 {
-    passTurn();
+    m_focusBefore = focusWidget();
+    setEnabled(false);
     buildPayrollWorkbook(payrollData(), *this, m_setup.build);
 }
 
@@ -340,7 +337,9 @@ void Form1::PushButton7_Click()
         txtCompanyName_Change();
     });
     trap.step(20, [&] {
-        dtPeriodEnding->replaceDate(samplePeriodEnding(m_setup.today()));
+        const CalendarDate today = m_setup.today();
+        const int firstOfMonth = daysSinceEpoch({today.year, today.month, 1});
+        dtPeriodEnding->replaceDate(dateFromDaysSinceEpoch(firstOfMonth - 1));
         dtPeriodEnding_Change();
     });
     for (std::size_t field = 0; field < rowFields.size(); ++field)
@@ -364,14 +363,6 @@ Form2& Form1::preview()
         m_preview->setStyleSheet(styleSheet()); // the skin of this window, where it is one
     }
     return *m_preview;
-}
-
-/// From the press that starts a build until the preview gives the turn back, nothing acts on this window: neither what
-/// was pressed while it was busy nor what still reaches it once it is hidden.
-void Form1::passTurn()
-{
-    m_focusBefore = focusWidget();
-    setEnabled(false);
 }
 
 void Form1::takeTurn()

@@ -85,7 +85,6 @@ private:
     void store(const std::string& key, const QString& text);
     PayrollData payrollData() const;
     Form2& preview();
-    void passTurn();
     void takeTurn();
 
     void freezeDrawing() override { lockDrawing(*this); }

@@ -5,7 +5,6 @@
 #include "app/base/text/NumberText.h"
 #include "app/look/Controls.h"
 #include "app/look/Look.h"
-#include "preview/FileCopy.h"
 #include "preview/PictureBox.h"
 #include "preview/ViewGeometry.h"
 
@@ -22,10 +21,14 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <stdexcept>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
 namespace wagemill {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -57,6 +60,30 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, float pictureExtent, float vi
         scrollBar.setValue(0);
     }
     return range.unit;
+}
+
+/// Whether both paths are one name of one file. A link to the file is another name: it can go without the file.
+bool isSameFile(const fs::path& one, const fs::path& other)
+{
+    std::error_code error;
+    return fs::equivalent(one, other, error) && !error && !fs::is_symlink(fs::symlink_status(one, error)) &&
+           !fs::is_symlink(fs::symlink_status(other, error)) && fs::hard_link_count(one, error) == 1;
+}
+
+/// The new name appears with its last byte or not at all, replacing a file or link of that name. Throws
+/// std::runtime_error that names both files and the reason.
+void copyFile(const fs::path& from, const fs::path& to)
+{
+    if (isSameFile(from, to))
+        throw std::runtime_error("The workbook cannot be saved as \"" + to.string() +
+                                 "\": that is the temporary workbook itself, which is deleted when you leave. Please "
+                                 "choose another name.");
+    try {
+        writeWholeFile(readOwnFile(from), to, FileLife::Kept);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error("Cannot copy the file \"" + from.string() + "\" to \"" + to.string() + "\". " +
+                                 error.what());
+    }
 }
 
 } // namespace
@@ -194,7 +221,7 @@ void Form2::Form_Load()
     trap.step(10, [&] { applyPlainBackground(*this); });
     trap.step(20, [&] { setWindowTitle(productTitle); });
     trap.step(30, [&] {
-        if (const std::filesystem::path handCursor = besideProgram(handCursorName); fileExists(handCursor))
+        if (const fs::path handCursor = besideProgram(handCursorName); fileExists(handCursor))
             m_pointer.loadHandCursor(handCursor);
     });
 }
@@ -405,7 +432,7 @@ void Form2::PushButtonPrint_Click()
 void Form2::PushButton6_Click()
 {
     ErrorTrap trap("Form2.PushButton6_Click");
-    std::filesystem::path name;
+    fs::path name;
     MessageAnswer answer = MessageAnswer::No;
     trap.step(10, [&] { name = CommonDialog1("Save File", "Excel Files (*.xls)|*.xls|", *this); });
     trap.step(20, [&] { answer = makeRoomFor(name); });
@@ -415,7 +442,7 @@ void Form2::PushButton6_Click()
 }
 
 /// Yes when the workbook is to be written under the name. A file of that name is deleted once the user agreed.
-MessageAnswer Form2::makeRoomFor(const std::filesystem::path& name)
+MessageAnswer Form2::makeRoomFor(const fs::path& name)
 {
     if (name.empty())
         return MessageAnswer::No;

@@ -33,34 +33,29 @@ QStringList nameFilters(const std::string& filter)
     return filters;
 }
 
-std::filesystem::path askForName(const std::string& title, const std::string& filter, QWidget& owner,
-                                 QString& lastFolder)
-{
-    QFileDialog dialog(&owner, QString::fromStdString(title), startFolder(lastFolder));
-    dialog.setObjectName(QStringLiteral("CommonDialog1"));
-    applyDesignFont(dialog);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    QStringList filters = nameFilters(filter);
-    if (QGuiApplication::platformName() == QStringLiteral("windows")) {
-        // Its own dialog adds the ending that follows the first "*." of a filter to a name that was typed without one.
-        filters.replaceInStrings(QStringLiteral("*."), QStringLiteral("*?"));
-        dialog.setOption(QFileDialog::HideNameFilterDetails);
-    }
-    dialog.setNameFilters(filters);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return {};
-    const QFileInfo chosen(dialog.selectedFiles().constFirst());
-    lastFolder = chosen.absolutePath();
-    return chosen.filesystemFilePath().make_preferred();
-}
-
 } // namespace
 
 SaveFileDialog platformSaveFileDialog()
 {
-    return [lastFolder = QString()](const std::string& title, const std::string& filter, QWidget& owner) mutable {
-        return askForName(title, filter, owner, lastFolder);
+    return [lastFolder = QString()](const std::string& title, const std::string& filter,
+                                    QWidget& owner) mutable -> std::filesystem::path {
+        QFileDialog dialog(&owner, QString::fromStdString(title), startFolder(lastFolder));
+        dialog.setObjectName(QStringLiteral("CommonDialog1"));
+        applyDesignFont(dialog);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setOption(QFileDialog::DontConfirmOverwrite);
+        QStringList filters = nameFilters(filter);
+        if (QGuiApplication::platformName() == QStringLiteral("windows")) {
+            // Its own dialog adds the ending after the filter's first "*." to a name that was typed without one.
+            filters.replaceInStrings(QStringLiteral("*."), QStringLiteral("*?"));
+            dialog.setOption(QFileDialog::HideNameFilterDetails);
+        }
+        dialog.setNameFilters(filters);
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return {};
+        const QFileInfo chosen(dialog.selectedFiles().constFirst());
+        lastFolder = chosen.absolutePath();
+        return chosen.filesystemFilePath().make_preferred();
     };
 }
 

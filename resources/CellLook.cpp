@@ -125,8 +125,7 @@ void Looks::apply(const std::string& attributes, CellLook& look) const
 
 Border Looks::border(std::istream& line) const
 {
-    const BorderStyle style = named(borderStyles, line);
-    return {style, named(m_colors, line)};
+    return {named(borderStyles, line), named(m_colors, line)};
 }
 
 std::uint16_t Looks::formatFor(const CellLook& look)

@@ -1,30 +1,18 @@
+#include "app/base/Files.h"
 #include "resources/TemplateDescription.h"
 #include "workbook/engine/xls/BiffWriter.h"
 
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
 
-using wagemill::engine::xls::FileKind;
-
-/// Throws std::runtime_error that names the file.
-void writeText(const std::filesystem::path& file, std::string_view text)
-{
-    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.close();
-    if (!stream)
-        throw std::runtime_error("cannot write the file \"" + file.string() + "\"");
-}
+using namespace wagemill;
 
 /// The bytes as numbers, to be included between the braces of an array.
 std::string numbersOf(std::span<const std::byte> bytes)
@@ -44,10 +32,11 @@ int main(int count, char** arguments)
 try {
     if (count != 4)
         throw std::runtime_error("needs the folder of the description and the two files to write");
-    const wagemill::engine::Book book = wagemill::describedWorkbook(arguments[1]);
-    const std::vector<std::byte> bytes = writeWorkbook(book, FileKind::Template);
-    writeText(arguments[2], {reinterpret_cast<const char*>(bytes.data()), bytes.size()}); // a stream takes characters
-    writeText(arguments[3], numbersOf(bytes));
+    const std::vector<std::byte> bytes =
+        engine::xls::writeWorkbook(describedWorkbook(arguments[1]), engine::xls::FileKind::Template);
+    const std::string numbers = numbersOf(bytes);
+    writeWholeFile(bytes, arguments[2], FileLife::Kept);
+    writeWholeFile(std::as_bytes(std::span(numbers)), arguments[3], FileLife::Kept);
     return EXIT_SUCCESS;
 } catch (const std::exception& error) {
     std::cerr << "template_builder: " << error.what() << '\n';

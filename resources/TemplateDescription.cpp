@@ -95,18 +95,158 @@ public:
     {
     }
 
-    void read(const std::filesystem::path& file);
+    void read(const std::filesystem::path& file)
+    {
+        m_print.headerMargin = m_print.footerMargin = 0.3;
+        const Statements statements = {
+            {"width", [&](std::istream& line) { width(line); }},
+            {"height", [&](std::istream& line) { height(line); }},
+            {"merge", [&](std::istream& line) { m_sheet.merged.push_back(areaIn(line)); }},
+            {"put", [&](std::istream& line) { put(line); }},
+            {"count", [&](std::istream& line) { count(line); }},
+            {"look", [&](std::istream& line) { look(line); }},
+            {"frame", [&](std::istream& line) { frame(line); }},
+            {"no-grid-lines", [&](std::istream&) { m_sheet.showGridLines = false; }},
+            {"freeze-rows",
+             [&](std::istream& line) {
+                 const auto rows = nextWord<std::uint16_t>(line);
+                 m_sheet.panes = engine::SheetPanes{.rows = rows, .firstRow = rows};
+             }},
+            {"select",
+             [&](std::istream& line) {
+                 const CellRect area = areaIn(line);
+                 m_sheet.selection = {{area.firstRow, area.firstColumn}, area};
+             }},
+            {"landscape", [&](std::istream&) { m_print.landscape = true; }},
+            {"fit-width",
+             [&](std::istream&) {
+                 m_print.fitToPages = true;
+                 m_print.pagesHigh = 0;
+             }},
+            {"scale", [&](std::istream& line) { m_print.scalePercent = nextWord<std::uint16_t>(line); }},
+            {"margins",
+             [&](std::istream& line) {
+                 for (double* margin : {&m_print.left, &m_print.right, &m_print.top, &m_print.bottom})
+                     *margin = nextWord<double>(line);
+             }},
+            {"center-on-page", [&](std::istream&) { m_print.centerHorizontally = true; }},
+            {"header", [&](std::istream& line) { m_print.header = textIn(line); }},
+            {"footer", [&](std::istream& line) { m_print.footer = textIn(line); }},
+            {"repeat-rows", [&](std::istream& line) { nameArea("Print_Titles", areaIn(line)); }},
+            {"print-columns",
+             [&](std::istream& line) {
+                 CellRect area = areaIn(line);
+                 area.lastRow = engine::maxRows - 1; // down to the last row that holds something
+                 nameArea("Print_Area", area);
+             }},
+            {"page-breaks", [&](std::istream& line) { pageBreaks(line); }},
+        };
+        readFile(file, statements);
+        for (const auto& [address, cellLook] : m_cellLooks)
+            m_sheet.at(address).format = m_looks.formatFor(cellLook);
+    }
 
 private:
-    void width(std::istream& line);
-    void height(std::istream& line);
-    void put(std::istream& line);
-    void putFormula(const CellRect& target, const std::string& text);
-    void count(std::istream& line);
-    void look(std::istream& line);
-    void frame(std::istream& line);
-    void pageBreaks(std::istream& line);
-    void nameArea(const char* name, const CellRect& named);
+    /// "width B 84", "width D:E 84": pixels, from left to right.
+    void width(std::istream& line)
+    {
+        constexpr int digitPixels = 7;
+        const CellRect area = areaIn(line);
+        engine::ColumnRun run;
+        run.first = area.firstColumn;
+        run.last = area.lastColumn;
+        run.width = static_cast<std::uint16_t>(nextWord<int>(line) * 256 / digitPixels);
+        m_sheet.columns.push_back(run);
+    }
+
+    /// "height 3 40", "height 4:28 20": pixels.
+    void height(std::istream& line)
+    {
+        constexpr int twipsPerPixel = 15;
+        const CellRect area = areaIn(line);
+        const auto pixels = nextWord<int>(line);
+        for (int row = area.firstRow; row <= area.lastRow; ++row) {
+            m_sheet.row(row).heightTwips = static_cast<std::uint16_t>(pixels * twipsPerPixel);
+            m_sheet.row(row).heightSetByHand = true;
+        }
+    }
+
+    /// "put B2 "text"", "put K4 20", "put K4:K28 =SUM(G4:J4)": a formula is filled down and across like a copied one.
+    void put(std::istream& line)
+    {
+        const CellRect target = areaIn(line);
+        line >> std::ws;
+        if (line.peek() == '=') {
+            putFormula(target, restOf(line));
+            return;
+        }
+        const engine::CellValue value =
+            line.peek() == '"' ? engine::CellValue(textIn(line)) : engine::CellValue(nextWord<double>(line));
+        forEachCell(target, [&](CellAddress address) { m_sheet.at(address).value = value; });
+    }
+
+    void putFormula(const CellRect& target, const std::string& text)
+    {
+        const engine::Formula formula = engine::parseFormula(text, m_book, m_index, RegionalFormats{});
+        forEachCell(target, [&](CellAddress address) {
+            m_sheet.at(address).formula = std::make_shared<const engine::Formula>(
+                engine::shiftedFormula(formula, address.row - target.firstRow, address.column - target.firstColumn));
+        });
+    }
+
+    /// "count B4:B28": 1, 2, 3 and so on.
+    void count(std::istream& line)
+    {
+        double number = 0;
+        forEachCell(areaIn(line), [&](CellAddress address) { m_sheet.at(address).value = ++number; });
+    }
+
+    /// "look B3:N3 heading bold": the cells are there from now on, even when they hold nothing.
+    void look(std::istream& line)
+    {
+        const CellRect area = areaIn(line);
+        const std::string attributes = restOf(line);
+        forEachCell(area, [&](CellAddress address) { m_looks.apply(attributes, m_cellLooks[address]); });
+    }
+
+    /// "frame B2:I11 thin rule": a line around the area.
+    void frame(std::istream& line)
+    {
+        const CellRect framed = areaIn(line);
+        const engine::Border border = m_looks.border(line);
+        forEachCell(framed, [&](CellAddress address) {
+            engine::CellFormat& format = m_cellLooks[address].format;
+            if (address.row == framed.firstRow)
+                format.top = border;
+            if (address.row == framed.lastRow)
+                format.bottom = border;
+            if (address.column == framed.firstColumn)
+                format.left = border;
+            if (address.column == framed.lastColumn)
+                format.right = border;
+        });
+    }
+
+    /// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
+    void pageBreaks(std::istream& line)
+    {
+        const auto first = nextWord<int>(line);
+        const auto step = nextWord<int>(line);
+        const auto breaks = nextWord<int>(line);
+        for (int page = 0; page < breaks; ++page)
+            m_print.rowBreaks.push_back({static_cast<std::uint16_t>(first - 1 + step * page)});
+    }
+
+    /// Gives a name that the file format knows to an area of the sheet.
+    void nameArea(const char* name, const CellRect& named)
+    {
+        engine::ReferenceToken area;
+        area.operandClass = engine::OperandClass::Reference;
+        area.externSheet = m_book.externSheetFor(m_index);
+        area.first = {named.firstRow, named.firstColumn, false, false};
+        area.last = engine::ReferencePart{named.lastRow, named.lastColumn, false, false};
+        m_book.names.push_back({name, static_cast<std::uint16_t>(m_index), {{area}}, {}});
+    }
 
     engine::Book& m_book;
     std::size_t m_index;
@@ -115,158 +255,6 @@ private:
     Looks& m_looks;
     std::map<CellAddress, CellLook> m_cellLooks;
 };
-
-void SheetReader::read(const std::filesystem::path& file)
-{
-    m_print.headerMargin = m_print.footerMargin = 0.3;
-    const Statements statements = {
-        {"width", [&](std::istream& line) { width(line); }},
-        {"height", [&](std::istream& line) { height(line); }},
-        {"merge", [&](std::istream& line) { m_sheet.merged.push_back(areaIn(line)); }},
-        {"put", [&](std::istream& line) { put(line); }},
-        {"count", [&](std::istream& line) { count(line); }},
-        {"look", [&](std::istream& line) { look(line); }},
-        {"frame", [&](std::istream& line) { frame(line); }},
-        {"no-grid-lines", [&](std::istream&) { m_sheet.showGridLines = false; }},
-        {"freeze-rows",
-         [&](std::istream& line) {
-             const auto rows = nextWord<std::uint16_t>(line);
-             m_sheet.panes = engine::SheetPanes{.rows = rows, .firstRow = rows};
-         }},
-        {"select",
-         [&](std::istream& line) {
-             const CellRect area = areaIn(line);
-             m_sheet.selection = {{area.firstRow, area.firstColumn}, area};
-         }},
-        {"landscape", [&](std::istream&) { m_print.landscape = true; }},
-        {"fit-width",
-         [&](std::istream&) {
-             m_print.fitToPages = true;
-             m_print.pagesHigh = 0;
-         }},
-        {"scale", [&](std::istream& line) { m_print.scalePercent = nextWord<std::uint16_t>(line); }},
-        {"margins",
-         [&](std::istream& line) {
-             for (double* margin : {&m_print.left, &m_print.right, &m_print.top, &m_print.bottom})
-                 *margin = nextWord<double>(line);
-         }},
-        {"center-on-page", [&](std::istream&) { m_print.centerHorizontally = true; }},
-        {"header", [&](std::istream& line) { m_print.header = textIn(line); }},
-        {"footer", [&](std::istream& line) { m_print.footer = textIn(line); }},
-        {"repeat-rows", [&](std::istream& line) { nameArea("Print_Titles", areaIn(line)); }},
-        {"print-columns",
-         [&](std::istream& line) {
-             CellRect area = areaIn(line);
-             area.lastRow = engine::maxRows - 1; // down to the last row that holds something
-             nameArea("Print_Area", area);
-         }},
-        {"page-breaks", [&](std::istream& line) { pageBreaks(line); }},
-    };
-    readFile(file, statements);
-    for (const auto& [address, cellLook] : m_cellLooks)
-        m_sheet.at(address).format = m_looks.formatFor(cellLook);
-}
-
-/// "width B 84", "width D:E 84": pixels, from left to right.
-void SheetReader::width(std::istream& line)
-{
-    constexpr int digitPixels = 7;
-    const CellRect area = areaIn(line);
-    engine::ColumnRun run;
-    run.first = area.firstColumn;
-    run.last = area.lastColumn;
-    run.width = static_cast<std::uint16_t>(nextWord<int>(line) * 256 / digitPixels);
-    m_sheet.columns.push_back(run);
-}
-
-/// "height 3 40", "height 4:28 20": pixels.
-void SheetReader::height(std::istream& line)
-{
-    constexpr int twipsPerPixel = 15;
-    const CellRect area = areaIn(line);
-    const auto pixels = nextWord<int>(line);
-    for (int row = area.firstRow; row <= area.lastRow; ++row) {
-        m_sheet.row(row).heightTwips = static_cast<std::uint16_t>(pixels * twipsPerPixel);
-        m_sheet.row(row).heightSetByHand = true;
-    }
-}
-
-/// "put B2 "text"", "put K4 20", "put K4:K28 =SUM(G4:J4)": a formula is filled down and across like a copied one.
-void SheetReader::put(std::istream& line)
-{
-    const CellRect target = areaIn(line);
-    line >> std::ws;
-    if (line.peek() == '=') {
-        putFormula(target, restOf(line));
-        return;
-    }
-    const engine::CellValue value =
-        line.peek() == '"' ? engine::CellValue(textIn(line)) : engine::CellValue(nextWord<double>(line));
-    forEachCell(target, [&](CellAddress address) { m_sheet.at(address).value = value; });
-}
-
-void SheetReader::putFormula(const CellRect& target, const std::string& text)
-{
-    const engine::Formula formula = engine::parseFormula(text, m_book, m_index, RegionalFormats{});
-    forEachCell(target, [&](CellAddress address) {
-        m_sheet.at(address).formula = std::make_shared<const engine::Formula>(
-            engine::shiftedFormula(formula, address.row - target.firstRow, address.column - target.firstColumn));
-    });
-}
-
-/// "count B4:B28": 1, 2, 3 and so on.
-void SheetReader::count(std::istream& line)
-{
-    double number = 0;
-    forEachCell(areaIn(line), [&](CellAddress address) { m_sheet.at(address).value = ++number; });
-}
-
-/// "look B3:N3 heading bold": the cells are there from now on, even when they hold nothing.
-void SheetReader::look(std::istream& line)
-{
-    const CellRect area = areaIn(line);
-    const std::string attributes = restOf(line);
-    forEachCell(area, [&](CellAddress address) { m_looks.apply(attributes, m_cellLooks[address]); });
-}
-
-/// "frame B2:I11 thin rule": a line around the area.
-void SheetReader::frame(std::istream& line)
-{
-    const CellRect framed = areaIn(line);
-    const engine::Border border = m_looks.border(line);
-    forEachCell(framed, [&](CellAddress address) {
-        engine::CellFormat& format = m_cellLooks[address].format;
-        if (address.row == framed.firstRow)
-            format.top = border;
-        if (address.row == framed.lastRow)
-            format.bottom = border;
-        if (address.column == framed.firstColumn)
-            format.left = border;
-        if (address.column == framed.lastColumn)
-            format.right = border;
-    });
-}
-
-/// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
-void SheetReader::pageBreaks(std::istream& line)
-{
-    const auto first = nextWord<int>(line);
-    const auto step = nextWord<int>(line);
-    const auto breaks = nextWord<int>(line);
-    for (int page = 0; page < breaks; ++page)
-        m_print.rowBreaks.push_back({static_cast<std::uint16_t>(first - 1 + step * page)});
-}
-
-/// Gives a name that the file format knows to an area of the sheet.
-void SheetReader::nameArea(const char* name, const CellRect& named)
-{
-    engine::ReferenceToken area;
-    area.operandClass = engine::OperandClass::Reference;
-    area.externSheet = m_book.externSheetFor(m_index);
-    area.first = {named.firstRow, named.firstColumn, false, false};
-    area.last = engine::ReferencePart{named.lastRow, named.lastColumn, false, false};
-    m_book.names.push_back({name, static_cast<std::uint16_t>(m_index), {{area}}, {}});
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -59,16 +60,24 @@ public:
     }
 
 private:
-    [[noreturn]] static void throwTooShort();
+    [[noreturn]] static void throwTooShort() { throw DamagedFile("data ends before it is complete"); }
 
     std::span<const std::byte> m_bytes;
     std::size_t m_position = 0;
 };
 
 /// Replaces the bytes from `position` on. Throws std::out_of_range when there are too few.
-void putU16(std::span<std::byte> bytes, std::size_t position, std::uint16_t value);
-void putU32(std::span<std::byte> bytes, std::size_t position, std::uint32_t value);
-void putU64(std::span<std::byte> bytes, std::size_t position, std::uint64_t value);
+template <std::unsigned_integral Number>
+void putNumber(std::span<std::byte> bytes, std::size_t position, Number value)
+{
+    if (position > bytes.size() || bytes.size() - position < sizeof value)
+        throw std::out_of_range("A place that was never written cannot be replaced.");
+    for (std::size_t index = 0; index < sizeof value; ++index)
+        bytes[position + index] = static_cast<std::byte>(value >> 8 * index);
+}
+inline constexpr auto putU16 = putNumber<std::uint16_t>;
+inline constexpr auto putU32 = putNumber<std::uint32_t>;
+inline constexpr auto putU64 = putNumber<std::uint64_t>;
 
 /// Appends little-endian values.
 class ByteWriter {

@@ -227,16 +227,12 @@ void setProgramFolder(const fs::path& folder)
 
 fs::path besideProgram(std::string_view name)
 {
-    fs::path path = program().folder;
-    path += fs::path(name).make_preferred();
-    return path;
+    return fs::path(program().folder) += fs::path(name).make_preferred();
 }
 
 fs::path inTemporaryFolder(std::string_view name)
 {
-    fs::path path = platform::environmentPath("TEMP");
-    path += fs::path(name).make_preferred();
-    return path;
+    return platform::environmentPath("TEMP") += fs::path(name).make_preferred();
 }
 
 fs::path makePrivateFolder()

@@ -2,16 +2,13 @@
 
 #include "app/base/Files.h"
 
-#include <QCheckBox>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QFrame>
-#include <QGroupBox>
-#include <QLabel>
-#include <QRadioButton>
 #include <QWidget>
 #include <QWindow>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -24,19 +21,9 @@ constexpr std::string_view skinName = "/x/o.cjs";
 constexpr std::int32_t skinTheControls = 1;
 constexpr qsizetype maxApplicationTitle = 40; // characters
 
+constexpr const char* neutralControls[] = {"QLabel", "QRadioButton", "QCheckBox", "QGroupBox"};
+
 enum class PictureBoxes { LeaveAlone, Include };
-
-template <typename... Kinds>
-bool isOneOf(const QWidget& control)
-{
-    return ((qobject_cast<const Kinds*>(&control) != nullptr) || ...);
-}
-
-/// A picture box is a plain frame; text areas, lists and labels build on frames but are not picture boxes.
-bool isPictureBox(const QWidget& control)
-{
-    return control.metaObject() == &QFrame::staticMetaObject;
-}
 
 /// The role, not its colour of today: the window follows the user when the desktop turns dark.
 void setNeutralBackground(QWidget& widget)
@@ -48,10 +35,13 @@ void setNeutralBackground(QWidget& widget)
 void setNeutralBackgrounds(QWidget& window, PictureBoxes pictureBoxes)
 {
     setNeutralBackground(window);
-    for (QWidget* control : window.findChildren<QWidget*>())
-        if (isOneOf<QLabel, QRadioButton, QCheckBox, QGroupBox>(*control) ||
-            (pictureBoxes == PictureBoxes::Include && isPictureBox(*control)))
+    for (QWidget* control : window.findChildren<QWidget*>()) {
+        const bool isNeutral = std::ranges::any_of(neutralControls, [&](auto kind) { return control->inherits(kind); });
+        // A picture box is a plain frame; text areas, lists and labels build on frames but are not picture boxes.
+        const bool isPictureBox = control->metaObject() == &QFrame::staticMetaObject;
+        if (isNeutral || (isPictureBox && pictureBoxes == PictureBoxes::Include))
             setNeutralBackground(*control);
+    }
 }
 
 class PlaceKeeper : public QObject {

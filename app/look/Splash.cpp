@@ -17,6 +17,7 @@
 #include <QPixmap>
 #include <QTimer>
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 
@@ -27,8 +28,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view showAgainKey = "ShowAgain"; // "1" hides it, whatever the name says
-constexpr double shownSeconds = 4;
-constexpr double shownSecondsInDevelopment = 0.4;
+constexpr std::chrono::milliseconds shown(4000);
+constexpr std::chrono::milliseconds shownInDevelopment(400);
 
 constexpr int twipsInPixel = 15;
 constexpr int stripTwips = 300;
@@ -75,7 +76,9 @@ void Splash::SplashShow()
     loadImage(file);
     placeControls();
     show();
-    waitSeconds(isDevelopmentRun() ? shownSecondsInDevelopment : shownSeconds);
+    QEventLoop events;
+    QTimer::singleShot(isDevelopmentRun() ? shownInDevelopment : shown, Qt::PreciseTimer, &events, &QEventLoop::quit);
+    events.exec();
     hide();
 }
 
@@ -108,13 +111,6 @@ void Splash::placeControls()
         m_lines[line]->setFrameStyle((places[line].width() == 1 ? QFrame::VLine : QFrame::HLine) | QFrame::Plain);
         m_lines[line]->setGeometry(places[line]);
     }
-}
-
-void Splash::waitSeconds(double seconds)
-{
-    QEventLoop events;
-    QTimer::singleShot(static_cast<int>(seconds * 1000), Qt::PreciseTimer, &events, &QEventLoop::quit);
-    events.exec();
 }
 
 } // namespace wagemill

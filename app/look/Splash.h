@@ -26,7 +26,6 @@ private:
     void Check1_Click();
     void loadImage(const std::filesystem::path& file);
     void placeControls();
-    static void waitSeconds(double seconds);
 
     QLabel* Image1;
     QCheckBox* Check1;

@@ -45,16 +45,11 @@ void setGrouping(RegionalFormats& formats, const QLocale& locale)
         formats.digitsBeforeGrouping += locale.toString(number, 'f', 1).contains(separator) ? 0 : 1;
 }
 
-/// What is between the two digits of 1.5; nothing when the locale writes money without decimals.
-std::string separatorIn(const QString& money)
-{
-    static const QRegularExpression betweenDigits(QStringLiteral(R"(\p{Nd}(\P{Nd}+)\p{Nd})"));
-    return betweenDigits.match(money).captured(1).toStdString();
-}
-
 void setCurrency(RegionalFormats& formats, const QLocale& locale)
 {
-    const std::string decimal = separatorIn(locale.toCurrencyString(1.5, QString(), 1));
+    static const QRegularExpression betweenDigits(QStringLiteral(R"(\p{Nd}(\P{Nd}+)\p{Nd})"));
+    const QString money = locale.toCurrencyString(1.5, QString(), 1); // in some locales without decimals
+    const std::string decimal = betweenDigits.match(money).captured(1).toStdString();
     formats.currencyDecimalSeparator = decimal == formats.decimalSeparator ? "" : decimal;
     formats.currency = affixesAround(locale.toCurrencyString(1.0, QString(), 0));
     formats.negativeCurrency = affixesAround(locale.toCurrencyString(-1.0, QString(), 0));
@@ -67,14 +62,6 @@ QString withFullYear(QString pattern)
 {
     static const QRegularExpression yearOutsideQuotes(QStringLiteral("'[^']*'(*SKIP)(*FAIL)|y+"));
     return pattern.replace(yearOutsideQuotes, QStringLiteral("yyyy"));
-}
-
-/// The sign between hours and minutes, ":" where words are there.
-std::string timeSeparator(const QString& pattern)
-{
-    const auto minute = pattern.indexOf(u'm');
-    const QChar sign = minute > 0 ? pattern[minute - 1] : u':';
-    return sign == u'.' ? "." : ":";
 }
 
 void setNames(RegionalFormats& formats, const QLocale& locale)
@@ -109,7 +96,8 @@ RegionalFormats regionalFormatsOf(const QLocale& locale)
     setGrouping(formats, locale);
     setCurrency(formats, locale);
     formats.shortDatePattern = withFullYear(locale.dateFormat(QLocale::ShortFormat)).toStdString();
-    formats.timeSeparator = timeSeparator(locale.timeFormat(QLocale::ShortFormat));
+    const bool hasDot = locale.timeFormat(QLocale::ShortFormat).section(u'm', 0, 0).endsWith(u'.');
+    formats.timeSeparator = hasDot ? "." : ":"; // a colon where words are between hours and minutes too
     setNames(formats, locale);
     return formats;
 }

@@ -38,7 +38,7 @@ ALLOWED = {
 }
 # Files of a module with windows that are nevertheless plain C++.
 PLAIN = {"drawing/Drawing.h", "drawing/DrawingFile.h", "drawing/DrawingFile.cpp", "drawing/Pages.h", "preview/ViewGeometry.h",
-         "preview/ViewGeometry.cpp", "preview/FileCopy.h", "preview/FileCopy.cpp"}
+         "preview/ViewGeometry.cpp"}
 
 
 def is_plain(path):

@@ -53,14 +53,6 @@ std::uint64_t fileTimeNow()
     return unixEpoch + std::chrono::duration_cast<Ticks>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-/// A workbook made from a template is created when it is saved for the first time.
-void stampProperties(engine::Book& book)
-{
-    book.properties.saved = fileTimeNow();
-    if (std::exchange(book.isTemplate, false))
-        book.properties.created = book.properties.saved;
-}
-
 /// A text that is not an address, or not one of the kind that is asked for.
 [[noreturn]] void throwBadAddress(std::string_view address)
 {
@@ -178,34 +170,30 @@ struct EmbeddedSession {
         return *activeBook;
     }
 
-    BookPointer open(std::string_view path);
-    void recalculate(OpenBook& book) const;
+    BookPointer open(std::string_view path)
+    {
+        requireRunning();
+        return asApplication([&] {
+            OpenBook whole = {engine::xls::readWorkbook(readOwnFile(toPath(path)), path)};
+            const auto opened = std::make_shared<OpenBook>(std::move(whole));
+            books.push_back(opened);
+            activeBook = opened;
+            if (displayAlerts)
+                showNotices(opened->book, path);
+            return opened;
+        });
+    }
+
+    void recalculate(OpenBook& book) const
+    {
+        if (!book.needsRecalculation)
+            return;
+        const engine::MissingParts missing = engine::recalculate(book.book, {formats, serialNow()});
+        if (!missing.empty() && tellMissing)
+            tellMissing(missingText(book.book, missing));
+        book.needsRecalculation = false; // not before: where memory ran out, the next one tries again
+    }
 };
-
-BookPointer EmbeddedSession::open(std::string_view path)
-{
-    requireRunning();
-    return asApplication([&] {
-        const auto bytes = readOwnFile(toPath(path));
-        auto opened = std::make_shared<OpenBook>();
-        opened->book = engine::xls::readWorkbook(bytes, path);
-        books.push_back(opened);
-        activeBook = opened;
-        if (displayAlerts)
-            showNotices(opened->book, path);
-        return opened;
-    });
-}
-
-void EmbeddedSession::recalculate(OpenBook& book) const
-{
-    if (!book.needsRecalculation)
-        return;
-    const engine::MissingParts missing = engine::recalculate(book.book, {formats, serialNow()});
-    if (!missing.empty() && tellMissing)
-        tellMissing(missingText(book.book, missing));
-    book.needsRecalculation = false; // not before: where memory ran out, the next one tries again
-}
 
 namespace {
 
@@ -378,7 +366,10 @@ public:
                                    "\": there is already a file of that name.");
         asApplication([&] {
             m_place.session->recalculate(opened);
-            stampProperties(opened.book);
+            engine::DocumentProperties& properties = opened.book.properties;
+            properties.saved = fileTimeNow();
+            if (std::exchange(opened.book.isTemplate, false)) // it is created when it is saved for the first time
+                properties.created = properties.saved;
             writeWholeFile(engine::xls::writeWorkbook(opened.book, engine::xls::FileKind::Workbook), toPath(path),
                            FileLife::Temporary);
         });

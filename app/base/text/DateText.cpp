@@ -66,12 +66,6 @@ std::string_view withoutDot(std::string_view name)
     return name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0));
 }
 
-/// With two digits or four.
-std::optional<int> takeYear(TextScanner& scanner)
-{
-    return scanner.digitsAhead() % 2 == 0 ? scanner.takeNumber(4) : std::nullopt;
-}
-
 /// Takes the longest month name that fits, for "Juni" may begin with "Jun".
 std::optional<int> takeMonthName(TextScanner& scanner, const RegionalFormats& formats)
 {
@@ -91,8 +85,8 @@ std::optional<int> takeMonthName(TextScanner& scanner, const RegionalFormats& fo
 
 std::optional<int> takeField(TextScanner& scanner, const PatternField& field, const RegionalFormats& formats)
 {
-    if (field.letter == 'y')
-        return takeYear(scanner);
+    if (field.letter == 'y') // with two digits or four
+        return scanner.digitsAhead() % 2 == 0 ? scanner.takeNumber(4) : std::nullopt;
     return field.isMonthName() ? takeMonthName(scanner, formats) : scanner.takeNumber(2);
 }
 

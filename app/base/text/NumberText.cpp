@@ -161,11 +161,6 @@ std::string unsignedText(const FixedDigits& fixed, const RegionalFormats& format
     return toLocalDigits(text, formats);
 }
 
-std::string inAffixes(const Affixes& affixes, const std::string& text)
-{
-    return affixes.prefix + text + affixes.suffix;
-}
-
 DecimalNumber numberOf(std::string_view text, const RegionalFormats& formats)
 {
     const auto reading = readNumber(text, formats);
@@ -176,15 +171,8 @@ DecimalNumber numberOf(std::string_view text, const RegionalFormats& formats)
 
 void replaceAll(std::string& text, std::string_view from, std::string_view to)
 {
-    if (from.empty())
-        return;
-    std::string replaced;
-    std::size_t start = 0;
-    for (std::size_t found = text.find(from); found != std::string::npos; found = text.find(from, start)) {
-        replaced.append(text, start, found - start).append(to);
-        start = found + from.size();
-    }
-    text = replaced.append(text, start);
+    for (auto at = text.find(from); at != std::string::npos && !from.empty(); at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
 }
 
 template <typename Integer>
@@ -342,9 +330,10 @@ std::string currencyText(const DecimalNumber& number, const RegionalFormats& for
 {
     const DecimalNumber value = rounded(number, decimals);
     const std::string& ofMoney = formats.currencyDecimalSeparator;
-    return inAffixes(
-        value.negative ? formats.negativeCurrency : formats.currency,
-        unsignedText(fixedDigits(value, decimals), formats, ofMoney.empty() ? formats.decimalSeparator : ofMoney));
+    const Affixes& affixes = value.negative ? formats.negativeCurrency : formats.currency;
+    return affixes.prefix +
+           unsignedText(fixedDigits(value, decimals), formats, ofMoney.empty() ? formats.decimalSeparator : ofMoney) +
+           affixes.suffix;
 }
 
 std::string numberText(const DecimalNumber& number, const RegionalFormats& formats, int decimals)

@@ -2,7 +2,6 @@
 
 #include "app/base/text/Unicode.h"
 
-#include <algorithm>
 #include <array>
 
 namespace wagemill {
@@ -53,10 +52,10 @@ char32_t plainCharacter(char32_t character, char32_t zeroDigit)
         return character;
     if (character >= 0xFF01 && character <= 0xFF5E)
         return character - 0xFF01 + U'!';
-    const auto found = std::find_if(alternatives.begin(), alternatives.end(), [character](const Alternatives& range) {
-        return character >= range.first && character <= range.last;
-    });
-    return found == alternatives.end() ? character : found->plain;
+    for (const auto& [first, last, plain] : alternatives)
+        if (character >= first && character <= last)
+            return plain;
+    return character;
 }
 
 } // namespace
