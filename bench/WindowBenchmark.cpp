@@ -169,38 +169,33 @@ drawing::Drawing largestPicture()
     return sheet;
 }
 
-drawing::Drawing pictureOf(const benchmark::State& state)
+/// The slowest of what `work` takes at all steps of the round.
+void slowest(benchmark::State& state, double (*work)(Preview& preview, const char* button))
 {
-    return state.range(0) == 0 ? largestPicture() : stubPicture(filledBook(static_cast<int>(state.range(0))));
-}
-
-/// The slowest of all steps that the buttons offer: up from the natural size, down to the smallest and back.
-void zoomStep(benchmark::State& state)
-{
-    Preview preview(pictureOf(state));
+    const auto employees = static_cast<int>(state.range(0));
+    Preview preview(employees == 0 ? largestPicture() : stubPicture(filledBook(employees)));
     for (auto _ : state) {
-        double slowest = 0;
+        double seconds = 0;
         for (const auto& [button, steps] : zoomRound)
             for (int step = 0; step < steps; ++step)
-                slowest = std::max(slowest, preview.zoom(button));
-        state.SetIterationTime(slowest);
+                seconds = std::max(seconds, work(preview, button));
+        state.SetIterationTime(seconds);
     }
+}
+
+void zoomStep(benchmark::State& state)
+{
+    slowest(state, [](Preview& preview, const char* button) { return preview.zoom(button); });
 }
 BENCHMARK(zoomStep)->Apply(pictures);
 
-/// The slowest of all moves with the picture held, at every zoom.
+/// With the picture held, at every zoom.
 void dragMove(benchmark::State& state)
 {
-    Preview preview(pictureOf(state));
-    for (auto _ : state) {
-        double slowest = 0;
-        for (const auto& [button, steps] : zoomRound)
-            for (int step = 0; step < steps; ++step) {
-                preview.zoom(button);
-                slowest = std::max(slowest, preview.drag());
-            }
-        state.SetIterationTime(slowest);
-    }
+    slowest(state, [](Preview& preview, const char* button) {
+        preview.zoom(button);
+        return preview.drag();
+    });
 }
 BENCHMARK(dragMove)->Apply(pictures);
 

@@ -150,33 +150,6 @@ double topOf(const drawing::Text& text, double height)
 
 } // namespace
 
-Stripes::Stripes(double height) : m_height(std::max(1.0, height / stripes))
-{
-}
-
-void Stripes::add(const QRectF& bounds)
-{
-    const QRectF area = bounds.normalized();
-    for (std::size_t stripe = stripeAt(area.top()); stripe <= stripeAt(area.bottom()); ++stripe)
-        m_items[stripe].push_back(m_count);
-    ++m_count;
-}
-
-std::vector<std::uint32_t> Stripes::itemsNear(const QRectF& part) const
-{
-    std::vector<std::uint32_t> found;
-    for (std::size_t stripe = stripeAt(part.top()); stripe <= stripeAt(part.bottom()); ++stripe)
-        found.insert(found.end(), m_items[stripe].begin(), m_items[stripe].end());
-    std::ranges::sort(found);
-    found.erase(std::unique(found.begin(), found.end()), found.end()); // an item may be in several stripes
-    return found;
-}
-
-std::size_t Stripes::stripeAt(double y) const
-{
-    return static_cast<std::size_t>(std::clamp(y / m_height, 0.0, stripes - 1.0));
-}
-
 DrawingPainter::DrawingPainter(const drawing::Drawing& drawing)
     : m_drawing(drawing), m_fills(drawing.height), m_lines(drawing.height), m_texts(drawing.height)
 {

@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QRectF>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -16,16 +17,35 @@ namespace wagemill {
 /// Where the items of a list are, by stripes across the drawing: most of a large drawing is out of view.
 class Stripes {
 public:
-    explicit Stripes(double height);
+    explicit Stripes(double height) : m_height(std::max(1.0, height / stripes)) {}
 
-    void add(const QRectF& bounds); ///< of the next item
+    /// bounds  of the next item
+    void add(const QRectF& bounds)
+    {
+        const QRectF area = bounds.normalized();
+        for (std::size_t stripe = stripeAt(area.top()); stripe <= stripeAt(area.bottom()); ++stripe)
+            m_items[stripe].push_back(m_count);
+        ++m_count;
+    }
+
     /// The numbers of the items that may touch `part`, in the order in which they were added.
-    std::vector<std::uint32_t> itemsNear(const QRectF& part) const;
+    std::vector<std::uint32_t> itemsNear(const QRectF& part) const
+    {
+        std::vector<std::uint32_t> found;
+        for (std::size_t stripe = stripeAt(part.top()); stripe <= stripeAt(part.bottom()); ++stripe)
+            found.insert(found.end(), m_items[stripe].begin(), m_items[stripe].end());
+        std::ranges::sort(found);
+        found.erase(std::unique(found.begin(), found.end()), found.end()); // an item may be in several stripes
+        return found;
+    }
 
 private:
     static constexpr std::size_t stripes = 64;
 
-    std::size_t stripeAt(double y) const;
+    std::size_t stripeAt(double y) const
+    {
+        return static_cast<std::size_t>(std::clamp(y / m_height, 0.0, stripes - 1.0));
+    }
 
     double m_height; ///< of a stripe
     std::uint32_t m_count = 0;

@@ -38,9 +38,15 @@ void Bubble::say(const QString& text)
     QMetaObject::invokeMethod(this, &Bubble::appear, Qt::QueuedConnection);
 }
 
+/// Below the control, ending where it ends, inside the window.
 void Bubble::appear()
 {
-    placeBelow();
+    const QSize room = window()->size();
+    const int width = std::min(fontMetrics().averageCharWidth() * charactersInLine, room.width());
+    const int height = std::min(heightForWidth(width), room.height());
+    const QPoint corner = m_about.mapTo(window(), QPoint(m_about.width() - width, m_about.height() + 1));
+    setGeometry(std::clamp(corner.x(), 0, room.width() - width), std::clamp(corner.y(), 0, room.height() - height),
+                width, height);
     show();
     raise();
     m_end.start();
@@ -56,17 +62,6 @@ void Bubble::withdraw()
         return;
     hide();
     m_about.setAccessibleDescription({});
-}
-
-/// Ends where the control ends, and stays inside the window.
-void Bubble::placeBelow()
-{
-    const QSize room = window()->size();
-    const int width = std::min(fontMetrics().averageCharWidth() * charactersInLine, room.width());
-    const int height = std::min(heightForWidth(width), room.height());
-    const QPoint corner = m_about.mapTo(window(), QPoint(m_about.width() - width, m_about.height() + 1));
-    setGeometry(std::clamp(corner.x(), 0, room.width() - width), std::clamp(corner.y(), 0, room.height() - height),
-                width, height);
 }
 
 } // namespace wagemill

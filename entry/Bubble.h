@@ -23,7 +23,6 @@ protected:
 
 private:
     void appear();
-    void placeBelow();
 
     QWidget& m_about;
     QTimer m_end;

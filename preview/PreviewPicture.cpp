@@ -114,20 +114,6 @@ SharedPicture readBitmap(QFile& file)
     return bitmapPicture(picture);
 }
 
-SharedPicture readPicture(QFile& file)
-{
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error(file.errorString().toStdString());
-    const QByteArray start = file.peek(startBytes);
-    const bool isDrawing = isDrawingFile(bytesOf(start));
-    if (!isDrawing && !isMetafile(bytesOf(start)))
-        return readBitmap(file);
-    if (file.size() > maxFileBytes)
-        throw std::runtime_error("it is larger than 256 MiB");
-    const QByteArray whole = file.readAll();
-    return isDrawing ? drawingPicture(readDrawingFile(bytesOf(whole))) : metafilePicture(bytesOf(whole));
-}
-
 } // namespace
 
 SharedPicture drawingPicture(drawing::Drawing drawing)
@@ -143,7 +129,16 @@ SharedPicture bitmapPicture(const QImage& bitmap)
 SharedPicture loadPicture(const std::filesystem::path& file)
 try {
     QFile bytes(file);
-    return readPicture(bytes);
+    if (!bytes.open(QIODevice::ReadOnly))
+        throw std::runtime_error(bytes.errorString().toStdString());
+    const QByteArray start = bytes.peek(startBytes);
+    const bool isDrawing = isDrawingFile(bytesOf(start));
+    if (!isDrawing && !isMetafile(bytesOf(start)))
+        return readBitmap(bytes);
+    if (bytes.size() > maxFileBytes)
+        throw std::runtime_error("it is larger than 256 MiB");
+    const QByteArray whole = bytes.readAll();
+    return isDrawing ? drawingPicture(readDrawingFile(bytesOf(whole))) : metafilePicture(bytesOf(whole));
 } catch (const std::runtime_error& error) {
     throw std::runtime_error("Cannot read the picture \"" + file.string() + "\": " + withoutFullStop(error.what()) +
                              ".");

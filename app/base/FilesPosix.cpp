@@ -17,15 +17,10 @@ namespace {
 constexpr mode_t userAlone = S_IRUSR | S_IWUSR;
 constexpr mode_t usersNormal = userAlone | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH; // less what umask withholds
 
-[[noreturn]] void throwLastError()
-{
-    throw std::system_error(errno, std::generic_category());
-}
-
 int succeeded(int answer)
 {
     if (answer < 0)
-        throwLastError();
+        throw std::system_error(errno, std::generic_category());
     return answer;
 }
 
@@ -77,8 +72,8 @@ int openFile(const fs::path& path, Opening how)
 
 void flush(int descriptor)
 {
-    if (::fsync(descriptor) != 0 && errno != EINVAL) // some file systems have nothing to flush
-        throwLastError();
+    const int answer = ::fsync(descriptor);
+    succeeded(answer < 0 && errno == EINVAL ? 0 : answer); // some file systems have nothing to flush
 }
 
 void deleteByForce(const fs::path& path)

@@ -17,21 +17,8 @@ namespace {
 constexpr int readableLine = 80; // characters
 constexpr int titleButtons = 5;  // icon and buttons of a title bar, in line heights
 
-/// Qt draws a bare carriage return as nothing.
-QString withLineFeeds(const std::string& text)
-{
-    QString lines = QString::fromStdString(text);
-    lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    lines.replace(QChar(u'\r'), QChar(u'\n'));
-    return lines;
-}
-
-QMessageBox::Icon boxIcon(MessageIcon icon)
-{
-    if (icon == MessageIcon::None)
-        return QMessageBox::NoIcon;
-    return icon == MessageIcon::Warning ? QMessageBox::Warning : QMessageBox::Information;
-}
+/// In the order of MessageIcon.
+constexpr QMessageBox::Icon icons[] = {QMessageBox::NoIcon, QMessageBox::Information, QMessageBox::Warning};
 
 /// A line breaks after so many characters at the earliest, so that an address stays whole; and the title is read whole.
 void giveRoom(const QMessageBox& box)
@@ -55,11 +42,14 @@ MessageAnswer QtMessages::show(const Message& message)
 {
     const QString title = QString::fromStdString(message.title);
     const bool isQuestion = message.buttons == MessageButtons::YesNo;
-    QMessageBox box(boxIcon(message.icon), title.isEmpty() ? QApplication::applicationName() : title, QString(),
+    QString text = QString::fromStdString(message.text); // Qt draws a bare carriage return as nothing
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(QChar(u'\r'), QChar(u'\n'));
+    QMessageBox box(icons[static_cast<std::size_t>(message.icon)],
+                    title.isEmpty() ? QApplication::applicationName() : title, QString(),
                     isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, QApplication::activeWindow());
     applyDesignFont(box);
     box.setTextFormat(Qt::PlainText); // before the text: a message is never read as markup
-    box.setText(withLineFeeds(message.text));
+    box.setText(text);
     giveRoom(box);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok); // Escape is No, or OK alone
