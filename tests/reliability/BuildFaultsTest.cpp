@@ -93,24 +93,20 @@ TEST_F(BuildFaultsTest, AWorkbookIsWholeOrNotThereAtWhateverCallTheDiskFails)
         });
 }
 
-/// What may have a name of ours before a build.
-struct Plant {
-    const char* what;
-    /// victim  somebody else's file, with bytes that a build would take; false when this user cannot
-    bool (*put)(const fs::path& path, const fs::path& victim);
-};
-
-const Plant plants[] = {
-    {"file of another user",
-     [](const fs::path& path, const fs::path& victim) {
-         return ::getuid() == 0 && fs::copy_file(victim, path) && ::chmod(path.c_str(), 0666) == 0;
-     }},
-    {"link", [](const fs::path& path, const fs::path& victim) { return ::symlink(victim.c_str(), path.c_str()) == 0; }},
-    {"hard link",
-     [](const fs::path& path, const fs::path& victim) { return ::link(victim.c_str(), path.c_str()) == 0; }},
-    {"pipe", [](const fs::path& path, const fs::path&) { return ::mkfifo(path.c_str(), 0666) == 0; }},
-    {"folder", [](const fs::path& path, const fs::path&) { return ::mkdir(path.c_str(), 0777) == 0; }},
-};
+/// Puts what is not ours under a name of ours; false when this user cannot.
+/// victim  somebody else's file, with bytes that a build would take
+bool plant(const std::string& kind, const fs::path& path, const fs::path& victim)
+{
+    if (kind == "link")
+        return ::symlink(victim.c_str(), path.c_str()) == 0;
+    if (kind == "hard link")
+        return ::link(victim.c_str(), path.c_str()) == 0;
+    if (kind == "pipe")
+        return ::mkfifo(path.c_str(), 0666) == 0;
+    if (kind == "folder")
+        return ::mkdir(path.c_str(), 0777) == 0;
+    return ::getuid() == 0 && fs::copy_file(victim, path) && ::chmod(path.c_str(), 0666) == 0;
+}
 
 TEST_F(BuildFaultsTest, APlantedObjectIsNeitherReadNorWrittenNorWaitedFor)
 {
@@ -119,13 +115,13 @@ TEST_F(BuildFaultsTest, APlantedObjectIsNeitherReadNorWrittenNorWaitedFor)
     picture.back() ^= std::byte{1}; // not quite the one that is to be shown
     const auto resource = customResource(payrollTemplateResource);
     const std::vector<std::byte> workbook(resource.begin(), resource.end());
-    for (const Plant& plant : plants)
+    for (const std::string kind : {"link", "hard link", "pipe", "folder", "file of another user"})
         for (const std::string name : {"template.xlt", "kvarno11111111.xls", "temp.bmp"}) {
-            SCOPED_TRACE(plant.what + (" as " + name));
+            SCOPED_TRACE(kind + " as " + name);
             const auto& bytes = name == "temp.bmp" ? picture : workbook;
             putVictim(bytes);
-            if (!plant.put(shared / name, victim)) {
-                std::cout << "Skipped: this user cannot make a " << plant.what << '\n';
+            if (!plant(kind, shared / name, victim)) {
+                std::cout << "Skipped: this user cannot make a " << kind << '\n';
                 continue;
             }
             services.randomNumber = [drawn = 0](std::int32_t, std::int32_t) mutable { return drawn++ < 8 ? 1 : 2; };

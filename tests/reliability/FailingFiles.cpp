@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -15,15 +16,21 @@ namespace wagemill::test {
 
 namespace {
 
-FailingFiles* failing = nullptr;
+struct FailingFiles {
+    std::filesystem::path folder;
+    Fault fault;
+    int first;
+    int last;
+    int calls = 0;
+};
+std::optional<FailingFiles> failing; ///< while calls fail
 
 bool refuses(const std::filesystem::path& path, bool deleting = false)
 {
-    if (failing == nullptr || !path.native().starts_with(failing->folder.native()) ||
-        (deleting && failing->fault == Fault::Full))
+    if (!failing || !path.native().starts_with(failing->folder.native()) || (deleting && failing->fault == Fault::Full))
         return false;
     ++failing->calls;
-    if (failing->calls < failing->firstFailing || failing->calls > failing->lastFailing)
+    if (failing->calls < failing->first || failing->calls > failing->last)
         return false;
     errno = failing->fault == Fault::Full ? ENOSPC : EROFS;
     return true;
@@ -32,8 +39,7 @@ bool refuses(const std::filesystem::path& path, bool deleting = false)
 bool refusesOpen(int descriptor)
 {
     std::error_code error;
-    return failing != nullptr &&
-           refuses(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error));
+    return failing && refuses(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error));
 }
 
 /// Calls the C library's own function of that name.
@@ -57,15 +63,11 @@ ssize_t writeFile(const char* name, int descriptor, const void* bytes, std::size
 
 } // namespace
 
-FailingFiles::FailingFiles(std::filesystem::path where, Fault what, int first, int last)
-    : folder(std::move(where)), fault(what), firstFailing(first), lastFailing(last)
+int failCalls(const std::filesystem::path& folder, Fault fault, int first, int last, const std::function<void()>& work)
 {
-    failing = this;
-}
-
-FailingFiles::~FailingFiles()
-{
-    failing = nullptr;
+    failing = {folder, fault, first, last};
+    work();
+    return std::exchange(failing, std::nullopt)->calls;
 }
 
 void failAtEveryCall(const std::filesystem::path& folder, const std::function<void()>& prepare,
@@ -78,11 +80,7 @@ void failAtEveryCall(const std::filesystem::path& folder, const std::function<vo
                 ++call;
                 SCOPED_TRACE((fault == Fault::Full ? "full, call " : "read-only, call ") + std::to_string(call));
                 prepare();
-                {
-                    const FailingFiles files(folder, fault, call, once ? call : INT_MAX);
-                    work();
-                    failed = files.calls >= call;
-                }
+                failed = failCalls(folder, fault, call, once ? call : INT_MAX, work) >= call;
                 check(fault);
             }
             EXPECT_GT(call, 1) << "nothing was changed";

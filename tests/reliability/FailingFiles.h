@@ -10,21 +10,10 @@ enum class Fault {
     ReadOnly, ///< nothing changes at all
 };
 
-/// While one lives, the file system fails under one folder. It stands between this program and the C library: every
+/// Does the work while the file system fails under one folder. It stands between this program and the C library: every
 /// call of the whole process, SQLite's too, that would change something there is counted, and the calls from `first`
-/// to `last` fail.
-struct FailingFiles {
-    FailingFiles(std::filesystem::path where, Fault what, int first, int last);
-    FailingFiles(const FailingFiles&) = delete;
-    FailingFiles& operator=(const FailingFiles&) = delete;
-    ~FailingFiles();
-
-    const std::filesystem::path folder;
-    const Fault fault;
-    const int firstFailing;
-    const int lastFailing;
-    int calls = 0;
-};
+/// to `last` fail. Answers how many there were.
+int failCalls(const std::filesystem::path& folder, Fault fault, int first, int last, const std::function<void()>& work);
 
 /// Does the work again and again while the disk fails in the folder: at the first call, then at the second, and so on
 /// until none is left; at that call alone, and from it on.

@@ -111,8 +111,7 @@ TEST_F(FailingStoreTest, OpensWithItsValuesAndWithoutADialogWhenItIsReadOnly)
     EXPECT_EQ(reportsOfAKey(), 0U);
     form.reset();
     setUserStore(nullptr);
-    const FailingFiles failing(home.path(), Fault::ReadOnly, 1, INT_MAX);
-    open();
+    failCalls(home.path(), Fault::ReadOnly, 1, INT_MAX, [this] { open(); });
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
     EXPECT_EQ(name->text(), "x");
 }
