@@ -115,11 +115,6 @@ def signals_leave_nothing(program):
         guide.desktop.key("ctrl+s")
         guide.screen.find("text", "File name:")
 
-    def in_a_message(guide):
-        in_a_dialog(guide)
-        guide.desktop.key("Escape")
-        guide.desktop.wait_for(lambda: "Done." in guide.message(), "\"Done.\"")
-
     def during_a_build(guide):
         guide.screen.find("push button", START).queryComponent().grabFocus()
         PRESSES["Space"](guide, None)
@@ -131,7 +126,7 @@ def signals_leave_nothing(program):
         guide.desktop.wait_for(guide.message, "the error dialog")
 
     with Desktop() as desktop:
-        for place in (in_the_preview, in_a_dialog, in_a_message, during_a_build, in_a_failed_build):
+        for place in (in_the_preview, in_a_dialog, during_a_build, in_a_failed_build):
             for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP) if LONG else (signal.SIGTERM,):
                 files = Files(desktop, has_temp=True)
                 guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25", **files.environment)

@@ -1,4 +1,3 @@
-#include "app/base/Files.h"
 #include "app/look/ReadablePalette.h"
 #include "tests/entry/EntryWindow.h"
 

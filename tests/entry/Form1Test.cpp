@@ -1,4 +1,3 @@
-#include "app/base/Files.h"
 #include "tests/entry/EntryWindow.h"
 #include "tests/support/TemporaryFolder.h"
 
