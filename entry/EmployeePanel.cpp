@@ -32,12 +32,6 @@ struct FailedFields {
     std::string reason;
 };
 
-std::string place(const EmployeePanel& employee, const RowField& field)
-{
-    const std::string_view caption = field.caption.substr(0, field.caption.rfind(':'));
-    return "employee " + std::to_string(employee.row() + 1) + ", " + std::string(caption);
-}
-
 std::vector<FailedFields> failuresOfRefilling(std::span<EmployeePanel* const> employees)
 {
     std::vector<FailedFields> failures;
@@ -48,7 +42,9 @@ std::vector<FailedFields> failuresOfRefilling(std::span<EmployeePanel* const> em
                 employee->refill(field);
                 hasFailed = false;
             } catch (const std::exception& error) {
-                const std::string failed = place(*employee, rowFields[field]);
+                const std::string_view caption = rowFields[field].caption;
+                const std::string failed = "employee " + std::to_string(employee->row() + 1) + ", " +
+                                           std::string(caption.substr(0, caption.rfind(':')));
                 if (!hasFailed || failures.back().reason != error.what())
                     failures.push_back({failed, failed, error.what()});
                 failures.back().last = failed;

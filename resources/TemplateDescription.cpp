@@ -1,6 +1,5 @@
 #include "resources/TemplateDescription.h"
 
-#include "resources/CellLook.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 
@@ -9,8 +8,11 @@
 #include <fstream>
 #include <functional>
 #include <iomanip>
+#include <map>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -18,8 +20,177 @@ namespace wagemill {
 
 namespace {
 
+using engine::Border;
+using engine::BorderStyle;
 using engine::CellAddress;
+using engine::CellFormat;
 using engine::CellRect;
+using engine::ColorIndex;
+
+/// The next word of the line, or its next number.
+template <class Value>
+Value nextWord(std::istream& line)
+{
+    Value value{};
+    if (!(line >> value))
+        throw std::runtime_error("a word is missing or is not a number");
+    return value;
+}
+
+/// What is left of the line.
+std::string restOf(std::istream& line)
+{
+    std::string rest;
+    if (!std::getline(line >> std::ws, rest))
+        throw std::runtime_error("a word is missing");
+    return rest;
+}
+
+/// What the table calls the line's next word.
+template <class Value>
+const Value& named(const std::map<std::string, Value>& table, std::istream& line)
+{
+    const auto word = nextWord<std::string>(line);
+    const auto found = table.find(word);
+    if (found == table.end())
+        throw std::runtime_error("\"" + word + "\" is not known here");
+    return found->second;
+}
+
+/// A cell's look while the description is read, before fonts and formats are shared.
+struct CellLook {
+    engine::Font font;
+    engine::CellFormat format;
+};
+
+constexpr ColorIndex firstPaletteColor = 8;
+
+const std::map<std::string, BorderStyle> borderStyles = {{"thin", BorderStyle::Thin}, {"thick", BorderStyle::Thick}};
+
+const std::map<std::string, Border CellFormat::*> borderSides = {{"top", &CellFormat::top},
+                                                                 {"bottom", &CellFormat::bottom}};
+
+/// Which groups of attributes differ from those of the Normal style, as the file flags them ([MS-XLS] 2.5.20 CellXF).
+std::uint8_t usedAttributes(const CellFormat& format)
+{
+    const CellFormat plain;
+    unsigned used = 0;
+    const auto flag = [&used](unsigned bit, bool differs) { used |= differs ? bit : 0U; };
+    flag(0x04, format.numberFormat != plain.numberFormat);
+    flag(0x08, format.font != plain.font);
+    flag(0x10, format.horizontal != plain.horizontal || format.vertical != plain.vertical || format.wrap ||
+                   format.shrinkToFit || format.indent != 0);
+    flag(0x20, !(format.left == plain.left && format.right == plain.right && format.top == plain.top &&
+                 format.bottom == plain.bottom));
+    flag(0x40, !(format.fill == plain.fill));
+    flag(0x80, !format.locked);
+    return static_cast<std::uint8_t>(used);
+}
+
+/// An attribute of one word.
+auto set(auto CellFormat::*member, auto value)
+{
+    return [member, value](std::istream& /*line*/, CellLook& look) { look.format.*member = value; };
+}
+
+/// The names that a description gives to colours, number formats and styles, and what they mean in one workbook.
+class Looks {
+public:
+    explicit Looks(engine::StyleTable& styles) : m_styles(styles)
+    {
+        m_attributes = {
+            {"left", set(&CellFormat::horizontal, engine::HorizontalAlignment::Left)},
+            {"right", set(&CellFormat::horizontal, engine::HorizontalAlignment::Right)},
+            {"middle", set(&CellFormat::vertical, engine::VerticalAlignment::Center)},
+            {"wrap", set(&CellFormat::wrap, true)},
+            {"shrink", set(&CellFormat::shrinkToFit, true)},
+            {"unlocked", set(&CellFormat::locked, false)},
+            {"bold", [](std::istream&, CellLook& look) { look.font.weight = 700; }},
+            {"size",
+             [](std::istream& line, CellLook& look) {
+                 constexpr int twipsPerPoint = 20;
+                 look.font.heightTwips = static_cast<std::uint16_t>(nextWord<int>(line) * twipsPerPoint);
+             }},
+            {"indent", [](std::istream& line,
+                          CellLook& look) { look.format.indent = static_cast<std::uint8_t>(nextWord<int>(line)); }},
+            {"ink", [this](std::istream& line, CellLook& look) { look.font.color = named(m_colors, line); }},
+            {"fill",
+             [this](std::istream& line, CellLook& look) {
+                 constexpr std::uint8_t solid = 1;
+                 look.format.fill = {solid, named(m_colors, line), engine::windowTextColor};
+             }},
+            {"format",
+             [this](std::istream& line, CellLook& look) { look.format.numberFormat = named(m_numberFormats, line); }},
+            {"line",
+             [this](std::istream& line, CellLook& look) {
+                 Border& side = look.format.*named(borderSides, line);
+                 side = border(line);
+             }},
+        };
+    }
+
+    /// "NAME RRGGBB"
+    void defineColor(std::istream& line)
+    {
+        const auto name = nextWord<std::string>(line);
+        const auto value = nextWord<std::uint32_t>(line >> std::hex);
+        const auto channel = [value](unsigned shift) { return static_cast<std::uint8_t>((value >> shift) & 0xFFU); };
+        const engine::Rgb wanted = {channel(16), channel(8), channel(0)};
+        auto& palette = m_styles.palette;
+        auto entry = std::ranges::find(palette, wanted);
+        if (entry == palette.end()) {
+            entry = palette.begin() + (m_nextColor++ - firstPaletteColor);
+            *entry = wanted;
+            m_styles.ownPalette = true;
+        }
+        m_colors[name] = static_cast<ColorIndex>(entry - palette.begin() + firstPaletteColor);
+    }
+
+    /// "NAME CODE"
+    void defineNumberFormat(std::istream& line)
+    {
+        const auto name = nextWord<std::string>(line);
+        m_numberFormats[name] = m_styles.numberFormatFor(restOf(line));
+    }
+
+    /// "NAME ATTRIBUTE..."
+    void defineStyle(std::istream& line)
+    {
+        const auto name = nextWord<std::string>(line);
+        const std::string attributes = restOf(line);
+        CellLook unused;
+        apply(attributes, unused); // so that a wrong one is reported here
+        m_attributes[name] = [this, attributes](std::istream&, CellLook& look) { apply(attributes, look); };
+    }
+
+    /// Applies attributes in their order: size 9, bold, ink COLOR, fill COLOR, left, right, middle, wrap, shrink,
+    /// indent 1, unlocked, format NAME, line SIDE STYLE COLOR, or a style's name.
+    void apply(const std::string& attributes, CellLook& look) const
+    {
+        std::istringstream words(attributes);
+        while (!(words >> std::ws).eof())
+            named(m_attributes, words)(words, look);
+    }
+
+    /// "STYLE COLOR"
+    Border border(std::istream& line) const { return {named(borderStyles, line), named(m_colors, line)}; }
+
+    /// The index of the cell format with that look.
+    std::uint16_t formatFor(const CellLook& look)
+    {
+        CellFormat format = look.format;
+        format.font = m_styles.fontFor(look.font);
+        format.usedAttributes = usedAttributes(format);
+        return m_styles.formatFor(format);
+    }
+
+private:
+    engine::StyleTable& m_styles;
+    engine::ColorIndex m_nextColor = 24; ///< the palette's chart colours: those that a user picks from stay
+    std::map<std::string, engine::ColorIndex> m_colors;
+    std::map<std::string, std::uint16_t> m_numberFormats;
+    std::map<std::string, std::function<void(std::istream&, CellLook&)>> m_attributes; ///< styles too
+};
 
 template <class Action>
 void forEachCell(const CellRect& area, Action action)

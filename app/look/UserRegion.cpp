@@ -57,13 +57,6 @@ void setCurrency(RegionalFormats& formats, const QLocale& locale)
     formats.currencySymbol = trimmed(affixes).toStdString();
 }
 
-/// The pattern with every run of "y" outside of quotes as "yyyy".
-QString withFullYear(QString pattern)
-{
-    static const QRegularExpression yearOutsideQuotes(QStringLiteral("'[^']*'(*SKIP)(*FAIL)|y+"));
-    return pattern.replace(yearOutsideQuotes, QStringLiteral("yyyy"));
-}
-
 void setNames(RegionalFormats& formats, const QLocale& locale)
 {
     for (int month = 1; month <= 12; ++month) {
@@ -95,7 +88,9 @@ RegionalFormats regionalFormatsOf(const QLocale& locale)
     formats.percentSign = locale.percent().toStdString();
     setGrouping(formats, locale);
     setCurrency(formats, locale);
-    formats.shortDatePattern = withFullYear(locale.dateFormat(QLocale::ShortFormat)).toStdString();
+    static const QRegularExpression yearOutsideQuotes(QStringLiteral("'[^']*'(*SKIP)(*FAIL)|y+"));
+    formats.shortDatePattern =
+        locale.dateFormat(QLocale::ShortFormat).replace(yearOutsideQuotes, QStringLiteral("yyyy")).toStdString();
     const bool hasDot = locale.timeFormat(QLocale::ShortFormat).section(u'm', 0, 0).endsWith(u'.');
     formats.timeSeparator = hasDot ? "." : ":"; // a colon where words are between hours and minutes too
     setNames(formats, locale);
