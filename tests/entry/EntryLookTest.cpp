@@ -90,16 +90,10 @@ TEST_F(EntryLook, CanBeReadOnEveryDesktop)
     }
 }
 
-bool isWhole(QWidget& text)
+bool isWhole(const QWidget& text)
 {
-    const QFontMetrics metrics = text.fontMetrics();
-    if (auto* const label = qobject_cast<QLabel*>(&text)) {
-        const QRect needed = metrics.boundingRect(label->contentsRect(), Qt::TextWordWrap, label->text());
-        return label->contentsRect().size().expandedTo(needed.size()) == label->contentsRect().size();
-    }
-    if (auto* const button = qobject_cast<QPushButton*>(&text))
-        return button->size().expandedTo(button->minimumSizeHint()) == button->size();
-    return text.height() >= metrics.height();
+    const QSize needed = text.minimumSizeHint().expandedTo({0, text.heightForWidth(text.width())});
+    return text.size().expandedTo(needed) == text.size();
 }
 
 TEST_F(EntryLook, CutsNothingWhateverTheSizeOfTheLetters)

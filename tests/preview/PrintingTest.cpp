@@ -87,18 +87,14 @@ TEST_F(PrintingTest, PaperIsTheSheetsUnlessTheUserChoosesAnotherOrCancels)
 
 TEST_F(PrintingTest, SaysWhatCouldNotBePrintedAndWhy)
 {
-    const auto failure = [this](const std::string& target, int first) {
-        file = target;
-        change = [first](QPrinter& printer) {
-            printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(first, first);
-        };
-        return failureOf([this] { print(sheet()); });
-    };
-    const std::string missing = folder / "no such folder/stubs.pdf";
-    EXPECT_EQ(failure(missing, 1), "The file \"" + missing + "\" could not be written: No such file or directory.");
-    EXPECT_EQ(failure("/dev/full", 1),
-              "The file \"/dev/full\" could not be written: its end is missing. Is there room on the disk?");
-    EXPECT_EQ(failure(folder / "none.pdf", 7), "There is nothing to print: the pages are 1 to 3.");
+    const auto failure = [this] { return failureOf([this] { print(sheet()); }); };
+    file = folder / "no such folder/stubs.pdf";
+    EXPECT_EQ(failure(), "The file \"" + file + "\" could not be written: No such file or directory.");
+    file = "/dev/full";
+    EXPECT_EQ(failure(), "The file \"/dev/full\" could not be written: its end is missing. Is there room on the disk?");
+    file = folder / "none.pdf";
+    change = [](QPrinter& printer) { printer.setPrintRange(QPrinter::PageRange), printer.setFromTo(7, 7); };
+    EXPECT_EQ(failure(), "There is nothing to print: the pages are 1 to 3.");
 }
 
 } // namespace
