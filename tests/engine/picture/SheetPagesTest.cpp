@@ -30,9 +30,8 @@ protected:
     void name(const char* builtIn, const char* address)
     {
         const CellRect area = parseAddress(address).value();
-        ReferenceToken token;
-        token.first = {area.firstRow, area.firstColumn};
-        token.last = ReferencePart{area.lastRow, area.lastColumn};
+        const ReferenceToken token{
+            {}, {}, {area.firstRow, area.firstColumn}, ReferencePart{area.lastRow, area.lastColumn}};
         book.names.push_back({builtIn, std::uint16_t{0}, {{token}}, {}});
     }
     std::vector<drawing::Page> pages(const drawing::PaperSize& paper = letter)

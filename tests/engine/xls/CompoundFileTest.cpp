@@ -95,22 +95,25 @@ TEST(CompoundFile, ReadsSectorsOf4096Bytes)
     std::ranges::copy(entries, file.begin() + directory);
     putU16(file, 26, 4);
     putU16(file, 30, 12);
+    constexpr std::size_t links = largeSectorSize * 4;
+    // of the header, of the root, which has a child and no mini stream, of the workbook, and the table
     const std::pair<std::size_t, std::uint32_t> fields[] = {{44, 1},
                                                             {48, 2},
                                                             {60, endOfChainMark},
                                                             {64, 0},
                                                             {76, 3},
-                                                            {directory + 76, 1}, // the root's child: the first entry
+                                                            {directory + 76, 1},
                                                             {directory + 116, endOfChainMark},
-                                                            {directory + 120, 0}, // no mini stream
+                                                            {directory + 120, 0},
                                                             {directory + 128 + 68, freeMark},
                                                             {directory + 128 + 72, freeMark},
-                                                            {directory + 128 + 116, 0}};
+                                                            {directory + 128 + 116, 0},
+                                                            {links, 1},
+                                                            {links + 4, endOfChainMark},
+                                                            {links + 8, endOfChainMark},
+                                                            {links + 12, 0xFFFFFFFD}};
     for (const auto& [place, value] : fields)
         putU32(file, place, value);
-    const std::uint32_t links[] = {1, endOfChainMark, endOfChainMark, 0xFFFFFFFD};
-    for (std::size_t index = 0; index < 4; ++index)
-        putU32(file, largeSectorSize * 4 + index * 4, links[index]);
     file[4096] = std::byte{42};
     const auto read = readCompoundFile(file);
     ASSERT_EQ(read.size(), 1U);

@@ -66,21 +66,15 @@ std::string refusalOf(const Bytes& file)
     return test::failureOf([&] { read(file); });
 }
 
-Bytes textBytes(std::string_view text)
-{
-    const auto bytes = std::as_bytes(std::span(text));
-    return {bytes.begin(), bytes.end()};
-}
-
 } // namespace
 
 TEST(DamagedWorkbook, SaysWhatTheFileIsInstead)
 {
     const std::pair<Bytes, const char*> cases[] = {
         {{}, "it is empty"},
-        {textBytes("PK\x03\x04rest of an archive"), ".xlsx"},
-        {textBytes("<html><table>"), "web page"},
-        {textBytes("name,wage\r\nAnn,15\r\n"), "plain text"},
+        {fromHex("504B0304 72657374"), ".xlsx"},
+        {fromHex("3C68746D6C3E"), "web page"},              // <html>
+        {fromHex("6E616D652C77616765 0D0A"), "plain text"}, // name,wage
         {fromHex("0908 0800 0005 1000"), "before Excel 97"},
         {fromHex("DEADBEEF 00 01"), "unknown kind"},
         {workbookFile({}, "Book"), "before Excel 97"},

@@ -38,17 +38,8 @@ std::vector<RichText> stringsOf(const std::string& hex)
 TEST(RkNumber, HoldsExactlyWhatItGivesBack)
 {
     const std::pair<double, std::optional<std::uint32_t>> cases[] = {
-        {0, 2U},
-        {0.28, 0x73U}, // 28 hundredths
-        {-5, 0xFFFFFFEEU},
-        {536870912, 0x41C00000U},
-        {536870911, 0x7FFFFFFEU},
-        {1e12, {}},
-        {0.123, {}},
-        {-0.0, {}},
-        {HUGE_VAL, {}},
-        {std::nan(""), {}},
-    };
+        {0, 2U},    {0.28, 0x73U}, {-5, 0xFFFFFFEEU}, {536870912, 0x41C00000U}, {536870911, 0x7FFFFFFEU},
+        {1e12, {}}, {0.123, {}},   {-0.0, {}},        {HUGE_VAL, {}},           {std::nan(""), {}}};
     for (const auto& [number, rk] : cases) {
         EXPECT_EQ(rkOfNumber(number), rk) << number;
         if (rk) {
