@@ -38,9 +38,9 @@ Book preparedBook()
         ++index;
     }
     sheet.at({9, 0}).formula = parsed(book, "=SUM(A1:F6,'Rates 1'!A1)");
-    book.names = {{"rate", std::nullopt, *parsed(book, "='Rates 1'!$A$1"), {}},
-                  {"below", std::nullopt, *parsed(book, "=A2:B3"), {}}};
-    book.names.push_back({"itself", std::nullopt, {{NameToken{OperandClass::Value, std::nullopt, 3}}}, {}});
+    book.names = {{"rate", {}, *parsed(book, "='Rates 1'!$A$1"), {}},
+                  {"below", {}, *parsed(book, "=A2:B3"), {}},
+                  {"itself", {}, {{NameToken{OperandClass::Value, {}, 3}}}, {}}};
     return book;
 }
 

@@ -24,10 +24,10 @@ def read(path):
 
 
 def session_texts(sources, words):
-    """What the spreadsheet sessions type (put, refused) or set as a format (style)."""
+    """What follows these words in the lines of the spreadsheet sessions, up to an arrow."""
     for path in glob.glob(f"{sources}/tests/sheets/*.txt"):
         for line in read(path).splitlines():
-            found = re.match(rf"(?:{words}) \w+ (.*)", line)
+            found = re.match(rf"(?:{words}) (.*?)(?: -> .*)?$", line)
             if found:
                 yield found[1].encode()
 
@@ -93,24 +93,19 @@ def template_formulas(template):
 
 
 def formats(sources):
-    codes = set(session_texts(sources, "style|format"))
+    codes = set(session_texts(sources, r"(?:style|format) \w+|shows .* as"))
     for index, code in enumerate(sorted(codes)):
         number = (0.0, -5.0, 46112.75, 1234.565, 1e-9, 1e300)[index % 6]
         yield struct.pack("<Bd", index % 256, number) + code
 
 
+NUMBER_TEXTS = [text.encode() for text in (
+    "", "0", "12.5", "-1,234.56", "(1,234.5)", "$15.00", "15,00 \u20ac", "\u20b9 1,23,456.7", "7.65%", "1E5", "1.5e-3",
+    "&H1F", ".5", "5-", "1 234,5", "1\u00a0234,5", "\u0661\u0662\u066b\u0665", "\u200e-5", "$(5)", "1.2.3", "12a", " 7 ")]
+
+
 def in_every_region(texts):
     return [bytes([region]) + text for text in sorted(set(texts)) for region in range(REGIONS)]
-
-
-def typed(sources):
-    return in_every_region(session_texts(sources, "put|refused"))
-
-
-def number_texts():
-    return in_every_region(text.encode() for text in (
-        "", "0", "12.5", "-1,234.56", "(1,234.5)", "$15.00", "15,00 \u20ac", "\u20b9 1,23,456.7", "7.65%", "1E5", "1.5e-3",
-        "&H1F", ".5", "5-", "1 234,5", "1\u00a0234,5", "\u0661\u0662\u066b\u0665", "\u200e-5", "$(5)", "1.2.3", "12a", " 7 "))
 
 
 def drawings():
@@ -136,8 +131,8 @@ def main():
         "WorkbookFile": [container, template, small_workbook(template), *damaged_workbooks(sources)],
         "FormulaTokens": [*formula_tokens(sources), *template_formulas(template)],
         "NumberFormat": formats(sources),
-        "TypedText": typed(sources),
-        "NumberText": number_texts(),
+        "TypedText": in_every_region(session_texts(sources, r"(?:put|refused) \w+|typed")),
+        "NumberText": in_every_region(NUMBER_TEXTS),
         "DrawingFile": drawings(),
     }
     for target, found in seeds.items():

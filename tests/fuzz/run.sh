@@ -11,13 +11,12 @@ set -euo pipefail
 main() {
     cd "$(dirname "$0")/../.."
 
-    local allTargets=(NumberText NumberFormat TypedText FormulaTokens DrawingFile WorkbookFile)
     local -A maxInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [DrawingFile]=512
                              [WorkbookFile]=4096)
     runs=${1:?how many runs each?}
     shift
-    targets=("${@:-${allTargets[@]}}")
-    [ $# -gt 0 ] || targets=("${allTargets[@]}")
+    targets=("$@")
+    [ $# -gt 0 ] || targets=("${!maxInput[@]}")
 
     compiler=$(command -v clang++ || command -v clang++-14 || true)
     if [ -z "$compiler" ] || ! echo 'extern "C" int LLVMFuzzerTestOneInput(const char*, long) { return 0; }' |
@@ -43,10 +42,8 @@ main() {
         started=$SECONDS
         if "$build/tests/fuzz/fuzz_$target" "${options[@]}" "$corpus" "$build/tests/fuzz/seeds/$target" \
             >"$build/$target.log" 2>&1; then
-            echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$target.log") runs in" \
-                 "$((SECONDS - started)) s, no finding;" \
-                 "$(grep -oE 'cov: [0-9]+' "$build/$target.log" | tail -1), largest memory" \
-                 "$(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log") MB"
+            echo "$target: no finding in $runs runs, $((SECONDS - started)) s; $(grep -oE 'cov: [0-9]+' "$build/$target.log" |
+                tail -1), largest memory $(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log") MB"
         else
             echo "$target: a finding"
             tail -40 "$build/$target.log"

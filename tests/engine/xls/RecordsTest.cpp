@@ -139,6 +139,8 @@ TEST(PropertySet, TakesNewTimesAndKeepsTheRest)
     DocumentProperties odd;
     odd.title = "pay";
     stream = writeSummary(odd); // ends in the zero that ends the title
+    EXPECT_EQ(ByteReader(stream, 48 + 8).u32(), 1U) << "first the code page";
+    EXPECT_EQ(ByteReader(stream, 48 + 8 + 2 * 8 + 8 + 4).u32(), 4U) << "the zero counts";
     Bytes unfilled = stream;
     unfilled.pop_back();
     putU32(unfilled, 48, static_cast<std::uint32_t>(unfilled.size() - 48));

@@ -64,8 +64,10 @@ TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
     book.iteration = {true, 7, 0.5};
     book.sheets[0]->hidden = book.sheets[0]->veryHidden = true;
     Sheet& sheet = *book.sheets[1];
-    for (int row = 0; row < 2500; ++row) // in several records
-        sheet.merged.push_back({row + 100, 0, row + 100, 3});
+    for (int row = 100; row < 2600; ++row) { // in several records
+        sheet.merged.push_back({row, 0, row, 3});
+        sheet.at({row, 5}).value = row * 1.0;
+    }
     sheet.showGridLines = false;
     sheet.defaultColumnWidth = 12;
     sheet.defaultRowHeightTwips = 300;
@@ -92,6 +94,7 @@ TEST(WorkbookRoundTrip, KeepsSheetsRowsColumnsAndPlaces)
     EXPECT_TRUE(sheetParts(readSheet) == sheetParts(sheet));
     for (int row = 6; row < 12; ++row)
         EXPECT_TRUE(rowParts(*readSheet.findRow(row)) == rowParts(*sheet.findRow(row))) << "row " << row;
+    EXPECT_EQ(readSheet.value({2599, 5}), CellValue(2599.0));
     EXPECT_EQ(read.externSheets, book.externSheets);
     EXPECT_EQ(read.iteration, book.iteration);
     EXPECT_EQ(*readSheet.find({1, 2})->formula, *sheet.find({1, 2})->formula);
