@@ -191,7 +191,7 @@ void refillTogether(std::span<EmployeePanel* const> employees)
     std::string text = "What is stored for these employees cannot be shown:";
     const std::size_t lines = std::min(failures.size(), maxReportLines);
     for (const auto& [first, last, reason] : std::span(failures).first(lines))
-        text += "\n- " + first + (first == last ? "" : " to " + last) + ": " + reason;
+        text.append("\n- ").append(first).append(first == last ? "" : " to " + last).append(": ").append(reason);
     if (failures.size() > lines)
         text += "\nand " + std::to_string(failures.size() - lines) + " more, up to " + failures.back().last + ".";
     throw std::runtime_error(text);
