@@ -1,7 +1,7 @@
 // Runs every session in this folder; README.md says what their lines mean.
 
 #include "tests/base/text/Regions.h"
-#include "workbook/engine/OperandClasses.h"
+#include "workbook/engine/Formula.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"

@@ -29,6 +29,14 @@ std::optional<std::size_t> Book::sheetIndex(std::string_view name) const
     return static_cast<std::size_t>(found - sheets.begin());
 }
 
+std::optional<std::size_t> Book::visibleSheet() const
+{
+    if (activeSheet < sheets.size() && !sheets[activeSheet]->hidden)
+        return activeSheet;
+    const auto visible = std::ranges::find(sheets, false, &Sheet::hidden);
+    return visible == sheets.end() ? std::nullopt : std::optional(static_cast<std::size_t>(visible - sheets.begin()));
+}
+
 const SupportingBook* Book::supportingBook(std::uint16_t externSheet) const
 {
     const std::size_t book =

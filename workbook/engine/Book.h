@@ -3,7 +3,6 @@
 #include "workbook/engine/CellStyle.h"
 #include "workbook/engine/Sheet.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -80,17 +79,6 @@ struct Iteration {
     bool operator==(const Iteration&) const = default;
 };
 
-/// The place of `wanted` in the list, added at the end when it is not there.
-template <class Element, class Wanted>
-std::uint16_t placeIn(std::vector<Element>& list, const Wanted& wanted)
-{
-    const auto found = std::ranges::find(list, wanted);
-    const auto place = static_cast<std::uint16_t>(found - list.begin());
-    if (found == list.end())
-        list.emplace_back(wanted);
-    return place;
-}
-
 /// One workbook.
 class Book {
 public:
@@ -112,6 +100,8 @@ public:
     Sheet& addSheet(std::string_view name);
     /// The position of the sheet of that name, without regard to case.
     std::optional<std::size_t> sheetIndex(std::string_view name) const;
+    /// The active sheet, or the first one that is not hidden where that is; none where all are hidden.
+    std::optional<std::size_t> visibleSheet() const;
     /// The workbook that a token's index means; null when the index is damaged.
     const SupportingBook* supportingBook(std::uint16_t externSheet) const;
     /// The index for tokens that refer to sheets of this book, added when missing.

@@ -54,14 +54,6 @@ std::optional<Corner> readCorner(std::string_view text)
     return corner;
 }
 
-WrittenReference areaBetween(const Corner& first, const Corner& last)
-{
-    ReferencePart from = first.part(0, 0);
-    ReferencePart to = last.part(maxRows - 1, maxColumns - 1);
-    orderCorners(from, to);
-    return {from, to, first.length + 1 + last.length};
-}
-
 } // namespace
 
 bool isInsideSheet(CellAddress cell)
@@ -106,13 +98,16 @@ std::optional<WrittenReference> readReference(std::string_view text)
     if (!first)
         return std::nullopt;
     const std::string_view rest = text.substr(first->length);
-    const bool isCell = first->row.place && first->column.place;
     if (rest.starts_with(':'))
         if (const auto last = readCorner(rest.substr(1));
             last && last->row.place.has_value() == first->row.place.has_value() &&
-            last->column.place.has_value() == first->column.place.has_value())
-            return areaBetween(*first, *last);
-    if (!isCell)
+            last->column.place.has_value() == first->column.place.has_value()) {
+            ReferencePart from = first->part(0, 0);
+            ReferencePart to = last->part(maxRows - 1, maxColumns - 1);
+            orderCorners(from, to);
+            return WrittenReference{from, to, first->length + 1 + last->length};
+        }
+    if (!first->row.place || !first->column.place)
         return std::nullopt; // a lone "5" or "B"
     return WrittenReference{first->part(0, 0), std::nullopt, first->length};
 }

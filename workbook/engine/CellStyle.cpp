@@ -84,17 +84,12 @@ std::vector<CellFormat> firstFormats()
     return formats;
 }
 
-/// The place of an equal entry, which is added when missing.
 template <class Entry>
-std::uint16_t indexIn(std::vector<Entry>& table, const Entry& wanted, std::size_t max, const std::string& what)
+std::uint16_t limitedPlaceIn(std::vector<Entry>& table, const Entry& wanted, std::size_t max, const std::string& what)
 {
-    const auto found = std::ranges::find(table, wanted);
-    const auto index = static_cast<std::uint16_t>(found - table.begin());
-    if (found == table.end() && table.size() >= max)
+    if (table.size() >= max && std::ranges::find(table, wanted) == table.end())
         throw std::length_error("The workbook has no room for another " + what + ".");
-    if (found == table.end())
-        table.push_back(wanted);
-    return index;
+    return placeIn(table, wanted);
 }
 
 } // namespace
@@ -149,12 +144,12 @@ std::uint16_t StyleTable::numberFormatFor(std::string_view code)
 
 std::uint16_t StyleTable::formatFor(const CellFormat& format)
 {
-    return indexIn(formats, format, maxFormats, "cell format");
+    return limitedPlaceIn(formats, format, maxFormats, "cell format");
 }
 
 std::uint16_t StyleTable::fontFor(const Font& font)
 {
-    return indexIn(fonts, font, maxFonts, "font");
+    return limitedPlaceIn(fonts, font, maxFonts, "font");
 }
 
 const CellFormat& StyleTable::format(std::uint16_t index) const

@@ -2,6 +2,7 @@
 
 #include "drawing/Drawing.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -108,6 +109,17 @@ std::string_view builtInNumberFormat(std::uint16_t identifier);
 
 /// Colour indices 8 to 63 of a new workbook ([MS-XLS] 2.5.161 Icv).
 const std::array<Rgb, 56>& standardPalette();
+
+/// The place of `wanted` in the list, added at the end when it is not there.
+template <class Element, class Wanted>
+std::uint16_t placeIn(std::vector<Element>& list, const Wanted& wanted)
+{
+    const auto found = std::ranges::find(list, wanted);
+    const auto place = static_cast<std::uint16_t>(found - list.begin());
+    if (found == list.end())
+        list.emplace_back(wanted);
+    return place;
+}
 
 /// Fonts, number formats, cell formats and colours of one workbook, as the file keeps them: cells name a format by its
 /// index, equal formats are shared. Indices never change once given out.

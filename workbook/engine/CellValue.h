@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -36,7 +38,11 @@ inline constexpr auto errorNames = std::to_array<ErrorName>({
 });
 
 /// "#N/A" and its like; a code that no format defines, from a damaged file, reads "#VALUE!".
-std::string errorText(ErrorCode error);
+inline std::string errorText(ErrorCode error)
+{
+    const auto* const found = std::ranges::find(errorNames, error, &ErrorName::error);
+    return std::string(found == errorNames.end() ? "#VALUE!" : found->text);
+}
 
 struct Empty {
     Empty() = default;
@@ -58,6 +64,11 @@ inline bool isEmpty(const CellValue& value)
 }
 
 /// The number as a cell value; NaN and infinity are the error #NUM!, -0.0 is 0.
-CellValue numberValue(double number);
+inline CellValue numberValue(double number)
+{
+    if (!std::isfinite(number))
+        return ErrorCode::Number;
+    return number == 0.0 ? 0.0 : number;
+}
 
 } // namespace wagemill::engine

@@ -97,10 +97,10 @@ struct FunctionToken {
 /// A jump or remark inside the token list ([MS-XLS] 2.5.198.4 PtgAttr...). Targets are indices into Formula::tokens of
 /// the token to go on with.
 struct AttributeToken {
-    enum class Kind : std::uint8_t { Volatile, If, Choose, Goto, Sum, Space, Other };
-    Kind kind = Kind::Other;
-    std::uint8_t flags = 0;           ///< the file's own flags for Space and Other
-    std::uint16_t data = 0;           ///< the file's own operand for Volatile, Space and Other
+    enum class Kind : std::uint8_t { If, Choose, Goto, Sum, Remark };
+    Kind kind = Kind::Remark;
+    std::uint8_t flags = 0;           ///< of a remark, as in the file
+    std::uint16_t data = 0;           ///< of a remark, as in the file
     std::vector<std::size_t> targets; ///< If, Goto: one; Choose: one for each choice and one for the end
     bool operator==(const AttributeToken&) const = default;
 };
@@ -137,8 +137,6 @@ struct Formula {
 struct StoredSize {
     std::size_t tokens = 0;
     std::size_t trailing = 0; ///< of the constant arrays, which come after the tokens
-
-    bool operator==(const StoredSize&) const = default;
 };
 StoredSize storedSize(const Formula& formula);
 
@@ -148,5 +146,14 @@ inline constexpr std::size_t maxFormulaBytes = 1800;
 /// The formula moved by so many rows and columns: relative parts move, absolute ones stay; a part that leaves the sheet
 /// makes its reference bad.
 Formula shiftedFormula(const Formula& formula, int rows, int columns);
+
+/// Sets the operand class of every token of a cell's formula (OpenOffice.org documentation of the Excel file
+/// format, 3.2): the formula and the operands of operators are values, an argument is what its parameter asks for.
+/// tokens  complete and balanced, as the parser leaves them
+void assignOperandClasses(std::vector<Token>& tokens);
+
+/// The tokens of an array formula, in which every value is wanted as an array, whatever classes the program that wrote
+/// them gave. IF and CHOOSE judge each element, so they compute all their arguments and leap over none.
+std::vector<Token> asArrayFormula(std::vector<Token> tokens);
 
 } // namespace wagemill::engine

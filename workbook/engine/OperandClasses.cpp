@@ -1,4 +1,4 @@
-#include "workbook/engine/OperandClasses.h"
+#include "workbook/engine/Formula.h"
 
 #include "workbook/engine/FunctionTable.h"
 
@@ -87,10 +87,8 @@ private:
 
 bool isJump(const Token& token)
 {
-    using Kind = AttributeToken::Kind;
     const auto* const attribute = std::get_if<AttributeToken>(&token);
-    return attribute != nullptr &&
-           (attribute->kind == Kind::If || attribute->kind == Kind::Choose || attribute->kind == Kind::Goto);
+    return attribute != nullptr && !attribute->targets.empty();
 }
 
 void assign(OperandClass formula, std::vector<Token>& tokens)

@@ -232,9 +232,7 @@ public:
             return goTo(target(token));
         case AttributeToken::Kind::Sum:
             return (*this)(FunctionToken{OperandClass::Value, sumFunction, 1, true});
-        case AttributeToken::Kind::Volatile:
-        case AttributeToken::Kind::Space:
-        case AttributeToken::Kind::Other:
+        case AttributeToken::Kind::Remark:
             break;
         }
     }

@@ -2,8 +2,8 @@
 
 #include "app/base/text/TextScanner.h"
 #include "app/base/text/Unicode.h"
+#include "workbook/engine/Formula.h"
 #include "workbook/engine/FunctionTable.h"
-#include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"

@@ -1,4 +1,4 @@
-#include "workbook/engine/picture/PageTexts.h"
+#include "workbook/engine/picture/SheetPages.h"
 
 #include "app/base/text/TextScanner.h"
 

@@ -37,12 +37,6 @@ double columnPixels(int width256, Medium medium)
     return width256 == 0 ? 0 : (width256 + rounding) * digitWidth / 256;
 }
 
-int rowPixels(int twips)
-{
-    constexpr int twipsPerPixel = 15;
-    return (twips + twipsPerPixel / 2) / twipsPerPixel;
-}
-
 } // namespace
 
 PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& range, Medium medium)
@@ -62,14 +56,12 @@ PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& r
         }
     };
     const auto columnSize = [&](int column) { return columnPixels(sheet.columnWidth(column), medium); };
-    const auto rowSize = [&](int row) { return rowPixels(sheet.rowHeightTwips(row)); };
+    const auto rowSize = [&](int row) {
+        constexpr int twipsPerPixel = 15;
+        return (sheet.rowHeightTwips(row) + twipsPerPixel / 2) / twipsPerPixel;
+    };
     measure(range.firstColumn, range.lastColumn, columnSize, m_columns, m_lefts);
     measure(range.firstRow, range.lastRow, rowSize, m_rows, m_tops);
-    indexMergedAreas();
-}
-
-void PictureGrid::indexMergedAreas()
-{
     m_mergedByRow.resize(static_cast<std::size_t>(m_range.rows()));
     for (const CellRect& area : m_sheet.merged)
         for (int row = std::max(area.firstRow, m_range.firstRow); row <= std::min(area.lastRow, m_range.lastRow); ++row)
@@ -101,14 +93,12 @@ const CellFormat& PictureGrid::formatAt(CellAddress address) const
 
 std::optional<Rgb> PictureGrid::fillAt(CellAddress address) const
 {
-    constexpr Rgb black = {0, 0, 0};
-    constexpr Rgb white = {255, 255, 255};
     const CellRect area = areaOf(address);
     const Fill& fill = formatAt({area.firstRow, area.firstColumn}).fill;
     if (fill.pattern == 0 || fill.pattern >= patternShares.size())
         return std::nullopt;
-    return mixed(m_book.styles.rgb(fill.patternColor, black), m_book.styles.rgb(fill.backgroundColor, white),
-                 patternShares[fill.pattern]);
+    return mixed(m_book.styles.rgb(fill.patternColor, Rgb{0, 0, 0}),
+                 m_book.styles.rgb(fill.backgroundColor, Rgb{255, 255, 255}), patternShares[fill.pattern]);
 }
 
 const CellRect* PictureGrid::mergedAt(CellAddress address) const

@@ -44,7 +44,6 @@ public:
     bool isCovered(CellAddress address) const;
 
 private:
-    void indexMergedAreas();
     const CellRect* mergedAt(CellAddress address) const;
 
     const Book& m_book;

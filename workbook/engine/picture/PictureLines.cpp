@@ -1,4 +1,4 @@
-#include "workbook/engine/picture/PictureLines.h"
+#include "workbook/engine/picture/PictureParts.h"
 
 #include <array>
 #include <cstddef>
@@ -50,6 +50,15 @@ class LineFinder {
 public:
     LineFinder(const PictureGrid& grid, const std::set<CellAddress>& runOver) : m_grid(grid), m_runOver(runOver) {}
 
+    std::vector<drawing::Line> find()
+    {
+        findEdges(Direction::Across);
+        findEdges(Direction::Down);
+        findDiagonals();
+        return std::move(m_lines);
+    }
+
+private:
     /// The edges before each row, or column where they go down, and after the last one.
     void findEdges(Direction direction)
     {
@@ -96,9 +105,6 @@ public:
             }
     }
 
-    std::vector<drawing::Line> take() { return std::move(m_lines); }
-
-private:
     Edge edgeBetween(CellOrNone before, CellOrNone after, Direction direction) const
     {
         if (before && after && m_grid.areaOf(*before) == m_grid.areaOf(*after))
@@ -148,11 +154,7 @@ private:
 
 std::vector<drawing::Line> pictureLines(const PictureGrid& grid, const std::set<CellAddress>& runOver)
 {
-    LineFinder finder(grid, runOver);
-    finder.findEdges(Direction::Across);
-    finder.findEdges(Direction::Down);
-    finder.findDiagonals();
-    return finder.take();
+    return LineFinder(grid, runOver).find();
 }
 
 } // namespace wagemill::engine

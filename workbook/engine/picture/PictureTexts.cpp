@@ -1,4 +1,4 @@
-#include "workbook/engine/picture/PictureTexts.h"
+#include "workbook/engine/picture/PictureParts.h"
 
 #include "workbook/engine/text/NumberFormat.h"
 
@@ -45,12 +45,29 @@ bool breaksLines(const CellFormat& format)
            format.vertical == VerticalAlignment::Distributed;
 }
 
-/// Places the texts of one range.
 class TextPlacer {
 public:
     TextPlacer(const PictureGrid& grid, const RegionalFormats& formats) : m_grid(grid), m_formats(formats) {}
 
-    void place(CellAddress address, const Cell& cell)
+    PictureTexts place()
+    {
+        for (const int rowIndex : m_grid.rows()) {
+            const Row* const row = m_grid.sheet().findRow(rowIndex);
+            if (row == nullptr)
+                continue;
+            for (const Cell& cell : row->cells) {
+                const CellAddress address = {rowIndex, cell.column};
+                const bool isShown = m_grid.range().contains(address) && !m_grid.isCovered(address) &&
+                                     m_grid.rectOf(m_grid.areaOf(address)).width > 0;
+                if (isShown && !isEmpty(cell.value))
+                    placeCell(address, cell);
+            }
+        }
+        return std::move(m_placed);
+    }
+
+private:
+    void placeCell(CellAddress address, const Cell& cell)
     {
         const StyleTable& styles = m_grid.book().styles;
         const CellFormat& format = styles.format(cell.format);
@@ -79,9 +96,6 @@ public:
         m_placed.texts.push_back(std::move(text));
     }
 
-    PictureTexts take() { return std::move(m_placed); }
-
-private:
     void giveRoom(drawing::Text& text, CellAddress address, const CellFormat& format, bool isText)
     {
         constexpr auto across = HorizontalAlignment::CenterAcrossSelection;
@@ -129,20 +143,7 @@ private:
 
 PictureTexts pictureTexts(const PictureGrid& grid, const RegionalFormats& formats)
 {
-    TextPlacer placer(grid, formats);
-    for (const int rowIndex : grid.rows()) {
-        const Row* const row = grid.sheet().findRow(rowIndex);
-        if (row == nullptr)
-            continue;
-        for (const Cell& cell : row->cells) {
-            const CellAddress address = {rowIndex, cell.column};
-            const bool isShown = grid.range().contains(address) && !grid.isCovered(address) &&
-                                 grid.rectOf(grid.areaOf(address)).width > 0;
-            if (isShown && !isEmpty(cell.value))
-                placer.place(address, cell);
-        }
-    }
-    return placer.take();
+    return TextPlacer(grid, formats).place();
 }
 
 } // namespace wagemill::engine

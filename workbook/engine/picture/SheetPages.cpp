@@ -4,11 +4,9 @@
 #include "workbook/engine/picture/SheetPicture.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <functional>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 namespace wagemill::engine {

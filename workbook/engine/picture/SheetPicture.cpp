@@ -1,8 +1,6 @@
 #include "workbook/engine/picture/SheetPicture.h"
 
-#include "workbook/engine/picture/PictureGrid.h"
-#include "workbook/engine/picture/PictureLines.h"
-#include "workbook/engine/picture/PictureTexts.h"
+#include "workbook/engine/picture/PictureParts.h"
 
 #include <optional>
 #include <utility>

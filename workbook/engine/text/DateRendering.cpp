@@ -1,4 +1,4 @@
-#include "workbook/engine/text/DateRendering.h"
+#include "workbook/engine/text/SectionRendering.h"
 
 #include "app/base/text/NumberText.h"
 #include "app/base/text/TextScanner.h"
@@ -37,11 +37,6 @@ int weekdayOf(int serialDay, bool dates1904)
     return (serialDay + (dates1904 ? serialDayOf1904 : 0) + 6) % 7;
 }
 
-bool isTimeField(const FormatToken& token)
-{
-    return token.kind >= Kind::Hour && token.kind <= Kind::HalfDay;
-}
-
 /// Digits of a second that the section shows.
 std::size_t secondDigits(const FormatSection& section)
 {
@@ -56,7 +51,8 @@ std::optional<Moment> momentOf(double serial, const FormatSection& section, bool
 {
     if (!(serial >= 0 && serial < lastSerialDay(dates1904) + 1.0))
         return std::nullopt;
-    const bool hasTime = std::ranges::any_of(section.tokens, isTimeField);
+    const bool hasTime = std::ranges::any_of(
+        section.tokens, [](Kind kind) { return kind >= Kind::Hour && kind <= Kind::HalfDay; }, &FormatToken::kind);
     const auto units = static_cast<std::int64_t>(std::pow(10.0, secondDigits(section)));
     const double exact = serial * static_cast<double>(secondsPerDay * units);
     const auto count = static_cast<std::int64_t>(hasTime ? std::round(exact) : std::floor(exact));
@@ -81,13 +77,6 @@ std::string dayText(const Moment& moment, std::size_t letters, const RegionalFor
     if (letters <= 2)
         return paddedNumber(moment.date.day, letters);
     return (letters == 3 ? formats.shortDayNames : formats.dayNames).at(static_cast<std::size_t>(moment.weekday));
-}
-
-std::string halfDayText(int hour, std::size_t letters, const RegionalFormats& formats)
-{
-    if (letters == 1)
-        return hour < 12 ? "A" : "P";
-    return hour < 12 ? formats.amText : formats.pmText;
 }
 
 std::string subSecondText(const Moment& moment, const FormatToken& token, const RegionalFormats& formats)
@@ -124,7 +113,9 @@ std::string fieldText(const FormatToken& token, const Moment& moment, bool halfD
     case Kind::ElapsedSeconds:
         return paddedNumber(moment.seconds, token.count);
     case Kind::HalfDay:
-        return halfDayText(moment.hour(), token.count, formats);
+        if (token.count == 1)
+            return moment.hour() < 12 ? "A" : "P";
+        return moment.hour() < 12 ? formats.amText : formats.pmText;
     case Kind::TimeSeparator:
         return formats.timeSeparator;
     default:

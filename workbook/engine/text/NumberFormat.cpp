@@ -1,8 +1,7 @@
 #include "workbook/engine/text/NumberFormat.h"
 
 #include "app/base/text/NumberText.h"
-#include "workbook/engine/text/DateRendering.h"
-#include "workbook/engine/text/NumberRendering.h"
+#include "workbook/engine/text/SectionRendering.h"
 
 #include <algorithm>
 #include <cmath>

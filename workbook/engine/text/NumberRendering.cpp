@@ -1,4 +1,4 @@
-#include "workbook/engine/text/NumberRendering.h"
+#include "workbook/engine/text/SectionRendering.h"
 
 #include "app/base/text/NumberText.h"
 #include "app/base/text/TextScanner.h"
@@ -22,22 +22,23 @@ std::string padding(Kind placeholder)
     return placeholder == Kind::Zero ? "0" : placeholder == Kind::Question ? " " : "";
 }
 
-std::string noSeparator(std::size_t /*following*/)
-{
-    return "";
-}
-
 /// The digits of a whole number, handed out to their placeholders from left to right; the first one takes all that have
 /// no placeholder of their own.
 class PlaceholderDigits {
 public:
     PlaceholderDigits(std::string digits, int placeholders) : m_digits(std::move(digits)), m_left(placeholders) {}
 
+    /// Separates groups of digits; there are at least so many.
+    void group(const RegionalFormats& formats, int minDigits)
+    {
+        m_groups = &formats;
+        m_total = std::max(m_digits.size(), static_cast<std::size_t>(minDigits));
+    }
+
     bool empty() const { return m_digits.empty(); }
 
-    /// The text of the next placeholder. `separator` follows a digit; it is asked with the number of digits after it.
-    template <typename Separator = decltype(&noSeparator)>
-    std::string next(Kind placeholder, Separator&& separator = noSeparator)
+    /// The text of the next placeholder.
+    std::string next(Kind placeholder)
     {
         const auto position = static_cast<std::size_t>(--m_left); // digits that belong to later placeholders
         if (m_digits.size() <= position)
@@ -49,9 +50,16 @@ public:
     }
 
 private:
+    std::string separator(std::size_t following) const
+    {
+        return m_groups != nullptr && isGroupEnd(following, m_total, *m_groups) ? m_groups->groupSeparator : "";
+    }
+
     std::string m_digits;
     int m_left;
     std::size_t m_taken = 0;
+    const RegionalFormats* m_groups = nullptr;
+    std::size_t m_total = 0;
 };
 
 /// How many placeholders come before the point, after it, and in the exponent.
@@ -81,12 +89,13 @@ public:
           m_formats(formats),
           m_fraction(std::move(fixed.fraction)),
           m_shownFraction(m_fraction.find_last_not_of('0') + 1),
-          m_total(std::max(fixed.integer.size(), static_cast<std::size_t>(layout.forced))),
           m_integer(std::move(fixed.integer), std::max(layout.integer, 1)),
           m_exponent(std::to_string(std::abs(exponent)), layout.exponent),
           m_negativeExponent(exponent < 0),
           m_hasInteger(layout.integer > 0)
     {
+        if (section.grouped)
+            m_integer.group(formats, layout.forced);
     }
 
     std::string write()
@@ -101,19 +110,12 @@ private:
     std::string digit(Kind placeholder)
     {
         if (m_phase == Phase::Integer)
-            return integerDigit(placeholder);
+            return m_integer.next(placeholder);
         if (m_phase == Phase::Exponent)
             return m_exponent.next(placeholder);
         const std::size_t index = m_fractionIndex++;
         return index < m_shownFraction || placeholder == Kind::Zero ? m_fraction.substr(index, 1)
                                                                     : padding(placeholder);
-    }
-
-    std::string integerDigit(Kind placeholder)
-    {
-        return m_integer.next(placeholder, [this](std::size_t following) {
-            return m_section.grouped && isGroupEnd(following, m_total, m_formats) ? m_formats.groupSeparator : "";
-        });
     }
 
     std::string sign(const FormatToken& token)
@@ -136,7 +138,7 @@ private:
     {
         const bool missing = !m_hasInteger && !m_integer.empty();
         m_phase = Phase::Fraction;
-        return (missing ? toLocalDigits(integerDigit(Kind::Hash), m_formats) : "") + m_formats.decimalSeparator;
+        return (missing ? toLocalDigits(m_integer.next(Kind::Hash), m_formats) : "") + m_formats.decimalSeparator;
     }
 
     enum class Phase { Integer, Fraction, Exponent };
@@ -146,18 +148,12 @@ private:
     std::string m_fraction;
     std::size_t m_shownFraction; ///< digits up to the last one that is not zero
     std::size_t m_fractionIndex = 0;
-    std::size_t m_total;
     PlaceholderDigits m_integer;
     PlaceholderDigits m_exponent;
     bool m_negativeExponent;
     bool m_hasInteger;
     Phase m_phase = Phase::Integer;
 };
-
-bool isZero(const FixedDigits& fixed)
-{
-    return fixed.integer.empty() && fixed.fraction.find_first_not_of('0') == std::string::npos;
-}
 
 /// The exponent that leaves as many digits before the point as the code has places; with "#" among them it is a
 /// multiple of their number, as engineers write.
@@ -185,7 +181,8 @@ RenderedNumber renderDecimal(DecimalNumber number, const FormatSection& section,
         number.pointPosition -= overflow;
     }
     FixedDigits fixed = fixedDigits(number, layout.fraction);
-    const bool zero = isZero(fixed) && layout.integer + layout.fraction > 0;
+    const bool zero = fixed.integer.empty() && fixed.fraction.find_first_not_of('0') == std::string::npos &&
+                      layout.integer + layout.fraction > 0;
     return {NumberWriter(section, layout, std::move(fixed), exponent, formats).write(), zero};
 }
 
@@ -196,7 +193,6 @@ constexpr std::array maxDenominators = {9, 9, 99, 999, 9999};
 struct FractionLayout {
     explicit FractionLayout(const Tokens& tokens)
     {
-        const auto at = [&](std::size_t index) { return tokens.begin() + static_cast<std::ptrdiff_t>(index); };
         slash = static_cast<std::size_t>(std::ranges::find(tokens, Kind::Slash, &FormatToken::kind) - tokens.begin());
         numerator = slash;
         while (numerator > 0 && tokens[numerator - 1].isDigit())
@@ -206,8 +202,8 @@ struct FractionLayout {
         for (; end < tokens.size() && (tokens[end].isDigit() || isLiteralDigit(tokens[end])); ++end)
             digits += tokens[end].text;
         denominator = TextScanner(digits).takeNumber(9).value_or(0);
-        whole =
-            static_cast<int>(std::count_if(at(0), at(numerator), [](const auto& token) { return token.isDigit(); }));
+        for (std::size_t i = 0; i < numerator; ++i)
+            whole += tokens[i].isDigit() ? 1 : 0;
     }
 
     static bool isLiteralDigit(const FormatToken& token) { return token.text.size() == 1 && isDigit(token.text[0]); }

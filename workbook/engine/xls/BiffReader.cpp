@@ -39,26 +39,18 @@ constexpr auto otherFiles = std::to_array<FileSignature>({
     {"\x09\x02", "a workbook saved by a version before Excel 97"},
 });
 
-bool isTextByte(char byte)
-{
-    return static_cast<unsigned char>(byte) >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n';
-}
-
 std::string kindOfFile(std::span<const std::byte> bytes)
 {
-    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (text.empty())
         return "empty";
     for (const auto& [signature, kind] : otherFiles)
         if (text.starts_with(signature))
             return kind;
-    text = text.substr(0, looksLikeTextWithin);
-    return std::ranges::all_of(text, isTextByte) ? "plain text" : "of an unknown kind";
-}
-
-bool isCompoundFile(std::span<const std::byte> bytes)
-{
-    return bytes.size() >= sizeof compoundFileSignature && ByteReader(bytes).u64() == compoundFileSignature;
+    const bool isText = std::ranges::all_of(text.substr(0, looksLikeTextWithin), [](char byte) {
+        return static_cast<unsigned char>(byte) >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n';
+    });
+    return isText ? "plain text" : "of an unknown kind";
 }
 
 /// Takes a stream of the root storage out of the list; capitals or not is all one.
@@ -115,16 +107,6 @@ void readSheets(std::span<const std::byte> stream, ReadContext& context)
     }
 }
 
-/// The active sheet is one that can be seen.
-void settleActiveSheet(Book& book)
-{
-    const auto visible = std::ranges::find(book.sheets, false, &Sheet::hidden);
-    if (visible == book.sheets.end())
-        book.sheets.front()->hidden = false;
-    if (book.activeSheet >= book.sheets.size() || book.sheets[book.activeSheet]->hidden)
-        book.activeSheet = visible == book.sheets.end() ? 0 : static_cast<std::size_t>(visible - book.sheets.begin());
-}
-
 Book readBook(std::span<const std::byte> bytes)
 {
     Book book;
@@ -137,7 +119,9 @@ Book readBook(std::span<const std::byte> bytes)
     ReadContext context{book, {}, {}, {}, {}};
     readGlobals(*workbook, context);
     readSheets(*workbook, context);
-    settleActiveSheet(book);
+    if (!book.visibleSheet())
+        book.sheets.front()->hidden = false;
+    book.activeSheet = book.visibleSheet().value_or(0);
     return book;
 }
 
@@ -146,7 +130,7 @@ Book readBook(std::span<const std::byte> bytes)
 Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
 {
     const std::string name = std::string(1, '"').append(file) + '"';
-    if (!isCompoundFile(bytes))
+    if (bytes.size() < sizeof compoundFileSignature || ByteReader(bytes).u64() != compoundFileSignature)
         throw EngineError("The file " + name + " is not an Excel 97-2003 workbook (.xls): it is " + kindOfFile(bytes) +
                           ".");
     try {

@@ -10,26 +10,18 @@ namespace wagemill::engine::xls {
 
 namespace {
 
-std::size_t visibleActiveSheet(const Book& book)
-{
-    if (book.activeSheet < book.sheets.size() && !book.sheets[book.activeSheet]->hidden)
-        return book.activeSheet;
-    const auto visible = std::ranges::find(book.sheets, false, &Sheet::hidden);
-    if (visible == book.sheets.end())
-        throw EngineError("A workbook needs at least one sheet that is not hidden.");
-    return static_cast<std::size_t>(visible - book.sheets.begin());
-}
-
 std::vector<std::byte> workbookStream(const Book& book, FileKind kind)
 {
-    const std::size_t activeSheet = visibleActiveSheet(book);
+    const std::optional<std::size_t> activeSheet = book.visibleSheet();
+    if (!activeSheet)
+        throw EngineError("A workbook needs at least one sheet that is not hidden.");
     SharedStringTable strings;
     std::vector<std::vector<std::uint32_t>> sheetStrings;
     for (const auto& sheet : book.sheets)
         sheetStrings.push_back(collectStrings(*sheet, strings));
 
     RecordWriter target;
-    const std::vector<std::size_t> offsets = writeGlobals(book, kind, activeSheet, strings, target);
+    const std::vector<std::size_t> offsets = writeGlobals(book, kind, *activeSheet, strings, target);
     for (std::size_t index = 0; index < book.sheets.size(); ++index) {
         target.putU32(offsets[index], target.offset());
         writeSheet(book, *book.sheets[index], index == activeSheet, sheetStrings[index], target);

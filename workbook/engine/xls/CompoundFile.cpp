@@ -21,9 +21,6 @@ constexpr std::uint32_t endOfChain = 0xFFFFFFFE;
 constexpr std::uint32_t fatSectorMark = 0xFFFFFFFD;
 constexpr std::uint32_t difatSectorMark = 0xFFFFFFFC;
 constexpr std::uint32_t noEntry = 0xFFFFFFFF;
-constexpr std::uint16_t byteOrderMark = 0xFFFE;
-constexpr std::uint16_t writtenVersion = 3;
-constexpr std::size_t minFileSize = 512;
 constexpr std::size_t writtenSectorSize = 512;
 constexpr std::size_t miniSectorSize = 64;
 constexpr std::size_t linkSize = 4;
@@ -46,8 +43,8 @@ enum class EntryType : std::uint8_t { Unused = 0, Storage = 1, Stream = 2, Root 
 struct Header {
     std::uint64_t signature = compoundFileSignature;
     std::uint16_t minorVersion = 0x3E;
-    std::uint16_t majorVersion = writtenVersion;
-    std::uint16_t byteOrder = byteOrderMark;
+    std::uint16_t majorVersion = 3;
+    std::uint16_t byteOrder = 0xFFFE;
     std::uint16_t sectorShift = 9;
     std::uint16_t miniSectorShift = 6;
     std::uint32_t fatSectors = 0;
@@ -110,7 +107,7 @@ void directoryFields(auto form, auto& entry)
 
 Header readHeader(std::span<const std::byte> bytes)
 {
-    if (bytes.size() < minFileSize)
+    if (bytes.size() < 512)
         throw DamagedFile("it ends within its first 512 bytes");
     ByteReader reader(bytes);
     Header header;
@@ -229,11 +226,6 @@ std::vector<DirectoryEntry> readDirectory(const std::vector<std::byte>& bytes, s
     if (entries.empty() || entries.front().type != EntryType::Root)
         throw DamagedFile("its directory has no root");
     return entries;
-}
-
-bool isSmallStream(const DirectoryEntry& entry)
-{
-    return entry.type == EntryType::Stream && entry.size > 0 && entry.size < miniStreamCutoff;
 }
 
 /// Walks the tree of names below the root, each entry once.
@@ -399,10 +391,9 @@ private:
             if (node.type != EntryType::Stream)
                 continue;
             node.size = node.data.size();
-            if (node.size >= miniStreamCutoff)
-                node.start = appendChain(m_fat, quotientRoundedUp(node.size, writtenSectorSize));
-            else
-                node.start = appendChain(m_miniFat, quotientRoundedUp(node.size, miniSectorSize));
+            node.start = node.size < miniStreamCutoff
+                             ? appendChain(m_miniFat, quotientRoundedUp(node.size, miniSectorSize))
+                             : appendChain(m_fat, quotientRoundedUp(node.size, writtenSectorSize));
         }
     }
 
@@ -452,16 +443,12 @@ private:
     {
         for (const bool isSmall : {false, true})
             for (const DirectoryNode& node : m_nodes)
-                if (node.type == EntryType::Stream && (node.size < miniStreamCutoff) == isSmall)
-                    appendPadded(node.data, isSmall ? miniSectorSize : writtenSectorSize);
+                if (node.type == EntryType::Stream && (node.size < miniStreamCutoff) == isSmall) {
+                    m_file.bytes(node.data);
+                    padTo(isSmall ? miniSectorSize : writtenSectorSize);
+                }
         padTo(writtenSectorSize);
         writeLinks(m_miniFat);
-    }
-
-    void appendPadded(std::span<const std::byte> data, std::size_t unit)
-    {
-        m_file.bytes(data);
-        padTo(unit);
     }
 
     /// The next multiple of a size.
@@ -517,6 +504,9 @@ std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes)
     readFat(header, sectors);
     const auto entries = readDirectory(sectors.chain(header.firstDirectorySector), header.majorVersion);
 
+    const auto isSmallStream = [](const DirectoryEntry& entry) {
+        return entry.type == EntryType::Stream && entry.size > 0 && entry.size < miniStreamCutoff;
+    };
     std::vector<std::byte> miniStream;
     if (std::ranges::any_of(entries, isSmallStream))
         miniStream = sectors.stream(entries.front().start, entries.front().size);

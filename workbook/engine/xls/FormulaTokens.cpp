@@ -98,11 +98,6 @@ ReferencePart offsetPart(std::uint16_t row, std::uint16_t column, CellAddress or
     return part;
 }
 
-bool isInsideSheetColumns(std::uint16_t column)
-{
-    return (column & 0x3F00U) == 0;
-}
-
 class FormulaReader {
 public:
     FormulaReader(std::span<const std::byte> tokens, std::span<const std::byte> trailing, const FormulaContext& context)
@@ -230,15 +225,13 @@ private:
         case ptg::attributeSum:
             pop(1);
             return push(AttributeToken{Kind::Sum, flags, 0, {}});
-        case ptg::attributeVolatile:
-            return add(AttributeToken{Kind::Volatile, flags, data, {}});
-        case ptg::attributeSpace:
-        case ptg::attributeSpace | ptg::attributeVolatile:
-            return add(AttributeToken{Kind::Space, flags, data, {}});
         case 0:
+        case ptg::attributeVolatile:
         case ptg::attributeAssign:
         case ptg::attributeAssign | ptg::attributeVolatile:
-            return add(AttributeToken{Kind::Other, flags, data, {}});
+        case ptg::attributeSpace:
+        case ptg::attributeSpace | ptg::attributeVolatile:
+            return add(AttributeToken{Kind::Remark, flags, data, {}});
         default:
             throw UnknownToken{};
         }
@@ -348,8 +341,8 @@ private:
         const std::uint16_t lastRow = isArea ? m_tokens.u16() : firstRow;
         const std::uint16_t firstColumn = m_tokens.u16();
         const std::uint16_t lastColumn = isArea ? m_tokens.u16() : firstColumn;
-        if (!kind.isOffset && !(isInsideSheetColumns(firstColumn) && isInsideSheetColumns(lastColumn)))
-            token.bad = true;
+        if (!kind.isOffset && ((firstColumn | lastColumn) & 0x3F00U) != 0)
+            token.bad = true; // outside the sheet
         if (isArea)
             token.last.emplace();
         if (!token.bad) {
@@ -419,8 +412,7 @@ bool isVolatileFunction(const Token& token)
 bool isVolatileMark(const Token& token)
 {
     const auto* attribute = std::get_if<AttributeToken>(&token);
-    return attribute != nullptr &&
-           (attribute->kind == AttributeToken::Kind::Volatile || (attribute->flags & ptg::attributeVolatile) != 0);
+    return attribute != nullptr && (attribute->flags & ptg::attributeVolatile) != 0;
 }
 
 std::uint16_t columnField(const ReferencePart& part)
@@ -524,10 +516,7 @@ public:
             return writeChoose(token);
         case AttributeToken::Kind::Sum:
             return attribute(ptg::attributeSum, 0);
-        case AttributeToken::Kind::Volatile:
-            return attribute(ptg::attributeVolatile, token.data);
-        case AttributeToken::Kind::Space:
-        case AttributeToken::Kind::Other:
+        case AttributeToken::Kind::Remark:
             return attribute(token.flags, token.data);
         }
     }
@@ -628,11 +617,6 @@ private:
     std::vector<Jump> m_jumps;
 };
 
-Formula opaqueFormula(std::span<const std::byte> tokens, std::span<const std::byte> trailing)
-{
-    return {{OpaqueToken{{tokens.begin(), tokens.end()}, {trailing.begin(), trailing.end()}}}};
-}
-
 /// Marks of sub-expressions hold sizes in bytes, so their formula must be written as it was read.
 bool writesBack(const Formula& formula, std::span<const std::byte> tokens)
 {
@@ -652,12 +636,11 @@ Formula readFormula(std::span<const std::byte> tokens, std::span<const std::byte
     try {
         FormulaReader reader(tokens, trailing, context);
         Formula formula = reader.read();
-        if (reader.hasMemoryTokens() && !writesBack(formula, tokens))
-            return opaqueFormula(tokens, trailing);
-        return formula;
-    } catch (const UnknownToken&) {
-        return opaqueFormula(tokens, trailing);
+        if (!reader.hasMemoryTokens() || writesBack(formula, tokens))
+            return formula;
+    } catch (const UnknownToken&) { // it is kept as a whole
     }
+    return {{OpaqueToken{{tokens.begin(), tokens.end()}, {trailing.begin(), trailing.end()}}}};
 }
 
 void writeFormula(const Formula& formula, ByteWriter& tokens, ByteWriter& trailing)

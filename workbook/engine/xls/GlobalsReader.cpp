@@ -26,14 +26,14 @@ public:
 
     void read()
     {
-        readBeginning();
-        while (true) {
-            if (!m_records.next(m_record))
-                throw DamagedFile("its list of sheets has no end; the file may be cut off");
-            if (m_record.id == record::eof)
-                break;
+        if (!m_records.next(m_record) || m_record.id != record::bof)
+            throw DamagedFile("it does not begin like a workbook");
+        if (m_record.reader().u16() != biff8Version)
+            throw EngineError(olderVersion);
+        while (m_records.next(m_record) && m_record.id != record::eof)
             readRecord();
-        }
+        if (m_record.id != record::eof)
+            throw DamagedFile("its list of sheets has no end; the file may be cut off");
         finishFonts();
         finishNumberFormats();
         finishCellFormats();
@@ -41,14 +41,6 @@ public:
     }
 
 private:
-    void readBeginning()
-    {
-        if (!m_records.next(m_record) || m_record.id != record::bof)
-            throw DamagedFile("it does not begin like a workbook");
-        if (m_record.reader().u16() != biff8Version)
-            throw EngineError(olderVersion);
-    }
-
     void readRecord()
     {
         using Self = GlobalsReader;
@@ -139,12 +131,9 @@ private:
         using enum SupportingBook::Kind;
         reader.skip(2);
         const std::uint16_t mark = reader.u16();
-        m_book.supportingBooks.push_back({mark == ownBookMark ? Own
-                                          : mark == addInMark ? AddIn
-                                                              : Foreign,
-                                          m_record.kept(),
-                                          {},
-                                          {}});
+        SupportingBook& book = m_book.supportingBooks.emplace_back();
+        book.kind = mark == ownBookMark ? Own : mark == addInMark ? AddIn : Foreign;
+        book.record = m_record.kept();
     }
 
     void readExternCache(ByteReader /*reader*/)
@@ -184,7 +173,7 @@ private:
         if (head.sheet != 0)
             name.sheet = static_cast<std::uint16_t>(head.sheet - 1);
         name.record = m_record.kept();
-        m_nameFormulas.push_back({reader.position(), head.formulaSize});
+        m_nameFormulas.emplace_back(reader.position(), head.formulaSize);
         m_book.names.push_back(std::move(name));
     }
 
@@ -283,11 +272,6 @@ private:
         return index < m_fileFormats.size() && m_fileFormats[index].isStyle;
     }
 
-    struct StoredFormula {
-        std::size_t position; ///< in the record's data
-        std::size_t size;
-    };
-
     RecordReader m_records;
     Record m_record; ///< the present one
     ReadContext& m_context;
@@ -296,7 +280,7 @@ private:
     std::vector<std::pair<std::uint16_t, std::string>> m_numberFormats;
     std::vector<std::pair<std::uint16_t, std::uint16_t>> m_renumbered; ///< number of the file, own number
     std::vector<CellFormat> m_fileFormats;
-    std::vector<StoredFormula> m_nameFormulas;
+    std::vector<std::pair<std::size_t, std::size_t>> m_nameFormulas; ///< position in the record's data, size
 };
 
 } // namespace

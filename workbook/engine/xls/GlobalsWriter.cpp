@@ -14,7 +14,6 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t maxUserName = 54;
 constexpr std::size_t userNameSize = 112;
-constexpr std::size_t window1Size = 18;
 constexpr std::int16_t missingSheet = -1;
 constexpr std::int16_t wholeBook = -2;
 
@@ -26,23 +25,6 @@ constexpr auto builtInStyles =
 
 /// Window of the size that fits a screen, tabs three fifths of its width.
 constexpr auto standardWindow = "\xE0\x01\x5A\x00\xCF\x3F\x4E\x2A\x38\x00\x00\x00\x00\x00\x01\x00\x58\x02"sv;
-
-std::string shortened(std::string_view utf8, std::size_t units)
-{
-    return toUtf8(toUtf16(utf8).substr(0, units));
-}
-
-std::uint8_t boundSheetType(SubstreamType type)
-{
-    switch (type) {
-    case SubstreamType::Chart:
-        return 2;
-    case SubstreamType::VisualBasic:
-        return 6;
-    default:
-        return 0;
-    }
-}
 
 /// The public members write the records of one place each, see globalsPlaces.
 class GlobalsWriter {
@@ -75,7 +57,7 @@ public:
             return;
         ByteWriter& data = m_target.begin(record::writeAccess);
         const std::size_t start = data.size();
-        writeString(data, shortened(m_book.properties.lastAuthor, maxUserName));
+        writeString(data, toUtf8(toUtf16(m_book.properties.lastAuthor).substr(0, maxUserName)));
         while (data.size() < start + userNameSize)
             data.u8(' ');
     }
@@ -89,10 +71,9 @@ public:
 
     void writeWindow()
     {
-        const KeptRecord* const kept = m_kept.find(record::window1, window1Size);
         ByteWriter& data = m_target.begin(record::window1);
         const std::size_t start = data.size();
-        data.bytes(kept != nullptr ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow)));
+        data.bytes(m_kept.data(record::window1, standardWindow));
         putU16(data.view(), start + 10, static_cast<std::uint16_t>(m_activeSheet));
         putU16(data.view(), start + 12, 0); // the first tab shown
         putU16(data.view(), start + 14, 1); // one sheet is selected
@@ -123,17 +104,12 @@ public:
             writeCellFormat(m_target, format);
     }
 
-    bool isStyleFormat(std::size_t format) const
-    {
-        return format < m_book.styles.formats.size() && m_book.styles.formats[format].isStyle;
-    }
-
     void writeStyles()
     {
         const auto isStyle = [](const KeptRecord& kept) { return kept.id == record::style; };
         const bool hasStyles = std::ranges::any_of(m_book.kept, isStyle);
         for (const std::string_view style : builtInStyles)
-            if (!hasStyles && isStyleFormat(static_cast<unsigned char>(style.front())))
+            if (!hasStyles && m_book.styles.format(static_cast<unsigned char>(style.front())).isStyle)
                 m_target.write(record::style, style);
         for (const KeptRecord& kept : m_book.kept)
             if (isStyle(kept))
@@ -155,16 +131,10 @@ public:
             m_sheetOffsets.push_back(data.size());
             data.u32(0);
             data.u8(!sheet->hidden ? 0 : sheet->veryHidden ? 2 : 1);
-            data.u8(boundSheetType(substreamType(*sheet)));
+            const SubstreamType type = substreamType(*sheet);
+            data.u8(type == SubstreamType::Chart ? 2 : type == SubstreamType::VisualBasic ? 6 : 0);
             writeShortString(data, sheet->name);
         }
-    }
-
-    bool needsOwnBook() const
-    {
-        return std::ranges::any_of(m_book.externSheets, [&](const ExternSheet& entry) {
-            return entry.supportingBook >= m_book.supportingBooks.size();
-        });
     }
 
     void writeSupportingBooks()
@@ -177,7 +147,8 @@ public:
             for (const std::string& name : std::span(book.externNames).subspan(static_cast<std::size_t>(written)))
                 writeAddInFunction(name);
         }
-        if (needsOwnBook())
+        const std::size_t books = m_book.supportingBooks.size();
+        if (std::ranges::any_of(m_book.externSheets, [&](const auto& entry) { return entry.supportingBook >= books; }))
             writeSupportingBook({});
         if (!m_book.externSheets.empty())
             writeExternSheets();

@@ -1,7 +1,4 @@
-#include "workbook/engine/xls/PrintRecords.h"
-
-#include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/RecordStrings.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <utility>
 #include <variant>

@@ -52,64 +52,57 @@ void fillSection(std::vector<std::byte>& stream, std::size_t section)
     putU32(stream, section, static_cast<std::uint32_t>(whole));
 }
 
-/// A property set stream in the making: one section.
-class PropertySetWriter {
-public:
-    explicit PropertySetWriter(std::uint16_t codePage)
-    {
-        begin(codePageProperty, shortType);
-        m_values.u32(codePage);
-    }
+/// A value with its type before it; nothing for what is not set.
+void appendValue(ByteWriter& values, std::uint64_t time)
+{
+    if (time == 0)
+        return;
+    values.u32(timeType);
+    values.u64(time);
+}
 
-    void add(std::uint32_t id, std::uint64_t time)
-    {
-        if (time == 0)
-            return;
-        begin(id, timeType);
-        m_values.u64(time);
-    }
-    void add(std::uint32_t id, const std::string& utf8)
-    {
-        if (utf8.empty())
-            return;
-        begin(id, textType);
-        m_values.u32(static_cast<std::uint32_t>(utf8.size() + 1));
-        m_values.bytes(std::as_bytes(std::span(utf8)));
-        m_values.zeros(4 - utf8.size() % 4);
-    }
+void appendValue(ByteWriter& values, const std::string& utf8)
+{
+    if (utf8.empty())
+        return;
+    values.u32(textType);
+    values.u32(static_cast<std::uint32_t>(utf8.size() + 1));
+    values.bytes(std::as_bytes(std::span(utf8)));
+    values.zeros(4 - utf8.size() % 4);
+}
 
-    std::vector<std::byte> stream(const FormatId& format) const
-    {
-        constexpr std::uint32_t sectionOffset = 48;
-        ByteWriter stream;
-        stream.u16(0xFFFE);
-        stream.u16(0);
-        stream.u32(0x00020105); // written by a 32-bit Windows program, as all programs say
-        stream.zeros(16);
-        stream.u32(1);
-        stream.bytes(std::as_bytes(std::span(format)));
-        stream.u32(sectionOffset);
-        const auto head = static_cast<std::uint32_t>(8 + m_properties.size() * 8);
-        stream.u32(head + static_cast<std::uint32_t>(m_values.size()));
-        stream.u32(static_cast<std::uint32_t>(m_properties.size()));
-        for (const auto& [id, offset] : m_properties) {
-            stream.u32(id);
-            stream.u32(head + static_cast<std::uint32_t>(offset));
-        }
-        stream.bytes(m_values.view());
-        return stream.take();
+/// A property set stream of one section.
+std::vector<std::byte> propertySet(const FormatId& format, std::uint16_t codePage, const DocumentProperties& properties)
+{
+    constexpr std::uint32_t sectionOffset = 48;
+    std::vector<std::pair<std::uint32_t, std::size_t>> offsets = {{codePageProperty, 0}}; // by id, in the values
+    ByteWriter values;
+    values.u32(shortType);
+    values.u32(codePage);
+    for (const auto& [id, member] : summaryMembers) {
+        const std::size_t offset = values.size();
+        std::visit([&](auto held) { appendValue(values, properties.*held); }, member);
+        if (values.size() > offset)
+            offsets.emplace_back(id, offset);
     }
-
-private:
-    void begin(std::uint32_t id, std::uint16_t type)
-    {
-        m_properties.push_back({id, m_values.size()});
-        m_values.u32(type);
+    ByteWriter stream;
+    stream.u16(0xFFFE);
+    stream.u16(0);
+    stream.u32(0x00020105); // written by a 32-bit Windows program, as all programs say
+    stream.zeros(16);
+    stream.u32(1);
+    stream.bytes(std::as_bytes(std::span(format)));
+    stream.u32(sectionOffset);
+    const auto head = static_cast<std::uint32_t>(8 + offsets.size() * 8);
+    stream.u32(head + static_cast<std::uint32_t>(values.size()));
+    stream.u32(static_cast<std::uint32_t>(offsets.size()));
+    for (const auto& [id, offset] : offsets) {
+        stream.u32(id);
+        stream.u32(head + static_cast<std::uint32_t>(offset));
     }
-
-    std::vector<std::pair<std::uint32_t, std::size_t>> m_properties; ///< id, offset in the values
-    ByteWriter m_values;
-};
+    stream.bytes(values.view());
+    return stream.take();
+}
 
 } // namespace
 
@@ -140,15 +133,12 @@ void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& prop
 std::vector<std::byte> writeSummary(const DocumentProperties& properties)
 {
     const bool isPlain = isAscii(properties.title + properties.author + properties.lastAuthor + properties.application);
-    PropertySetWriter writer(isPlain ? westernCodePage : utf8CodePage);
-    for (const auto& [id, member] : summaryMembers)
-        std::visit([&, number = id](auto held) { writer.add(number, properties.*held); }, member);
-    return writer.stream(summaryFormat);
+    return propertySet(summaryFormat, isPlain ? westernCodePage : utf8CodePage, properties);
 }
 
 std::vector<std::byte> writeDocumentSummary()
 {
-    return PropertySetWriter(westernCodePage).stream(documentSummaryFormat);
+    return propertySet(documentSummaryFormat, westernCodePage, {});
 }
 
 } // namespace wagemill::engine::xls

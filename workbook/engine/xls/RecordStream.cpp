@@ -128,16 +128,11 @@ KeptRecords::KeptRecords(const std::vector<KeptRecord>& records, std::span<const
     std::ranges::stable_sort(m_placed, {}, &Placed::rank);
 }
 
-const KeptRecord* KeptRecords::find(std::uint16_t id) const
+std::span<const std::byte> KeptRecords::data(std::uint16_t id, std::string_view standard) const
 {
     const auto found = std::ranges::find_if(m_placed, [id](const Placed& placed) { return is(placed, id); });
-    return found == m_placed.end() ? nullptr : found->record;
-}
-
-const KeptRecord* KeptRecords::find(std::uint16_t id, std::size_t size) const
-{
-    const KeptRecord* const record = find(id);
-    return record != nullptr && record->data.size() == size ? record : nullptr;
+    const bool isSound = found != m_placed.end() && found->record->data.size() == standard.size();
+    return isSound ? std::span(found->record->data) : std::as_bytes(std::span(standard));
 }
 
 bool KeptRecords::writeAt(std::uint16_t id, RecordWriter& target)

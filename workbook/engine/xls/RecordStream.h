@@ -138,10 +138,8 @@ class KeptRecords {
 public:
     /// ranks  of the records that have a place of their own, ascending; must outlive this
     KeptRecords(const std::vector<KeptRecord>& records, std::span<const ById<int>> ranks);
-    /// The first record of that number, none where none was kept.
-    const KeptRecord* find(std::uint16_t id) const;
-    /// The same, where it has that many bytes.
-    const KeptRecord* find(std::uint16_t id, std::size_t size) const;
+    /// The data of the first record of that number; the standard ones where none of that size was kept.
+    std::span<const std::byte> data(std::uint16_t id, std::string_view standard) const;
     /// Writes what comes before the place of record `id`.
     void writeBefore(std::uint16_t id, RecordWriter& target) { writeUpTo(rankOf(id), target); }
     /// Writes the records of number `id`, and those that follow them. False when there is none.

@@ -1,12 +1,11 @@
-#include "workbook/engine/OperandClasses.h"
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/SheetRecords.h"
 #include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -23,13 +22,9 @@ struct SharedFormula {
     std::span<const std::byte> trailing;
 };
 
-/// The 8 bytes of a formula's result ([MS-XLS] 2.5.133 FormulaValue). A text follows in a record of its own.
-struct FormulaResult {
-    CellValue value;
-    bool textFollows = false;
-};
-
-FormulaResult readFormulaResult(std::span<const std::byte> bytes)
+/// The 8 bytes of a formula's result ([MS-XLS] 2.5.133 FormulaValue); nothing for a text, which follows in a record of
+/// its own.
+std::optional<CellValue> readFormulaResult(std::span<const std::byte> bytes)
 {
     ByteReader reader(bytes);
     const std::uint8_t kind = reader.u8();
@@ -37,16 +32,16 @@ FormulaResult readFormulaResult(std::span<const std::byte> bytes)
     const std::uint8_t code = reader.u8();
     reader.skip(3);
     if (reader.u16() != 0xFFFF)
-        return {numberValue(ByteReader(bytes).real())};
+        return numberValue(ByteReader(bytes).real());
     switch (kind) {
     case 0:
-        return {std::string(), true};
+        return std::nullopt;
     case 1:
-        return {code != 0};
+        return code != 0;
     case 2:
-        return {errorOfCode(code)};
+        return errorOfCode(code);
     default:
-        return {std::string()};
+        return std::string();
     }
 }
 
@@ -274,15 +269,15 @@ private:
             reader = ByteReader(joined);
         }
         const CellHead head = readHead(reader);
-        FormulaResult result = readFormulaResult(reader.bytes(8));
+        const std::optional<CellValue> result = readFormulaResult(reader.bytes(8));
         reader.skip(6);
         const std::size_t size = reader.u16();
-        Cell& cell = put(head, std::move(result.value));
+        Cell& cell = put(head, result.value_or(std::string()));
         m_formulaCell = {head.row, head.column};
-        m_textFollows = result.textFollows;
+        m_textFollows = !result;
         const auto tokens = reader.bytes(size);
         if (const auto base = sharedBase(tokens)) {
-            m_parts.push_back({m_formulaCell, *base});
+            m_parts.emplace_back(m_formulaCell, *base);
             cell.formula = m_unresolved;
         } else {
             setFormula(cell, {{}, tokens, reader.rest()}, m_formulaCell);
@@ -318,8 +313,7 @@ private:
         if (cell == nullptr)
             return;
         m_textFollows = false;
-        std::string text = readLongString(m_record);
-        cell->value = std::move(text);
+        cell->value = readLongString(m_record);
     }
 
     static CellRect readArea(ByteReader& reader)
@@ -371,18 +365,18 @@ private:
     /// Gives every cell of a shared formula one of its own, and those of array formulas and data tables theirs.
     void resolveParts()
     {
-        for (const Part& part : m_parts) {
-            Cell* const cell = m_sheet.find(part.cell);
+        for (const auto& [address, base] : m_parts) {
+            Cell* const cell = m_sheet.find(address);
             if (cell == nullptr || cell->formula != m_unresolved)
                 continue; // another cell took its place
-            const auto shared = m_sharedFormulas.find(part.base);
-            if (shared != m_sharedFormulas.end() && shared->second.area.contains(part.cell))
-                expand(*cell, shared->second, part.cell);
-            else if (const auto array = m_arrays.find(part.base);
-                     array != m_arrays.end() && array->second.area->cells.contains(part.cell))
+            const auto shared = m_sharedFormulas.find(base);
+            if (shared != m_sharedFormulas.end() && shared->second.area.contains(address))
+                expand(*cell, shared->second, address);
+            else if (const auto array = m_arrays.find(base);
+                     array != m_arrays.end() && array->second.area->cells.contains(address))
                 std::tie(cell->array, cell->formula) = std::tie(array->second.area, array->second.formula);
             else
-                dropFormula(*cell, part.cell);
+                dropFormula(*cell, address);
         }
     }
 
@@ -505,11 +499,6 @@ private:
         std::shared_ptr<const Formula> formula;
     };
 
-    struct Part {
-        CellAddress cell;
-        CellAddress base;
-    };
-
     RecordReader m_records;
     Record m_record; ///< the present one
     ReadContext& m_context;
@@ -520,7 +509,8 @@ private:
     bool m_textFollows = false;
     std::map<CellAddress, SharedFormula> m_sharedFormulas;
     std::map<CellAddress, ArrayFormula> m_arrays;
-    std::vector<Part> m_parts; ///< cells that only point at another's formula, with m_unresolved for the time being
+    /// Cells that only point at the formula of another, the second one; they have m_unresolved for the time being.
+    std::vector<std::pair<CellAddress, CellAddress>> m_parts;
     std::shared_ptr<const Formula> m_unresolved = std::make_shared<const Formula>();
     bool m_hasWindow = false;
 };

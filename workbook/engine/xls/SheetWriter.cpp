@@ -1,6 +1,4 @@
-#include "workbook/engine/xls/BiffRecords.h"
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/PrintRecords.h"
 #include "workbook/engine/xls/SheetRecords.h"
 #include "workbook/engine/xls/Substreams.h"
 
@@ -21,9 +19,9 @@ constexpr std::size_t maxMergedInRecord = 1026;
 constexpr std::size_t pageBreakZoomOffset = 10;
 constexpr std::size_t zoomOffset = 12;
 constexpr std::uint16_t frozenFlags = 0x0108;
-constexpr std::uint16_t newSheetSettings = 0x04C1; ///< automatic outlines
+constexpr auto newSheetSettings = "\xC1\x04"sv; ///< automatic outlines
 constexpr std::uint16_t activeFlags = 0x0600;
-constexpr auto standardWindow = "\xB6\x00\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
+constexpr auto standardWindow = "\xBE\x01\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
 
 /// The cell that holds the array formula or data table of the area for all its cells.
 CellAddress baseOf(const ArrayArea& array)
@@ -102,31 +100,21 @@ public:
 
     void writeDefaultRowHeight()
     {
-        const KeptRecord* const kept = m_kept.find(record::defaultRowHeight, 4);
-        m_target.writeU16(record::defaultRowHeight, kept == nullptr ? 0 : ByteReader(kept->data).u16(),
-                          m_sheet.defaultRowHeightTwips);
+        const std::uint16_t flags = ByteReader(m_kept.data(record::defaultRowHeight, "\0\0\0\0"sv)).u16();
+        m_target.writeU16(record::defaultRowHeight, flags, m_sheet.defaultRowHeightTwips);
     }
 
     void writeSheetSettings()
     {
-        const KeptRecord* const kept = m_kept.find(record::sheetSettings, 2);
-        const unsigned flags = kept == nullptr ? newSheetSettings : ByteReader(kept->data).u16();
+        const unsigned flags = ByteReader(m_kept.data(record::sheetSettings, newSheetSettings)).u16();
         m_target.writeU16(record::sheetSettings,
                           m_sheet.print.fitToPages ? flags | fitToPagesFlag : flags & ~unsigned{fitToPagesFlag});
     }
 
-    void writePrintMarks() { writePrintRecords({record::printHeadings, record::printGridLines}); }
-    void writeBreaks() { writePrintRecords({record::rowBreaks, record::columnBreaks}); }
-    void writeMargins()
+    template <std::uint16_t id>
+    void writePrint()
     {
-        writePrintRecords({record::header, record::footer, record::centerHorizontally, record::centerVertically,
-                           record::leftMargin, record::rightMargin, record::topMargin, record::bottomMargin});
-    }
-    void writeSetup() { writePrintRecords({record::pageSetup}); }
-    void writePrintRecords(std::initializer_list<std::uint16_t> ids)
-    {
-        for (const std::uint16_t id : ids)
-            writePrintRecord(m_target, id, m_sheet.print);
+        writePrintRecord(m_target, id, m_sheet.print);
     }
 
     void writeIterationTurns() { m_target.writeU16(record::iterationTurns, m_book.iteration.maxTurns); }
@@ -376,26 +364,19 @@ public:
 
     void writeWindow()
     {
-        const KeptRecord* const kept = m_kept.find(record::window2, window2Size);
-        const auto bytes =
-            kept != nullptr ? std::span<const std::byte>(kept->data) : std::as_bytes(std::span(standardWindow));
+        const auto bytes = m_kept.data(record::window2, standardWindow);
         unsigned flags = ByteReader(bytes).u16() & ~(activeFlags | gridLinesFlag);
         if (!m_sheet.panes)
             flags &= ~unsigned{frozenFlags};
-        else if (kept == nullptr)
-            flags |= frozenFlags;
         flags |= (m_isActive ? activeFlags : 0U) | (m_sheet.showGridLines ? gridLinesFlag : 0U);
         ByteWriter& data = m_target.begin(record::window2);
         const std::size_t start = data.size();
         data.bytes(bytes);
         putU16(data.view(), start, static_cast<std::uint16_t>(flags));
         for (const std::size_t zoom : {start + pageBreakZoomOffset, start + zoomOffset})
-            if (!isZoom(ByteReader(data.view(), zoom).u16()))
-                putU16(data.view(), zoom, 0);
+            if (const unsigned percent = ByteReader(data.view(), zoom).u16(); percent < 10 || percent > 400)
+                putU16(data.view(), zoom, 0); // the usual size
     }
-
-    /// Percent; 0 is the usual size.
-    static bool isZoom(std::uint16_t percent) { return percent >= 10 && percent <= 400; }
 
     void writePanes()
     {
@@ -467,19 +448,25 @@ constexpr auto sheetPlaces = std::to_array<Place<SheetWriter>>({
     {record::iteration, &SheetWriter::writeIteration},
     {record::iterationChange, &SheetWriter::writeIterationChange},
     {0x005F, "\1\0"sv}, // CALCSAVERECALC
-    {record::printHeadings, &SheetWriter::writePrintMarks},
-    {0x002B}, // PRINTGRID
+    {record::printHeadings, &SheetWriter::writePrint<record::printHeadings>},
+    {record::printGridLines, &SheetWriter::writePrint<record::printGridLines>},
     {0x0082, "\1\0"sv}, // GRIDSET
     {record::gutters, &SheetWriter::writeGutters},
     {record::defaultRowHeight, &SheetWriter::writeDefaultRowHeight},
     {record::sheetSettings, &SheetWriter::writeSheetSettings},
     {0x0097}, {0x0098}, // SYNC LPR
-    {record::rowBreaks, &SheetWriter::writeBreaks},
-    {0x001A}, // VERTICALPAGEBREAKS
-    {record::header, &SheetWriter::writeMargins},
-    {0x0015}, {0x0083}, {0x0084}, {0x0026}, {0x0027}, // FOOTER HCENTER VCENTER LEFTMARGIN RIGHTMARGIN
-    {0x0028}, {0x0029}, {0x004D}, // TOPMARGIN BOTTOMMARGIN PLS
-    {record::pageSetup, &SheetWriter::writeSetup},
+    {record::rowBreaks, &SheetWriter::writePrint<record::rowBreaks>},
+    {record::columnBreaks, &SheetWriter::writePrint<record::columnBreaks>},
+    {record::header, &SheetWriter::writePrint<record::header>},
+    {record::footer, &SheetWriter::writePrint<record::footer>},
+    {record::centerHorizontally, &SheetWriter::writePrint<record::centerHorizontally>},
+    {record::centerVertically, &SheetWriter::writePrint<record::centerVertically>},
+    {record::leftMargin, &SheetWriter::writePrint<record::leftMargin>},
+    {record::rightMargin, &SheetWriter::writePrint<record::rightMargin>},
+    {record::topMargin, &SheetWriter::writePrint<record::topMargin>},
+    {record::bottomMargin, &SheetWriter::writePrint<record::bottomMargin>},
+    {0x004D}, // PLS
+    {record::pageSetup, &SheetWriter::writePrint<record::pageSetup>},
     {0x089C}, {0x00E9}, {0x0418}, {0x043C, Order::Mixed}, // HEADERFOOTER BKHIM BIGNAME CONTINUEBIGNAME
     {0x0019}, {0x0012}, {0x00DD}, {0x0063}, // WINPROTECT PROTECT SCENARIOPROTECT OBJPROTECT
     {0x0013}, // PASSWORD

@@ -58,11 +58,6 @@ auto bordersOf(auto& format)
     return std::array{&format.left, &format.right, &format.top, &format.bottom, &format.diagonal};
 }
 
-bool isUnderline(std::uint8_t underline)
-{
-    return underline <= 2 || underline == 0x21 || underline == 0x22;
-}
-
 std::string shortenedFontName(const std::string& name)
 {
     std::u16string units = toUtf16(name);
@@ -95,7 +90,7 @@ Font readFont(ByteReader& source)
         font.color = automaticFontColor;
     if (font.superSubscript > 2)
         font.superSubscript = 0;
-    if (!isUnderline(font.underline))
+    if (font.underline > 2 && font.underline != 0x21 && font.underline != 0x22)
         font.underline = 0;
     if (font.family > 5)
         font.family = 0;

@@ -99,6 +99,12 @@ void readGlobals(std::span<const std::byte> stream, ReadContext& context);
 /// kept record is its BOF. Throws DamagedFile.
 void readSheet(std::span<const std::byte> stream, std::size_t offset, ReadContext& context, Sheet& sheet);
 
+/// Reads a record of the print set-up into `setup`; one that is damaged changes nothing. False for any other record.
+bool readPrintRecord(const Record& record, PrintSetup& setup);
+
+/// Writes the record of that number, which is one of the print set-up; none for breaks where there are none.
+void writePrintRecord(RecordWriter& target, std::uint16_t id, const PrintSetup& setup);
+
 /// The indices of the texts of a sheet's cells, row by row, taken into the table of shared strings.
 /// Throws EngineError that names the cell when a text is too long.
 std::vector<std::uint32_t> collectStrings(const Sheet& sheet, SharedStringTable& strings);
