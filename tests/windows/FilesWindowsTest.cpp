@@ -104,7 +104,6 @@ TEST_F(FilesWindowsTest, GoAlsoWhenTheyMayOnlyBeRead)
     ASSERT_TRUE(::SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY));
     deleteFileQuietly(file);
     EXPECT_FALSE(fileExists(file));
-    deleteFileQuietly(file); // nothing there is nobody's failure
     deleteFileQuietly(folder);
     EXPECT_TRUE(fileExists(folder));
 }

@@ -93,9 +93,9 @@ def expect(condition, what):
 
 def blue_pixels(picture):
     """How much of the picture is of the stub's darkest colour."""
-    white_where_blue = ("-fuzz", "2%", "-fill", "white", "-opaque", STUB_BLUE, "-fill", "black", "+opaque", "white")
     # The stub's paper is white as well, so it becomes black first.
-    done = subprocess.run(["convert", picture, "-fill", "black", "-opaque", "white", *white_where_blue,
+    done = subprocess.run(["convert", picture, "-fill", "black", "-opaque", "white", "-fuzz", "2%", "-fill", "white",
+                           "-opaque", STUB_BLUE, "-fill", "black", "+opaque", "white",
                            "-format", "%[fx:round(mean*w*h)]", "info:"], check=True, capture_output=True, text=True)
     return int(float(done.stdout))
 
@@ -232,8 +232,7 @@ def installs_starts_and_removes(windows):
     expect(os.path.exists(os.path.join(folder, "HAND-M.CUR")) and uninstall_entry(), "it was removed while it ran")
     desktop.key("alt+F4")
     desktop.wait_for(lambda: not desktop.is_shown(TITLE), "the program to end")
-    with open(os.path.join(folder, "mine.txt"), "w", encoding="utf-8"):
-        pass
+    open(os.path.join(folder, "mine.txt"), "w").close()
     desktop.must_run(setups[0], "/S")  # over the version that is there
     expect(uninstall_entry(), "there is no uninstall entry after the upgrade")
     os.remove(os.path.join(folder, "mine.txt"))  # fails if the upgrade took what is not its own

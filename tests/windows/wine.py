@@ -62,15 +62,13 @@ class WineDesktop(Desktop):
     def run(self, program, *arguments, seconds=60):
         """Runs a program to its end. Answers its exit code and what it wrote."""
         done = subprocess.run(["wine", program, *arguments], env=self.environment, timeout=seconds, encoding="utf-8",
-                              errors="replace",
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+                              errors="replace", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         return done.returncode, done.stdout.replace("\r\n", "\n")
 
     def must_run(self, program, *arguments):
         code, output = self.run(program, *arguments)
         if code:
             raise StepFailed(f"{program} {' '.join(arguments)} ended with {code}: {output}")
-        return output
 
     def register_automation_server(self, program):
         """The program answers to "Excel.Application" from now on, until this is called with None."""
@@ -83,8 +81,7 @@ class WineDesktop(Desktop):
 
     def size_of(self, window):
         """Width and height of a window, without its frame."""
-        lines = self._xdotool("getwindowgeometry", "--shell", window).splitlines()
-        values = dict(line.split("=") for line in lines)
+        values = dict(line.split("=") for line in self._xdotool("getwindowgeometry", "--shell", window).splitlines())
         return int(values["WIDTH"]), int(values["HEIGHT"])
 
     def click_in(self, window, x, y):

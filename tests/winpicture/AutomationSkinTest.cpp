@@ -13,19 +13,6 @@
 
 namespace wagemill {
 
-namespace {
-
-std::string failureOf(void (*call)(SkinningControl&), HRESULT result, const wchar_t* description)
-{
-    test::FakeDispatch control;
-    control.callResult = result;
-    control.exception.bstrDescription = ::SysAllocString(description);
-    AutomationSkin skin{automation::Dispatch(&control)};
-    return test::failureOf([&] { call(skin); });
-}
-
-} // namespace
-
 TEST(AutomationSkin, CallsTheMembersByIdentifierWithTheirOwnTypesAndReleasesTheControl)
 {
     test::FakeDispatch control;
@@ -49,6 +36,13 @@ TEST(AutomationSkin, CallsTheMembersByIdentifierWithTheirOwnTypesAndReleasesTheC
 
 TEST(AutomationSkin, FailsInTheControlsOwnWordsElseInTheSystems)
 {
+    const auto failureOf = [](auto&& call, HRESULT result, const wchar_t* description) {
+        test::FakeDispatch control;
+        control.callResult = result;
+        control.exception.bstrDescription = ::SysAllocString(description);
+        AutomationSkin skin{automation::Dispatch(&control)};
+        return test::failureOf([&] { call(skin); });
+    };
     EXPECT_EQ(failureOf([](auto& on) { on.loadSkin("C:/x/o.cjs"); }, DISP_E_EXCEPTION, L"It is of a later version."),
               "Cannot use the skin file \"C:/x/o.cjs\": It is of a later version.");
     for (const HRESULT status : {E_OUTOFMEMORY, DISP_E_EXCEPTION})
