@@ -102,6 +102,18 @@ def expect_all_on_screen(screen, width, height):
                f"\"{control.name}\" is not whole on the screen: {box.x}, {box.y}, {box.width} x {box.height}")
 
 
+def survives_a_curious_screen_reader(program):
+    """Windows and scroll bars come and go while everything is asked for its children, and for one beyond the last."""
+    with Desktop(size="800x480") as desktop:
+        guide = Guide(desktop, program)
+        for walk in range(1000 if os.environ.get("WAGEMILL_LONG") == "1" else 12):
+            if walk % 2 == 0:
+                desktop.key("alt+s" if walk % 4 == 0 else "alt+b")
+            for control in guide.screen.walk():
+                control.getChildAtIndex(control.childCount)
+            expect(guide.process.poll() is None, f"the program ended while it was looked at: {guide.process.poll()}")
+
+
 def stores_what_a_lock_kept_waiting(program):
     with Desktop() as desktop:
         guide = Guide(desktop, program)
@@ -130,4 +142,4 @@ def stores_what_a_lock_kept_waiting(program):
 
 
 CITIZEN_SCENARIOS = (names_every_control_for_a_screen_reader, needs_no_mouse, pays_twenty_five_employees,
-                     fits_a_small_screen, stores_what_a_lock_kept_waiting)
+                     fits_a_small_screen, survives_a_curious_screen_reader, stores_what_a_lock_kept_waiting)

@@ -17,7 +17,7 @@ class Screen:
         return self.desktop.wait_for(lambda: next(self.all(role, name), None), f"the {role} \"{name}\"", seconds)
 
     def all(self, role=None, name=None):
-        for control in self._walk(self.pyatspi.Registry.getDesktop(0)):
+        for control in self.walk():
             try:
                 if (role in (None, control.getRoleName()) and name in (None, control.name)
                         and control.getState().contains(self.pyatspi.STATE_SHOWING)):
@@ -49,6 +49,10 @@ class Screen:
         """The text of the field that is labelled so."""
         self.find("text", name)
         return self.texts(name)[0]
+
+    def walk(self):
+        """Everything that is there, shown or not."""
+        return self._walk(self.pyatspi.Registry.getDesktop(0))
 
     def _walk(self, control):
         try:

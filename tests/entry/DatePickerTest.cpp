@@ -6,12 +6,14 @@
 #include <QDate>
 #include <QLabel>
 #include <QLocale>
+#include <QRegularExpression>
 #include <QTableView>
 #include <QToolButton>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <functional>
+#include <random>
 #include <tuple>
 #include <utility>
 
@@ -93,6 +95,74 @@ TEST_F(DatePickerTest, ReadsWholeTextsAndRefusesOthers)
             EXPECT_EQ(said().starts_with("\"" + typed.toStdString() + "\""), day.empty()) << typed.toStdString();
         }
     }
+}
+
+/// Digits as 0 to 9, and whether such texts are that day, in that order ("Mdy") or year, month, day.
+QString plainDigits(QString text)
+{
+    for (QChar& sign : text)
+        sign = sign.digitValue() < 0 ? sign : QChar('0' + sign.digitValue());
+    return text;
+}
+
+QRegularExpression waysToType(const std::string& day, const QString& order)
+{
+    const QDate date = QDate::fromString(QString::fromStdString(day), Qt::ISODate);
+    const QString year = date.toString("yyyy");
+    QStringList parts;
+    for (const QChar part : order)
+        parts += part == 'y' ? "(?:" + year.left(2) + ")?" + year.right(2)
+                             : "0?" + QString::number(part == 'M' ? date.month() : date.day());
+    const QString yearFirst = date.toString("yyyy\\D*0?M\\D*0?d");
+    return QRegularExpression("^\\D*(?:" + parts.join("\\D*") + "|" + yearFirst + ")\\D*$");
+}
+
+TEST_F(DatePickerTest, HoldsAfterAnyTypingADateThatWasTypedInFullOrTheOneBefore)
+{
+#ifdef NDEBUG
+    constexpr int typings = 1250;
+#else
+    constexpr int typings = 250; // a slow build samples
+#endif
+    const std::pair<const char*, const char*> regions[] = {{"en_US", "Mdy"}, {"en_GB", "dMy"}, {"de_DE", "dMy"},
+                                                           {"fr_FR", "dMy"}, {"sv_SE", "yMd"}, {"ja_JP", "yMd"},
+                                                           {"ar_EG", "dMy"}, {"fa_IR", "yMd"}};
+    const Qt::Key edits[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_Backspace, Qt::Key_Delete};
+    std::mt19937 random(20260315); // NOLINT(cert-msc51-cpp): the same typings every time
+    const auto number = [&random](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+    int taken = 0;
+    for (const auto& [region, order] : regions) {
+        openIn(region);
+        QLocale locale(region);
+        locale.setNumberOptions(QLocale::OmitGroupSeparator);
+        const auto digits = [&](int value) {
+            return number(0, 1) == 0 ? locale.toString(value) : QString::number(value).rightJustified(2, '0');
+        };
+        for (int typing = 0; typing < typings; ++typing) {
+            QStringList parts = {digits(number(0, 32)), digits(number(0, 13)),
+                                 digits(number(0, 1) == 0 ? number(0, 110) : number(1590, 2100))};
+            std::ranges::shuffle(parts, random);
+            QString typed = parts.join(QStringList{"/", "-", ".", " ", ""}[number(0, 4)]);
+            if (number(0, 3) == 0)
+                typed.insert(number(0, static_cast<int>(typed.size())), QStringLiteral("/-. x7")[number(0, 5)]);
+            const std::string before = held();
+            enter();
+            QStringList shown;
+            for (const QChar sign : typed) {
+                pressSign(sign);
+                shown += plainDigits(date->text());
+                if (number(0, 9) == 0)
+                    press(edits[number(0, 5)]);
+                shown += plainDigits(date->text());
+            }
+            pressTab();
+            const std::string after = held();
+            taken += after == before ? 0 : 1;
+            EXPECT_TRUE(after == before || shown.indexOf(waysToType(after, order)) >= 0)
+                << region << " typed " << typed.toStdString() << " over " << before << ": " << after;
+        }
+    }
+    EXPECT_GT(taken, typings); // of eight times as many
 }
 
 TEST_F(DatePickerTest, StoresAWholeDateAtOnceAndNeverHalfOfOne)
