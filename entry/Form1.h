@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/base/text/DateText.h"
-#include "app/base/text/RegionalFormats.h"
 #include "app/look/Look.h"
 #include "app/look/WindowPointer.h"
 #include "entry/EntryMetrics.h"

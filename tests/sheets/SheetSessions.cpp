@@ -6,6 +6,7 @@
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/text/NumberFormat.h"
+#include "workbook/engine/text/TypedText.h"
 
 #include <gtest/gtest.h>
 

@@ -3,6 +3,7 @@
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Operators.h"
+#include "workbook/engine/text/TypedText.h"
 
 namespace wagemill::engine {
 

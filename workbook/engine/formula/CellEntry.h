@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/base/text/DateText.h"
 #include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/Book.h"
-#include "workbook/engine/text/TypedText.h"
 
 #include <string_view>
 

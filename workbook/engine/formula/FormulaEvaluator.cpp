@@ -1,6 +1,5 @@
 #include "workbook/engine/formula/FormulaEvaluator.h"
 
-#include "app/base/text/LetterCase.h"
 #include "workbook/engine/FunctionTable.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"

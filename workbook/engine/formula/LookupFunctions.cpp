@@ -1,6 +1,6 @@
+#include "workbook/engine/formula/Coercion.h"
 #include "workbook/engine/formula/Criterion.h"
 #include "workbook/engine/formula/FormulaFunctions.h"
-#include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"
 
 #include <array>
