@@ -1,6 +1,6 @@
 #include "app/base/Files.h"
 #include "resources/TemplateDescription.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <cstdlib>
 #include <exception>

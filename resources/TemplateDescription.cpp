@@ -141,7 +141,6 @@ public:
         if (entry == palette.end()) {
             entry = palette.begin() + (m_nextColor++ - firstPaletteColor);
             *entry = wanted;
-            m_styles.ownPalette = true;
         }
         m_colors[name] = static_cast<ColorIndex>(entry - palette.begin() + firstPaletteColor);
     }

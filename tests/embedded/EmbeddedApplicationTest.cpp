@@ -4,7 +4,7 @@
 #include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/engine/text/NumberFormat.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,7 @@
 #include "drawing/DrawingFile.h"
 #include "resources/CustomResource.h"
 #include "workbook/engine/Book.h"
-#include "workbook/engine/xls/BiffReader.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <algorithm>
 #include <array>

@@ -9,8 +9,7 @@
 #include "tests/support/EmbeddedBuilds.h"
 #include "tests/workbook/BuildCases.h"
 #include "workbook/engine/text/NumberFormat.h"
-#include "workbook/engine/xls/BiffReader.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 #include "workbook/printing/SavedSheet.h"
 
 #include <QApplication>

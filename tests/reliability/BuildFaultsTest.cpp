@@ -6,7 +6,7 @@
 #include "tests/support/RecordedWindows.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/PayrollBuild.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <gtest/gtest.h>
 

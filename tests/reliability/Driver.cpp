@@ -14,7 +14,7 @@
 #include "resources/CustomResource.h"
 #include "settings/Settings.h"
 #include "tests/support/RecordedWindows.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <QApplication>
 #include <QLineEdit>

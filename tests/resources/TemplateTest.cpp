@@ -3,7 +3,7 @@
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <QRegularExpression>
 #include <QString>

@@ -2,7 +2,7 @@
 
 #include "app/base/Files.h"
 #include "tests/support/TemporaryFolder.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "workbook/engine/formula/Recalculation.h"
-#include "workbook/engine/xls/BiffReader.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <cmath>
 #include <cstddef>

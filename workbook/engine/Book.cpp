@@ -9,9 +9,9 @@ namespace wagemill::engine {
 
 Sheet& Book::addSheet(std::string_view name)
 {
-    const std::size_t length = characterCount(name);
-    if (length < 1 || length > 31 || name.find_first_of("\\/?*[]:") != std::string_view::npos || name.front() == '\'' ||
-        name.back() == '\'')
+    const std::size_t length = utf16Length(name);
+    if (length < 1 || length > maxSheetName || name.find_first_of("\\/?*[]:") != std::string_view::npos ||
+        name.front() == '\'' || name.back() == '\'')
         throw EngineError("\"" + std::string(name) + "\" cannot be the name of a sheet.");
     if (sheetIndex(name))
         throw EngineError("There is already a sheet named \"" + std::string(name) + "\".");

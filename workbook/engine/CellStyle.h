@@ -131,8 +131,7 @@ public:
     std::vector<Font> fonts;
     std::map<std::uint16_t, std::string> numberFormats; ///< codes written in the file, by identifier
     std::vector<CellFormat> formats;
-    std::array<Rgb, 56> palette = standardPalette();
-    bool ownPalette = false; ///< the palette differs from the standard one and is written to the file
+    std::array<Rgb, 56> palette = standardPalette(); ///< written to the file where it differs
 
     /// The code of a number format, from the file or built in.
     std::string_view numberFormatCode(std::uint16_t identifier) const;

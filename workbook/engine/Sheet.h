@@ -75,7 +75,7 @@ struct ColumnRun {
     bool operator==(const ColumnRun&) const = default;
 };
 
-/// Where the user is in a sheet.
+/// Where the user is in a sheet: the active cell is in the area, and both are inside the sheet.
 struct SheetSelection {
     CellAddress active;
     CellRect area;
@@ -136,10 +136,12 @@ struct PrintSetup {
     bool operator==(const PrintSetup&) const = default;
 };
 
+inline constexpr std::size_t maxSheetName = 31; ///< UTF-16 units
+
 /// One worksheet: cells by row, widths, heights, merged areas, selection, and what the file held besides.
 class Sheet {
 public:
-    std::string name; ///< 1 to 31 characters
+    std::string name;
     bool hidden = false;
     bool veryHidden = false;        ///< a hidden one that the application does not offer to show
     bool isFiltered = false;        ///< a filter hides rows

@@ -2,7 +2,7 @@
 
 #include "app/base/Files.h"
 #include "workbook/engine/picture/SheetPages.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <memory>
 

@@ -2,7 +2,7 @@
 
 #include "app/base/Files.h"
 #include "workbook/engine/text/NumberFormat.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "workbook/engine/xls/BiffReader.h"
-#include "workbook/engine/xls/BiffWriter.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <algorithm>
 #include <memory>

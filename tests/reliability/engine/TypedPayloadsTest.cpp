@@ -7,7 +7,7 @@
 #include "tests/support/RecordedMessages.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/BuildCases.h"
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

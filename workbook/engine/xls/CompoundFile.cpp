@@ -27,7 +27,6 @@ constexpr std::size_t linkSize = 4;
 constexpr std::size_t linksPerSector = writtenSectorSize / linkSize;
 constexpr std::size_t directoryEntrySize = 128;
 constexpr std::size_t headerFatSectors = 109;
-constexpr std::size_t maxNameUnits = 31;
 constexpr std::size_t maxNameBytes = 64; // with the zero at its end
 constexpr std::size_t maxWrittenFile = 0x7FFFFFFF;
 constexpr std::size_t maxEntries = 10000;
@@ -61,16 +60,12 @@ void headerFields(auto form, auto& header)
 {
     form.u64(header.signature);
     form.zeros(16);
-    for (auto* const number :
-         {&header.minorVersion, &header.majorVersion, &header.byteOrder, &header.sectorShift, &header.miniSectorShift})
-        form.u16(*number);
+    form.u16(header.minorVersion, header.majorVersion, header.byteOrder, header.sectorShift, header.miniSectorShift);
     form.zeros(10);
-    form.u32(header.fatSectors);
-    form.u32(header.firstDirectorySector);
+    form.u32(header.fatSectors, header.firstDirectorySector);
     form.zeros(4);
-    for (auto* const number : {&header.miniStreamCutoff, &header.firstMiniFatSector, &header.miniFatSectors,
-                               &header.firstDifatSector, &header.difatSectors})
-        form.u32(*number);
+    form.u32(header.miniStreamCutoff, header.firstMiniFatSector, header.miniFatSectors, header.firstDifatSector,
+             header.difatSectors);
     for (auto& sector : header.listedFatSectors)
         form.u32(sector);
 }
@@ -93,11 +88,8 @@ void directoryFields(auto form, auto& entry)
     for (auto& unit : entry.units)
         form.u16(unit);
     form.u16(entry.nameBytes);
-    form.u8(entry.type);
-    form.u8(entry.black);
-    form.u32(entry.left);
-    form.u32(entry.right);
-    form.u32(entry.child);
+    form.u8(entry.type, entry.black);
+    form.u32(entry.left, entry.right, entry.child);
     for (auto& byte : entry.classId)
         form.u8(byte);
     form.zeros(20);
@@ -343,16 +335,10 @@ public:
 private:
     void append(const KeptStream& entry, std::map<std::vector<std::string>, std::uint32_t>& storages)
     {
-        const std::u16string name = toUtf16(entry.path.empty() ? std::string_view() : entry.path.back());
-        if (name.empty() || name.size() > maxNameUnits)
-            throw EngineError("A part of the workbook has a name that a file cannot hold.");
-        const auto parent = storages.find({entry.path.begin(), entry.path.end() - 1});
-        if (parent == storages.end())
-            throw EngineError("The part \"" + entry.path.back() +
-                              "\" of the workbook lies in a storage that is missing.");
         const auto index = static_cast<std::uint32_t>(m_nodes.size());
-        m_nodes[parent->second].children.push_back(index);
-        m_nodes.emplace_back(name, entry.isStorage ? EntryType::Storage : EntryType::Stream, entry.data);
+        m_nodes[storages.at({entry.path.begin(), entry.path.end() - 1})].children.push_back(index);
+        m_nodes.emplace_back(toUtf16(entry.path.back()), entry.isStorage ? EntryType::Storage : EntryType::Stream,
+                             entry.data);
         if (entry.isStorage)
             storages.emplace(entry.path, index);
     }

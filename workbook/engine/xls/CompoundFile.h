@@ -19,8 +19,8 @@ inline constexpr std::size_t miniStreamCutoff = 4096;
 /// claim. Throws DamagedFile when a sector chain, a size or the directory is not consistent.
 std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes);
 
-/// The bytes of a compound file of version 3 with these streams and storages, a storage before what it holds.
-/// Throws EngineError when they need more than 2 GB, or a name is not allowed or occurs twice.
+/// The bytes of a compound file of version 3 with these streams and storages, a storage before what it holds. A name
+/// has 1 to 31 UTF-16 units. Throws EngineError when they need more than 2 GB, or a name occurs twice.
 std::vector<std::byte> writeCompoundFile(std::span<const KeptStream> entries);
 
 } // namespace wagemill::engine::xls

@@ -116,17 +116,11 @@ public:
                 m_target.write(kept);
     }
 
-    void writeOwnPalette()
-    {
-        if (m_book.styles.ownPalette)
-            writePalette(m_target, m_book.styles);
-    }
+    void writeOwnPalette() { writePalette(m_target, m_book.styles); }
 
     void writeBoundSheets()
     {
         for (const auto& sheet : m_book.sheets) {
-            if (toUtf16(sheet->name).size() > maxSheetName)
-                throw EngineError("The name of the sheet \"" + sheet->name + "\" is longer than 31 characters.");
             ByteWriter& data = m_target.begin(record::boundSheet);
             m_sheetOffsets.push_back(data.size());
             data.u32(0);
@@ -214,8 +208,6 @@ public:
         const bool isBuiltIn = builtIn != builtInNames.end();
         const auto code = static_cast<char>(builtIn - builtInNames.begin());
         const Characters characters(isBuiltIn ? std::string_view(&code, 1) : std::string_view(name.name));
-        if (characters.count < 1 || characters.count > 255)
-            throw EngineError("The name \"" + name.name + "\" is empty or longer than 255 characters.");
         ByteWriter tokens;
         ByteWriter trailing;
         writeFormula(name.formula, tokens, trailing);

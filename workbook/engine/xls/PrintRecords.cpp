@@ -34,9 +34,8 @@ constexpr std::uint16_t ownFirstPageFlag = 0x0080;
 
 void setupFields(auto form, auto& setup, auto& flags)
 {
-    for (auto* const number : {&setup.paper, &setup.scalePercent, &setup.firstPage, &setup.pagesWide, &setup.pagesHigh,
-                               &flags, &setup.horizontalResolution, &setup.verticalResolution})
-        form.u16(*number);
+    form.u16(setup.paper, setup.scalePercent, setup.firstPage, setup.pagesWide, setup.pagesHigh, flags,
+             setup.horizontalResolution, setup.verticalResolution);
     form.real(setup.headerMargin);
     form.real(setup.footerMargin);
     form.u16(setup.copies);
@@ -44,8 +43,7 @@ void setupFields(auto form, auto& setup, auto& flags)
 
 void pageBreakFields(auto form, auto& pageBreak)
 {
-    for (auto* const number : {&pageBreak.at, &pageBreak.first, &pageBreak.last})
-        form.u16(*number);
+    form.u16(pageBreak.at, pageBreak.first, pageBreak.last);
 }
 
 bool isMargin(double inches)

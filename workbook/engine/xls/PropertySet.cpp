@@ -71,14 +71,15 @@ void appendValue(ByteWriter& values, const std::string& utf8)
     values.zeros(4 - utf8.size() % 4);
 }
 
-/// A property set stream of one section.
-std::vector<std::byte> propertySet(const FormatId& format, std::uint16_t codePage, const DocumentProperties& properties)
+/// A property set stream of one section; texts beyond ASCII are written as UTF-8.
+std::vector<std::byte> propertySet(const FormatId& format, const DocumentProperties& properties)
 {
+    const bool isPlain = isAscii(properties.title + properties.author + properties.lastAuthor + properties.application);
     constexpr std::uint32_t sectionOffset = 48;
     std::vector<std::pair<std::uint32_t, std::size_t>> offsets = {{codePageProperty, 0}}; // by id, in the values
     ByteWriter values;
     values.u32(shortType);
-    values.u32(codePage);
+    values.u32(isPlain ? westernCodePage : utf8CodePage);
     for (const auto& [id, member] : summaryMembers) {
         const std::size_t offset = values.size();
         std::visit([&](auto held) { appendValue(values, properties.*held); }, member);
@@ -104,8 +105,6 @@ std::vector<std::byte> propertySet(const FormatId& format, std::uint16_t codePag
     return stream.take();
 }
 
-} // namespace
-
 void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& properties)
 {
     try {
@@ -130,15 +129,19 @@ void stampSummary(std::vector<std::byte>& stream, const DocumentProperties& prop
     }
 }
 
-std::vector<std::byte> writeSummary(const DocumentProperties& properties)
-{
-    const bool isPlain = isAscii(properties.title + properties.author + properties.lastAuthor + properties.application);
-    return propertySet(summaryFormat, isPlain ? westernCodePage : utf8CodePage, properties);
-}
+} // namespace
 
-std::vector<std::byte> writeDocumentSummary()
+void putProperties(std::vector<KeptStream>& streams, const DocumentProperties& properties)
 {
-    return propertySet(documentSummaryFormat, westernCodePage, {});
+    const std::vector<std::string> summaryPath = {"\x05SummaryInformation"};
+    const std::vector<std::string> documentPath = {"\x05"
+                                                   "DocumentSummaryInformation"};
+    if (const auto summary = std::ranges::find(streams, summaryPath, &KeptStream::path); summary != streams.end())
+        stampSummary(summary->data, properties);
+    else
+        streams.push_back({summaryPath, false, propertySet(summaryFormat, properties)});
+    if (std::ranges::find(streams, documentPath, &KeptStream::path) == streams.end())
+        streams.push_back({documentPath, false, propertySet(documentSummaryFormat, {})});
 }
 
 } // namespace wagemill::engine::xls

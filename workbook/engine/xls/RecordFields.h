@@ -23,9 +23,9 @@ class FieldReader {
 public:
     explicit FieldReader(ByteReader& source) : m_source(source) {}
 
-    void u8(auto& field) { set(field, m_source.u8()); }
-    void u16(auto& field) { set(field, m_source.u16()); }
-    void u32(auto& field) { set(field, m_source.u32()); }
+    void u8(auto&... fields) { (set(fields, m_source.u8()), ...); }
+    void u16(auto&... fields) { (set(fields, m_source.u16()), ...); }
+    void u32(auto&... fields) { (set(fields, m_source.u32()), ...); }
     void u64(std::uint64_t& field) { field = m_source.u64(); }
     void real(double& field) { field = m_source.real(); }
     void zeros(std::size_t count) { m_source.skip(count); }
@@ -52,9 +52,9 @@ class FieldWriter {
 public:
     explicit FieldWriter(ByteWriter& target) : m_target(target) {}
 
-    void u8(const auto& field) { m_target.u8(static_cast<std::uint8_t>(field)); }
-    void u16(const auto& field) { m_target.u16(static_cast<std::uint16_t>(field)); }
-    void u32(const auto& field) { m_target.u32(static_cast<std::uint32_t>(field)); }
+    void u8(const auto&... fields) { (m_target.u8(static_cast<std::uint8_t>(fields)), ...); }
+    void u16(const auto&... fields) { (m_target.u16(static_cast<std::uint16_t>(fields)), ...); }
+    void u32(const auto&... fields) { (m_target.u32(static_cast<std::uint32_t>(fields)), ...); }
     void u64(std::uint64_t field) { m_target.u64(field); }
     void real(double field) { m_target.real(field); }
     void zeros(std::size_t count) { m_target.zeros(count); }

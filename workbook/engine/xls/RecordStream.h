@@ -61,11 +61,7 @@ public:
     void write(std::uint16_t id, std::string_view data) { write(id, std::as_bytes(std::span(data))); }
     void write(const KeptRecord& record);
     /// A record of numbers of 16 bits.
-    void writeU16(std::uint16_t id, const auto&... numbers)
-    {
-        FieldWriter fields(begin(id));
-        (fields.u16(numbers), ...);
-    }
+    void writeU16(std::uint16_t id, const auto&... numbers) { FieldWriter(begin(id)).u16(numbers...); }
     void putU32(std::size_t offset, std::size_t value)
     {
         wagemill::putU32(m_stream.view(), offset, static_cast<std::uint32_t>(value));

@@ -41,8 +41,6 @@ double numberOfRk(std::uint32_t rk)
 
 std::optional<std::uint32_t> rkOfNumber(double number)
 {
-    if (!std::isfinite(number) || (number == 0 && std::signbit(number)))
-        return std::nullopt;
     if (const auto rk = withoutScale(number))
         return rk;
     const auto hundredth = withoutScale(std::round(number * 100));

@@ -15,7 +15,7 @@ namespace wagemill::engine::xls {
 /// of them a hundredth where bit 0 is set.
 double numberOfRk(std::uint32_t rk);
 
-/// The four bytes, where they give back exactly this number.
+/// The four bytes, where they give back exactly this number, which is finite.
 std::optional<std::uint32_t> rkOfNumber(double number);
 
 /// The error of a code in the file; a code that means none is #N/A.
@@ -36,17 +36,14 @@ inline constexpr std::uint16_t fitToPagesFlag = 0x0100; ///< of WSBOOL
 /// With columns in 16 bits, as of merged cells.
 void areaFields(auto form, auto& area)
 {
-    for (auto* const edge : {&area.firstRow, &area.lastRow, &area.firstColumn, &area.lastColumn})
-        form.u16(*edge);
+    form.u16(area.firstRow, area.lastRow, area.firstColumn, area.lastColumn);
 }
 
 /// With columns in 8 bits, as of shared formulas.
 void shortAreaFields(auto form, auto& area)
 {
-    form.u16(area.firstRow);
-    form.u16(area.lastRow);
-    form.u8(area.firstColumn);
-    form.u8(area.lastColumn);
+    form.u16(area.firstRow, area.lastRow);
+    form.u8(area.firstColumn, area.lastColumn);
 }
 
 /// The beginning of the record of one cell.
@@ -57,9 +54,7 @@ struct CellHead {
 };
 void cellHeadFields(auto form, auto& head)
 {
-    form.u16(head.row);
-    form.u16(head.column);
-    form.u16(head.format);
+    form.u16(head.row, head.column, head.format);
 }
 
 /// What ROW says ([MS-XLS] 2.4.221) beside the flags of a Row.
@@ -74,10 +69,7 @@ struct RowHead {
 };
 void rowFields(auto form, auto& head, auto& row)
 {
-    form.u16(head.row);
-    form.u16(head.firstColumn);
-    form.u16(head.endColumn);
-    form.u16(head.heightTwips);
+    form.u16(head.row, head.firstColumn, head.endColumn, head.heightTwips);
     form.zeros(4);
     form.bits16(Bits{0, 3, row.outlineLevel}, Bits{4, 1, row.collapsed}, Bits{5, 1, row.hidden},
                 Bits{6, 1, row.heightSetByHand}, Bits{7, 1, head.hasFormat}, Bits{8, 1, head.always});
@@ -87,10 +79,7 @@ void rowFields(auto form, auto& head, auto& row)
 /// COLINFO ([MS-XLS] 2.4.53).
 void columnFields(auto form, auto& run)
 {
-    form.u16(run.first);
-    form.u16(run.last);
-    form.u16(run.width);
-    form.u16(run.format);
+    form.u16(run.first, run.last, run.width, run.format);
     form.bits16(Bits{0, 1, run.hidden}, Bits{1, 1, run.ownWidth}, Bits{8, 3, run.outlineLevel},
                 Bits{12, 1, run.collapsed});
 }
@@ -98,8 +87,7 @@ void columnFields(auto form, auto& run)
 /// PANE ([MS-XLS] 2.4.189).
 void paneFields(auto form, auto& panes)
 {
-    for (auto* const number : {&panes.columns, &panes.rows, &panes.firstRow, &panes.firstColumn})
-        form.u16(*number);
+    form.u16(panes.columns, panes.rows, panes.firstRow, panes.firstColumn);
     form.u8(panes.active);
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <stdexcept>
 
 namespace wagemill::engine::xls {
@@ -75,10 +74,7 @@ public:
     void writeIndex()
     {
         ByteWriter& data = m_target.begin(record::index);
-        FieldWriter fields(data);
-        fields.u32(0);
-        fields.u32(m_rows.empty() ? 0 : m_rows.front());
-        fields.u32(m_rows.empty() ? 0 : m_rows.back() + 1);
+        FieldWriter(data).u32(0, m_rows.empty() ? 0 : m_rows.front(), m_rows.empty() ? 0 : m_rows.back() + 1);
         m_indexOffset = data.size();
         data.u32(0);
         data.zeros((m_rows.size() + rowsPerBlock - 1) / rowsPerBlock * 4);
@@ -129,9 +125,7 @@ public:
 
     void writeColumns()
     {
-        for (ColumnRun run : m_sheet.columns) {
-            run.width = std::min(run.width, maxColumnWidth);
-            run.format = cellFormat(run.format);
+        for (const ColumnRun& run : m_sheet.columns) {
             ByteWriter& data = m_target.begin(record::columnInfo);
             columnFields(FieldWriter(data), run);
             data.u16(0);
@@ -142,11 +136,8 @@ public:
     {
         const CellRect used = m_sheet.usedRange().value_or(CellRect{0, 0, -1, -1});
         FieldWriter fields(m_target.begin(record::dimensions));
-        fields.u32(used.firstRow);
-        fields.u32(used.lastRow + 1);
-        fields.u16(used.firstColumn);
-        fields.u16(used.lastColumn + 1);
-        fields.zeros(2);
+        fields.u32(used.firstRow, used.lastRow + 1);
+        fields.u16(used.firstColumn, used.lastColumn + 1, 0);
     }
 
     void writeRowBlocks()
@@ -186,9 +177,8 @@ public:
     {
         const Row& row = *m_sheet.findRow(index);
         RowHead head{.row = index,
-                     .heightTwips =
-                         std::clamp<std::uint16_t>(row.heightTwips.value_or(m_sheet.defaultRowHeightTwips), 2, 8192),
-                     .format = cellFormat(row.format.value_or(defaultCellFormat)),
+                     .heightTwips = row.heightTwips.value_or(m_sheet.defaultRowHeightTwips),
+                     .format = row.format.value_or(defaultCellFormat),
                      .hasFormat = row.format.has_value()};
         if (!row.cells.empty()) {
             head.firstColumn = row.cells.front().column;
@@ -234,10 +224,9 @@ public:
     void writeMultiple(std::uint16_t id, int row, std::span<const Cell> cells)
     {
         FieldWriter fields(m_target.begin(id));
-        fields.u16(row);
-        fields.u16(cells.front().column);
+        fields.u16(row, cells.front().column);
         for (const Cell& cell : cells) {
-            fields.u16(cellFormat(cell.format));
+            fields.u16(cell.format);
             if (id == record::multipleRk)
                 fields.u32(*rkOfNumber(std::get<double>(cell.value)));
         }
@@ -251,9 +240,9 @@ public:
         return data;
     }
 
-    void writeHead(ByteWriter& data, int row, const Cell& cell) const
+    static void writeHead(ByteWriter& data, int row, const Cell& cell)
     {
-        const CellHead head{row, cell.column, cellFormat(cell.format)};
+        const CellHead head{row, cell.column, cell.format};
         cellHeadFields(FieldWriter(data), head);
     }
 
@@ -269,13 +258,10 @@ public:
 
     void writeConstant(int row, const Cell& cell, double number)
     {
-        if (!std::isfinite(number)) {
-            writeConstant(row, cell, ErrorCode::Number);
-        } else if (const auto rk = rkOfNumber(number)) {
+        if (const auto rk = rkOfNumber(number))
             beginCell(record::rk, row, cell).u32(*rk);
-        } else {
+        else
             beginCell(record::number, row, cell).real(number);
-        }
     }
 
     void writeConstant(int row, const Cell& cell, const std::string& /*text*/)
@@ -290,9 +276,7 @@ public:
     }
     void writeCode(int row, const Cell& cell, std::uint8_t code, std::uint8_t isError)
     {
-        ByteWriter& data = beginCell(record::logicalOrError, row, cell);
-        data.u8(code);
-        data.u8(isError);
+        FieldWriter(beginCell(record::logicalOrError, row, cell)).u8(code, isError);
     }
 
     void writeFormulaCell(int row, const Cell& cell, const Formula& formula)
@@ -344,23 +328,11 @@ public:
 
     /// [MS-XLS] 2.5.133 FormulaValue
     void writeResult(const Empty& /*value*/) { m_data.real(0); }
-    void writeResult(double number)
-    {
-        if (std::isfinite(number))
-            m_data.real(number);
-        else
-            writeResult(ErrorCode::Number);
-    }
+    void writeResult(double number) { m_data.real(number); }
     void writeResult(const std::string& text) { writeResultCode(text.empty() ? 3 : 0, 0); }
     void writeResult(bool logical) { writeResultCode(1, logical ? 1 : 0); }
     void writeResult(ErrorCode error) { writeResultCode(2, static_cast<std::uint8_t>(error)); }
-    void writeResultCode(std::uint8_t kind, std::uint8_t code)
-    {
-        m_data.u16(kind);
-        m_data.u16(code);
-        m_data.u16(0);
-        m_data.u16(0xFFFF);
-    }
+    void writeResultCode(std::uint8_t kind, std::uint8_t code) { FieldWriter(m_data).u16(kind, code, 0, 0xFFFF); }
 
     void writeWindow()
     {
@@ -389,19 +361,11 @@ public:
 
     void writeSelection()
     {
-        const auto inSheet = [](const CellRect& area) {
-            return CellRect{std::clamp(area.firstRow, 0, maxRows - 1), std::clamp(area.firstColumn, 0, maxColumns - 1),
-                            std::clamp(area.lastRow, 0, maxRows - 1), std::clamp(area.lastColumn, 0, maxColumns - 1)};
-        };
-        const auto& [cell, area] = m_sheet.selection;
-        const CellRect active = inSheet({cell.row, cell.column, cell.row, cell.column});
+        const auto& [active, area] = m_sheet.selection;
         FieldWriter fields(m_target.begin(record::selection));
         fields.u8(m_sheet.panes ? m_sheet.panes->active : wholeWindowPane);
-        fields.u16(active.firstRow);
-        fields.u16(active.firstColumn);
-        fields.u16(0);
-        fields.u16(1);
-        shortAreaFields(fields, area.contains(cell) ? inSheet(area) : active);
+        fields.u16(active.row, active.column, 0, 1);
+        shortAreaFields(fields, area);
     }
 
     void writeMergedCells()
@@ -414,12 +378,6 @@ public:
             for (const CellRect& area : part)
                 areaFields(FieldWriter(data), area);
         }
-    }
-
-    std::uint16_t cellFormat(std::uint16_t format) const
-    {
-        const auto& formats = m_book.styles.formats;
-        return format < formats.size() && !formats[format].isStyle ? format : defaultCellFormat;
     }
 
     const Book& m_book;

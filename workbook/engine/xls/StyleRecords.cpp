@@ -19,19 +19,14 @@ void fontFields(auto form, auto& font)
 {
     form.u16(font.heightTwips);
     form.bits16(Bits{1, 1, font.italic}, Bits{3, 1, font.strikeout}, Bits{4, 4, font.otherFlags});
-    form.u16(font.color);
-    form.u16(font.weight);
-    form.u16(font.superSubscript);
-    form.u8(font.underline);
-    form.u8(font.family);
-    form.u8(font.characterSet);
+    form.u16(font.color, font.weight, font.superSubscript);
+    form.u8(font.underline, font.family, font.characterSet);
     form.zeros(1);
 }
 
 void cellFormatFields(auto form, auto& format)
 {
-    form.u16(format.font);
-    form.u16(format.numberFormat);
+    form.u16(format.font, format.numberFormat);
     form.bits16(Bits{0, 1, format.locked}, Bits{1, 1, format.hidden}, Bits{2, 1, format.isStyle},
                 Bits{3, 1, format.quotePrefix}, Bits{4, 12, format.parent});
     form.bits8(Bits{0, 3, format.horizontal}, Bits{3, 1, format.wrap}, Bits{4, 3, format.vertical});
@@ -48,8 +43,7 @@ void cellFormatFields(auto form, auto& format)
 
 void colorFields(auto form, auto& color)
 {
-    for (auto* const part : {&color.red, &color.green, &color.blue})
-        form.u8(*part);
+    form.u8(color.red, color.green, color.blue);
     form.zeros(1);
 }
 
@@ -135,7 +129,6 @@ CellFormat readCellFormat(ByteReader& source)
 void writeCellFormat(RecordWriter& target, CellFormat format)
 {
     format.font = fileIndexOfFont(format.font);
-    format.quotePrefix = format.quotePrefix && !format.isStyle;
     for (Border* const border : bordersOf(format))
         if (border->style == BorderStyle::None)
             border->color = 0;
@@ -152,14 +145,14 @@ bool isWrittenNumberFormat(std::uint16_t identifier)
 void readPalette(ByteReader& source, StyleTable& styles)
 {
     const std::size_t colors = std::min<std::size_t>(source.u16(), styles.palette.size());
-    const auto before = styles.palette;
     for (Rgb& color : std::span(styles.palette).first(colors))
         colorFields(FieldReader(source), color);
-    styles.ownPalette = styles.palette != before;
 }
 
 void writePalette(RecordWriter& target, const StyleTable& styles)
 {
+    if (styles.palette == standardPalette())
+        return;
     ByteWriter& data = target.begin(record::palette);
     data.u16(static_cast<std::uint16_t>(styles.palette.size()));
     for (const Rgb& color : styles.palette)

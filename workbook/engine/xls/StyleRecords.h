@@ -24,6 +24,7 @@ void writeCellFormat(RecordWriter& target, CellFormat format);
 bool isWrittenNumberFormat(std::uint16_t identifier);
 
 void readPalette(ByteReader& source, StyleTable& styles);
+/// Writes nothing where the palette is the standard one.
 void writePalette(RecordWriter& target, const StyleTable& styles);
 
 } // namespace wagemill::engine::xls

@@ -2,8 +2,8 @@
 
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/BiffWriter.h"
 #include "workbook/engine/xls/RecordStrings.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,8 +14,6 @@
 // A workbook stream is a substream of records for the globals, and one for each sheet.
 
 namespace wagemill::engine::xls {
-
-inline constexpr std::size_t maxSheetName = 31; ///< UTF-16 units
 
 /// Why an older workbook is not read.
 inline constexpr const char* olderVersion =
@@ -86,9 +84,7 @@ void nameFields(auto form, auto& head)
 
 void externSheetFields(auto form, auto& entry)
 {
-    form.u16(entry.supportingBook);
-    form.u16(entry.first);
-    form.u16(entry.last);
+    form.u16(entry.supportingBook, entry.first, entry.last);
 }
 
 /// Reads the globals at the beginning of a workbook stream into context.book. Throws DamagedFile, and EngineError when

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace wagemill::engine::xls {
 
@@ -14,5 +15,11 @@ namespace wagemill::engine::xls {
 /// Throws EngineError that names the file and what it is: not a compound file, an older or newer format, encrypted,
 /// damaged.
 Book readWorkbook(std::span<const std::byte> bytes, std::string_view file);
+
+enum class FileKind { Workbook, Template };
+
+/// The bytes of the whole file: a BIFF8 workbook stream with the cells' present values, and the document properties.
+/// Throws EngineError when the book does not fit the format.
+std::vector<std::byte> writeWorkbook(const Book& book, FileKind kind);
 
 } // namespace wagemill::engine::xls

@@ -1,9 +1,10 @@
-#include "workbook/engine/xls/BiffReader.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include "app/base/Bytes.h"
 #include "app/base/text/LetterCase.h"
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
+#include "workbook/engine/xls/PropertySet.h"
 #include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
@@ -125,6 +126,27 @@ Book readBook(std::span<const std::byte> bytes)
     return book;
 }
 
+std::vector<std::byte> workbookStream(const Book& book, FileKind kind)
+{
+    const std::optional<std::size_t> activeSheet = book.visibleSheet();
+    if (!activeSheet)
+        throw EngineError("A workbook needs at least one sheet that is not hidden.");
+    SharedStringTable strings;
+    std::vector<std::vector<std::uint32_t>> sheetStrings;
+    for (const auto& sheet : book.sheets)
+        sheetStrings.push_back(collectStrings(*sheet, strings));
+
+    RecordWriter target;
+    const std::vector<std::size_t> offsets = writeGlobals(book, kind, *activeSheet, strings, target);
+    for (std::size_t index = 0; index < book.sheets.size(); ++index) {
+        target.putU32(offsets[index], target.offset());
+        writeSheet(book, *book.sheets[index], index == activeSheet, sheetStrings[index], target);
+    }
+    std::vector<std::byte> stream = target.take();
+    stream.resize(std::max(stream.size(), miniStreamCutoff)); // a workbook never lies in the mini stream
+    return stream;
+}
+
 } // namespace
 
 Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
@@ -140,6 +162,14 @@ Book readWorkbook(std::span<const std::byte> bytes, std::string_view file)
     } catch (const EngineError& refusal) {
         throw EngineError("The workbook " + name + " cannot be read: " + refusal.what() + ".");
     }
+}
+
+std::vector<std::byte> writeWorkbook(const Book& book, FileKind kind)
+{
+    std::vector<KeptStream> streams = {{{"Workbook"}, false, workbookStream(book, kind)}};
+    streams.insert(streams.end(), book.keptStreams.begin(), book.keptStreams.end());
+    putProperties(streams, book.properties);
+    return writeCompoundFile(streams);
 }
 
 } // namespace wagemill::engine::xls
