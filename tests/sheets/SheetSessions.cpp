@@ -7,6 +7,7 @@
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/text/NumberFormat.h"
 #include "workbook/engine/text/TypedText.h"
+#include "workbook/engine/xls/WorkbookFile.h"
 
 #include <gtest/gtest.h>
 
@@ -112,7 +113,13 @@ private:
     using Action = void (Session::*)(std::string_view);
 
     Sheet& sheet() { return *m_book.sheets.at(m_sheet); }
-    void compute() { recalculate(m_book, {m_formats, sessionMoment}); }
+
+    /// And saves the book and opens it again, so that whatever a session holds goes through a file too.
+    void compute()
+    {
+        recalculate(m_book, {m_formats, sessionMoment});
+        m_book = xls::readWorkbook(xls::writeWorkbook(m_book, xls::FileKind::Workbook), "session.xls");
+    }
 
     static CellRect takeArea(std::string_view& rest)
     {
@@ -198,6 +205,7 @@ private:
     {
         const CellRect rows = takeArea(rest);
         sheet().isFiltered = true;
+        sheet().kept.push_back({0x009B, {}, {}}); // FILTERMODE
         const ReferenceToken area{OperandClass::Reference,
                                   m_book.externSheetFor(m_sheet),
                                   {rows.firstRow, 0, false, false},
