@@ -11,41 +11,45 @@ Ends with 77 when the judge is missing.
 import collections
 import csv
 import decimal
+import functools
 import glob
-import json
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree
+import zipfile
 
 csv.field_size_limit(10_000_000)
 TOLERANCE = 1e-9
 PRINTED_TOLERANCE = 2 / 25.4 * 72  # points
+STUBS = 3  # the sheet
+SHEET_ML = "{http://schemas.openxmlformats.org/spreadsheetml/2006/main}"
+
+Cell = collections.namedtuple("Cell", "sheet row column content format kind value shown")
 
 
-def require(found, judge):
-    if not found:
-        print(f"Skipped: {judge}, a judge of our workbooks, is not there")
+def run(*command, **options):
+    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
+
+
+def require(tool):
+    if not shutil.which(tool) and not os.path.exists(tool):
+        print(f"Skipped: {tool}, a judge of our workbooks, is not there")
         sys.exit(77)
 
 
-class Cell:
-    def __init__(self, line):
-        fields = line.rstrip("\n").split("\t")
-        sheet, self.address, self.content, self.format, self.kind, self.value, self.shown = fields
-        self.sheet = int(sheet)
-        column, row = re.fullmatch(r"([A-Z]+)(\d+)", self.address).groups()
-        self.row, self.column = int(row), ord(column) - ord("A") + 1
-
-    def __str__(self):
-        return f"sheet {self.sheet}, {self.address} ({self.content}): we have {self.kind} {self.value!r}, shown {self.shown!r}"
+def name_of(workbook):
+    return os.path.splitext(os.path.basename(workbook))[0]
 
 
 def own_cells(workbook):
     with open(workbook[:-4] + ".tsv", encoding="utf-8", newline="\n") as file:
-        return [Cell(line) for line in file]
+        for line in file:
+            sheet, row, column, *texts = line.rstrip("\n").split("\t")
+            yield Cell(int(sheet), int(row), int(column), *texts)
 
 
 def same_number(one, other):
@@ -57,71 +61,94 @@ def same_number(one, other):
 
 
 def same_value(cell, value):
-    """Whether the judge's value is ours. A judge knows no logical of its own kind: it is a number, or its text."""
+    """Whether the judge's value is ours. A logical may be a number with it, an empty cell's value empty where we have 0."""
     if cell.kind == "number":
-        # LibreOffice answers an empty cell's value as empty where the format's description says 0.
         return same_number(cell.value, value) or (cell.value == "0" and value == "")
     if cell.kind == "logical":
-        return str(value) in (cell.value, "1" if cell.value == "TRUE" else "0", "1.0" if cell.value == "TRUE" else "0.0")
+        return str(value) in (cell.value, *(("1", "1.0") if cell.value == "TRUE" else ("0", "0.0")))
     return re.sub(r"[\n\t]", " ", str(value)) == cell.value
 
 
 def judge_by_lint(workbooks, lint):
-    require(os.path.exists(lint), "the strict checker")
+    require(lint)
     found = subprocess.run([sys.executable, lint, "--strict", "-q", *workbooks], capture_output=True, text=True)
     return [] if found.returncode == 0 else [found.stdout + found.stderr]
 
 
+def libreoffice(kind, folder, *files):
+    """Lets LibreOffice open the files, compute them again and save them in the folder as files of that kind."""
+    require("soffice")
+    with tempfile.TemporaryDirectory() as profile:
+        run("soffice", f"-env:UserInstallation=file://{profile}", "--headless", "--convert-to", kind, "--outdir", folder, *files)
+    return [os.path.join(folder, f"{name_of(file)}.{kind}") for file in files]
+
+
+def gnumeric(file, saved, *options):
+    require("ssconvert")
+    run("ssconvert", "--recalc", *options, file, saved)
+    return saved
+
+
+def values_in(path):
+    """{(sheet, address): value} of a workbook in XML, in which numbers and texts can be told apart."""
+    def text_in(element):
+        return "".join(part.text or "" for part in element.iter(SHEET_ML + "t"))
+    with zipfile.ZipFile(path) as parts:
+        def elements(part, name):
+            return xml.etree.ElementTree.fromstring(parts.read(f"xl/{part}.xml")).iter(SHEET_ML + name)
+        texts = [text_in(item) for item in elements("sharedStrings", "si")]
+        values = collections.defaultdict(str)
+        for sheet in (1, 2, 3):
+            for cell in elements(f"worksheets/sheet{sheet}", "c"):
+                kind, value = cell.get("t", "n"), cell.findtext(SHEET_ML + "v", "")
+                values[sheet, cell.get("r")] = (texts[int(value)] if kind == "s" else text_in(cell) if kind == "inlineStr"
+                                                else float(value) if kind == "n" and value else value)
+        return values
+
+
+def value_at(values, cell):
+    return values[cell.sheet, f"{chr(64 + cell.column)}{cell.row}"]
+
+
 def values_by_libreoffice(workbooks):
-    """{workbook: {"sheet address": (kind, value)}}"""
-    require(shutil.which("soffice"), "LibreOffice")
-    python = "/usr/bin/python3"  # the distribution's: LibreOffice's module belongs to it
-    require(subprocess.run([python, "-c", "import uno"], capture_output=True).returncode == 0, "LibreOffice's Python module")
-    output = os.path.join(os.path.dirname(workbooks[0]), "libreoffice.json")
-    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libreoffice_values.py")
-    subprocess.run([python, script, output, *workbooks], check=True)
-    with open(output, encoding="utf-8") as file:
-        return json.load(file)
+    return map(values_in, libreoffice("xlsx", os.path.dirname(workbooks[0]), *workbooks))
+
+
+def values_by_gnumeric(workbook):
+    return values_in(gnumeric(workbook, workbook[:-4] + "-gnumeric.xlsx"))
 
 
 def judge_by_libreoffice(workbooks, _):
-    theirs = values_by_libreoffice(workbooks)
-    for workbook in workbooks:
-        name = os.path.basename(workbook)
+    for workbook, theirs in zip(workbooks, values_by_libreoffice(workbooks)):
         for cell in own_cells(workbook):
-            kind, value = theirs[name].get(f"{cell.sheet} {cell.address}", ("empty", ""))
-            if not same_value(cell, value):
-                yield f"{name}, {cell}; LibreOffice {kind} {value!r}"
+            if not same_value(cell, value := value_at(theirs, cell)):
+                yield f"{name_of(workbook)}, {cell}; LibreOffice has {value!r}"
 
 
-def gnumeric_texts(workbook, cells, style):
+def shown_by_gnumeric(workbook):
     """{cell: text}, as Gnumeric exports them; its export begins at the first row and column that hold anything."""
-    folder = workbook[:-4] + "-" + style
-    os.makedirs(folder, exist_ok=True)
-    subprocess.run(["ssconvert", "--recalc", "-S", "-T", "Gnumeric_stf:stf_assistant",
-                    "-O", f"format={style} separator='\t' quoting-mode=always", workbook,
-                    os.path.join(folder, "%n.txt")], check=True, capture_output=True)
-    grid = {}
-    for sheet, path in enumerate(sorted(glob.glob(os.path.join(folder, "*.txt"))), 1):
-        first_row = min(cell.row for cell in cells if cell.sheet == sheet)
-        first_column = min(cell.column for cell in cells if cell.sheet == sheet)
+    texts = workbook[:-4] + "-shown-"
+    gnumeric(workbook, texts + "%n.txt", "-S", "-T", "Gnumeric_stf:stf_assistant",
+             "-O", "format=preserve separator='\t' quoting-mode=always")
+    cells = list(own_cells(workbook))
+    shown = {}
+    for sheet, path in enumerate(sorted(glob.glob(texts + "*.txt")), 1):
+        ours = [cell for cell in cells if cell.sheet == sheet]
+        first_row, first_column = min(cell.row for cell in ours), min(cell.column for cell in ours)
         with open(path, encoding="utf-8", newline="") as file:
-            for row, texts in enumerate(csv.reader(file, delimiter="\t"), first_row):
-                for column, text in enumerate(texts, first_column):
-                    grid[sheet, row, column] = text
-    return {cell: grid.get((cell.sheet, cell.row, cell.column), "") for cell in cells}
+            rows = list(csv.reader(file, delimiter="\t"))
+        shown |= {cell: rows[cell.row - first_row][cell.column - first_column] for cell in ours}
+    return shown
 
 
 def judge_by_gnumeric(workbooks, _):
-    require(shutil.which("ssconvert"), "Gnumeric")
     for workbook in workbooks:
-        name, cells = os.path.basename(workbook), own_cells(workbook)
-        raw, shown = gnumeric_texts(workbook, cells, "raw"), gnumeric_texts(workbook, cells, "preserve")
-        for cell in cells:
-            if not same_value(cell, raw[cell]):
-                yield f"{name}, {cell}; Gnumeric has {raw[cell]!r}"
-            elif not same_shown(cell, re.sub(r"[\n\t]", " ", shown[cell])):
-                yield f"{name}, {cell}; Gnumeric shows {shown[cell]!r}"
+        values = values_by_gnumeric(workbook)
+        for cell, text in shown_by_gnumeric(workbook).items():
+            if not same_value(cell, value := value_at(values, cell)):
+                yield f"{name_of(workbook)}, {cell}; Gnumeric has {value!r}"
+            elif not same_shown(cell, re.sub(r"[\n\t]", " ", text)):
+                yield f"{name_of(workbook)}, {cell}; Gnumeric shows {text!r}"
 
 
 def same_shown(cell, theirs):
@@ -148,34 +175,36 @@ def is_tie(cell):
     if cell.kind != "number":
         return False
     value = decimal.Decimal(f"{float(cell.value):.14e}") * (100 if cell.shown.endswith("%") else 1)
-    return (value / last_place(cell.shown)) % 1 in (decimal.Decimal("0.5"), decimal.Decimal("-0.5"))
+    return abs(value / last_place(cell.shown)) % 1 == decimal.Decimal("0.5")
 
 
 def judge_odd_ids(workbooks, _):
-    require(shutil.which("ssconvert"), "Gnumeric")
-    by_libreoffice = values_by_libreoffice(workbooks)
-    for workbook in workbooks:
-        name, cells = os.path.basename(workbook), own_cells(workbook)
-        by_gnumeric = gnumeric_texts(workbook, cells, "raw")
-        for cell in cells:
-            kind, value = by_libreoffice[name].get(f"{cell.sheet} {cell.address}", ("empty", ""))
-            if cell.sheet == 3 and cell.content == "formula" and not (
-                    same_value(cell, value) or same_value(cell, by_gnumeric[cell])):
-                yield f"{name}, {cell}; LibreOffice {value!r}, Gnumeric {by_gnumeric[cell]!r}"
+    for workbook, by_libreoffice in zip(workbooks, values_by_libreoffice(workbooks)):
+        by_gnumeric = values_by_gnumeric(workbook)
+        for cell in own_cells(workbook):
+            theirs = [value_at(values, cell) for values in (by_libreoffice, by_gnumeric)]
+            if cell.sheet == STUBS and cell.content == "formula" and not any(same_value(cell, value) for value in theirs):
+                yield f"{name_of(workbook)}, {cell}; LibreOffice and Gnumeric have {theirs}"
 
 
 def words_of(pdf):
-    """For each page its words with their places: [{word: [(x, y), ...]}]"""
-    boxes = subprocess.run(["pdftotext", "-bbox", pdf, "-"], check=True, capture_output=True, text=True).stdout
+    """For each page its words with their places: [{word: [(y, x), ...]}]"""
+    require("pdftotext")
     pages = []
-    for line in boxes.splitlines():
+    for line in run("pdftotext", "-bbox", pdf, "-").splitlines():
         if "<page " in line:
             pages.append(collections.defaultdict(list))
-        word = re.search(r'<word xMin="(.*)" yMin="(.*)" xMax="(.*)" yMax="(.*)">(.*)</word>', line)
-        if word:
+        if word := re.search(r'<word xMin="(.*)" yMin="(.*)" xMax="(.*)" yMax="(.*)">(.*)</word>', line):
             left, top, right, bottom = map(float, word.groups()[:4])
             pages[-1][word[5]].append(((top + bottom) / 2, (left + right) / 2))
     return pages
+
+
+def judge_printing(workbooks, _):
+    """As many pages as LibreOffice prints, on each the same words, and each word at the same place."""
+    with tempfile.TemporaryDirectory() as folder:
+        for workbook, theirs in zip(workbooks, libreoffice("pdf", folder, *workbooks)):
+            yield from printed_differences(name_of(workbook), words_of(workbook[:-4] + ".pdf"), words_of(theirs))
 
 
 def printed_differences(name, ours, theirs):
@@ -192,67 +221,40 @@ def printed_differences(name, ours, theirs):
                     yield f"{name}, page {number}: {word!r} at {place}, LibreOffice has it at {wanted}"
 
 
-def judge_printing(workbooks, _):
-    """As many pages as LibreOffice prints, on each the same words, and each word at the same place."""
-    require(shutil.which("soffice") and shutil.which("pdftotext"), "LibreOffice or pdftotext")
-    with tempfile.TemporaryDirectory() as folder:
-        subprocess.run(["soffice", f"-env:UserInstallation=file://{folder}/profile", "--headless", "--convert-to", "pdf",
-                        "--outdir", folder, *workbooks], check=True, stdout=subprocess.DEVNULL)
-        for workbook in workbooks:
-            pdf = os.path.basename(workbook)[:-4] + ".pdf"
-            yield from printed_differences(pdf, words_of(workbook[:-4] + ".pdf"), words_of(os.path.join(folder, pdf)))
-
-
-def saved_by(program, template, folder):
-    tool, arguments = {
-        "libreoffice": ("soffice", ["--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to", "xls",
-                                    "--outdir", folder, template]),
-        "gnumeric": ("ssconvert", ["-T", "Gnumeric_Excel:excel_biff8", template, os.path.join(folder, "template.xls")]),
-    }[program]
-    require(shutil.which(tool), program)
-    subprocess.run([tool, *arguments], check=True, capture_output=True)
-    return os.path.join(folder, "template.xls")
-
-
-def judge_template(workbooks, lint, maker, program, template):
+def judge_template(workbooks, lint, program):
     """LibreOffice saves the format ";;" of the calculator's names as ";;;", which hides them."""
-    with tempfile.TemporaryDirectory() as folder, tempfile.TemporaryDirectory() as saved:
-        results = make_results(maker, folder, saved_by(program, template, saved))
+    with tempfile.TemporaryDirectory() as folder:
+        template = (libreoffice("xls", folder, sys.argv[4])[0] if program == "libreoffice" else
+                    gnumeric(sys.argv[4], os.path.join(folder, "template.xls"), "-T", "Gnumeric_Excel:excel_biff8"))
+        results = make_results(os.path.join(folder, "results"), template)
         if os.path.exists(lint):
             yield from judge_by_lint(results, lint)
-        for workbook in workbooks:
-            name = os.path.basename(workbook)
-            ours, theirs = ({(cell.sheet, cell.address): cell for cell in own_cells(path)}
-                            for path in (workbook, os.path.join(folder, name)))
+        for workbook, result in zip(workbooks, results, strict=True):
+            ours, theirs = ({cell[:3]: cell for cell in own_cells(path)} for path in (workbook, result))
             for place in sorted(ours.keys() | theirs.keys()):
                 one, other = ours.get(place), theirs.get(place)
-                hides_a_name = program == "libreoffice" and place[0] == 2 and place[1].startswith("C")
+                hides_a_name = program == "libreoffice" and place[0] == 2 and place[2] == 3
                 if one is None or other is None or (one.kind, one.value) != (other.kind, other.value) or not (
                         hides_a_name or one.shown == other.shown):
-                    yield f"{name}, {place}: {one} from our template, {other} from {program}'s"
+                    yield f"{name_of(workbook)}: {one} from our template, {other} from {program}'s"
 
 
-def make_results(maker, folder, *option):
-    subprocess.run([os.path.abspath(maker), folder, *option], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
+def make_results(folder, *option):
+    os.makedirs(folder, exist_ok=True)
+    run(os.path.abspath(sys.argv[1]), folder, *option, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
     return sorted(glob.glob(os.path.join(folder, "*.xls")))
 
 
-JUDGES = {"odd-ids": judge_odd_ids, "printing": judge_printing, "lint": judge_by_lint, "libreoffice": judge_by_libreoffice, "gnumeric": judge_by_gnumeric}
+# What make_results is asked for, and the judge's own work.
+JUDGES = {"lint": ((), judge_by_lint), "libreoffice": ((), judge_by_libreoffice), "gnumeric": ((), judge_by_gnumeric),
+          "odd-ids": (("--odd-ids",), judge_odd_ids), "printing": (("--print",), judge_printing),
+          "template_saved_by_libreoffice": ((), functools.partial(judge_template, program="libreoffice")),
+          "template_saved_by_gnumeric": ((), functools.partial(judge_template, program="gnumeric"))}
 
-
-def main():
-    maker, judge, lint, template = sys.argv[1:]
-    with tempfile.TemporaryDirectory() as folder:
-        options = {"odd-ids": ["--odd-ids"], "printing": ["--print"]}
-        workbooks = make_results(maker, folder, *options.get(judge, []))
-        if judge in JUDGES:
-            differences = list(JUDGES[judge](workbooks, lint))
-        else:
-            differences = list(judge_template(workbooks, lint, maker, judge.rpartition("_")[2], template))
-        cells = sum(len(own_cells(workbook)) for workbook in workbooks if judge != "printing")
-    print(*differences[:40], sep="\n")
-    print(f"{judge}: {len(workbooks)} workbooks, {cells} cells, {len(differences)} differences")
-    sys.exit(bool(differences))
-
-
-main()
+with tempfile.TemporaryDirectory() as folder:
+    option, judge = JUDGES[sys.argv[2]]
+    workbooks = make_results(folder, *option)
+    differences = list(judge(workbooks, sys.argv[3]))
+print(*differences[:40], sep="\n")
+print(f"{sys.argv[2]}: {len(workbooks)} workbooks, {len(differences)} differences")
+sys.exit(bool(differences))
