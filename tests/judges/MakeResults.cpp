@@ -141,7 +141,7 @@ void printStubs(const fs::path& folder)
             if (name == std::string("long-names"))
                 lengthenNames(data);
             const fs::path workbook = folder / (std::string(name) + "-" + paperName + ".xls");
-            fs::rename(builds.build(data), workbook);
+            fs::rename(builds.build(data).workbook, workbook);
             keepStubsOnPaper(workbook, static_cast<std::uint16_t>(paper));
             const auto printToFile = [file = fs::path(workbook).replace_extension("pdf")](QPrinter& printer, QWidget&) {
                 printer.setOutputFileName(QString::fromStdString(file.string()));
@@ -169,7 +169,7 @@ int main(int argc, char* argv[])
         test::EmbeddedBuilds builds(given);
         for (const test::BuildCase& build : areIds ? oddIdCases() : test::buildCases()) {
             const fs::path result = folder / (build.name + ".xls");
-            fs::rename(builds.build(build.data), result);
+            fs::rename(builds.build(build.data).workbook, result);
             writeCells(result, folder / (build.name + ".tsv"));
         }
     }

@@ -8,12 +8,10 @@
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
 #include "app/base/Messages.h"
-#include "app/base/RandomNumber.h"
-#include "app/base/text/NumberText.h"
 #include "entry/Form1.h"
-#include "resources/CustomResource.h"
 #include "settings/Settings.h"
-#include "tests/support/RecordedWindows.h"
+#include "tests/support/EmbeddedBuilds.h"
+#include "tests/workbook/BuildCases.h"
 #include "workbook/engine/xls/WorkbookFile.h"
 
 #include <QApplication>
@@ -22,22 +20,18 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
+#include <iostream>
 #include <iterator>
 #include <random>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
 using namespace wagemill;
 
-/// One write, so that a kill leaves no half of a line.
 void tell(const std::string& line)
 {
-    const std::string ended = line + "\n";
-    if (::write(STDOUT_FILENO, ended.data(), ended.size()) != static_cast<ssize_t>(ended.size()))
-        std::exit(2); // nobody listens any more
+    std::cout << line + "\n" << std::flush; // one write: a kill leaves no half of a line
 }
 
 /// A message box would wait for ever: its text is written instead.
@@ -49,15 +43,6 @@ struct WrittenMessages : Messages {
     }
 };
 
-BuildServices productionServices()
-{
-    BuildServices services;
-    services.spreadsheet = spreadsheetPlatform(services.formats);
-    services.templateResource = [] { return customResource(payrollTemplateResource); };
-    services.randomNumber = randomWholeNumber;
-    return services;
-}
-
 /// A text field of the first employee, and its key in the store.
 struct TypedField {
     QLineEdit* edit;
@@ -67,11 +52,11 @@ struct TypedField {
 };
 
 /// Says before every key what is about to be stored, and after it what is stored.
-void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
+void typeForEver(const std::vector<TypedField>& fields, int seed)
 {
     constexpr std::string_view letters = "abcdefgh XYZ0123456789'\",;";
     constexpr std::size_t maxLetters = 30;
-    std::mt19937 random(seed);
+    std::mt19937 random(static_cast<unsigned>(seed));
     for (const TypedField* field = &fields.front();;) {
         if (random() % 12 == 0) {
             field = &fields[random() % fields.size()];
@@ -92,13 +77,14 @@ void typeForEver(const std::vector<TypedField>& fields, unsigned seed)
     }
 }
 
-int type(unsigned seed)
+void type(int seed)
 {
-    Form1 window({productionServices(), [] { return CalendarDate{2026, 4, 10}; }, 1});
+    const test::EmbeddedBuilds builds;
+    Form1 window({builds.services, [] { return CalendarDate{2026, 4, 10}; }, 1});
     window.show();
     window.activateWindow();
     if (!QTest::qWaitForWindowActive(&window))
-        return 1;
+        return tell("the window is not active");
     std::vector<TypedField> fields;
     for (const RowField& field : rowFields) {
         if (field.kind != FieldKind::FreeText)
@@ -109,48 +95,45 @@ int type(unsigned seed)
     }
     tell("ready");
     typeForEver(fields, seed);
-    return 0;
 }
 
 /// What a build shows and saves: the picture's bytes, and the value of every cell.
 using Result = std::pair<std::vector<std::byte>, std::vector<engine::CellValue>>;
 
-Result built(const std::string& who, const BuildServices& services)
+Result built(const std::string& who, const test::EmbeddedBuilds& builds)
 {
-    PayrollData data = {{who + " & Sons", "3/31/2026"}, {EmployeeRow{}}};
-    std::ranges::transform(rowFields, data.rows[0].texts.begin(), &RowField::sample);
+    PayrollData data = test::buildCases().front().data;
+    data.header.companyName = who + " & Sons";
     data.rows[0].texts[employeeIdField] = who;
     data.rows[0].texts[rowFieldIndex("txtName")] = "Employee " + who;
-    test::RecordedWindows windows;
-    buildPayrollWorkbook(data, windows, services);
-    Result result = {windows.picture, {}};
-    const engine::Book book = engine::xls::readWorkbook(readOwnFile(windows.workbook), windows.workbook.string());
+    const auto [workbook, picture] = builds.build(data);
+    Result result = {picture, {}};
+    const engine::Book book = engine::xls::readWorkbook(readOwnFile(workbook), workbook.string());
     for (const auto& sheet : book.sheets)
         for (const engine::Row& row : sheet->rows())
             std::ranges::transform(row.cells, std::back_inserter(result.second), &engine::Cell::value);
-    deleteFileQuietly(windows.workbook); // as leaving the preview does
+    deleteFileQuietly(workbook); // as leaving the preview does
     return result;
 }
 
-int build(const std::string& who, int count)
+void build(const std::string& who, int count)
 {
-    const BuildServices services = productionServices();
-    const Result first = built(who, services);
+    const test::EmbeddedBuilds builds;
+    const Result first = built(who, builds);
     for (const std::string& text : {who, who + " & Sons", "Employee " + who})
         if (first.first.empty() || std::ranges::count(first.second, engine::CellValue(text)) == 0)
             tell("wrong first");
-    std::mt19937 chance(static_cast<unsigned>(count));
+    std::mt19937 random(static_cast<unsigned>(count));
     for (int number = 1; number < count; ++number) {
-        if (built(who, services) != first)
+        if (built(who, builds) != first)
             tell("wrong " + std::to_string(number));
         tell("built " + std::to_string(number));
-        std::this_thread::sleep_for(std::chrono::milliseconds(chance() % 10));
+        std::this_thread::sleep_for(std::chrono::milliseconds(random() % 10));
         QCoreApplication::processEvents();
     }
-    return 0;
 }
 
-int fillStore(const std::string& who, int count)
+void fillStore(const std::string& who, int count)
 {
     for (int number = 0; number < count; ++number)
         handleEvent([&] {
@@ -158,7 +141,6 @@ int fillStore(const std::string& who, int count)
         });
     while (!retrySettings().empty()) // as the entry window does
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return 0;
 }
 
 } // namespace
@@ -170,14 +152,14 @@ int main(int argc, char* argv[])
     setMessages(&messages);
     endProgramOnSignals();
     ensureTemporaryFolder();
-    const std::string what = argc > 2 ? argv[1] : "";
-    int outcome = 2;
-    if (what == "type" && argc == 3)
-        outcome = type(static_cast<unsigned>(std::stoul(argv[2])));
-    if (what == "build" && argc == 4)
-        outcome = build(argv[2], std::stoi(argv[3]));
-    if (what == "store" && argc == 4)
-        outcome = fillStore(argv[2], std::stoi(argv[3]));
-    tell(outcome == 0 ? "done" : "failed");
-    return outcome;
+    const std::string what = argv[1];
+    const int number = std::stoi(argv[argc - 1]);
+    if (what == "type")
+        type(number);
+    else if (what == "build")
+        build(argv[2], number);
+    else
+        fillStore(argv[2], number);
+    tell("done");
+    return 0;
 }

@@ -9,21 +9,21 @@ namespace wagemill::test {
 
 EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
 {
-    m_services.spreadsheet = {[this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
-                              &m_clipboard};
-    m_services.templateResource = [templateBytes] {
+    services.spreadsheet = {[this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
+                            &m_clipboard};
+    services.templateResource = [templateBytes] {
         return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;
     };
-    m_services.randomNumber = [chance = std::minstd_rand()](std::int32_t low, std::int32_t span) mutable {
+    services.randomNumber = [chance = std::minstd_rand()](std::int32_t low, std::int32_t span) mutable {
         return low + static_cast<std::int32_t>(chance() % static_cast<std::uint32_t>(span));
     };
 }
 
-std::filesystem::path EmbeddedBuilds::build(const PayrollData& data)
+EmbeddedBuilds::Built EmbeddedBuilds::build(const PayrollData& data) const
 {
     RecordedWindows windows;
-    buildPayrollWorkbook(data, windows, m_services);
-    return windows.workbook;
+    buildPayrollWorkbook(data, windows, services);
+    return {windows.workbook, windows.picture};
 }
 
 } // namespace wagemill::test

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <span>
+#include <vector>
 
 namespace wagemill::test {
 
@@ -17,12 +18,16 @@ public:
     /// templateBytes  a template other than the program's own
     explicit EmbeddedBuilds(std::span<const std::byte> templateBytes = {});
 
-    /// The saved workbook, in the temporary folder; empty when none was saved.
-    std::filesystem::path build(const PayrollData& data);
+    struct Built {
+        std::filesystem::path workbook; ///< in the temporary folder; empty when none was saved
+        std::vector<std::byte> picture;
+    };
+    Built build(const PayrollData& data) const;
+
+    BuildServices services;
 
 private:
     EmbeddedPictureClipboard m_clipboard;
-    BuildServices m_services;
 };
 
 } // namespace wagemill::test

@@ -27,7 +27,7 @@ Bytes resultOfThree()
     const ScopedEnvironment temporary("TEMP", folder.path().string());
     const auto cases = buildCases();
     const auto three = std::ranges::find(cases, "employees-3", &BuildCase::name);
-    return readBytesFromFile(EmbeddedBuilds().build(three->data));
+    return readBytesFromFile(EmbeddedBuilds().build(three->data).workbook);
 }
 
 Bytes subject(const std::string& name)

@@ -94,7 +94,7 @@ TEST(TypedPayloads, StartNothingConnectToNothingAndLeaveNoLink)
                 if (++number % step != 0)
                     continue;
                 const std::string text = std::string(prefix) + std::string(order);
-                const auto workbook = builds.build(dataWith(field, text));
+                const auto workbook = builds.build(dataWith(field, text)).workbook;
                 ASSERT_TRUE(fileExists(workbook)) << text << " in " << field;
                 EXPECT_EQ(offenceIn(readBytesFromFile(workbook)), "") << text << " in " << field;
                 deleteFileQuietly(workbook);
