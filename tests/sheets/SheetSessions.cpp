@@ -267,10 +267,12 @@ private:
 
     void expectTyped(std::string_view rest)
     {
-        const TypedValue typed = readTypedText(withLineBreaks(takeBefore(rest, " -> ")), m_formats, sessionDay);
+        const std::string text = withLineBreaks(takeBefore(rest, " -> "));
+        const TypedValue typed = readTypedText(text, m_formats, sessionDay);
         const std::size_t as = std::min(rest.find(" as "), rest.size());
         expect(typed.value, rest.substr(0, as));
         EXPECT_EQ(typed.numberFormat, rest.substr(std::min(as + 4, rest.size())));
+        EXPECT_EQ(typed.quotePrefix, text.starts_with('\''));
     }
 
     void expectShows(std::string_view rest)

@@ -53,10 +53,3 @@ TEST(CellText, HostileCodesAndTextsTakeNoTime)
                                     std::string(16000, '-') + "1", std::string("1\0002", 3), std::string("\xC0\x80")})
         EXPECT_EQ(readTypedText(text, unitedStates, {}).value, CellValue(text));
 }
-
-TEST(CellText, RemembersAnApostropheAndNoBlanks)
-{
-    EXPECT_TRUE(readTypedText("'008", unitedStates, {}).quotePrefix);
-    EXPECT_FALSE(readTypedText("008", unitedStates, {}).quotePrefix);
-    EXPECT_TRUE(isEmpty(readTypedText(" \t\u00A0", unitedStates, {}).value));
-}
