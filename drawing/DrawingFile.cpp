@@ -9,6 +9,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <type_traits>
 
 namespace wagemill {
@@ -20,28 +21,66 @@ constexpr std::uint8_t version = 1;
 constexpr std::size_t checksumBytes = 8;
 constexpr double maxLength = 1e8;
 
+// The one description of the file form, which reader and writer follow alike: the members of each record, and the
+// largest value of each whole number.
+
+template <class Record>
+auto membersOf(Record& record)
+{
+    using Plain = std::remove_const_t<Record>; // to be read into, or written
+    if constexpr (std::same_as<Plain, drawing::Rect>)
+        return std::tie(record.left, record.top, record.width, record.height);
+    else if constexpr (std::same_as<Plain, drawing::Color>)
+        return std::tie(record.red, record.green, record.blue);
+    else if constexpr (std::same_as<Plain, drawing::Fill>)
+        return std::tie(record.area, record.color);
+    else if constexpr (std::same_as<Plain, drawing::Line>)
+        return std::tie(record.x1, record.y1, record.x2, record.y2, record.style, record.color);
+    else if constexpr (std::same_as<Plain, drawing::Font>)
+        return std::tie(record.name, record.heightTwips, record.bold, record.italic, record.strikeout,
+                        record.underline);
+    else if constexpr (std::same_as<Plain, drawing::Text>)
+        return std::tie(record.cell, record.room, record.text, record.font, record.color, record.align, record.vertical,
+                        record.wrap, record.shrink, record.indent, record.hashesWhenTooWide, record.alwaysHashes,
+                        record.shorterForms);
+    else if constexpr (std::same_as<Plain, drawing::Drawing>)
+        return std::tie(record.width, record.height, record.fills, record.lines, record.fonts, record.texts);
+}
+
+template <class Value>
+constexpr std::uint64_t maxOf = std::numeric_limits<Value>::max();
+template <>
+constexpr auto maxOf<drawing::LineStyle> = static_cast<std::uint64_t>(drawing::LineStyle::SlantDashDot);
+template <>
+constexpr auto maxOf<drawing::Align> = static_cast<std::uint64_t>(drawing::Align::Right);
+template <>
+constexpr auto maxOf<drawing::VerticalAlign> = static_cast<std::uint64_t>(drawing::VerticalAlign::Bottom);
+
 class Writer : public ByteWriter {
 public:
     template <class Value>
-    void whole(Value value, std::uint64_t /*max*/)
+    void item(const Value& value)
     {
-        if constexpr (sizeof value == 1)
+        if constexpr (std::same_as<Value, double>)
+            real(value);
+        else if constexpr (sizeof value == 1)
             u8(static_cast<std::uint8_t>(value)); // most of them, and quicker
+        else if constexpr (std::integral<Value>)
+            number<sizeof value>(value);
         else
-            number<sizeof value>(static_cast<std::uint64_t>(value));
+            std::apply([this](auto&... members) { (item(members), ...); }, membersOf(value));
     }
-    void length(double value) { real(value); }
-    void text(const std::string& value)
+    void item(const std::string& text)
     {
-        u32(static_cast<std::uint32_t>(value.size()));
-        bytes(std::as_bytes(std::span(value)));
+        u32(static_cast<std::uint32_t>(text.size()));
+        bytes(std::as_bytes(std::span(text)));
     }
     template <class Item>
-    void list(const std::vector<Item>& items)
+    void item(const std::vector<Item>& items)
     {
         u32(static_cast<std::uint32_t>(items.size()));
-        for (const Item& item : items)
-            transfer(*this, item);
+        for (const Item& each : items)
+            item(each);
     }
 };
 
@@ -50,28 +89,30 @@ public:
     using ByteReader::ByteReader;
 
     template <class Value>
-    void whole(Value& value, std::uint64_t max)
+    void item(Value& value)
     {
-        const std::uint64_t read = number<sizeof value>();
-        require(read <= max);
-        value = static_cast<Value>(read);
+        if constexpr (std::same_as<Value, double>) {
+            value = real();
+            require(std::abs(value) <= maxLength); // not so for what is not a number
+        } else if constexpr (std::integral<Value> || std::is_enum_v<Value>) {
+            const std::uint64_t read = number<sizeof value>();
+            require(read <= maxOf<Value>);
+            value = static_cast<Value>(read);
+        } else {
+            std::apply([this](auto&... members) { (item(members), ...); }, membersOf(value));
+        }
     }
-    void length(double& value)
-    {
-        value = real();
-        require(std::abs(value) <= maxLength); // not so for what is not a number
-    }
-    void text(std::string& value)
+    void item(std::string& text)
     {
         const auto taken = bytes(u32());
-        value.assign(reinterpret_cast<const char*>(taken.data()), taken.size());
+        text.assign(reinterpret_cast<const char*>(taken.data()), taken.size());
     }
     template <class Item>
-    void list(std::vector<Item>& items)
+    void item(std::vector<Item>& items)
     {
         // One by one: what a damaged count asks for is not there to be read.
         for (std::uint32_t left = u32(); left > 0; --left)
-            transfer(*this, items.emplace_back());
+            item(items.emplace_back());
     }
     void require(bool isSound) const
     {
@@ -80,79 +121,6 @@ public:
     }
 };
 
-// The one description of the file form, which reader and writer follow alike.
-
-template <class Value, class Item>
-concept Either = std::same_as<std::remove_const_t<Value>, Item>; ///< to be read into, or written
-
-constexpr std::uint64_t anyByte = 0xFF;
-
-void transfer(auto& form, Either<std::string> auto& text)
-{
-    form.text(text);
-}
-
-void transfer(auto& form, Either<drawing::Rect> auto& rect)
-{
-    for (auto* const length : {&rect.left, &rect.top, &rect.width, &rect.height})
-        form.length(*length);
-}
-
-void transfer(auto& form, Either<drawing::Color> auto& color)
-{
-    for (auto* const part : {&color.red, &color.green, &color.blue})
-        form.whole(*part, anyByte);
-}
-
-void transfer(auto& form, Either<drawing::Fill> auto& fill)
-{
-    transfer(form, fill.area);
-    transfer(form, fill.color);
-}
-
-void transfer(auto& form, Either<drawing::Line> auto& line)
-{
-    for (auto* const length : {&line.x1, &line.y1, &line.x2, &line.y2})
-        form.length(*length);
-    form.whole(line.style, static_cast<std::uint64_t>(drawing::LineStyle::SlantDashDot));
-    transfer(form, line.color);
-}
-
-void transfer(auto& form, Either<drawing::Font> auto& font)
-{
-    form.text(font.name);
-    form.whole(font.heightTwips, std::numeric_limits<std::uint16_t>::max());
-    for (auto* const isSet : {&font.bold, &font.italic, &font.strikeout, &font.underline})
-        form.whole(*isSet, 1);
-}
-
-void transfer(auto& form, Either<drawing::Text> auto& text)
-{
-    transfer(form, text.cell);
-    transfer(form, text.room);
-    form.text(text.text);
-    form.whole(text.font, std::numeric_limits<std::uint16_t>::max());
-    transfer(form, text.color);
-    form.whole(text.align, static_cast<std::uint64_t>(drawing::Align::Right));
-    form.whole(text.vertical, static_cast<std::uint64_t>(drawing::VerticalAlign::Bottom));
-    form.whole(text.wrap, 1);
-    form.whole(text.shrink, 1);
-    form.whole(text.indent, anyByte);
-    form.whole(text.hashesWhenTooWide, 1);
-    form.whole(text.alwaysHashes, 1);
-    form.list(text.shorterForms);
-}
-
-void transfer(auto& form, Either<drawing::Drawing> auto& drawing)
-{
-    form.length(drawing.width);
-    form.length(drawing.height);
-    form.list(drawing.fills);
-    form.list(drawing.lines);
-    form.list(drawing.fonts);
-    form.list(drawing.texts);
-}
-
 } // namespace
 
 std::vector<std::byte> drawingFile(const drawing::Drawing& drawing)
@@ -160,7 +128,7 @@ std::vector<std::byte> drawingFile(const drawing::Drawing& drawing)
     Writer writer;
     writer.bytes(std::as_bytes(std::span(signature)));
     writer.u8(version);
-    transfer(writer, drawing);
+    writer.item(drawing);
     writer.u64(drawingChecksum(writer.view()));
     return writer.take();
 }
@@ -186,7 +154,7 @@ drawing::Drawing readDrawingFile(std::span<const std::byte> file)
 
     Reader reader(contents.subspan(begin));
     drawing::Drawing drawing;
-    transfer(reader, drawing);
+    reader.item(drawing);
     reader.require(reader.atEnd());
     reader.require(std::ranges::all_of(drawing.texts,
                                        [&](const drawing::Text& text) { return text.font < drawing.fonts.size(); }));
