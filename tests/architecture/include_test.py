@@ -16,7 +16,7 @@ ALLOWED = {
     "drawing": (["app/base"], True),
     "workbook/engine": (["app/base", "drawing"], False),
     "workbook/engine/text": (["app/base", "workbook/engine"], False),
-    "workbook/engine/formula": (["app/base", "workbook/engine", "workbook/engine/text"], False),
+    "workbook/engine/formula": (["app/base", "workbook/engine", "workbook/engine/text", "workbook/engine/xls"], False),
     "workbook/engine/picture": (["app/base", "drawing", "workbook/engine", "workbook/engine/text"], False),
     "workbook/engine/xls": (["app/base", "workbook/engine"], False),
     "workbook/embedded": (["app/base", "drawing", "workbook/engine", "workbook/engine/formula",

@@ -96,12 +96,7 @@ void tryInput(Input input)
     test::requireFiniteNumbers(book);
     written(shiftedFormula(formula, 12, -1));
     if (const auto once = written(formula)) {
-        constexpr std::size_t volatileMark = 4; // that writing adds where it is missing
-        const StoredSize room = storedSize(formula);
         const auto& [tokens, trailing] = *once;
-        require(trailing.size() == room.trailing &&
-                    (tokens.size() == room.tokens || tokens.size() == room.tokens + volatileMark),
-                "a formula takes the room that it says");
         const Formula again = xls::readFormula(tokens, trailing, context);
         require(written(again) == once, "a formula that we wrote is read and written as the same bytes");
     }

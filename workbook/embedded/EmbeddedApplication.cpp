@@ -267,7 +267,7 @@ public:
         if (m_place.book().activeSheet != m_place.index)
             throw SpreadsheetError("Cells of the sheet \"" + sheet.name +
                                    "\" cannot be selected while another sheet is active.");
-        sheet.selection = {{m_range.firstRow, m_range.firstColumn}, m_range};
+        sheet.selection = {m_range.first(), m_range};
     }
 
     void CopyPicture() override

@@ -2,6 +2,7 @@
 
 #include "app/base/text/TextScanner.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace wagemill::engine {
@@ -72,6 +73,12 @@ std::string columnName(int column)
 std::string addressText(CellAddress cell)
 {
     return columnName(cell.column) + std::to_string(cell.row + 1);
+}
+
+CellRect cellsBetween(const ReferencePart& corner, const ReferencePart& other)
+{
+    return {std::min(corner.row, other.row), std::min(corner.column, other.column), std::max(corner.row, other.row),
+            std::max(corner.column, other.column)};
 }
 
 void orderCorners(ReferencePart& first, ReferencePart& last)

@@ -28,6 +28,7 @@ struct CellRect {
     bool operator==(const CellRect&) const = default;
     int rows() const { return lastRow - firstRow + 1; }
     int columns() const { return lastColumn - firstColumn + 1; }
+    CellAddress first() const { return {firstRow, firstColumn}; }
     bool contains(CellAddress cell) const
     {
         return cell.row >= firstRow && cell.row <= lastRow && cell.column >= firstColumn && cell.column <= lastColumn;
@@ -47,6 +48,9 @@ struct ReferencePart {
 /// Makes `first` the upper left corner and `last` the lower right one; each row and column stays relative or absolute.
 void orderCorners(ReferencePart& first, ReferencePart& last);
 
+/// The cells from one corner to the other, whichever way round they are.
+CellRect cellsBetween(const ReferencePart& corner, const ReferencePart& other);
+
 /// A cell or area as it is written, "$B$4:N28", "A:C", "2:12". Whole rows and columns are areas that reach across the
 /// sheet; the direction in which they do is absolute.
 struct WrittenReference {
@@ -54,11 +58,7 @@ struct WrittenReference {
     std::optional<ReferencePart> last;
     std::size_t length = 0; ///< bytes read
 
-    CellRect cells() const
-    {
-        const ReferencePart& end = last ? *last : first;
-        return {first.row, first.column, end.row, end.column};
-    }
+    CellRect cells() const { return cellsBetween(first, last.value_or(first)); }
 };
 
 bool isInsideSheet(CellAddress cell);

@@ -154,18 +154,12 @@ std::uint16_t StyleTable::fontFor(const Font& font)
 
 const CellFormat& StyleTable::format(std::uint16_t index) const
 {
-    static const CellFormat plain;
-    if (index < formats.size())
-        return formats[index];
-    return defaultCellFormat < formats.size() ? formats[defaultCellFormat] : plain;
+    return formats[index < formats.size() ? index : defaultCellFormat];
 }
 
 const Font& StyleTable::fontOf(const CellFormat& format) const
 {
-    static const Font plain;
-    if (format.font < fonts.size())
-        return fonts[format.font];
-    return fonts.empty() ? plain : fonts.front();
+    return fonts[format.font];
 }
 
 Rgb StyleTable::rgb(ColorIndex color, Rgb automatic) const

@@ -144,7 +144,6 @@ public:
 
     /// The cell format at `index`, the default one when there is none.
     const CellFormat& format(std::uint16_t index) const;
-    /// The font of that cell format, the default one when there is none.
     const Font& fontOf(const CellFormat& format) const;
     /// The red, green and blue of a colour; automatic colours answer `automatic`.
     Rgb rgb(ColorIndex color, Rgb automatic) const;

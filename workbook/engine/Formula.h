@@ -67,6 +67,7 @@ struct ReferenceToken {
     std::optional<ReferencePart> last;
     bool bad = false;
 
+    CellRect cells() const { return cellsBetween(first, last.value_or(first)); }
     bool operator==(const ReferenceToken&) const = default;
 };
 
@@ -95,13 +96,13 @@ struct FunctionToken {
 };
 
 /// A jump or remark inside the token list ([MS-XLS] 2.5.198.4 PtgAttr...). Targets are indices into Formula::tokens of
-/// the token to go on with.
+/// the token to go on with, which comes later.
 struct AttributeToken {
     enum class Kind : std::uint8_t { If, Choose, Goto, Sum, Remark };
     Kind kind = Kind::Remark;
     std::uint8_t flags = 0;           ///< of a remark, as in the file
     std::uint16_t data = 0;           ///< of a remark, as in the file
-    std::vector<std::size_t> targets; ///< If, Goto: one; Choose: one for each choice and one for the end
+    std::vector<std::size_t> targets; ///< If, Goto: one; Choose: one for each choice and one for the end; else none
     bool operator==(const AttributeToken&) const = default;
 };
 
@@ -132,16 +133,6 @@ struct Formula {
 
     bool operator==(const Formula&) const = default;
 };
-
-/// Bytes that a formula takes in the file ([MS-XLS] 2.5.198.104 Rgce and 2.5.198.103 RgbExtra).
-struct StoredSize {
-    std::size_t tokens = 0;
-    std::size_t trailing = 0; ///< of the constant arrays, which come after the tokens
-};
-StoredSize storedSize(const Formula& formula);
-
-/// Of a formula's tokens.
-inline constexpr std::size_t maxFormulaBytes = 1800;
 
 /// The formula moved by so many rows and columns: relative parts move, absolute ones stay; a part that leaves the sheet
 /// makes its reference bad.

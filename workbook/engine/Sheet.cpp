@@ -77,13 +77,20 @@ Cell& Sheet::at(CellAddress address)
     if (position == wanted.cells.end() || position->column != address.column) {
         Cell made;
         made.column = static_cast<std::int16_t>(address.column); // checked to be inside the sheet
-        if (wanted.format)
-            made.format = *wanted.format;
-        else if (const ColumnRun* run = columnRun(columns, address.column))
-            made.format = run->format;
+        made.format = formatAt(address);
         position = wanted.cells.insert(position, std::move(made));
     }
     return *position;
+}
+
+std::uint16_t Sheet::formatAt(CellAddress address) const
+{
+    if (const Cell* const cell = find(address))
+        return cell->format;
+    if (const Row* const found = findRow(address.row); found != nullptr && found->format)
+        return *found->format;
+    const ColumnRun* const run = columnRun(columns, address.column);
+    return run == nullptr ? defaultCellFormat : run->format;
 }
 
 const CellValue& Sheet::value(CellAddress address) const
@@ -95,8 +102,6 @@ const CellValue& Sheet::value(CellAddress address) const
 
 Row& Sheet::row(int index)
 {
-    if (index < 0 || index >= maxRows)
-        throw std::out_of_range("Row " + std::to_string(index + 1) + " lies outside the sheet.");
     if (static_cast<std::size_t>(index) >= m_rows.size())
         m_rows.resize(static_cast<std::size_t>(index) + 1);
     return m_rows[static_cast<std::size_t>(index)];
@@ -115,13 +120,9 @@ std::optional<CellRect> Sheet::usedRange() const
         const auto& cells = m_rows[static_cast<std::size_t>(index)].cells;
         if (cells.empty())
             continue;
-        const int first = cells.front().column;
-        const int last = cells.back().column;
-        if (!used)
-            used = CellRect{index, first, index, last};
-        used->lastRow = index;
-        used->firstColumn = std::min(used->firstColumn, first);
-        used->lastColumn = std::max(used->lastColumn, last);
+        const CellRect before = used.value_or(CellRect{index, cells.front().column, index, cells.back().column});
+        used = {before.firstRow, std::min<int>(before.firstColumn, cells.front().column), index,
+                std::max<int>(before.lastColumn, cells.back().column)};
     }
     return used;
 }
@@ -145,7 +146,7 @@ int Sheet::rowHeightTwips(int index) const
 void Sheet::copyRows(int first, int last, int target)
 {
     const int distance = target - first;
-    if (first < 0 || last < first || last >= maxRows || target < 0 || last + distance >= maxRows)
+    if (last + distance >= maxRows)
         throw std::out_of_range("Rows " + std::to_string(first + 1) + " to " + std::to_string(last + 1) +
                                 " cannot be pasted at row " + std::to_string(target + 1) +
                                 ": they would leave the sheet.");

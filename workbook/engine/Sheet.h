@@ -162,11 +162,13 @@ public:
     /// The cell, made with the format of its row or column when it is not there yet.
     /// Throws std::out_of_range when the address lies outside the sheet.
     Cell& at(CellAddress address);
+    /// The cell's own format, or that of its row or column.
+    std::uint16_t formatAt(CellAddress address) const;
     /// The value of the cell, Empty where there is none.
     const CellValue& value(CellAddress address) const;
 
     const std::vector<Row>& rows() const { return m_rows; }
-    /// The row, made when it is not there yet. Throws std::out_of_range outside the sheet.
+    /// The row, made when it is not there yet. index  inside the sheet
     Row& row(int index);
     const Row* findRow(int index) const;
 

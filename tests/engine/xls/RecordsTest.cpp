@@ -1,6 +1,6 @@
 #include "tests/engine/xls/TestBooks.h"
 #include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/PropertySet.h"
+#include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/SheetRecords.h"
 

@@ -41,14 +41,13 @@ void enterValue(Book& book, std::size_t sheet, CellAddress address, TypedValue t
 void enterText(Book& book, std::size_t sheet, CellAddress address, std::string_view text,
                const RegionalFormats& formats, CalendarDate today)
 {
-    const bool hasSheet = sheet < book.sheets.size();
     const auto refused = [&](const std::string& why) {
-        if (hasSheet && isInsideSheet(address))
+        if (isInsideSheet(address))
             enterValue(book, sheet, address, {});
-        return EngineError("Cell " + addressText(address) + " of the sheet \"" +
-                           (hasSheet ? book.sheets[sheet]->name : std::string()) + "\" " + why);
+        return EngineError("Cell " + addressText(address) + " of the sheet \"" + book.sheets[sheet]->name + "\" " +
+                           why);
     };
-    if (!hasSheet || !isInsideSheet(address))
+    if (!isInsideSheet(address))
         throw refused("does not exist.");
     if (utf16Length(text) > maxTextLength)
         throw refused("is left empty, because it cannot hold more than 32767 characters.");

@@ -73,10 +73,8 @@ std::variant<std::string, ErrorCode> toText(const CellValue& value, const Coerci
 std::variant<bool, ErrorCode> toLogical(const CellValue& value, const CoercionRules& rules)
 {
     if (const auto* const text = std::get_if<std::string>(&value)) {
-        if (sameIgnoringCase(*text, "TRUE"))
-            return true;
-        if (sameIgnoringCase(*text, "FALSE"))
-            return false;
+        if (const auto logical = logicalNamed(*text))
+            return *logical;
         return ErrorCode::Value;
     }
     const auto number = toNumber(value, rules);

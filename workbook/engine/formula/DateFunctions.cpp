@@ -11,7 +11,6 @@ namespace wagemill::engine {
 namespace {
 
 constexpr int secondsPerDay = 86400;
-constexpr int daysBetweenSystems = 1462; ///< serial day of 1 January 1904 in the 1900 system
 constexpr int lastYear = 9999;
 
 /// A moment's day, and its second of the day to the nearest one.
@@ -80,17 +79,11 @@ Answer clockPart(const FunctionCall& call)
     return momentOf(call, 0).second / seconds % unitsInNext;
 }
 
-/// 0 is Sunday.
-int weekdayOf(const FunctionCall& call, int day)
-{
-    return (day + (call.dates1904() ? daysBetweenSystems : 0) + 6) % 7;
-}
-
 /// type  1: Sunday is 1, 2: Monday is 1, 3: Monday is 0
 Answer weekday(const FunctionCall& call)
 {
     const int type = call.integer(1, 1);
-    const int fromSunday = weekdayOf(call, momentOf(call, 0).day);
+    const int fromSunday = weekdayOf(momentOf(call, 0).day, call.dates1904());
     if (type < 1 || type > 3)
         return ErrorCode::Number;
     const int fromMonday = (fromSunday + 6) % 7;
@@ -105,7 +98,7 @@ Answer weekNumber(const FunctionCall& call)
     if (type < 1 || type > 2)
         return ErrorCode::Number;
     const int firstDay = serialDayOf(dateOf(call, 0).year, 1, 1, call.dates1904());
-    return (day - firstDay + (weekdayOf(call, firstDay) + 8 - type) % 7) / 7 + 1;
+    return (day - firstDay + (weekdayOf(firstDay, call.dates1904()) + 8 - type) % 7) / 7 + 1;
 }
 
 double now(const FunctionCall& call)
@@ -195,7 +188,7 @@ public:
     }
     bool has(int day) const
     {
-        const int weekday = weekdayOf(m_call, day);
+        const int weekday = weekdayOf(day, m_call.dates1904());
         return weekday != 0 && weekday != 6 && !m_holidays.contains(day);
     }
 
@@ -260,9 +253,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> dateFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> dateFunctions = table;
 
 } // namespace wagemill::engine

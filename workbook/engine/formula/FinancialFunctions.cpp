@@ -69,9 +69,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> financialFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> financialFunctions = table;
 
 } // namespace wagemill::engine

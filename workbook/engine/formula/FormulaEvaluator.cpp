@@ -40,7 +40,7 @@ CellValue intersection(const ComputedBook& book, const Area& area, CellAddress c
     const bool oneRow = cells.firstRow == cells.lastRow;
     const bool oneColumn = cells.firstColumn == cells.lastColumn;
     if (oneRow && oneColumn)
-        return cellValue(book, area.sheet, {cells.firstRow, cells.firstColumn});
+        return cellValue(book, area.sheet, cells.first());
     if (oneColumn && cell.row >= cells.firstRow && cell.row <= cells.lastRow)
         return cellValue(book, area.sheet, {cell.row, cells.firstColumn});
     if (oneRow && cell.column >= cells.firstColumn && cell.column <= cells.lastColumn)
@@ -101,11 +101,7 @@ Operand referredCells(const Book& book, std::size_t sheet, const ReferenceToken&
 {
     if (token.bad)
         return errorOperand(ErrorCode::Reference);
-    const ReferencePart& first = token.first;
-    const ReferencePart& last = token.last ? *token.last : token.first;
-    // a copied formula may have moved one corner past the other
-    const CellRect cells{std::min(first.row, last.row), std::min(first.column, last.column),
-                         std::max(first.row, last.row), std::max(first.column, last.column)};
+    const CellRect cells = token.cells();
     if (!token.externSheet)
         return Area{sheet, cells};
     const SupportingBook* const referred = book.supportingBook(*token.externSheet);
@@ -178,9 +174,6 @@ public:
 
     void operator()(const ArrayToken& token)
     {
-        if (token.rows < 1 || token.columns < 1 ||
-            token.values.size() != static_cast<std::size_t>(token.rows) * static_cast<std::size_t>(token.columns))
-            throw CannotEvaluate{};
         m_evaluator.reserveValues(token.values.size());
         push(std::make_shared<const ValueArray>(ValueArray{token.rows, token.columns, token.values}));
     }
@@ -228,7 +221,8 @@ public:
         case AttributeToken::Kind::Choose:
             return chooseChoice(token);
         case AttributeToken::Kind::Goto:
-            return goTo(target(token));
+            m_next = token.targets.front();
+            break;
         case AttributeToken::Kind::Sum:
             return (*this)(FunctionToken{OperandClass::Value, sumFunction, 1, true});
         case AttributeToken::Kind::Remark:
@@ -412,13 +406,6 @@ private:
         });
     }
 
-    static std::size_t target(const AttributeToken& token)
-    {
-        if (token.targets.empty())
-            throw CannotEvaluate{};
-        return token.targets.front();
-    }
-
     /// Null when there is no token, or another kind of token, in that place.
     template <class Kind>
     const Kind* tokenAt(std::size_t index) const
@@ -426,37 +413,30 @@ private:
         return index < m_tokens.size() ? std::get_if<Kind>(&m_tokens[index]) : nullptr;
     }
 
-    void goTo(std::size_t target)
-    {
-        if (target < m_next || target > m_tokens.size())
-            throw CannotEvaluate{}; // a damaged file must not send us in circles
-        m_next = target;
-    }
-
     /// Leaves IF or CHOOSE with its answer on the stack. target: the function, or the token after it
     void leaveFunction(std::size_t target, Operand answer)
     {
         push(std::move(answer));
-        goTo(tokenAt<FunctionToken>(target) == nullptr ? target : target + 1);
+        m_next = tokenAt<FunctionToken>(target) == nullptr ? target : target + 1;
     }
 
     void chooseBranch(const AttributeToken& token)
     {
         const auto condition = toLogical(m_evaluator.single(popped()), m_evaluator.m_rules);
-        const std::size_t otherwise = target(token);
+        const std::size_t otherwise = token.targets.front();
         if (const auto* const error = std::get_if<ErrorCode>(&condition)) {
             const auto* const leave = tokenAt<AttributeToken>(otherwise - 1);
             if (leave == nullptr || leave->kind != AttributeToken::Kind::Goto)
                 throw CannotEvaluate{};
             push(errorOperand(*error));
-            return goTo(target(*leave));
+            m_next = leave->targets.front();
+        } else if (!std::get<bool>(condition)) {
+            const auto* const function = tokenAt<FunctionToken>(otherwise);
+            if (function != nullptr && function->arguments > 0)
+                leaveFunction(otherwise, CellValue(false));
+            else
+                m_next = otherwise; // not IF itself: the other part may begin with PI()
         }
-        if (std::get<bool>(condition))
-            return;
-        const auto* const function = tokenAt<FunctionToken>(otherwise);
-        if (function == nullptr || function->arguments == 0) // not IF itself: the other part may begin with PI()
-            return goTo(otherwise);
-        leaveFunction(otherwise, CellValue(false));
     }
 
     void chooseChoice(const AttributeToken& token)
@@ -464,10 +444,10 @@ private:
         const auto number = toNumber(m_evaluator.single(popped()), m_evaluator.m_rules);
         const auto* const index = std::get_if<double>(&number);
         if (index != nullptr && *index >= 1 && *index < static_cast<double>(token.targets.size()))
-            return goTo(token.targets[static_cast<std::size_t>(*index) - 1]);
-        target(token); // there must be one
-        leaveFunction(token.targets.back(),
-                      errorOperand(index == nullptr ? std::get<ErrorCode>(number) : ErrorCode::Value));
+            m_next = token.targets[static_cast<std::size_t>(*index) - 1];
+        else
+            leaveFunction(token.targets.back(),
+                          errorOperand(index == nullptr ? std::get<ErrorCode>(number) : ErrorCode::Value));
     }
 
     FormulaEvaluator& m_evaluator;
@@ -478,10 +458,7 @@ private:
 
 FormulaEvaluator::FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings,
                                    std::size_t& valuesLeft)
-    : m_book(book),
-      m_settings(settings),
-      m_rules{settings.formats, settings.now, book.model().dates1904},
-      m_allValuesLeft(valuesLeft)
+    : m_book(book), m_rules{settings.formats, settings.now, book.model().dates1904}, m_allValuesLeft(valuesLeft)
 {
 }
 
@@ -512,7 +489,7 @@ std::optional<CellValue> FormulaEvaluator::evaluate(const Formula& formula, std:
 
 std::optional<Operand> FormulaEvaluator::evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area)
 {
-    return evaluated(sheet, {area.firstRow, area.firstColumn}, [&] {
+    return evaluated(sheet, area.first(), [&] {
         m_wantsArrays = true;
         Operand answer = run(formula.tokens);
         if (std::holds_alternative<CalledName>(answer))

@@ -39,7 +39,6 @@ public:
 
     // What functions see of the evaluation:
     const ComputedBook& book() const { return m_book; }
-    const CalculationSettings& settings() const { return m_settings; }
     const CoercionRules& rules() const { return m_rules; }
     std::size_t sheet() const { return m_sheet; }
     CellAddress cell() const { return m_cell; }
@@ -61,7 +60,6 @@ private:
     Operand run(const std::vector<Token>& tokens);
 
     const ComputedBook& m_book;
-    const CalculationSettings& m_settings;
     CoercionRules m_rules;
     std::size_t m_sheet = 0;
     CellAddress m_cell;

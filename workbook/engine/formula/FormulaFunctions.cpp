@@ -32,8 +32,8 @@ struct Bindings {
 
     Bindings()
     {
-        for (const auto table : {logicalFunctions(), mathFunctions(), statisticalFunctions(), textFunctions(),
-                                 dateFunctions(), lookupFunctions(), financialFunctions()})
+        for (const auto table : {logicalFunctions, mathFunctions, statisticalFunctions, textFunctions, dateFunctions,
+                                 lookupFunctions, financialFunctions})
             byName.insert(byName.end(), table.begin(), table.end());
         std::ranges::sort(byName, {}, &FunctionBinding::name);
         for (FunctionBinding& binding : byName)
@@ -97,9 +97,9 @@ const FunctionBinding* findBinding(std::uint16_t id)
 
 const FunctionBinding* findBinding(std::string_view name)
 {
-    std::string wanted = upperText(name);
-    if (const std::string prefix = upperText(laterVersionPrefix); wanted.starts_with(prefix))
-        wanted.erase(0, prefix.size());
+    if (startsWithIgnoringCase(name, laterVersionPrefix))
+        name.remove_prefix(laterVersionPrefix.size());
+    const std::string wanted = upperText(name);
     const auto& byName = bindings().byName;
     const auto found = std::ranges::lower_bound(byName, wanted, {}, &FunctionBinding::name);
     return found != byName.end() && found->name == wanted ? &*found : nullptr;

@@ -99,13 +99,13 @@ const FunctionBinding* findBinding(std::string_view name);
 std::string storedName(const FunctionBinding& function);
 
 // The functions by subject; each table is in the file of its name.
-std::span<const FunctionBinding> logicalFunctions();
-std::span<const FunctionBinding> mathFunctions();
-std::span<const FunctionBinding> statisticalFunctions();
-std::span<const FunctionBinding> textFunctions();
-std::span<const FunctionBinding> dateFunctions();
-std::span<const FunctionBinding> lookupFunctions();
-std::span<const FunctionBinding> financialFunctions();
+extern const std::span<const FunctionBinding> logicalFunctions;
+extern const std::span<const FunctionBinding> mathFunctions;
+extern const std::span<const FunctionBinding> statisticalFunctions;
+extern const std::span<const FunctionBinding> textFunctions;
+extern const std::span<const FunctionBinding> dateFunctions;
+extern const std::span<const FunctionBinding> lookupFunctions;
+extern const std::span<const FunctionBinding> financialFunctions;
 
 /// The number that the value is, null when it is something else; throws the error that it is.
 inline const double* numberIn(const CellValue& value)
@@ -146,16 +146,13 @@ void forEachArgument(const FunctionCall& call, std::size_t first, VisitPlace vis
 template <class Visit>
 void forEachNumber(const FunctionCall& call, std::size_t first, Visit visit)
 {
-    struct VisitPlace {
-        Visit& visit;
-        void operator()(double number) const { visit(number); }
-        void operator()(const CellValue& value) const
-        {
-            if (const double* const number = numberIn(value))
-                visit(*number);
-        }
+    const auto visitPlace = [&]<class Value>(const Value& value) {
+        if constexpr (std::same_as<Value, double>)
+            visit(value);
+        else if (const double* const number = numberIn(value))
+            visit(*number);
     };
-    forEachArgument(call, first, VisitPlace{visit}, [&](std::size_t i) { visit(call.number(i)); });
+    forEachArgument(call, first, visitPlace, [&](std::size_t i) { visit(call.number(i)); });
 }
 
 } // namespace wagemill::engine

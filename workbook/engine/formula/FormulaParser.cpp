@@ -7,10 +7,13 @@
 #include "workbook/engine/formula/FormulaFunctions.h"
 #include "workbook/engine/formula/Operators.h"
 #include "workbook/engine/formula/ReferenceText.h"
+#include "workbook/engine/text/TypedText.h"
+#include "workbook/engine/xls/FormulaTokens.h"
 
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <stdexcept>
 
 namespace wagemill::engine {
 
@@ -23,13 +26,16 @@ constexpr std::size_t maxArrayBytes = 6000; ///< of constant arrays: they share 
 constexpr int maxNesting = 100; ///< of brackets and function calls: far beyond any real formula, harmless to the stack
 constexpr int maxArguments = 30;
 constexpr std::string_view blanks = " \t\r\n";
-constexpr std::size_t volatileMarkSize = 4; ///< comes in the file before a formula that changes with every calculation
 
-std::optional<bool> logicalNamed(std::string_view name)
-{
-    if (sameIgnoringCase(name, "TRUE"))
-        return true;
-    return sameIgnoringCase(name, "FALSE") ? std::optional(false) : std::nullopt;
+/// Whether a file has room for it.
+bool fitsFile(const Formula& formula)
+try {
+    ByteWriter tokens;
+    ByteWriter arrays;
+    xls::writeFormula(formula, tokens, arrays);
+    return arrays.size() <= maxArrayBytes;
+} catch (const std::length_error&) {
+    return false;
 }
 
 /// index  in Book::names
@@ -108,8 +114,7 @@ public:
             fail(m_scanner.peek() == ')' ? "there is one closing bracket too many" : "an operator is missing");
         assignOperandClasses(m_tokens);
         Formula formula{std::move(m_tokens)};
-        const StoredSize size = storedSize(formula);
-        if (size.tokens > maxFormulaBytes - volatileMarkSize || size.trailing > maxArrayBytes)
+        if (!fitsFile(formula))
             fail("it is too long for a workbook of this kind");
         for (std::string& name : m_unknownNames)
             m_book.names.push_back({std::move(name), std::nullopt, {}, {}});

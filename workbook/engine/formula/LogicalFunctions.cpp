@@ -111,9 +111,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> logicalFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> logicalFunctions = table;
 
 } // namespace wagemill::engine

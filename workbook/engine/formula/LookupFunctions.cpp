@@ -310,9 +310,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> lookupFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> lookupFunctions = table;
 
 } // namespace wagemill::engine

@@ -201,9 +201,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> mathFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> mathFunctions = table;
 
 } // namespace wagemill::engine

@@ -220,7 +220,7 @@ std::optional<CellRect> filteredRows(const Book& book, std::size_t sheet)
         for (const DefinedName& name : book.names)
             if (name.sheet == sheet && name.name == filterName && name.formula.tokens.size() == 1)
                 if (const auto* const area = std::get_if<ReferenceToken>(&name.formula.tokens.front()))
-                    return CellRect{area->first.row, 0, area->last.value_or(area->first).row, maxColumns - 1};
+                    return area->cells();
     return std::nullopt;
 }
 
@@ -242,7 +242,8 @@ Answer subtotal(const FunctionCall& call)
         for (const Area& area : areasOf(call.operand(i))) {
             const auto filtered = filteredRows(call.book().model(), area.sheet);
             forEachCell(call.book(), area, [&](CellAddress address, const Cell& cell) {
-                const bool skips = number > skipHidden || (filtered && filtered->contains({address.row, 0}));
+                const bool skips = number > skipHidden ||
+                                   (filtered && address.row >= filtered->firstRow && address.row <= filtered->lastRow);
                 if (isSubtotal(cell) ||
                     (skips && call.book().rows(area.sheet)[static_cast<std::size_t>(address.row)].hidden))
                     return;
@@ -283,9 +284,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> statisticalFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> statisticalFunctions = table;
 
 } // namespace wagemill::engine

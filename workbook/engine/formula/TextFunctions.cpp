@@ -231,9 +231,6 @@ constexpr auto table = std::to_array<FunctionBinding>({
 
 } // namespace
 
-std::span<const FunctionBinding> textFunctions()
-{
-    return table;
-}
+constinit const std::span<const FunctionBinding> textFunctions = table;
 
 } // namespace wagemill::engine

@@ -43,7 +43,7 @@ PictureGrid::PictureGrid(const Book& book, const Sheet& sheet, const CellRect& r
     : m_book(book), m_sheet(sheet), m_range(range), m_medium(medium)
 {
     if (std::int64_t{range.rows()} * range.columns() > maxCells)
-        throw EngineError("The range " + addressText({range.firstRow, range.firstColumn}) + ":" +
+        throw EngineError("The range " + addressText(range.first()) + ":" +
                           addressText({range.lastRow, range.lastColumn}) + " of sheet \"" + sheet.name +
                           "\" is too large for a picture.");
     const auto measure = [](int first, int last, auto pixelsOf, std::vector<int>& shown, std::vector<double>& edges) {
@@ -81,21 +81,13 @@ drawing::Rect PictureGrid::rectOf(const CellRect& area) const
 
 const CellFormat& PictureGrid::formatAt(CellAddress address) const
 {
-    if (const Cell* const cell = m_sheet.find(address))
-        return m_book.styles.format(cell->format);
-    if (const Row* const row = m_sheet.findRow(address.row); row != nullptr && row->format)
-        return m_book.styles.format(*row->format);
-    for (const ColumnRun& run : m_sheet.columns)
-        if (address.column >= run.first && address.column <= run.last)
-            return m_book.styles.format(run.format);
-    return m_book.styles.format(defaultCellFormat);
+    return m_book.styles.format(m_sheet.formatAt(address));
 }
 
 std::optional<Rgb> PictureGrid::fillAt(CellAddress address) const
 {
-    const CellRect area = areaOf(address);
-    const Fill& fill = formatAt({area.firstRow, area.firstColumn}).fill;
-    if (fill.pattern == 0 || fill.pattern >= patternShares.size())
+    const Fill& fill = formatAt(areaOf(address).first()).fill;
+    if (fill.pattern == 0)
         return std::nullopt;
     return mixed(m_book.styles.rgb(fill.patternColor, Rgb{0, 0, 0}),
                  m_book.styles.rgb(fill.backgroundColor, Rgb{255, 255, 255}), patternShares[fill.pattern]);
@@ -118,8 +110,7 @@ CellRect PictureGrid::areaOf(CellAddress address) const
 
 bool PictureGrid::isCovered(CellAddress address) const
 {
-    const CellRect area = areaOf(address);
-    return address != CellAddress{area.firstRow, area.firstColumn};
+    return address != areaOf(address).first();
 }
 
 } // namespace wagemill::engine

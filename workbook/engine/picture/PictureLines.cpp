@@ -1,4 +1,4 @@
-#include "workbook/engine/picture/PictureParts.h"
+#include "workbook/engine/picture/PictureGrid.h"
 
 #include <array>
 #include <cstddef>
@@ -30,8 +30,7 @@ int strengthOf(BorderStyle style)
         7,  // MediumDashDotDot
         8,  // SlantDashDot
     };
-    const auto index = static_cast<std::size_t>(style);
-    return index < strengths.size() ? strengths[index] : 0;
+    return strengths.at(static_cast<std::size_t>(style));
 }
 
 /// How a piece of an edge between two cells looks.

@@ -1,4 +1,4 @@
-#include "workbook/engine/picture/PictureParts.h"
+#include "workbook/engine/picture/PictureGrid.h"
 
 #include "workbook/engine/text/NumberFormat.h"
 
@@ -78,7 +78,7 @@ private:
 
         drawing::Text text;
         text.cell = m_grid.rectOf(m_grid.areaOf(address));
-        text.font = format.font < styles.fonts.size() ? format.font : std::uint16_t{0};
+        text.font = format.font;
         text.color = shown.color.value_or(styles.rgb(styles.fontOf(format).color, Rgb{0, 0, 0}));
         text.align = alignmentOf(format.horizontal, cell.value, shown);
         text.vertical = alignmentOf(format.vertical);

@@ -31,12 +31,8 @@ std::vector<CellRect> namedAreas(const Book& book, std::size_t sheet, std::strin
         if (defined.name != name || defined.sheet != sheet)
             continue;
         for (const Token& token : defined.formula.tokens)
-            if (const auto* reference = std::get_if<ReferenceToken>(&token); reference != nullptr && !reference->bad) {
-                ReferencePart first = reference->first;
-                ReferencePart last = reference->last.value_or(first);
-                orderCorners(first, last);
-                areas.push_back({first.row, first.column, last.row, last.column});
-            }
+            if (const auto* reference = std::get_if<ReferenceToken>(&token); reference != nullptr && !reference->bad)
+                areas.push_back(reference->cells());
     }
     return areas;
 }

@@ -1,7 +1,5 @@
 #include "workbook/engine/picture/SheetPicture.h"
 
-#include "workbook/engine/picture/PictureParts.h"
-
 #include <optional>
 #include <utility>
 
@@ -34,8 +32,6 @@ std::vector<drawing::Font> pictureFonts(const Book& book)
     std::vector<drawing::Font> fonts;
     for (const Font& font : book.styles.fonts)
         fonts.push_back(drawingFont(font));
-    if (fonts.empty())
-        fonts.emplace_back();
     return fonts;
 }
 

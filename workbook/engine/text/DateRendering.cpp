@@ -1,4 +1,4 @@
-#include "workbook/engine/text/SectionRendering.h"
+#include "workbook/engine/text/FormatCode.h"
 
 #include "app/base/text/NumberText.h"
 #include "app/base/text/TextScanner.h"
@@ -28,14 +28,6 @@ struct Moment {
 
     int hour() const { return static_cast<int>(seconds % secondsPerDay / 3600); }
 };
-
-/// As the application counts weekdays: serial day 1 of 1900 passes for a Sunday, so that they are wrong before March
-/// 1900.
-int weekdayOf(int serialDay, bool dates1904)
-{
-    constexpr int serialDayOf1904 = 1462;
-    return (serialDay + (dates1904 ? serialDayOf1904 : 0) + 6) % 7;
-}
 
 /// Digits of a second that the section shows.
 std::size_t secondDigits(const FormatSection& section)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/base/text/RegionalFormats.h"
 #include "workbook/engine/CellStyle.h"
 
 #include <cstddef>
@@ -71,5 +72,20 @@ struct FormatSection {
 /// The one to four sections of a code; none when it is empty or "General", nothing when it cannot be read: an open
 /// quote or bracket, one of the letters B, E, G and N alone, more than four sections, excessive length.
 std::optional<std::vector<FormatSection>> readFormatCode(std::string_view code);
+
+/// A number in the digits of a format section.
+struct RenderedNumber {
+    std::string text;
+    bool isZero = false; ///< no digit other than zero is shown
+};
+
+/// Renders the magnitude of `number` by a section of the kinds Number, Scientific and Fraction, the last one below 10
+/// to the power 15: "# ?/?" and "# ??/16".
+RenderedNumber renderNumber(double number, const FormatSection& section, const RegionalFormats& formats);
+
+/// Renders a serial day with its part of a day by a section of the kind Date. Nothing when the number is not a date:
+/// below zero or after 31 December 9999.
+std::optional<std::string> renderDate(double serial, const FormatSection& section, const RegionalFormats& formats,
+                                      bool dates1904);
 
 } // namespace wagemill::engine

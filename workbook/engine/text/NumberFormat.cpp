@@ -1,7 +1,7 @@
 #include "workbook/engine/text/NumberFormat.h"
 
 #include "app/base/text/NumberText.h"
-#include "workbook/engine/text/SectionRendering.h"
+#include "workbook/engine/text/FormatCode.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "workbook/engine/text/SectionRendering.h"
+#include "workbook/engine/text/FormatCode.h"
 
 #include "app/base/text/NumberText.h"
 #include "app/base/text/TextScanner.h"

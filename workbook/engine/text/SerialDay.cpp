@@ -5,7 +5,7 @@ namespace wagemill::engine {
 namespace {
 
 constexpr int epochIn1900 = 25569; ///< serial day of 1 January 1970
-constexpr int epochIn1904 = 24107;
+constexpr int epochIn1904 = epochIn1900 - daysBetweenSystems;
 constexpr int falseLeapDay = 60;
 
 } // namespace
@@ -31,9 +31,14 @@ int serialDayOf(int year, int month, int day, bool dates1904)
     return (first <= falseLeapDay ? first - 1 : first) + day - 1; // January and February 1900 are one day earlier
 }
 
+int weekdayOf(int serialDay, bool dates1904)
+{
+    return (serialDay + (dates1904 ? daysBetweenSystems : 0) + 6) % 7;
+}
+
 int lastSerialDay(bool dates1904)
 {
-    return dates1904 ? 2957003 : 2958465;
+    return 2958465 - (dates1904 ? daysBetweenSystems : 0);
 }
 
 } // namespace wagemill::engine

@@ -8,7 +8,6 @@
 #include "workbook/engine/text/SerialDay.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -71,9 +70,8 @@ std::optional<TypedValue> readTypedNumber(std::string_view plain, const Regional
 
 std::optional<TypedValue> readWord(std::string_view plain)
 {
-    for (const bool value : {true, false})
-        if (sameIgnoringCase(plain, value ? "TRUE" : "FALSE"))
-            return TypedValue{value, "", false};
+    if (const auto logical = logicalNamed(plain))
+        return TypedValue{*logical, "", false};
     const auto error =
         std::ranges::find_if(errorNames, [plain](const ErrorName& name) { return sameIgnoringCase(plain, name.text); });
     return error == errorNames.end() ? std::nullopt : std::optional(TypedValue{error->error, "", false});
@@ -271,6 +269,13 @@ std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalF
 }
 
 } // namespace
+
+std::optional<bool> logicalNamed(std::string_view word)
+{
+    if (sameIgnoringCase(word, "TRUE"))
+        return true;
+    return sameIgnoringCase(word, "FALSE") ? std::optional(false) : std::nullopt;
+}
 
 TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, CalendarDate today, bool dates1904)
 {

@@ -3,6 +3,7 @@
 #include "app/base/text/DateText.h"
 #include "workbook/engine/CellValue.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,9 @@ struct TypedValue {
     std::string numberFormat;
     bool quotePrefix = false; ///< the text came after an apostrophe
 };
+
+/// What TRUE or FALSE says, in any case; nothing for another word.
+std::optional<bool> logicalNamed(std::string_view word);
 
 /// The value that a cell takes when a user types `text` into it, and the number format typing suggests:
 ///   "$15.00" -> 15.0, currency    "7.65%" -> 0.0765, "0.00%"    "%" -> the text "%"    "" -> empty

@@ -78,6 +78,7 @@ constexpr auto referenceKinds = std::to_array<ReferenceKind>({
 });
 
 constexpr std::size_t usualTokenSize = 4;
+constexpr std::size_t maxFormulaBytes = 1800; ///< of the tokens
 
 /// A token that we keep rather than read: the formula becomes opaque.
 struct UnknownToken {};
@@ -440,7 +441,7 @@ public:
         }
         m_starts.push_back(m_tokens.size());
         for (const Jump& jump : m_jumps)
-            putU16(m_tokens.view(), jump.place, distance(jump));
+            putU16(m_tokens.view(), jump.place, static_cast<std::uint16_t>(m_starts[jump.target] - jump.origin));
         if (m_tokens.size() - m_origin > maxFormulaBytes)
             throw std::length_error("The formula is too long for this kind of file.");
     }
@@ -544,12 +545,6 @@ private:
         std::size_t target; ///< token number
     };
 
-    std::uint16_t distance(const Jump& jump) const
-    {
-        const std::size_t target = m_starts[std::min(jump.target, m_starts.size() - 1)];
-        return static_cast<std::uint16_t>(target < jump.origin ? 0 : target - jump.origin);
-    }
-
     void writeClassified(std::uint8_t id, OperandClass operandClass)
     {
         m_tokens.u8(static_cast<std::uint8_t>(id + ((static_cast<unsigned>(operandClass) - 1U) << 5U)));
@@ -566,14 +561,12 @@ private:
     {
         attribute(kind, 0);
         const std::size_t end = m_tokens.size();
-        m_jumps.push_back(
-            {end - 2, end + lead, token.targets.empty() ? m_formula.tokens.size() : token.targets.front()});
+        m_jumps.push_back({end - 2, end + lead, token.targets.front()});
     }
 
     void writeChoose(const AttributeToken& token)
     {
-        const std::size_t choices = token.targets.empty() ? 0 : token.targets.size() - 1;
-        attribute(ptg::attributeChoose, static_cast<std::uint16_t>(choices));
+        attribute(ptg::attributeChoose, static_cast<std::uint16_t>(token.targets.size() - 1));
         const std::size_t start = m_tokens.size();
         for (const std::size_t target : token.targets) {
             m_jumps.push_back({m_tokens.size(), start, target});

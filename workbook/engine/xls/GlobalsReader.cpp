@@ -1,5 +1,4 @@
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/StyleRecords.h"
 #include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>

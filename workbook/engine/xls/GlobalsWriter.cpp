@@ -1,6 +1,5 @@
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/FormulaTokens.h"
-#include "workbook/engine/xls/StyleRecords.h"
 #include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>

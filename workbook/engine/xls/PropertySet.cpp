@@ -1,5 +1,4 @@
-#include "workbook/engine/xls/PropertySet.h"
-
+#include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include <algorithm>

@@ -1,8 +1,7 @@
 #include "workbook/engine/xls/RecordStrings.h"
 
 #include "app/base/text/Unicode.h"
-#include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/StyleRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <stdexcept>

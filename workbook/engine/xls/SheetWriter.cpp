@@ -22,16 +22,11 @@ constexpr auto newSheetSettings = "\xC1\x04"sv; ///< automatic outlines
 constexpr std::uint16_t activeFlags = 0x0600;
 constexpr auto standardWindow = "\xBE\x01\x00\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv;
 
-/// The cell that holds the array formula or data table of the area for all its cells.
-CellAddress baseOf(const ArrayArea& array)
-{
-    return {array.cells.firstRow, array.cells.firstColumn};
-}
-
-/// Whether the cell's array formula is still in its first cell; else somebody put something else there.
+/// Whether the array formula is still in its first cell, which holds it for all; else somebody put something else
+/// there.
 bool hasBase(const Sheet& sheet, const ArrayArea& array)
 {
-    const Cell* const base = sheet.find(baseOf(array));
+    const Cell* const base = sheet.find(array.cells.first());
     return base != nullptr && base->formula && base->array && base->array->cells == array.cells;
 }
 
@@ -294,7 +289,7 @@ public:
             m_data.u16(isEmpty(cell.value) ? 1 : 0); // no result yet: to be computed when the workbook is opened
             m_data.u32(0);
             writeWithTokens(record::formula);
-            if (cell.array && baseOf(*cell.array) == CellAddress{row, cell.column})
+            if (cell.array && cell.array->cells.first() == CellAddress{row, cell.column})
                 writeArray(*cell.array, formula);
             const std::string* const text = std::get_if<std::string>(&cell.value);
             if (text != nullptr && !text->empty())

@@ -1,8 +1,5 @@
-#include "workbook/engine/xls/StyleRecords.h"
-
 #include "app/base/text/Unicode.h"
-#include "workbook/engine/xls/BiffRecords.h"
-#include "workbook/engine/xls/RecordStrings.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
 #include <array>

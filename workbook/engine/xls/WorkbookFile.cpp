@@ -4,7 +4,6 @@
 #include "app/base/text/LetterCase.h"
 #include "app/base/text/Unicode.h"
 #include "workbook/engine/xls/CompoundFile.h"
-#include "workbook/engine/xls/PropertySet.h"
 #include "workbook/engine/xls/Substreams.h"
 
 #include <algorithm>
