@@ -7,7 +7,7 @@
 #include "app/look/UserRegion.h"
 #include "entry/Form1.h"
 #include "entry/data/EmployeeCount.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
 #include "workbook/printing/SavedSheet.h"
 #include "workbook/sessions/Session.h"
@@ -36,7 +36,7 @@ wagemill::Form1Setup productionSetup(std::int16_t employees)
     BuildServices build;
     build.formats = regionalFormatsOf(userLocale());
     build.spreadsheet = spreadsheetPlatform(build.formats);
-    build.templateResource = [] { return customResource(payrollTemplateResource); };
+    build.templateResource = payrollTemplateFile;
     build.randomNumber = randomWholeNumber;
     const auto describeWorkbook = [formats = build.formats](const std::filesystem::path& workbook) {
         return describeStubs(workbook, formats);

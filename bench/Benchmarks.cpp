@@ -1,7 +1,7 @@
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
 #include "drawing/DrawingFile.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -37,7 +37,7 @@ void repeated(benchmark::internal::Benchmark* benchmark)
 void engineWhole(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
-    writeBytesToFile(customResource(payrollTemplateResource), folder / "template.xlt");
+    writeBytesToFile(payrollTemplateFile(), folder / "template.xlt");
     const PayrollData data = payroll(static_cast<int>(state.range(0)));
     for (auto _ : state)
         benchmark::DoNotOptimize(engineJob(data, folder.path()));

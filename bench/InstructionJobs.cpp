@@ -4,7 +4,7 @@
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
 #include "drawing/DrawingFile.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -30,7 +30,7 @@ struct Job {
 
 void engine(const std::filesystem::path& folder, int employees)
 {
-    writeBytesToFile(customResource(payrollTemplateResource), folder / "template.xlt");
+    writeBytesToFile(payrollTemplateFile(), folder / "template.xlt");
     engineJob(payroll(employees), folder);
 }
 

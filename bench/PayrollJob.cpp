@@ -1,7 +1,7 @@
 #include "bench/PayrollJob.h"
 
 #include "app/base/Files.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
@@ -82,7 +82,7 @@ PayrollData payroll(int employees)
 
 engine::Book filledBook(int employees)
 {
-    engine::Book book = engine::xls::readWorkbook(customResource(payrollTemplateResource), "template.xlt");
+    engine::Book book = engine::xls::readWorkbook(payrollTemplateFile(), "template.xlt");
     fill(book, payroll(employees));
     engine::recalculate(book, {{}, now});
     return book;

@@ -68,22 +68,25 @@ constexpr ColorIndex firstPaletteColor = 8;
 const std::map<std::string, BorderStyle> borderStyles = {{"thin", BorderStyle::Thin}, {"thick", BorderStyle::Thick}};
 
 const std::map<std::string, Border CellFormat::*> borderSides = {{"top", &CellFormat::top},
-                                                                 {"bottom", &CellFormat::bottom}};
+                                                                 {"bottom", &CellFormat::bottom},
+                                                                 {"left", &CellFormat::left},
+                                                                 {"right", &CellFormat::right}};
 
 /// Which groups of attributes differ from those of the Normal style, as the file flags them ([MS-XLS] 2.5.20 CellXF).
 std::uint8_t usedAttributes(const CellFormat& format)
 {
     const CellFormat plain;
     unsigned used = 0;
-    const auto flag = [&used](unsigned bit, bool differs) { used |= differs ? bit : 0U; };
-    flag(0x04, format.numberFormat != plain.numberFormat);
-    flag(0x08, format.font != plain.font);
-    flag(0x10, format.horizontal != plain.horizontal || format.vertical != plain.vertical || format.wrap ||
-                   format.shrinkToFit || format.indent != 0);
-    flag(0x20, !(format.left == plain.left && format.right == plain.right && format.top == plain.top &&
-                 format.bottom == plain.bottom));
-    flag(0x40, !(format.fill == plain.fill));
-    flag(0x80, !format.locked);
+    const auto flag = [&](unsigned bit, auto... members) {
+        used |= (!(format.*members == plain.*members) || ...) ? bit : 0U;
+    };
+    flag(0x04, &CellFormat::numberFormat);
+    flag(0x08, &CellFormat::font);
+    flag(0x10, &CellFormat::horizontal, &CellFormat::vertical, &CellFormat::wrap, &CellFormat::shrinkToFit,
+         &CellFormat::indent);
+    flag(0x20, &CellFormat::left, &CellFormat::right, &CellFormat::top, &CellFormat::bottom);
+    flag(0x40, &CellFormat::fill);
+    flag(0x80, &CellFormat::locked);
     return static_cast<std::uint8_t>(used);
 }
 
@@ -124,7 +127,8 @@ public:
             {"line",
              [this](std::istream& line, CellLook& look) {
                  Border& side = look.format.*named(borderSides, line);
-                 side = border(line);
+                 side.style = named(borderStyles, line);
+                 side.color = named(m_colors, line);
              }},
         };
     }
@@ -170,9 +174,6 @@ public:
         while (!(words >> std::ws).eof())
             named(m_attributes, words)(words, look);
     }
-
-    /// "STYLE COLOR"
-    Border border(std::istream& line) const { return {named(borderStyles, line), named(m_colors, line)}; }
 
     /// The index of the cell format with that look.
     std::uint16_t formatFor(const CellLook& look)
@@ -275,7 +276,6 @@ public:
             {"put", [&](std::istream& line) { put(line); }},
             {"count", [&](std::istream& line) { count(line); }},
             {"look", [&](std::istream& line) { look(line); }},
-            {"frame", [&](std::istream& line) { frame(line); }},
             {"no-grid-lines", [&](std::istream&) { m_sheet.showGridLines = false; }},
             {"freeze-rows",
              [&](std::istream& line) {
@@ -302,13 +302,7 @@ public:
             {"center-on-page", [&](std::istream&) { m_print.centerHorizontally = true; }},
             {"header", [&](std::istream& line) { m_print.header = textIn(line); }},
             {"footer", [&](std::istream& line) { m_print.footer = textIn(line); }},
-            {"repeat-rows", [&](std::istream& line) { nameArea("Print_Titles", areaIn(line)); }},
-            {"print-columns",
-             [&](std::istream& line) {
-                 CellRect area = areaIn(line);
-                 area.lastRow = engine::maxRows - 1; // down to the last row that holds something
-                 nameArea("Print_Area", area);
-             }},
+            {"name", [&](std::istream& line) { name(line); }},
             {"page-breaks", [&](std::istream& line) { pageBreaks(line); }},
         };
         readFile(file, statements);
@@ -379,24 +373,6 @@ private:
         forEachCell(area, [&](CellAddress address) { m_looks.apply(attributes, m_cellLooks[address]); });
     }
 
-    /// "frame B2:I11 thin rule": a line around the area.
-    void frame(std::istream& line)
-    {
-        const CellRect framed = areaIn(line);
-        const engine::Border border = m_looks.border(line);
-        forEachCell(framed, [&](CellAddress address) {
-            engine::CellFormat& format = m_cellLooks[address].format;
-            if (address.row == framed.firstRow)
-                format.top = border;
-            if (address.row == framed.lastRow)
-                format.bottom = border;
-            if (address.column == framed.firstColumn)
-                format.left = border;
-            if (address.column == framed.lastColumn)
-                format.right = border;
-        });
-    }
-
     /// "page-breaks FIRST STEP COUNT": row FIRST begins a page, and every STEP rows another.
     void pageBreaks(std::istream& line)
     {
@@ -407,9 +383,11 @@ private:
             m_print.rowBreaks.push_back({static_cast<std::uint16_t>(first - 1 + step * page)});
     }
 
-    /// Gives a name that the file format knows to an area of the sheet.
-    void nameArea(const char* name, const CellRect& named)
+    /// "name Print_Titles 3": a name that the file format knows, for an area of the sheet.
+    void name(std::istream& line)
     {
+        const auto name = nextWord<std::string>(line);
+        const CellRect named = areaIn(line);
         engine::ReferenceToken area;
         area.operandClass = engine::OperandClass::Reference;
         area.externSheet = m_book.externSheetFor(m_index);

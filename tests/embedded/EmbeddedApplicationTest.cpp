@@ -1,6 +1,6 @@
 #include "workbook/embedded/EmbeddedApplication.h"
 #include "app/base/Files.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/engine/text/NumberFormat.h"
@@ -17,7 +17,7 @@ namespace {
 
 class EmbeddedApplicationTest : public testing::Test {
 protected:
-    EmbeddedApplicationTest() { writeBytesToFile(customResource(payrollTemplateResource), templatePath); }
+    EmbeddedApplicationTest() { writeBytesToFile(payrollTemplateFile(), templatePath); }
 
     std::unique_ptr<EmbeddedApplication> newSession()
     {

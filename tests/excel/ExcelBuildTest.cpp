@@ -4,7 +4,7 @@
 
 #include "app/base/Files.h"
 #include "drawing/DrawingFile.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/WorkbookFile.h"
 
@@ -214,7 +214,7 @@ TEST_F(ExcelBuildTest, GoesOnWithoutAnExcelThatDies)
 /// A template as the user may have left one in the temporary folder: with two sheets.
 void writeTemplateWithTwoSheets(const std::filesystem::path& path)
 {
-    engine::Book book = engine::xls::readWorkbook(customResource(payrollTemplateResource), "template");
+    engine::Book book = engine::xls::readWorkbook(payrollTemplateFile(), "template");
     engine::Book smaller;
     smaller.styles = book.styles;
     smaller.addSheet("One");

@@ -7,7 +7,7 @@
 #include "app/base/WindowsHandle.h"
 #include "app/base/text/WideText.h"
 #include "app/look/UserRegion.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "workbook/excel/ExcelSession.h"
 
 #include <QLocale>
@@ -129,7 +129,7 @@ std::unique_ptr<RecordedWindows> ExcelTest::buildWith(SpreadsheetPlatform spread
 {
     BuildServices services;
     services.spreadsheet = std::move(spreadsheet);
-    services.templateResource = [] { return customResource(payrollTemplateResource); };
+    services.templateResource = [] { return payrollTemplateFile(); };
     services.randomNumber = randomWholeNumber;
     auto windows = std::make_unique<RecordedWindows>();
     buildPayrollWorkbook(data, *windows, services);

@@ -3,7 +3,7 @@
 
 #include "app/base/Files.h"
 #include "preview/Form2.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
 #include "tests/reliability/FailingFiles.h"
 #include "tests/support/EmbeddedBuilds.h"
@@ -234,7 +234,7 @@ TEST_F(BuildFaults, OfAPlantedObjectMakeNobodyReadOrWriteOrWaitForIt)
     ASSERT_TRUE(build());
     std::vector<std::byte> plantedPicture = built.picture;
     plantedPicture.back() ^= std::byte{1}; // not quite the one that is to be shown
-    const auto resource = customResource(payrollTemplateResource);
+    const auto resource = payrollTemplateFile();
     const std::vector<std::byte> workbook(resource.begin(), resource.end());
     for (const std::string kind : {"link", "hard link", "pipe", "folder", "file of another user"})
         for (const std::string name : {"template.xlt", "kvarno11111111.xls", "temp.bmp"}) {

@@ -1,5 +1,5 @@
 #include "drawing/TextBlock.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "workbook/engine/formula/CellEntry.h"
 #include "workbook/engine/formula/Recalculation.h"
 #include "workbook/engine/picture/SheetPicture.h"
@@ -24,7 +24,7 @@ using engine::CellAddress;
 
 Book payrollTemplate()
 {
-    return engine::xls::readWorkbook(customResource(payrollTemplateResource), "template.xlt");
+    return engine::xls::readWorkbook(payrollTemplateFile(), "template.xlt");
 }
 
 CellAddress address(std::string_view text)
@@ -36,11 +36,10 @@ CellAddress address(std::string_view text)
 TEST(Template, IsATemplateThatSaysWhereItComesFrom)
 {
     EXPECT_TRUE(payrollTemplate().isTemplate);
-    const auto bytes = customResource(payrollTemplateResource);
+    const auto bytes = payrollTemplateFile();
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     for (const char* part : {"Payroll workbook", "Wagemill"})
         EXPECT_NE(text.find(part), std::string_view::npos) << part;
-    EXPECT_THROW(customResource(payrollTemplateResource - 1), std::runtime_error);
 }
 
 TEST(Template, InputCellsAreNotLockedAndFormulasAre)

@@ -1,6 +1,6 @@
 #include "tests/support/EmbeddedBuilds.h"
 
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "tests/support/RecordedWindows.h"
 
 #include <random>
@@ -12,7 +12,7 @@ EmbeddedBuilds::EmbeddedBuilds(std::span<const std::byte> templateBytes)
     services.spreadsheet = {[this] { return std::make_unique<EmbeddedApplication>(RegionalFormats{}, m_clipboard); },
                             &m_clipboard};
     services.templateResource = [templateBytes] {
-        return templateBytes.empty() ? customResource(payrollTemplateResource) : templateBytes;
+        return templateBytes.empty() ? payrollTemplateFile() : templateBytes;
     };
     services.randomNumber = [chance = std::minstd_rand()](std::int32_t low, std::int32_t span) mutable {
         return low + static_cast<std::int32_t>(chance() % static_cast<std::uint32_t>(span));

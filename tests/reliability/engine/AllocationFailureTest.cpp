@@ -2,7 +2,7 @@
 // error is thrown or all goes well, and nothing is lost.
 
 #include "app/base/Files.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "tests/support/LongForm.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workbook/embedded/EmbeddedApplication.h"
@@ -85,7 +85,7 @@ TEST(AllocationFailure, IsAnErrorOrHarmless)
     const TemporaryFolder folder;
     const std::string workbook = folder / "template.xlt";
     const std::string result = folder / "result.xls";
-    writeBytesToFile(customResource(payrollTemplateResource), workbook);
+    writeBytesToFile(payrollTemplateFile(), workbook);
     openFillAndSave(workbook, result); // what is made once for all
     const std::vector<std::byte> whole = readBytesFromFile(result);
 

@@ -2,7 +2,7 @@
 // written again, or refused in words.
 
 #include "app/base/Files.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "tests/reliability/engine/Limits.h"
 #include "tests/support/EmbeddedBuilds.h"
 #include "tests/support/LongForm.h"
@@ -32,7 +32,7 @@ Bytes resultOfThree()
 
 Bytes subject(const std::string& name)
 {
-    const auto templateBytes = customResource(payrollTemplateResource);
+    const auto templateBytes = payrollTemplateFile();
     return name == "result" ? resultOfThree() : Bytes(templateBytes.begin(), templateBytes.end());
 }
 

@@ -1,6 +1,6 @@
 #include "app/base/Files.h"
 #include "drawing/DrawingFile.h"
-#include "resources/CustomResource.h"
+#include "resources/PayrollTemplate.h"
 #include "tests/support/EmbeddedBuilds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbook/BuildCases.h"
@@ -53,7 +53,7 @@ TEST(SameResults, OfEveryBuildCase)
                 }
         }
     }
-    EXPECT_EQ(drawingChecksum(customResource(payrollTemplateResource)), 0xDC05D4215B2EAD92U) << "template.xlt";
+    EXPECT_EQ(drawingChecksum(payrollTemplateFile()), 0xDC05D4215B2EAD92U) << "template.xlt";
     EXPECT_EQ(drawingChecksum(workbooks), 0x1D662FA991C0C886U);
     EXPECT_EQ(drawingChecksum(pictures), 0x67D4A04F76367AC3U);
     EXPECT_EQ(drawingChecksum(pages), 0x6E670B593065CFE9U);
