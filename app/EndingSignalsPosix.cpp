@@ -28,22 +28,13 @@ void noteSignal(int /*signal*/)
     errno = errorBefore;
 }
 
-/// Nobody is there to answer.
-struct NoMessages : Messages {
-    MessageAnswer show(const Message& message) override
-    {
-        return message.buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::No;
-    }
-};
-
 /// The pipe keeps its byte until nothing else is under way: what lets events run, and what a dialog belongs to (a
 /// build, perhaps), ends before the windows are closed, which delete their files.
 void endAsTheUserWould(QSocketNotifier& notifier)
 {
     if (isProcessingWindowEvents())
         return;
-    static NoMessages noMessages;
-    setMessages(&noMessages);
+    setMessages(nullptr); // nobody is there to answer
     if (QWidget* const dialog = QApplication::activeModalWidget()) {
         dialog->close();
         return;

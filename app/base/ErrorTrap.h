@@ -16,12 +16,9 @@ public:
     /// Runs one numbered step. Never throws: the user has seen and answered the error dialog instead.
     /// number  at least 1 and ascending within a procedure; loops repeat their numbers
     void step(int number, const std::function<void()>& work);
-    /// Runs a statement without a number; a failure names the last numbered step passed, 0 when there is none.
-    void run(const std::function<void()>& work) { step(m_step, work); }
 
 private:
     std::string m_procedure;
-    int m_step = 0;
 };
 
 /// Runs an event handler that has no trap of its own: a failure is shown as a plain message, and the user goes on.

@@ -21,20 +21,14 @@ using platform::Opening;
 
 namespace {
 
-struct Program {
+struct {
     fs::path folder;
     fs::path privateFolder;                  ///< empty: TEMP was set by the user, and nothing of ours is to be removed
     std::shared_ptr<void> privateFolderLock; ///< held until the process is gone: no other start removes the folder
     std::function<void()> windowEventPump;
     bool isPumping = false;
     std::function<void()> end;
-};
-
-Program& program()
-{
-    static Program value;
-    return value;
-}
+} program;
 
 [[noreturn]] void throwFileError(std::string_view what, const fs::path& path, std::string_view reason)
 {
@@ -145,8 +139,8 @@ void removeAbandonedFolders(const fs::path& parent)
 void removePrivateFolder()
 {
     std::error_code ignored;
-    if (!program().privateFolder.empty())
-        fs::remove_all(program().privateFolder, ignored);
+    if (!program.privateFolder.empty())
+        fs::remove_all(program.privateFolder, ignored);
 }
 
 } // namespace
@@ -222,12 +216,12 @@ void requireOwnFile(const fs::path& path)
 
 void setProgramFolder(const fs::path& folder)
 {
-    program().folder = folder;
+    program.folder = folder;
 }
 
 fs::path besideProgram(std::string_view name)
 {
-    return fs::path(program().folder) += fs::path(name).make_preferred();
+    return fs::path(program.folder) += fs::path(name).make_preferred();
 }
 
 fs::path inTemporaryFolder(std::string_view name)
@@ -245,7 +239,7 @@ fs::path makePrivateFolder()
         const auto lock = platform::tryToLockFolder(folder);
         if (!lock || !fileExists(folder))
             continue; // another start has just taken it for an abandoned one
-        program().privateFolderLock = *lock;
+        program.privateFolderLock = *lock;
         return folder;
     }
 }
@@ -254,8 +248,8 @@ void ensureTemporaryFolder()
 {
     if (!platform::environmentPath("TEMP").empty())
         return;
-    program().privateFolder = makePrivateFolder();
-    platform::setEnvironmentPath("TEMP", program().privateFolder);
+    program.privateFolder = makePrivateFolder();
+    platform::setEnvironmentPath("TEMP", program.privateFolder);
     std::atexit(removePrivateFolder);
 }
 
@@ -264,7 +258,7 @@ std::shared_ptr<void> lockTemporaryFolder()
     constexpr std::chrono::seconds patience(10); // a build takes well under a second
     constexpr std::chrono::milliseconds pause(1);
     const fs::path folder = inTemporaryFolder("");
-    if (folder == program().privateFolder)
+    if (folder == program.privateFolder)
         return nullptr; // nobody else works in the run's own
     const auto end = std::chrono::steady_clock::now() + patience;
     for (;;) {
@@ -288,26 +282,26 @@ bool isDevelopmentRun()
 
 void setWindowEventPump(std::function<void()> pump)
 {
-    program().windowEventPump = std::move(pump);
+    program.windowEventPump = std::move(pump);
 }
 
 void processWindowEvents()
 {
-    if (!program().windowEventPump)
+    if (!program.windowEventPump)
         return;
-    const bool wasPumping = std::exchange(program().isPumping, true);
-    program().windowEventPump();
-    program().isPumping = wasPumping;
+    const bool wasPumping = std::exchange(program.isPumping, true);
+    program.windowEventPump();
+    program.isPumping = wasPumping;
 }
 
 bool isProcessingWindowEvents()
 {
-    return program().isPumping;
+    return program.isPumping;
 }
 
 void endProgram()
 {
-    if (const auto end = program().end) // a copy: it may set another end
+    if (const auto end = program.end) // a copy: it may set another end
         return end();
     removePrivateFolder();
     platform::endProcess();
@@ -315,7 +309,7 @@ void endProgram()
 
 void setProgramEnd(std::function<void()> end)
 {
-    program().end = std::move(end);
+    program.end = std::move(end);
 }
 
 } // namespace wagemill

@@ -52,22 +52,10 @@ FileFacts factsOf(int descriptor)
 
 int openFile(const fs::path& path, Opening how)
 {
-    const auto open = [&path](int flags, mode_t mode = userAlone) {
-        return succeeded(::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, mode));
-    };
-    switch (how) {
-    case Opening::Read:
-        return open(O_RDONLY);
-    case Opening::ReadOwn:
-        return open(O_RDONLY | O_NOFOLLOW);
-    case Opening::Write:
-        return open(O_WRONLY | O_CREAT | O_NOFOLLOW);
-    case Opening::MakePrivate:
-        return open(O_WRONLY | O_CREAT | O_EXCL);
-    case Opening::MakeNormal:
-        return open(O_WRONLY | O_CREAT | O_EXCL, usersNormal);
-    }
-    std::abort(); // not reached
+    constexpr int flags[] = {O_RDONLY, O_RDONLY | O_NOFOLLOW, O_WRONLY | O_CREAT | O_NOFOLLOW,
+                             O_WRONLY | O_CREAT | O_EXCL, O_WRONLY | O_CREAT | O_EXCL}; // in the order of Opening
+    return succeeded(::open(path.c_str(), flags[static_cast<std::size_t>(how)] | O_NONBLOCK | O_CLOEXEC,
+                            how == Opening::MakeNormal ? usersNormal : userAlone));
 }
 
 void flush(int descriptor)
