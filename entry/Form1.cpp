@@ -2,12 +2,12 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
+#include "app/base/Messages.h"
 #include "app/look/Controls.h"
 #include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
 #include "entry/EntryField.h"
-#include "help/HelpMessage.h"
 #include "preview/Form2.h"
 #include "settings/Settings.h"
 
@@ -32,16 +32,8 @@ namespace {
 
 constexpr const char* companyNameKey = "txtCompanyName";
 constexpr const char* periodEndingKey = "dtPeriodEnding";
-constexpr float rowGapTwips = 120;
-constexpr float twipsPerPixel = 15;
+constexpr int rowGap = 8;
 constexpr QSize roomForFrame(8, 40); ///< what the window manager puts around a window
-
-/// Top edge of the strip in twips, so that the panel of row `value` is at the top of the viewport.
-float stripTop(float panelHeight, std::int16_t value)
-{
-    const auto negated = static_cast<std::int16_t>(-value);
-    return (panelHeight + rowGapTwips) * static_cast<float>(negated);
-}
 
 } // namespace
 
@@ -155,10 +147,8 @@ void Form1::placeRows()
     for (QLayout* layout : findChildren<QLayout*>())
         layout->invalidate();
     const QSize panel = picMainContainer.front()->sizeHint();
-    for (EmployeePanel* container : picMainContainer) {
-        const float top = -stripTop(static_cast<float>(panel.height()) * twipsPerPixel, container->row());
-        container->setGeometry(0, static_cast<int>(top / twipsPerPixel), panel.width(), panel.height());
-    }
+    for (EmployeePanel* container : picMainContainer)
+        container->setGeometry(QRect(QPoint(0, (panel.height() + rowGap) * container->row()), panel));
     Picture3->setGeometry(0, 0, panel.width(), picMainContainer.back()->geometry().bottom() + 1);
     Picture1->setFixedSize(panel);
     Frame3->layout()->activate();
@@ -169,9 +159,9 @@ QWidget* Form1::buttonRow()
 {
     auto* const buttons = new QWidget(this);
     // In the order of the tab key.
-    PushButton22 = named(new PushButton(QStringLiteral("Start Creating Template"), buttons), "PushButton22");
-    PushButton7 = named(new PushButton(QStringLiteral("Load Sample/Example Data"), buttons), "PushButton7");
-    PushButton6 = named(new PushButton(QStringLiteral("Help"), buttons), "PushButton6");
+    PushButton22 = named(new PushButton(QStringLiteral("Start Creating Template"), Qt::Key_S, buttons), "PushButton22");
+    PushButton7 = named(new PushButton(QStringLiteral("Load Sample/Example Data"), Qt::Key_L, buttons), "PushButton7");
+    PushButton6 = named(new PushButton(QStringLiteral("Help"), Qt::Key_H, buttons), "PushButton6");
 
     auto* const helpful = new QHBoxLayout;
     helpful->addWidget(PushButton6);
@@ -187,16 +177,12 @@ QWidget* Form1::buttonRow()
 /// Keys beside the tab key and the access keys of the buttons; the captions show none of them.
 void Form1::setKeys()
 {
-    const auto onKey = [this](QKeyCombination key, auto action) {
-        connect(new QShortcut(key, this), &QShortcut::activated, this, action);
-    };
-    onKey(Qt::Key_F1, [this] { PushButton6_Click(); });
-    onKey(Qt::ALT | Qt::Key_C, [this] { goTo(*txtCompanyName); });
-    onKey(Qt::ALT | Qt::Key_P, [this] { goTo(*dtPeriodEnding); });
-    onKey(Qt::ALT | Qt::Key_E,
-          [this] { goTo(*picMainContainer[static_cast<std::size_t>(VScroll1->value())]->fields()[employeeIdField]); });
-    onKey(Qt::CTRL | Qt::Key_PageDown, [this] { goToEmployee(VScroll1->value() + 1); });
-    onKey(Qt::CTRL | Qt::Key_PageUp, [this] { goToEmployee(VScroll1->value() - 1); });
+    new QShortcut(Qt::Key_F1, this, [this] { PushButton6_Click(); });
+    new QShortcut(Qt::ALT | Qt::Key_C, this, [this] { goTo(*txtCompanyName); });
+    new QShortcut(Qt::ALT | Qt::Key_P, this, [this] { goTo(*dtPeriodEnding); });
+    new QShortcut(Qt::ALT | Qt::Key_E, this, [this] { goToField(VScroll1->value(), employeeIdField); });
+    new QShortcut(Qt::CTRL | Qt::Key_PageDown, this, [this] { goToEmployee(VScroll1->value() + 1); });
+    new QShortcut(Qt::CTRL | Qt::Key_PageUp, this, [this] { goToEmployee(VScroll1->value() - 1); });
 }
 
 void Form1::goTo(QWidget& target)
@@ -215,6 +201,11 @@ void Form1::goToEmployee(int row)
         if (const auto focused = std::ranges::find_if(container->fields(), &QWidget::hasFocus);
             focused != container->fields().end())
             index = static_cast<std::size_t>(focused - container->fields().begin());
+    goToField(row, index);
+}
+
+void Form1::goToField(int row, std::size_t index)
+{
     goTo(*picMainContainer[static_cast<std::size_t>(row)]->fields()[index]);
 }
 
@@ -224,30 +215,19 @@ void Form1::connectHandlers()
     connect(dtPeriodEnding, &DatePicker::dateChanged, this, [this] { handleEvent([&] { dtPeriodEnding_Change(); }); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &Form1::VScroll1_Change);
     connect(VScroll1, &QScrollBar::sliderMoved, this, &Form1::VScroll1_Change);
-    const struct {
-        PushButton* button;
-        Qt::Key accessKey; ///< with Alt
-        void (Form1::*click)();
-    } buttons[] = {{PushButton22, Qt::Key_S, &Form1::PushButton22_Click},
-                   {PushButton7, Qt::Key_L, &Form1::PushButton7_Click},
-                   {PushButton6, Qt::Key_H, &Form1::PushButton6_Click}};
-    for (const auto& [button, accessKey, click] : buttons) {
-        button->setShortcut(Qt::ALT | accessKey);
-        m_pointer->watch(PointerMode::Hand, {button});
+    const std::pair<PushButton*, void (Form1::*)()> clicks[] = {{PushButton22, &Form1::PushButton22_Click},
+                                                                {PushButton7, &Form1::PushButton7_Click},
+                                                                {PushButton6, &Form1::PushButton6_Click}};
+    for (const auto& [button, click] : clicks)
         connect(button, &QPushButton::clicked, this, [this, pressed = button, handler = click] {
             if (m_leaveGuard->allows(*pressed)) // an access key, or a screen reader, presses without moving the focus
                 (this->*handler)();
         });
-    }
-    m_pointer->watch(PointerMode::Arrow, {Frame1, Frame3});
-    m_pointer->watch(PointerMode::Arrow, {m_area->widget(), PushButton6->parentWidget()}); // they cover the background
     for (const EmployeePanel* container : picMainContainer)
         for (EntryField* field : container->fields())
             connect(field, &EntryField::needsView, this, [this, row = container->row()] { VScroll1->setValue(row); });
-    for (EntryField* field : findChildren<EntryField*>()) {
-        m_pointer->watch(PointerMode::Arrow, {field});
+    for (EntryField* field : findChildren<EntryField*>())
         connect(field, &EntryField::needsView, this, [this, field] { m_area->showWhole(*field); }); // of that employee
-    }
 }
 
 void Form1::Form_Load()
@@ -309,9 +289,7 @@ void Form1::dtPeriodEnding_Change()
 /// The strip follows the thumb while it is dragged; the value changes when it is let go.
 void Form1::VScroll1_Change()
 {
-    const float panelHeight = static_cast<float>(picMainContainer.front()->height()) * twipsPerPixel;
-    const float top = stripTop(panelHeight, static_cast<std::int16_t>(VScroll1->sliderPosition()));
-    Picture3->move(Picture3->x(), static_cast<int>(top / twipsPerPixel));
+    Picture3->move(0, -picMainContainer[static_cast<std::size_t>(VScroll1->sliderPosition())]->y());
 }
 
 /// From here until the preview gives the turn back, nothing acts on this window: neither what was pressed while it was
@@ -325,7 +303,11 @@ void Form1::PushButton22_Click()
 
 void Form1::PushButton6_Click()
 {
-    showHelpMessage();
+    ErrorTrap trap("Form1.PushButton6_Click");
+    trap.step(10, [] {
+        showMessage(
+            {.text = "Questions? Please contact Team Quellory at https://quellory.example/contact", .title = {}});
+    });
 }
 
 void Form1::PushButton7_Click()
@@ -358,8 +340,7 @@ PayrollData Form1::payrollData() const
 Form2& Form1::preview()
 {
     if (!m_preview) {
-        m_preview = std::make_unique<Form2>([this] { takeTurn(); });
-        m_preview->setPrinting(m_setup.sheetOf);
+        m_preview = std::make_unique<Form2>([this] { takeTurn(); }, m_setup.sheetOf);
         m_preview->setStyleSheet(styleSheet()); // the skin of this window, where it is one
     }
     return *m_preview;

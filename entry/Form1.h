@@ -81,6 +81,7 @@ private:
 
     void goTo(QWidget& target);
     void goToEmployee(int row);
+    void goToField(int row, std::size_t index);
     void store(const std::string& key, const QString& text);
     PayrollData payrollData() const;
     Form2& preview();

@@ -15,7 +15,6 @@
 #include <QHBoxLayout>
 #include <QScreen>
 #include <QShortcut>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -66,7 +65,7 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, float pictureExtent, float vi
 bool isSameFile(const fs::path& one, const fs::path& other)
 {
     std::error_code error;
-    return fs::equivalent(one, other, error) && !error && !fs::is_symlink(fs::symlink_status(one, error)) &&
+    return fs::equivalent(one, other, error) && !fs::is_symlink(fs::symlink_status(one, error)) &&
            !fs::is_symlink(fs::symlink_status(other, error)) && fs::hard_link_count(one, error) == 1;
 }
 
@@ -88,12 +87,12 @@ void copyFile(const fs::path& from, const fs::path& to)
 
 } // namespace
 
-Form2::Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog)
-    : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), this), "PushButton1")),
-      PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), this), "PushButton2")),
-      PushButtonPrint(named(new PushButton(QStringLiteral("Print..."), this), "PushButtonPrint")),
-      PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), this), "PushButton6")),
-      PushButton8(named(new PushButton(QStringLiteral("< Back"), this), "PushButton8")),
+Form2::Form2(std::function<void()> showEntryWindow, SheetOf sheetOf, SaveFileDialog commonDialog)
+    : PushButton1(named(new PushButton(QStringLiteral("Zoom In"), Qt::Key_I, this), "PushButton1")),
+      PushButton2(named(new PushButton(QStringLiteral("Zoom Out"), Qt::Key_O, this), "PushButton2")),
+      PushButtonPrint(named(new PushButton(QStringLiteral("Print..."), Qt::Key_P, this), "PushButtonPrint")),
+      PushButton6(named(new PushButton(QStringLiteral("Save Results To Excel File"), Qt::Key_S, this), "PushButton6")),
+      PushButton8(named(new PushButton(QStringLiteral("< Back"), Qt::Key_B, this), "PushButton8")),
       Frame1(named(new QGroupBox(QStringLiteral("Zoom:"), this), "Frame1")),
       Picture2(named(new QWidget(this), "Picture2", "View of the payroll sheet")),
       Picture1(named(new PictureBox(Picture2), "Picture1", "Picture of the payroll sheet")),
@@ -101,6 +100,7 @@ Form2::Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog)
       HScroll1(makeScrollBar(Qt::Horizontal, "HScroll1", "Scroll left and right", this)),
       VScroll1(makeScrollBar(Qt::Vertical, "VScroll1", "Scroll up and down", this)),
       CommonDialog1(std::move(commonDialog)),
+      m_sheetOf(std::move(sheetOf)),
       m_pointer(*this),
       m_showEntryWindow(std::move(showEntryWindow))
 {
@@ -119,7 +119,7 @@ void Form2::layOutControls()
     Picture2->setAutoFillBackground(true);
     Picture1->setCursor(Qt::OpenHandCursor);
     Zoom_Ori->hide();
-    PushButtonPrint->setEnabled(false);
+    PushButtonPrint->setEnabled(m_sheetOf != nullptr);
     applyDesignFont(*this);
 
     auto* zoomButtons = new QHBoxLayout(Frame1);
@@ -163,24 +163,14 @@ void Form2::layOutControls()
 
 void Form2::connectControls()
 {
-    const struct {
-        PushButton* button;
-        Qt::Key accessKey; ///< with Alt; the caption does not show it
-        void (Form2::*click)();
-    } buttons[] = {
-        {PushButton1, Qt::Key_I, &Form2::PushButton1_Click},
-        {PushButton2, Qt::Key_O, &Form2::PushButton2_Click},
-        {PushButton6, Qt::Key_S, &Form2::PushButton6_Click},
-        {PushButtonPrint, Qt::Key_P, &Form2::PushButtonPrint_Click},
-        {PushButton8, Qt::Key_B, &Form2::PushButton8_Click},
-    };
-    for (const auto& [button, accessKey, click] : buttons) {
-        button->setShortcut(Qt::ALT | accessKey);
-        m_pointer.watch(PointerMode::Hand, {button});
+    const std::pair<PushButton*, void (Form2::*)()> clicks[] = {{PushButton1, &Form2::PushButton1_Click},
+                                                                {PushButton2, &Form2::PushButton2_Click},
+                                                                {PushButtonPrint, &Form2::PushButtonPrint_Click},
+                                                                {PushButton6, &Form2::PushButton6_Click},
+                                                                {PushButton8, &Form2::PushButton8_Click}};
+    for (const auto& [button, click] : clicks)
         connect(button, &QPushButton::clicked, this,
                 [this, handler = click] { handleEvent([&] { (this->*handler)(); }); });
-    }
-    m_pointer.watch(PointerMode::Arrow, {Frame1});
     connect(Picture1, &PictureBox::MouseDown, this, &Form2::Picture1_MouseDown);
     connect(Picture1, &PictureBox::MouseMove, this, &Form2::Picture1_MouseMove);
     connect(Picture1, &PictureBox::MouseUp, this, &Form2::Picture1_MouseUp);
@@ -197,7 +187,7 @@ void Form2::setKeys()
         {Qt::CTRL | Qt::Key_S, PushButton6},
     };
     for (const auto& [keys, button] : presses)
-        connect(new QShortcut(keys, this), &QShortcut::activated, button, &PushButton::click);
+        new QShortcut(keys, this, button, &PushButton::click);
     const std::tuple<Qt::Key, QScrollBar*, QAbstractSlider::SliderAction> scrolls[] = {
         {Qt::Key_Left, HScroll1, QAbstractSlider::SliderSingleStepSub},
         {Qt::Key_Right, HScroll1, QAbstractSlider::SliderSingleStepAdd},
@@ -209,7 +199,7 @@ void Form2::setKeys()
         {Qt::Key_End, VScroll1, QAbstractSlider::SliderToMaximum},
     };
     for (const auto& [key, scrollBar, action] : scrolls)
-        connect(new QShortcut(key, this), &QShortcut::activated, scrollBar, [bar = scrollBar, scroll = action] {
+        new QShortcut(key, this, [bar = scrollBar, scroll = action] {
             if (bar->isEnabled())
                 bar->triggerAction(scroll);
         });
@@ -254,13 +244,6 @@ void Form2::fitWindow()
     };
     setFixedSize(size() -
                  QSize(surplus(Picture1->width(), Picture2->width()), surplus(Picture1->height(), Picture2->height())));
-}
-
-void Form2::setPrinting(SheetOf sheetOf, PrintDialog dialog)
-{
-    m_sheetOf = std::move(sheetOf);
-    m_printDialog = std::move(dialog);
-    PushButtonPrint->setEnabled(m_sheetOf != nullptr);
 }
 
 void Form2::describePicture(const std::string& description)
@@ -316,25 +299,10 @@ void Form2::RedrawImage()
     VScroll1->setEnabled(toUnits(Picture2->height()) < static_cast<float>(ZoomHeight));
 }
 
-/// Calls the change handler itself, because an exception must not pass through a signal of Qt.
-void Form2::scrollTo(QScrollBar& scrollBar, std::int16_t value)
-{
-    if (scrollBar.value() == value)
-        return;
-    {
-        const QSignalBlocker noNotification(scrollBar);
-        scrollBar.setValue(value);
-    }
-    if (&scrollBar == HScroll1)
-        HScroll1_Change();
-    else
-        VScroll1_Change();
-}
-
 void Form2::scrollToOrigin()
 {
-    scrollTo(*HScroll1, 0);
-    scrollTo(*VScroll1, 0);
+    HScroll1->setValue(0);
+    VScroll1->setValue(0);
     Picture1->move(0, 0); // with both bars at 0 already, a drag may have left it elsewhere
 }
 
@@ -383,13 +351,13 @@ void Form2::VScroll1_Change()
 void Form2::SetHScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
 {
     if (const auto value = horizontalScrollValue(percent, toInt16(scrollBar.maximum())))
-        scrollTo(scrollBar, *value);
+        scrollBar.setValue(*value);
 }
 
 void Form2::SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
 {
     if (const auto value = verticalScrollValue(percent, toInt16(scrollBar.maximum())))
-        scrollTo(scrollBar, *value);
+        scrollBar.setValue(*value);
 }
 
 void Form2::Picture1_MouseDown(Qt::MouseButtons /*buttons*/, float x, float y)
@@ -426,7 +394,7 @@ void Form2::Picture1_MouseUp()
 
 void Form2::PushButtonPrint_Click()
 {
-    printSheet(m_sheetOf(mExcelFile), m_printDialog, *this);
+    printSheet(m_sheetOf(mExcelFile), showPrintDialog, *this);
 }
 
 void Form2::PushButton6_Click()

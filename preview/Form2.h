@@ -28,7 +28,9 @@ class PushButton;
 class Form2 : public QWidget {
 public:
     /// showEntryWindow  the way back to the window that the preview was opened from
-    explicit Form2(std::function<void()> showEntryWindow, SaveFileDialog commonDialog = platformSaveFileDialog());
+    /// sheetOf          how the workbook is printed; none: the print button is disabled
+    explicit Form2(std::function<void()> showEntryWindow, SheetOf sheetOf = {},
+                   SaveFileDialog commonDialog = platformSaveFileDialog());
 
     /// The picture of the workbook; null: it has none. Handed over again, it replaces the earlier one: it is shown from
     /// its upper left corner at the present zoom, so that window and zoom never show different builds. Scroll ranges
@@ -36,9 +38,6 @@ public:
     void setPicture(const SharedPicture& picture);
     /// The temporary workbook that saving copies and leaving deletes.
     void setExcelFile(const std::filesystem::path& excelFile) { mExcelFile = excelFile; }
-
-    /// How the workbook is printed; without, the print button is disabled.
-    void setPrinting(SheetOf sheetOf, PrintDialog dialog = showPrintDialog);
 
     /// What the picture shows, in words, for those who cannot see it.
     void describePicture(const std::string& description);
@@ -85,7 +84,6 @@ private:
     void fitWindow();
     void keepOriginal();
     void takeNaturalSize();
-    void scrollTo(QScrollBar& scrollBar, std::int16_t value);
     void scrollToOrigin();
     MessageAnswer makeRoomFor(const std::filesystem::path& name);
 
@@ -102,7 +100,6 @@ private:
     QScrollBar* VScroll1;
     SaveFileDialog CommonDialog1;
     SheetOf m_sheetOf;
-    PrintDialog m_printDialog;
     WindowPointer m_pointer;
     std::function<void()> m_showEntryWindow;
 

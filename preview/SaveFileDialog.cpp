@@ -15,22 +15,10 @@ namespace {
 /// A folder that is missing would become the name that the dialog starts with.
 QString startFolder(const QString& lastFolder)
 {
-    if (!lastFolder.isEmpty() && QFileInfo(lastFolder).isDir())
+    if (QFileInfo(lastFolder).isDir())
         return lastFolder;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
-}
-
-/// As Qt names them: "Excel Files (*.xls)|*.xls|" -> {"Excel Files (*.xls)"}.
-QStringList nameFilters(const std::string& filter)
-{
-    const QStringList parts = QString::fromStdString(filter).split(u'|');
-    QStringList filters;
-    for (qsizetype index = 0; index + 1 < parts.size(); index += 2) {
-        const QString description = parts[index].section(u'(', 0, 0).trimmed();
-        filters << description + " (" + QString(parts[index + 1]).replace(u';', u' ') + ')';
-    }
-    return filters;
 }
 
 } // namespace
@@ -44,13 +32,13 @@ SaveFileDialog platformSaveFileDialog()
         applyDesignFont(dialog);
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setOption(QFileDialog::DontConfirmOverwrite);
-        QStringList filters = nameFilters(filter);
+        QString nameFilter = QString::fromStdString(filter).section(u'|', 0, 0);
         if (QGuiApplication::platformName() == QStringLiteral("windows")) {
             // Its own dialog adds the ending after the filter's first "*." to a name that was typed without one.
-            filters.replaceInStrings(QStringLiteral("*."), QStringLiteral("*?"));
+            nameFilter.replace(QStringLiteral("*."), QStringLiteral("*?"));
             dialog.setOption(QFileDialog::HideNameFilterDetails);
         }
-        dialog.setNameFilters(filters);
+        dialog.setNameFilter(nameFilter);
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
             return {};
         const QFileInfo chosen(dialog.selectedFiles().constFirst());

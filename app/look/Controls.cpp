@@ -6,8 +6,9 @@
 
 namespace wagemill {
 
-PushButton::PushButton(const QString& caption, QWidget* parent) : QPushButton(caption, parent)
+PushButton::PushButton(const QString& caption, Qt::Key accessKey, QWidget* parent) : QPushButton(caption, parent)
 {
+    setShortcut(Qt::ALT | accessKey);
     setAutoDefault(true); // outside a dialog nothing else lets Enter press a button
 }
 

@@ -33,8 +33,9 @@ class PushButton : public QPushButton {
     Q_OBJECT
 
 public:
-    /// caption  shown as it is; "&" marks the key that presses the button together with Alt
-    explicit PushButton(const QString& caption, QWidget* parent = nullptr);
+    /// caption    shown as it is
+    /// accessKey  presses the button together with Alt; the caption does not show it
+    PushButton(const QString& caption, Qt::Key accessKey, QWidget* parent);
 
 protected:
     void initStyleOption(QStyleOptionButton* option) const override;

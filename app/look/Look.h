@@ -32,6 +32,8 @@ public:
     virtual void applyWindow(std::uintptr_t windowHandle) = 0;
 };
 
+/// Stands in for the skinning control: the skin file is a Qt style sheet, UTF-8, at most one mebibyte.
+std::unique_ptr<SkinningControl> styleSheetSkin();
 /// What can draw that skin: a style sheet on every platform, another file where the skinning control is installed that
 /// it is meant for. Null where nothing can.
 std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile);

@@ -1,4 +1,4 @@
-#include "app/look/StyleSheetSkin.h"
+#include "app/look/Look.h"
 
 #include <QWidget>
 
@@ -6,7 +6,7 @@ namespace wagemill {
 
 std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& /*skinFile*/)
 {
-    return std::make_unique<StyleSheetSkin>();
+    return styleSheetSkin();
 }
 
 void lockDrawing(QWidget& window)

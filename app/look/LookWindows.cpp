@@ -1,5 +1,4 @@
 #include "app/look/AutomationSkin.h"
-#include "app/look/StyleSheetSkin.h"
 
 #include <QWidget>
 
@@ -11,7 +10,7 @@ namespace wagemill {
 
 std::unique_ptr<SkinningControl> skinningControlFor(const std::filesystem::path& skinFile)
 {
-    auto styleSheet = std::make_unique<StyleSheetSkin>();
+    auto styleSheet = styleSheetSkin();
     try {
         styleSheet->loadSkin(skinFile);
         return styleSheet;

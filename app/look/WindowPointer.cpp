@@ -2,12 +2,13 @@
 
 #include "app/base/Files.h"
 
+#include <QApplication>
 #include <QBuffer>
-#include <QEvent>
 #include <QImageReader>
 #include <QPixmap>
+#include <QPushButton>
 #include <QSinglePointEvent>
-#include <QWidget>
+#include <QWindow>
 #include <QtEndian>
 
 #include <algorithm>
@@ -58,33 +59,18 @@ QCursor readCursor(QByteArray file)
 
 WindowPointer::WindowPointer(QWidget& window) : QObject(&window), m_window(window)
 {
-    watch(PointerMode::Arrow, {&window});
-}
-
-void WindowPointer::watch(PointerMode mode, std::initializer_list<QWidget*> controls)
-{
-    for (QWidget* control : controls) {
-        m_modeOver.insert(control, mode);
-        control->setMouseTracking(true);
-        control->installEventFilter(this);
-    }
+    qApp->installEventFilter(this);
 }
 
 bool WindowPointer::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::MouseMove || event->type() == QEvent::Enter)
-        hoverAt(static_cast<QWidget&>(*watched), static_cast<QSinglePointEvent*>(event)->position().toPoint());
-    return QObject::eventFilter(watched, event);
-}
-
-/// What counts is the innermost control at the point: a control that does not take a mouse event passes it to the frame
-/// or window below, which would bring its own mode.
-void WindowPointer::hoverAt(QWidget& watched, QPoint point)
-{
-    const QWidget* control = watched.childAt(point);
-    while (control != nullptr && control != &watched && !m_modeOver.contains(control))
-        control = control->parentWidget();
-    hover(m_modeOver.value(control != nullptr ? control : &watched));
+    const bool isMove = event->type() == QEvent::MouseMove || event->type() == QEvent::Enter;
+    if (isMove && watched == m_window.windowHandle()) { // which sees every move, whatever control is below the mouse
+        const QPoint point = static_cast<QSinglePointEvent*>(event)->position().toPoint();
+        const bool isOverButton = qobject_cast<QPushButton*>(m_window.childAt(point)) != nullptr;
+        hover(isOverButton ? PointerMode::Hand : PointerMode::Arrow);
+    }
+    return false;
 }
 
 void WindowPointer::hover(PointerMode mode)

@@ -1,12 +1,10 @@
 #pragma once
 
 #include <QCursor>
-#include <QHash>
 #include <QObject>
 #include <QPointer>
 
 #include <filesystem>
-#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -24,11 +22,8 @@ enum class PointerMode { Arrow = 0, Hourglass = 11, Hand = 99 };
 /// field; in mode Hourglass none does.
 class WindowPointer : public QObject {
 public:
-    /// The mouse over the window's own background means Arrow. The window owns this object.
+    /// The mouse over a push button means Hand, over anything else in the window Arrow. The window owns this object.
     explicit WindowPointer(QWidget& window);
-
-    /// The mouse over each of the controls means `mode`.
-    void watch(PointerMode mode, std::initializer_list<QWidget*> controls);
 
     PointerMode mode() const { return m_mode; }
     void setMode(PointerMode mode);
@@ -43,7 +38,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void hoverAt(QWidget& watched, QPoint point);
     void hover(PointerMode mode);
     void showModeCursor();
     void hideOwnCursors();
@@ -52,7 +46,6 @@ private:
     QWidget& m_window;
     PointerMode m_mode = PointerMode::Arrow;
     QCursor m_hand;
-    QHash<const QWidget*, PointerMode> m_modeOver;
     std::vector<QPointer<QWidget>> m_withOwnCursor; ///< that do not show it while the window is busy
 };
 

@@ -40,6 +40,9 @@ TEST_F(Form1Test, ShowsItsDefaultsOnAFirstStartAndKeepsThem)
     EXPECT_FALSE(field("txtHourlyWage(0)")->isUndoAvailable()); // undo does not empty what an earlier run left
     EXPECT_TRUE(messages.shown.empty());
     EXPECT_EQ(spreadsheet.calls, std::vector<std::string>{"new"}); // the presence check, released without a call
+    click("PushButton6");
+    EXPECT_EQ(messages.texts(),
+              std::vector<std::string>{"Questions? Please contact Team Quellory at https://quellory.example/contact"});
 }
 
 TEST_F(Form1Test, RefillsFromTheStoreAndReportsWhatCannotBeShown)

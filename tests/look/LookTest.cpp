@@ -1,7 +1,6 @@
 #include "app/look/Look.h"
 
 #include "app/base/Files.h"
-#include "app/look/StyleSheetSkin.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -71,7 +70,7 @@ protected:
     }
 
     TemporaryFolder folder;
-    StyleSheetSkin styleSheet;
+    std::unique_ptr<SkinningControl> styleSheet = styleSheetSkin();
     Window on;
 };
 
@@ -90,7 +89,7 @@ TEST_F(LookTest, AsksTheSkinningControlInItsOrderWhereThereIsASkinFile)
 TEST_F(LookTest, TheMainWindowsPictureBoxesAreNeutralAndThePreviewsAreNot)
 {
     putSkin("");
-    applyMainWindowSkin(on.window, &styleSheet);
+    applyMainWindowSkin(on.window, styleSheet.get());
     for (const QWidget* widget :
          std::initializer_list<const QWidget*>{&on.window, &on.label, &on.option, &on.check, &on.frame, &on.pictureBox})
         EXPECT_TRUE(isNeutral(*widget)) << widget->metaObject()->className();
@@ -125,13 +124,13 @@ TEST_F(LookTest, ASkinIsAStyleSheetAndAnotherIsReportedAtOnce)
     for (const auto& [put, reason] : cases) {
         std::filesystem::remove(skin);
         put();
-        const std::string refusal = failureOf([this] { applyMainWindowSkin(on.window, &styleSheet); });
+        const std::string refusal = failureOf([this] { applyMainWindowSkin(on.window, styleSheet.get()); });
         EXPECT_EQ(refusal,
                   reason ? "Cannot use the skin file \"" + skin.string() + "\": " + reason + "." : "no failure");
         EXPECT_TRUE(isNeutral(on.window) && !on.window.grab().isNull());
     }
     putSkin("QLineEdit { min-height: 77px; }");
-    applyMainWindowSkin(on.window, &styleSheet);
+    applyMainWindowSkin(on.window, styleSheet.get());
     EXPECT_GE(on.textField.minimumSizeHint().height(), 77);
 }
 

@@ -32,8 +32,6 @@ protected:
         button.setGeometry(10, 10, 80, 30);
         other.setGeometry(90, 10, 80, 30);
         text.setGeometry(10, 60, 80, 30);
-        pointer.watch(PointerMode::Hand, {&button, &other});
-        pointer.watch(PointerMode::Arrow, {&text});
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }

@@ -49,9 +49,6 @@ protected:
         setWindowEventPump([] { QCoreApplication::processEvents(); });
         std::ofstream(workbook()) << "data";
         form.setExcelFile(workbook());
-        form.setPrinting([](const fs::path& file) -> drawing::PrintableSheet {
-            throw std::runtime_error("No paper for " + file.filename().string());
-        });
         form.layout()->activate();
         const QSize partOfUnit(viewport().width() % unit, viewport().height() % unit);
         form.setFixedSize(form.size() - partOfUnit); // so that cases can be in whole units
@@ -103,6 +100,9 @@ protected:
     fs::path fileName; ///< that the user gives to the saved file; empty: cancels
     int waysBack = 0;
     Form2 form{[this] { ++waysBack; },
+               [](const fs::path& file) -> drawing::PrintableSheet {
+                   throw std::runtime_error("No paper for " + file.filename().string());
+               },
                [this](const std::string& title, const std::string& filter, QWidget&) {
                    EXPECT_EQ(title, "Save File");
                    EXPECT_EQ(filter, "Excel Files (*.xls)|*.xls|");
@@ -315,8 +315,7 @@ TEST_F(Form2Test, AFailedPrintIsAMessageAndNothingIsLost)
     click("PushButtonPrint");
     EXPECT_EQ(messages.texts(), std::vector<std::string>{"No paper for kvarno01234567.xls"});
     EXPECT_TRUE(fileExists(workbook()));
-    form.setPrinting({});
-    EXPECT_FALSE(control<QWidget>("PushButtonPrint").isEnabled());
+    EXPECT_FALSE(Form2([] {}).findChild<QWidget*>("PushButtonPrint")->isEnabled());
 }
 
 TEST_F(Form2Test, SavesUnderTheNameAndAsksBeforeItOverwrites)

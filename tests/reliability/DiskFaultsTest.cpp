@@ -94,7 +94,7 @@ protected:
     std::vector<std::string> save(const fs::path& target)
     {
         messages.shown.clear();
-        Form2 preview([] {}, [&](auto&&...) { return target; });
+        Form2 preview([] {}, {}, [&](auto&&...) { return target; });
         preview.setExcelFile(workbook);
         preview.findChild<QAbstractButton*>("PushButton6")->click();
         return messages.texts();
