@@ -74,6 +74,7 @@ TEST_F(SheetPictureTest, PixelsFollowFromStoredWidthsAndHeights)
         m_sheet.columns.front().width = width256;
         EXPECT_EQ(picture("A1:A1").width, pixels + 1) << width256;
     }
+    EXPECT_EQ(picture("K1:K1").width, 61 + 1) << "of the default width, 8 digits and 5 pixels";
     const std::pair<std::uint16_t, int> heights[] = {{247, 16}, {248, 17}, {8190, 546}};
     for (const auto& [twips, pixels] : heights) {
         m_sheet.row(0).heightTwips = twips;

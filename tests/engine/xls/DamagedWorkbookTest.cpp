@@ -35,7 +35,7 @@ Bytes workbookOfRecords(const std::vector<RawRecord>& records)
 
 /// A workbook of sheets "S" with these records, and these in its globals.
 Bytes workbookOf(const std::vector<RawRecord>& sheetRecords, const std::vector<RawRecord>& globalRecords = {},
-                 int sheets = 1)
+                 int sheets = 1, const char* boundSheet = "00000000 00 00 01 00 53")
 {
     RecordWriter writer;
     const auto write = [&writer](const RawRecord& record) { writer.write(record.id, fromHex(record.hex)); };
@@ -44,7 +44,7 @@ Bytes workbookOf(const std::vector<RawRecord>& sheetRecords, const std::vector<R
     std::vector<std::size_t> places;
     for (int sheet = 0; sheet < sheets; ++sheet) {
         places.push_back(writer.offset() + 4);
-        write({0x0085, "00000000 00 00 01 00 53"});
+        write({0x0085, boundSheet});
     }
     write(endMark);
     for (const std::size_t place : places) {
@@ -183,13 +183,29 @@ TEST(DamagedWorkbook, MakesFormatsRegularThatAreNot)
     EXPECT_TRUE(book.styles.formats[0].isStyle);
 }
 
-TEST(DamagedWorkbook, KeepsAutomaticHeightsAndFilters)
+TEST(DamagedWorkbook, KeepsFiltersAndSizesWithinTheirLimits)
 {
-    const Book book =
-        writtenAndRead(read(workbookOf({{0x009B, ""}, {0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"}})));
-    EXPECT_TRUE(book.sheets[0]->isFiltered);
-    EXPECT_EQ(book.sheets[0]->rows()[0].heightTwips, 510);
-    EXPECT_FALSE(book.sheets[0]->rows()[0].heightSetByHand);
+    const Book book = writtenAndRead(read(workbookOf({{0x009B, ""},
+                                                      {0x0225, "0000 FFFF"},
+                                                      {0x0055, "FFFF"},
+                                                      {0x007D, "0000 FFFF FFFF 0F00 0000 0000"},
+                                                      {0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"},
+                                                      {0x0208, "0100 0000 0100 FF7F 0000 0000 4001 0F00"}})));
+    const Sheet& sheet = *book.sheets[0];
+    EXPECT_TRUE(sheet.isFiltered);
+    EXPECT_EQ(sheet.rows()[0].heightTwips, 510) << "automatic";
+    EXPECT_FALSE(sheet.rows()[0].heightSetByHand);
+    EXPECT_EQ(sheet.rows()[1].heightTwips, 8192);
+    EXPECT_EQ(sheet.rowHeightTwips(2), 8179);
+    EXPECT_EQ(sheet.defaultColumnWidth, 255);
+    EXPECT_EQ(sheet.columns, (std::vector<ColumnRun>{{0, 255, 65280, defaultCellFormat, false, false}}));
+}
+
+TEST(DamagedWorkbook, ShowsASheetWhereAllAreHidden)
+{
+    const Book book = read(workbookOf({}, {}, 2, "00000000 02 00 01 00 53"));
+    EXPECT_FALSE(book.sheets[0]->hidden);
+    EXPECT_TRUE(book.sheets[1]->hidden && book.sheets[1]->veryHidden);
 }
 
 TEST(DamagedWorkbook, KeepsWhatLiesInsideAChartOrCustomView)

@@ -3,6 +3,7 @@
 #include "workbook/engine/xls/CompoundFile.h"
 #include "workbook/engine/xls/RecordStrings.h"
 #include "workbook/engine/xls/SheetRecords.h"
+#include "workbook/engine/xls/Substreams.h"
 
 #include <gtest/gtest.h>
 
@@ -68,6 +69,31 @@ TEST(ByteReader, NeverReadsBeyondTheEnd)
     EXPECT_THROW(reader.seek(4), DamagedFile);
     EXPECT_THROW(reader.skip(std::numeric_limits<std::size_t>::max()), DamagedFile);
     EXPECT_THROW(putU32(bytes, 0, 1), std::out_of_range);
+}
+
+TEST(StyleRecords, PutEveryFieldInItsPlace)
+{
+    CellFormat format = {.font = 5, .numberFormat = 164, .locked = false, .hidden = true, .quotePrefix = true};
+    format.parent = 3;
+    format.horizontal = HorizontalAlignment::Right;
+    format.vertical = VerticalAlignment::Center;
+    format.wrap = format.shrinkToFit = true;
+    format.rotation = 45;
+    format.indent = 2;
+    format.readingOrder = 1;
+    format.usedAttributes = 0x14;
+    format.left = {BorderStyle::Thin, 8};
+    format.right = {BorderStyle::Medium, 9};
+    format.top = {BorderStyle::Dashed, 10};
+    format.bottom = {BorderStyle::Dotted, 11};
+    format.diagonal = {BorderStyle::Thick, 12};
+    format.diagonalDirections = 2;
+    format.fill = {17, 13, 14};
+    RecordWriter writer;
+    writeCellFormat(writer, format);
+    writeFont(writer, {"A", 300, 700, true, true, 1, 2, 3, 4, 0, 10});
+    EXPECT_EQ(writer.take(), fromHex("E000 1400 0600 A400 3A00 1B 2D 52 14 2143 8884 8A05A344 0D07"
+                                     "3100 1100 2C01 0A00 0A00 BC02 0200 01 03 04 00 01 00 41"));
 }
 
 TEST(MergedCells, LeaveOutWhatTheFileMustNotHave)

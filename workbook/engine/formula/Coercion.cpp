@@ -45,8 +45,6 @@ std::variant<double, ErrorCode> toNumber(const CellValue& value, const CoercionR
 {
     if (const auto* const number = std::get_if<double>(&value))
         return *number;
-    if (const auto* const logical = std::get_if<bool>(&value))
-        return *logical ? 1.0 : 0.0;
     if (const auto* const error = std::get_if<ErrorCode>(&value))
         return *error;
     if (const auto* const text = std::get_if<std::string>(&value)) {
@@ -54,7 +52,7 @@ std::variant<double, ErrorCode> toNumber(const CellValue& value, const CoercionR
             return *number;
         return ErrorCode::Value;
     }
-    return 0.0;
+    return value == CellValue(true) ? 1.0 : 0.0;
 }
 
 std::variant<std::string, ErrorCode> toText(const CellValue& value, const CoercionRules& rules)

@@ -35,7 +35,11 @@ public:
     std::span<const Row> rows(std::size_t sheet) const { return m_book.sheets[sheet]->rows(); }
     /// Whether it is worth to read on; the cell is computed.
     bool compute(const Cell& cell) const { return cell.waiting == 0 || m_compute(cell); }
-    const CellValue& valueOf(const Cell& cell) const { return cell.waiting == 0 ? cell.value : computed(cell); }
+    const CellValue& valueOf(const Cell& cell) const
+    {
+        compute(cell);
+        return cell.value;
+    }
     /// Rows of all areas that were read or may have been, as a measure of time.
     std::size_t rowsRead() const { return m_rowsRead; }
     void countRows(int rows) const { m_rowsRead += static_cast<std::size_t>(rows); }
@@ -45,8 +49,6 @@ public:
     std::span<double> numbersOf(std::size_t sheet, int column) const;
 
 private:
-    const CellValue& computed(const Cell& cell) const;
-
     const Book& m_book;
     std::function<bool(const Cell&)> m_compute;
     mutable std::map<std::pair<std::size_t, int>, std::vector<double>> m_numbers;

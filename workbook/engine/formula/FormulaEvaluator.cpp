@@ -462,44 +462,35 @@ FormulaEvaluator::FormulaEvaluator(const ComputedBook& book, const CalculationSe
 {
 }
 
-template <class Compute>
-std::optional<std::invoke_result_t<Compute&>> FormulaEvaluator::evaluated(std::size_t sheet, CellAddress cell,
-                                                                          Compute compute)
+std::optional<Operand> FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell,
+                                                  const ArrayArea* array)
 {
     m_sheet = sheet;
     m_cell = cell;
     m_nameDepth = 0;
-    m_wantsArrays = false;
+    m_wantsArrays = array != nullptr;
     m_valuesLeft = maxValuesPerFormula;
     m_stack.clear();
     try {
-        return compute();
+        Operand answer = run(formula.tokens);
+        return array == nullptr ? filled(single(answer)) : arrayAnswer(std::move(answer), array->cells);
     } catch (const FormulaFailure& failure) {
-        return CellValue(failure.error);
+        return errorOperand(failure.error);
     } catch (const CannotEvaluate& cannot) {
         m_missingPart = cannot.part;
         return std::nullopt;
     }
 }
 
-std::optional<CellValue> FormulaEvaluator::evaluate(const Formula& formula, std::size_t sheet, CellAddress cell)
+Operand FormulaEvaluator::arrayAnswer(Operand answer, const CellRect& area)
 {
-    return evaluated(sheet, cell, [&] { return filled(single(run(formula.tokens))); });
-}
-
-std::optional<Operand> FormulaEvaluator::evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area)
-{
-    return evaluated(sheet, area.first(), [&] {
-        m_wantsArrays = true;
-        Operand answer = run(formula.tokens);
-        if (std::holds_alternative<CalledName>(answer))
-            throw CannotEvaluate{};
-        if (!std::holds_alternative<Area>(answer))
-            return answer;
-        const ValueGrid grid(m_book, answer);
-        return arrayOf(*this, std::min(grid.rows(), area.rows()), std::min(grid.columns(), area.columns()),
-                       [&](int row, int column) { return grid.at(row, column); });
-    });
+    if (std::holds_alternative<CalledName>(answer))
+        throw CannotEvaluate{};
+    if (!std::holds_alternative<Area>(answer))
+        return answer;
+    const ValueGrid grid(m_book, answer);
+    return arrayOf(*this, std::min(grid.rows(), area.rows()), std::min(grid.columns(), area.columns()),
+                   [&](int row, int column) { return grid.at(row, column); });
 }
 
 Operand FormulaEvaluator::run(const std::vector<Token>& tokens)

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace wagemill::engine {
@@ -30,10 +29,12 @@ public:
     /// valuesLeft  of CalculationSettings::maxArrayValues, for all formulas together
     FormulaEvaluator(const ComputedBook& book, const CalculationSettings& settings, std::size_t& valuesLeft);
 
-    /// The value, never Empty; nothing when the formula holds a part that we cannot evaluate.
-    std::optional<CellValue> evaluate(const Formula& formula, std::size_t sheet, CellAddress cell);
-    /// The answer of an array formula for the cells of `area`, a value or an array.
-    std::optional<Operand> evaluateArray(const Formula& formula, std::size_t sheet, const CellRect& area);
+    /// The formula's value, never Empty; of an array formula a value or an array. Nothing when the formula holds a part
+    /// that we cannot evaluate.
+    /// cell   the one that the formula is read for
+    /// array  null: the formula is not that of an array
+    std::optional<Operand> evaluate(const Formula& formula, std::size_t sheet, CellAddress cell,
+                                    const ArrayArea* array);
     /// The part that could not be evaluated, when the last answer was nothing.
     const std::string& missingPart() const { return m_missingPart; }
 
@@ -53,9 +54,7 @@ private:
     class TokenRun;
     friend class TokenRun;
 
-    /// What compute() answers; an error that it throws is an answer.
-    template <class Compute>
-    std::optional<std::invoke_result_t<Compute&>> evaluated(std::size_t sheet, CellAddress cell, Compute compute);
+    Operand arrayAnswer(Operand answer, const CellRect& area);
     /// Evaluates tokens and answers the one operand that they leave. Throws FormulaFailure or CannotEvaluate.
     Operand run(const std::vector<Token>& tokens);
 

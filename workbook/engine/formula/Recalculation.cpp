@@ -22,6 +22,9 @@ struct FormulaCell {
     std::uint32_t sheet = 0;
     std::int32_t row = 0;
     std::uint32_t number = 0; ///< order in which its computation began, from 1; 0: not yet
+
+    /// Where the formula is, or the area of its array begins.
+    CellAddress first() const { return cell->array ? cell->array->cells.first() : CellAddress{row, cell->column}; }
 };
 
 /// A formula that is computed, as far as that has come.
@@ -63,10 +66,8 @@ public:
             if (m_formulas[i].cell->waiting == 0)
                 continue;
             enter(i);
-            while (!m_path.empty()) {
-                m_gaveUp = false;
+            while (!m_path.empty())
                 evaluateLast();
-            }
         }
         return std::move(m_missing);
     }
@@ -137,18 +138,14 @@ private:
         constexpr int rowsForAFormula = 16; // are read in the time that it takes
         m_computed.countRows(rowsForAFormula);
         const Cell& cell = *formula.cell;
-        if (cell.array)
-            return evaluator.evaluateArray(*cell.formula, formula.sheet, cell.array->cells);
-        return evaluator.evaluate(*cell.formula, formula.sheet, {formula.row, cell.column});
+        return evaluator.evaluate(*cell.formula, formula.sheet, formula.first(), cell.array.get());
     }
 
     /// Gives its cells their values, and answers by how much a number has changed.
     double assign(const FormulaEvaluator& evaluator, const FormulaCell& formula, const std::optional<Operand>& answer)
     {
         double change = 0;
-        const CellAddress first = formula.cell->array ? CellAddress{formula.cell->array->cells.firstRow,
-                                                                    formula.cell->array->cells.firstColumn}
-                                                      : CellAddress{formula.row, formula.cell->column};
+        const CellAddress first = formula.first();
         if (!answer) {
             const CellPlace here{formula.sheet, {formula.row, formula.cell->column}};
             CellPlace& known = m_missing.try_emplace(evaluator.missingPart(), here).first->second;

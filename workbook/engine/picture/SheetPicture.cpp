@@ -1,5 +1,7 @@
 #include "workbook/engine/picture/SheetPicture.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -26,15 +28,6 @@ std::vector<drawing::Fill> pictureFills(const PictureGrid& grid)
     return fills;
 }
 
-/// The fonts of the book under their own index there.
-std::vector<drawing::Font> pictureFonts(const Book& book)
-{
-    std::vector<drawing::Font> fonts;
-    for (const Font& font : book.styles.fonts)
-        fonts.push_back(drawingFont(font));
-    return fonts;
-}
-
 } // namespace
 
 drawing::Font drawingFont(const Font& font)
@@ -58,7 +51,7 @@ drawing::Drawing sheetPicture(const Book& book, const Sheet& sheet, const CellRe
     picture.height = grid.height() + 1;
     picture.fills = pictureFills(grid);
     picture.lines = pictureLines(grid, texts.runOver);
-    picture.fonts = pictureFonts(book);
+    std::ranges::transform(book.styles.fonts, std::back_inserter(picture.fonts), drawingFont); // under their own index
     picture.texts = std::move(texts.texts);
     return picture;
 }

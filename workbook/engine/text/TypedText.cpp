@@ -65,16 +65,16 @@ std::optional<TypedValue> readTypedNumber(std::string_view plain, const Regional
     if (reading->hasPercent && !reading->number.digits.empty())
         reading->number.pointPosition -= 2;
     const auto number = toDouble(reading->number);
-    return TypedValue{numberValue(number.value_or(0)), numberCode(*reading, formats), false};
+    return TypedValue{numberValue(number.value_or(0)), numberCode(*reading, formats)};
 }
 
 std::optional<TypedValue> readWord(std::string_view plain)
 {
     if (const auto logical = logicalNamed(plain))
-        return TypedValue{*logical, "", false};
+        return TypedValue{*logical};
     const auto error =
         std::ranges::find_if(errorNames, [plain](const ErrorName& name) { return sameIgnoringCase(plain, name.text); });
-    return error == errorNames.end() ? std::nullopt : std::optional(TypedValue{error->error, "", false});
+    return error == errorNames.end() ? std::nullopt : std::optional(TypedValue{error->error});
 }
 
 /// A date, a time of day or both, as typed.
@@ -265,7 +265,7 @@ std::optional<TypedValue> readDateOrTime(std::string_view plain, const RegionalF
         return std::nullopt;
     const auto& date = moment->date;
     const int day = date ? serialDayOf(date->year, date->month, date->day, dates1904) : 0;
-    return TypedValue{day + moment->days, std::move(moment->numberFormat), false};
+    return TypedValue{day + moment->days, std::move(moment->numberFormat)};
 }
 
 } // namespace
@@ -290,7 +290,7 @@ TypedValue readTypedText(std::string_view text, const RegionalFormats& formats, 
         return *word;
     if (auto moment = readDateOrTime(plain, formats, today, dates1904))
         return *moment;
-    return {std::string(text), "", false};
+    return {std::string(text)};
 }
 
 } // namespace wagemill::engine

@@ -14,7 +14,7 @@ struct TypedValue {
     CellValue value;
     /// The number format that typing suggests to a cell in General format; empty: none. A code, or for the date the
     /// built-in "m/d/yy".
-    std::string numberFormat;
+    std::string numberFormat = {};
     bool quotePrefix = false; ///< the text came after an apostrophe
 };
 

@@ -14,13 +14,7 @@ inline constexpr std::size_t maxCellText = 32767;
 inline constexpr std::uint16_t biff8Version = 0x0600;
 
 /// Kinds of substreams, from the BOF record ([MS-XLS] 2.4.21) and the BOUNDSHEET record (2.4.28).
-enum class SubstreamType : std::uint16_t {
-    Globals = 0x05,
-    VisualBasic = 0x06,
-    Worksheet = 0x10,
-    Chart = 0x20,
-    Macro = 0x40
-};
+enum class SubstreamType : std::uint16_t { VisualBasic = 0x06, Worksheet = 0x10, Chart = 0x20, Macro = 0x40 };
 
 /// Record numbers of BIFF8 ([MS-XLS] 2.3.2); only those that some rule of ours names.
 namespace record {

@@ -28,7 +28,6 @@ constexpr std::size_t linksPerSector = writtenSectorSize / linkSize;
 constexpr std::size_t directoryEntrySize = 128;
 constexpr std::size_t headerFatSectors = 109;
 constexpr std::size_t maxNameBytes = 64; // with the zero at its end
-constexpr std::size_t maxWrittenFile = 0x7FFFFFFF;
 constexpr std::size_t maxEntries = 10000;
 constexpr std::size_t maxStorageDepth = 32;
 
@@ -322,8 +321,6 @@ public:
         m_header.firstDirectorySector =
             appendChain(m_fat, quotientRoundedUp(m_nodes.size() * directoryEntrySize, writtenSectorSize));
         placeTables();
-        if ((m_fat.size() + 1) * writtenSectorSize > maxWrittenFile)
-            throw EngineError("The workbook would be larger than 2 GB.");
         m_file.reserve((m_fat.size() + 1) * writtenSectorSize);
         headerFields(FieldWriter(m_file), m_header);
         writeStreams();

@@ -20,7 +20,7 @@ inline constexpr std::size_t miniStreamCutoff = 4096;
 std::vector<KeptStream> readCompoundFile(std::span<const std::byte> bytes);
 
 /// The bytes of a compound file of version 3 with these streams and storages, a storage before what it holds. A name
-/// has 1 to 31 UTF-16 units. Throws EngineError when they need more than 2 GB, or a name occurs twice.
+/// has 1 to 31 UTF-16 units. Throws EngineError when one occurs twice.
 std::vector<std::byte> writeCompoundFile(std::span<const KeptStream> entries);
 
 /// Puts the times of `properties` that are set in the place of those that the SummaryInformation stream holds

@@ -103,11 +103,7 @@ private:
         m_numberFormats.emplace_back(identifier, readLastString(reader));
     }
 
-    void readFormat(ByteReader reader)
-    {
-        if (m_fileFormats.size() < maxFormats)
-            m_fileFormats.push_back(readCellFormat(reader));
-    }
+    void readFormat(ByteReader reader) { m_fileFormats.push_back(readCellFormat(reader)); }
 
     void readPaletteRecord(ByteReader reader) { readPalette(reader, m_book.styles); }
 
@@ -267,8 +263,9 @@ private:
     bool namesStyleFormat(const KeptRecord& style) const
     {
         ByteReader reader(style.data);
-        const std::size_t index = reader.remaining() < 4 ? m_fileFormats.size() : reader.u16() & 0xFFFU;
-        return index < m_fileFormats.size() && m_fileFormats[index].isStyle;
+        const auto& formats = m_book.styles.formats;
+        const std::size_t index = reader.remaining() < 4 ? formats.size() : reader.u16() & 0xFFFU;
+        return index < formats.size() && formats[index].isStyle;
     }
 
     RecordReader m_records;

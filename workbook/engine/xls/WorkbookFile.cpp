@@ -11,6 +11,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace wagemill::engine::xls {
 
@@ -19,12 +20,8 @@ namespace {
 constexpr std::size_t maxSheets = 4096;
 constexpr std::size_t looksLikeTextWithin = 512;
 
-struct FileSignature {
-    std::string_view bytes;
-    const char* kind;
-};
-/// What people take for a workbook of our format.
-constexpr auto otherFiles = std::to_array<FileSignature>({
+/// What people take for a workbook of our format, by its first bytes.
+constexpr auto otherFiles = std::to_array<std::pair<std::string_view, const char*>>({
     {"PK\x03\x04", "a workbook of the newer kind (.xlsx, .ods) or another zip archive"},
     {"<?xml", "an XML file"},
     {"<html", "a web page"},
