@@ -21,32 +21,32 @@ bool runsOutForGood = false;
 bool hasRunOut = false;
 long blocksInUse = 0;
 
-} // namespace
-
-// The library's operators of arrays call these.
-void* operator new(std::size_t size)
+void* allocate(std::size_t size)
 {
     hasRunOut = hasRunOut || allocationsLeft == 0;
     void* const block = allocationsLeft == 0 ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
     if (allocationsLeft > 0 || (allocationsLeft == 0 && !runsOutForGood))
         --allocationsLeft;
-    if (block == nullptr)
-        throw std::bad_alloc();
-    ++blocksInUse;
+    blocksInUse += block == nullptr ? 0 : 1;
     return block;
+}
+
+} // namespace
+
+// The library's operators of arrays call these.
+void* operator new(std::size_t size)
+{
+    if (void* const block = allocate(size))
+        return block;
+    throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
 {
-    try {
-        return operator new(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    return allocate(size);
 }
 void operator delete(void* block) noexcept
 {
-    if (block != nullptr)
-        --blocksInUse;
+    blocksInUse -= block == nullptr ? 0 : 1;
     std::free(block);
 }
 void operator delete(void* block, std::size_t /*size*/) noexcept
