@@ -12,9 +12,8 @@ import time
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "endtoend"))
 from desktop import Desktop  # noqa: E402
-from wagemill_guide import ENTRY, Guide  # noqa: E402
+from wagemill_guide import ENTRY, SAVE, Guide  # noqa: E402
 
-SAVE = "Save Results To Excel File"
 MESSAGE = "Wagemill Payroll Workbook"
 SCREEN = (1024, 640)  # small, so that a picture shows little besides what it is about
 
@@ -49,7 +48,7 @@ def small_desktop():
 def pictures_of_entry(program, folder):
     with small_desktop() as desktop:
         guide = Guide(desktop, program)
-        pictures = Pictures(desktop, guide.screen, folder)
+        pictures = Pictures(desktop, guide, folder)
         pictures.take("entry-empty")
         guide.load_sample_data()
         pictures.take("entry-sample")
@@ -64,7 +63,7 @@ def pictures_of_preview(program, folder):
         documents = os.path.join(desktop.home, "Documents")
         os.mkdir(documents)
         guide = Guide(desktop, program)
-        pictures = Pictures(desktop, guide.screen, folder)
+        pictures = Pictures(desktop, guide, folder)
         guide.load_sample_data()
         guide.type_into("Tax Status:", "S")  # cells left empty are shown as 0 by some programs and as nothing by others
         guide.type_into("Federal Allowance (From W-4):", "1")
@@ -73,13 +72,13 @@ def pictures_of_preview(program, folder):
         for _ in range(3):
             guide.zoom_in()
         pictures.take("preview-zoomed")
-        guide.screen.click("push button", SAVE)
+        guide.click("push button", SAVE)
         desktop.window("Save File")
         desktop.type("Payroll March 2026.xls")
         pictures.take("save-dialog", "Save File")
         desktop.key("Return")
         guide.expect_message("Done.")
-        guide.screen.click("push button", SAVE)
+        guide.click("push button", SAVE)
         desktop.window("Save File")
         desktop.type("Payroll March 2026.xls")
         desktop.key("Return")
@@ -92,27 +91,27 @@ def picture_of_employees(program, folder):
     with small_desktop() as desktop:
         guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="3")
         guide.load_sample_data()
-        box = guide.screen.box(next(guide.screen.all("text", "Name:")))
+        box = guide.box(next(guide.all("text", "Name:")))
         wheel_down = 5
         desktop.click(box.x, box.y, wheel_down)
         desktop.key("alt+e")
         for text in ("E119", "Ada Marsh", "18.5", "S", "1", "8"):
             desktop.type(text)
             desktop.key("Tab")
-        Pictures(desktop, guide.screen, folder).take("employees")
+        Pictures(desktop, guide, folder).take("employees")
 
 
 def picture_of_application_error(program, folder):
     """A number that was left half typed when the program was closed cannot be shown at the next start."""
     with small_desktop() as desktop:
         guide = Guide(desktop, program)
-        guide.screen.click("text", "Hourly Wage:")
+        guide.click("text", "Hourly Wage:")
         desktop.type("12..5")
         guide.close_window()
         guide.process.wait(5)
         desktop.start_program(program)
         desktop.window("Application Error")
-        Pictures(desktop, guide.screen, folder).take("application-error", "Application Error")
+        Pictures(desktop, guide, folder).take("application-error", "Application Error")
 
 
 def main():

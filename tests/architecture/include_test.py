@@ -46,13 +46,9 @@ def is_plain(path):
     return path in PLAIN or (folder in ALLOWED and not ALLOWED[folder][1])
 
 
-def visible(below):
-    """Who sees app/base sees the texts in it too."""
-    return [*below, "app/base/text"] if "app/base" in below else below
-
-
 def offences(root):
     for folder, (below, _) in ALLOWED.items():
+        visible = [folder, *below, *(["app/base/text"] if "app/base" in below else [])]  # with app/base the texts in it
         for name in sorted(os.listdir(os.path.join(root, folder))):
             path = f"{folder}/{name}"
             if not name.endswith((".h", ".cpp")):
@@ -60,7 +56,7 @@ def offences(root):
             text = open(os.path.join(root, path), encoding="utf-8").read()
             for mark, included in re.findall(r'^#include (["<])([^">]+)', text, re.M):
                 ours = mark == '"' and not included.endswith(".inc")
-                if ours and os.path.dirname(included) not in [folder, *visible(below)]:
+                if ours and os.path.dirname(included) not in visible:
                     yield f"{path} includes {included}, which is not below it"
                 if is_plain(path) and (not is_plain(included) if ours else included.startswith("Q")):
                     yield f"{path} is plain C++, yet it includes {included}"

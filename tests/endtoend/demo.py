@@ -12,33 +12,25 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from desktop import Desktop, StepFailed  # noqa: E402
 from wagemill_guide import ENTRY, PREVIEW, Guide  # noqa: E402
 
-COMPOUND_FILE = bytes.fromhex("D0CF11E0A1B11AE1")
-
 
 def run_demo(program, output):
     """Answers the paths of what it left in `output`."""
     os.makedirs(output, exist_ok=True)
-    paths = {name: os.path.join(os.path.abspath(output), name)
-             for name in ("entry.png", "preview.png", "preview-zoomed.png", "payroll.xls")}
-    for path in paths.values():
-        if os.path.exists(path):
-            os.remove(path)
+    paths = [os.path.join(os.path.abspath(output), name)
+             for name in ("entry.png", "preview.png", "preview-zoomed.png", "payroll.xls")]
+    entry, preview, zoomed, workbook = paths
+    for path in filter(os.path.exists, paths):
+        os.remove(path)
     with Desktop(failure_picture=os.path.join(output, "failure.png")) as desktop:
         guide = Guide(desktop, program)
         guide.load_sample_data()
-        desktop.screenshot(paths["entry.png"], desktop.window(ENTRY))
-        seconds = guide.build()
-        print(f"The preview showed {seconds:.2f} s after the click.")
-        desktop.screenshot(paths["preview.png"], desktop.window(PREVIEW))
+        desktop.screenshot(entry, desktop.window(ENTRY))
+        print(f"The preview showed {guide.build():.2f} s after the click.")
+        desktop.screenshot(preview, desktop.window(PREVIEW))
         guide.zoom_in()
-        desktop.screenshot(paths["preview-zoomed.png"], desktop.window(PREVIEW))
-        guide.save_as(paths["payroll.xls"])
-        if guide.process.poll() is not None:
-            raise StepFailed("the program ended by itself:\n" + desktop.program_output())
-    with open(paths["payroll.xls"], "rb") as workbook:
-        if workbook.read(8) != COMPOUND_FILE:
-            raise StepFailed("the saved file is no workbook")
-    return paths.values()
+        desktop.screenshot(zoomed, desktop.window(PREVIEW))
+        guide.save_as(workbook)
+    return paths
 
 
 def main():

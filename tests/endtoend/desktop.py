@@ -11,6 +11,11 @@ class StepFailed(Exception):
     """A step of a guided run did not happen; the text says which."""
 
 
+def expect(condition, what):
+    if not condition:
+        raise StepFailed(what)
+
+
 class Desktop:
     """Xvfb, openbox and a session bus of their own, with a fresh home folder. Use as a context manager.
 
@@ -24,8 +29,9 @@ class Desktop:
         self.home = tempfile.mkdtemp(prefix="wagemill-home-")
         self.environment = {key: value for key, value in os.environ.items()
                             if not key.startswith(("LC_", "XDG_", "QT_")) and key not in ("TEMP", "WAYLAND_DISPLAY")}
-        self.environment.update(HOME=self.home, LANG=locale, XDG_RUNTIME_DIR=self._folder("run", 0o700),
+        self.environment.update(HOME=self.home, LANG=locale, XDG_RUNTIME_DIR=os.path.join(self.home, "run"),
                                 QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        os.mkdir(self.environment["XDG_RUNTIME_DIR"], 0o700)
         self.processes = []
 
     def __enter__(self):
@@ -54,10 +60,6 @@ class Desktop:
         which would leave it without a window."""
         log = open(os.path.join(self.home, "program.log"), "ab")
         return self._start(path, "-platform", "offscreen", stdout=log, stderr=log, env={**self.environment, **environment})
-
-    def program_output(self):
-        with open(os.path.join(self.home, "program.log"), encoding="utf-8", errors="replace") as log:
-            return log.read()
 
     def window(self, title, seconds=20):
         """The visible window of that exact title; waits for it."""
@@ -96,10 +98,8 @@ class Desktop:
         raise StepFailed(f"waited {seconds} s for {what}")
 
     def _start(self, *command, **options):
-        options.setdefault("env", self.environment)
-        options.setdefault("stdout", subprocess.DEVNULL)
-        options.setdefault("stderr", subprocess.DEVNULL)
-        self.processes.append(subprocess.Popen(command, **options))
+        quiet = {"env": self.environment, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        self.processes.append(subprocess.Popen(command, **{**quiet, **options}))
         return self.processes[-1]
 
     def _start_display(self):
@@ -110,8 +110,7 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
-        if not number:
-            raise StepFailed("the virtual display did not start")
+        expect(number, "the virtual display did not start")
         self.environment["DISPLAY"] = ":" + number
 
     def _start_bus(self):
@@ -126,11 +125,6 @@ class Desktop:
         asked = ("xdotool", "get_num_desktops")
         self.wait_for(lambda: subprocess.run(asked, env=self.environment, capture_output=True).returncode == 0,
                       "the window manager to start")
-
-    def _folder(self, name, mode):
-        path = os.path.join(self.home, name)
-        os.mkdir(path, mode)
-        return path
 
     def _xdotool(self, *arguments):
         return subprocess.run(["xdotool", *arguments], env=self.environment, check=True, capture_output=True,

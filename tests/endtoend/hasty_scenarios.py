@@ -1,11 +1,10 @@
 """Scenarios of a user who presses twice, closes too early or ends the program from outside: one build, nothing left."""
+import contextlib
 import os
 import signal
-import subprocess
-import tempfile
 import time
 
-from desktop import Desktop, StepFailed
+from desktop import Desktop, expect
 from wagemill_guide import START, Guide
 
 LONG = os.environ.get("WAGEMILL_LONG") == "1"
@@ -17,92 +16,64 @@ PRESSES = {
 }
 
 
-class Files:
-    """The folder that holds the run's intermediate files: TEMP, or the private one."""
-
-    def __init__(self, desktop, has_temp):
-        self.desktop = desktop
-        self.temp = tempfile.mkdtemp(dir=desktop.home) if has_temp else None
-        self.environment = {"TEMP": self.temp} if has_temp else {}
-
-    def names(self):
-        run = os.path.join(self.desktop.home, "run")
-        folders = [self.temp] if self.temp else [os.path.join(run, name) for name in os.listdir(run)
-                                                 if name.startswith("wagemill-")]
-        return sorted(name for folder in folders for name in os.listdir(folder) if not name.startswith("."))
-
-    def expect_none(self, what):
-        self.desktop.wait_for(lambda: self.names() == [], f"no file to be left {what}; there are {self.names()}", 5)
-
-
 def one_build_however_often_pressed(program):
     """So many employees, the second press so many milliseconds after the first, by every way to press."""
     with Desktop() as desktop:
         for employees in (1, 3, 5, 25) if LONG else (3, 25):
             delays = (0, 10, 30, 100, 150, 300, 600) if LONG else (10 * employees - 20,)
             for has_temp in (True, False) if LONG else (employees == 3,):
-                files = Files(desktop, has_temp)
-                guide = Guide(desktop, program, WAGEMILL_EMPLOYEES=str(employees), **files.environment)
+                guide = Guide(desktop, program, has_temp=has_temp, WAGEMILL_EMPLOYEES=str(employees))
                 guide.load_sample_data()
                 for way, press in PRESSES.items():
                     for delay in delays:
-                        press_twice(guide, files, press, delay, f"{employees} employees, {way}, {delay} ms")
+                        press_twice(guide, press, delay, f"{employees} employees, {way}, {delay} ms")
                 guide.process.kill()
                 guide.process.wait()
 
 
-def press_twice(guide, files, press, delay, what):
-    desktop = guide.desktop
-    button = guide.screen.find("push button", START)
-    button.queryComponent().grabFocus()
-    box = guide.screen.box(button)
-    desktop._move(box.x + box.width // 2, box.y + box.height // 2)
+def press_twice(guide, press, delay, what):
+    button = focused_start_button(guide)
+    box = guide.box(button)
+    guide.desktop._move(box.x + box.width // 2, box.y + box.height // 2)
     press(guide, button)
     time.sleep(delay / 1000)
-    try:
+    with contextlib.suppress(Exception):  # the screen reader's button may be gone with its window
         press(guide, button)
-    except Exception:  # the screen reader's button is gone with its window
-        pass
-    back = guide.screen.find("push button", "< Back")
+    back = guide.find("push button", "< Back")
     time.sleep(0.5)
-    if desktop.is_shown("Save File"):  # the second Alt+S reached the preview, where it saves
-        desktop.key("Escape")
+    if guide.desktop.is_shown("Save File"):  # the second Alt+S reached the preview, where it saves
+        guide.key("Escape")
         guide.expect_message("Done.")
-    kept = [name for name in files.names() if name.startswith("kvarno")]
-    if len(kept) != 1 or guide.message() or any(guide.screen.all("push button", START)):
-        raise StepFailed(f"{what}: files {files.names()}, message \"{guide.message()}\"")
+    kept = [name for name in guide.files() if name.startswith("kvarno")]
+    expect(len(kept) == 1 and not guide.message() and not any(guide.all("push button", START)),
+           f"{what}: files {guide.files()}, message \"{guide.message()}\"")
     back.queryAction().doAction(0)
-    guide.screen.find("push button", START)
-    files.expect_none("after going back: " + what)
+    guide.find("push button", START)
+    guide.wait_for(lambda: guide.files() == [], f"no file to be left after going back: {what}", 5)
+
+
+def focused_start_button(guide):
+    button = guide.find("push button", START)
+    button.queryComponent().grabFocus()
+    return button
 
 
 def closing_early_leaves_nothing(program):
     """Alt+F4 so many milliseconds after the press that starts a build."""
     with Desktop() as desktop:
         for delay in range(0, 301, 20 if LONG else 100):
-            files = Files(desktop, has_temp=delay % 40 == 0)
-            guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25", **files.environment)
-            guide.screen.find("push button", START).queryComponent().grabFocus()
-            PRESSES["Space"](guide, None)
+            guide = Guide(desktop, program, has_temp=delay % 40 == 0, WAGEMILL_EMPLOYEES="25")
+            PRESSES["Space"](guide, focused_start_button(guide))
             time.sleep(delay / 1000)
             guide.close_window()
-            if not has_ended(guide, 1):
+            if guide.ended(1) is None:
                 guide.close_window()  # the window manager found no window in front between the two
-            expect_ended(guide, files, f"Alt+F4 {delay} ms after the press")
+            expect_clean_end(guide, f"Alt+F4 {delay} ms after the press")
 
 
-def has_ended(guide, seconds):
-    try:
-        return guide.process.wait(seconds) is not None
-    except subprocess.TimeoutExpired:
-        return False
-
-
-def expect_ended(guide, files, what):
-    if not has_ended(guide, 20) or guide.process.returncode != 0:
-        raise StepFailed(f"{what}: the program ended with {guide.process.returncode}")
-    if files.names():
-        raise StepFailed(f"{what} left {files.names()}")
+def expect_clean_end(guide, what):
+    status = guide.ended()
+    expect(status == 0 and not guide.files(), f"{what}: the program ended with {status} and left {guide.files()}")
 
 
 def signals_leave_nothing(program):
@@ -112,32 +83,26 @@ def signals_leave_nothing(program):
 
     def in_a_dialog(guide):
         guide.build()
-        guide.desktop.key("ctrl+s")
-        guide.screen.find("text", "File name:")
+        guide.key("ctrl+s")
+        guide.find("text", "File name:")
 
     def during_a_build(guide):
-        guide.screen.find("push button", START).queryComponent().grabFocus()
-        PRESSES["Space"](guide, None)
+        PRESSES["Space"](guide, focused_start_button(guide))
         time.sleep(0.03)
 
     def in_a_failed_build(guide):
         os.mkdir(os.path.join(guide.temp, "template.xlt"))
-        guide.screen.click("push button", START)
-        guide.desktop.wait_for(guide.message, "the error dialog")
+        guide.click("push button", START)
+        guide.wait_for(guide.message, "the error dialog")
 
     with Desktop() as desktop:
         for place in (in_the_preview, in_a_dialog, during_a_build, in_a_failed_build):
             for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP) if LONG else (signal.SIGTERM,):
-                files = Files(desktop, has_temp=True)
-                guide = Guide(desktop, program, WAGEMILL_EMPLOYEES="25", **files.environment)
-                guide.temp = files.temp
+                guide = Guide(desktop, program, has_temp=True, WAGEMILL_EMPLOYEES="25")
                 place(guide)
                 guide.process.send_signal(number)
                 guide.process.send_signal(number)
                 if place is in_a_failed_build:
-                    guide.desktop.wait_for(lambda: guide.process.poll() is not None, "the program to end")
-                    os.rmdir(os.path.join(files.temp, "template.xlt"))
-                expect_ended(guide, files, f"{signal.strsignal(number)} {place.__name__}")
-
-
-HASTY_SCENARIOS = (one_build_however_often_pressed, closing_early_leaves_nothing, signals_leave_nothing)
+                    guide.ended()
+                    os.rmdir(os.path.join(guide.temp, "template.xlt"))
+                expect_clean_end(guide, f"{signal.strsignal(number)} {place.__name__}")

@@ -50,15 +50,17 @@ class Screen:
         self.find("text", name)
         return self.texts(name)[0]
 
-    def walk(self):
-        """Everything that is there, shown or not."""
-        return self._walk(self.pyatspi.Registry.getDesktop(0))
+    def message(self):
+        """The texts of the message box on the screen, empty when there is none."""
+        boxes = [*self.all("alert"), *self.all("dialog")]
+        return "\n".join(child.name for box in boxes for child in box if child.name)
 
-    def _walk(self, control):
+    def walk(self, control=None):
+        """Everything that is there, shown or not."""
         try:
-            children = [child for child in control if child is not None]
+            children = [child for child in control or self.pyatspi.Registry.getDesktop(0) if child is not None]
         except Exception:
             return
         for child in children:
             yield child
-            yield from self._walk(child)
+            yield from self.walk(child)

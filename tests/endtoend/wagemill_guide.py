@@ -1,73 +1,85 @@
 """The way of a user through Wagemill, step by step; each step waits for what it should bring and fails when it does not."""
+import contextlib
+import glob
 import os
+import subprocess
+import tempfile
 import time
 
-from desktop import StepFailed
+from desktop import Desktop, expect
 from screen import Screen
 
 ENTRY = PREVIEW = "Wagemill"
 START = "Start Creating Template"
+SAVE = "Save Results To Excel File"
 
 
-class Guide:
-    def __init__(self, desktop, program, message=None, **environment):
+@contextlib.contextmanager
+def guided(program, size="1280x960", locale="C.UTF-8", **options):
+    """The program in a desktop of its own."""
+    with Desktop(size, locale) as desktop:
+        yield Guide(desktop, program, **options)
+
+
+class Guide(Screen):
+    def __init__(self, desktop, program, message=None, has_temp=False, **environment):
         """message: what the program says before its window shows."""
-        self.desktop = desktop
-        self.process = desktop.start_program(program, **environment)
-        self.screen = Screen(desktop)
+        super().__init__(desktop)
+        self.key, self.type, self.wait_for = desktop.key, desktop.type, desktop.wait_for
+        self.temp = tempfile.mkdtemp(dir=desktop.home)
+        self.process = desktop.start_program(program, **{**environment, **({"TEMP": self.temp} if has_temp else {})})
         if message:
             self.expect_message(message)
-        self.screen.find("push button", START)
+        self.find("push button", START)
 
     def load_sample_data(self):
-        self.screen.click("push button", "Load Sample/Example Data")
-        self.desktop.wait_for(lambda: self.screen.text("Company Name:") == "ACME Inc", "the sample data to show")
+        self.click("push button", "Load Sample/Example Data")
+        self.wait_for(lambda: self.text("Company Name:") == "ACME Inc", "the sample data to show")
 
     def type_into(self, label, text):
         """Clicks into the field with that label and types over what it holds, then leaves it by Tab."""
-        self.screen.click("text", label)
-        self.desktop.type(text)
-        self.desktop.key("Tab")
+        self.click("text", label)
+        self.type(text)
+        self.key("Tab")
 
     def build(self):
         """Presses the button; answers the seconds until the preview shows."""
         begin = time.monotonic()
-        self.screen.click("push button", START)
-        self.screen.find("push button", "Save Results To Excel File")
+        self.click("push button", START)
+        self.find("push button", SAVE)
         seconds = time.monotonic() - begin
-        if any(self.screen.all("dialog")) or any(self.screen.all("alert")):
-            raise StepFailed("the build showed a message: " + self.message())
+        expect(not self.message(), "the build showed a message: " + self.message())
         return seconds
 
     def zoom_in(self):
-        self.screen.click("push button", "Zoom In")
+        self.click("push button", "Zoom In")
 
     def save_as(self, path):
-        """Saves under that name through the file dialog, whatever dialog it is, and answers the messages."""
-        self.screen.click("push button", "Save Results To Excel File")
+        """Saves under that name through the file dialog, whatever dialog it is."""
+        self.click("push button", SAVE)
         self.desktop.window("Save File")
-        self.desktop.key("ctrl+a")
-        self.desktop.type(path)
-        self.desktop.key("Return")
+        self.key("ctrl+a")
+        self.type(path)
+        self.key("Return")
         self.expect_message("Done.")
-        if not os.path.exists(path):
-            raise StepFailed(f"\"Done.\" was shown, but there is no {path}")
-
-    def go_back(self):
-        self.screen.click("push button", "< Back")
-        self.screen.find("push button", START)
+        expect(os.path.exists(path), f"\"Done.\" was shown, but there is no {path}")
 
     def expect_message(self, text):
         """Waits for a message box with that text and presses its OK."""
-        self.desktop.wait_for(lambda: text in self.message(), f"the message \"{text}\"")
-        self.screen.click("push button", "OK")
-        self.desktop.wait_for(lambda: text not in self.message(), f"the message \"{text}\" to go")
-
-    def message(self):
-        """The texts of the message box on the screen, empty when there is none."""
-        boxes = [*self.screen.all("alert"), *self.screen.all("dialog")]
-        return "\n".join(child.name for box in boxes for child in box if child.name)
+        self.wait_for(lambda: text in self.message(), f"the message \"{text}\"")
+        self.click("push button", "OK")
+        self.wait_for(lambda: text not in self.message(), f"the message \"{text}\" to go")
 
     def close_window(self):
         """Closes the window in front by the window manager's key, which asks it as its close box does."""
-        self.desktop.key("alt+F4")
+        self.key("alt+F4")
+
+    def files(self):
+        """The run's intermediate files: in TEMP, or in the private folders."""
+        folders = [self.temp, *glob.glob(os.path.join(self.desktop.home, "run", "wagemill-*"))]
+        return sorted(name for folder in folders for name in os.listdir(folder) if not name.startswith("."))
+
+    def ended(self, seconds=20):
+        """The exit status; None when the program does not end in that time."""
+        with contextlib.suppress(subprocess.TimeoutExpired):
+            return self.process.wait(seconds)

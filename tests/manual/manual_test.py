@@ -36,22 +36,17 @@ def anchor(heading):
     return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
-def main():
-    root = sys.argv[1]
-    with open(f"{root}/docs/manual.md", encoding="utf-8") as file:
-        manual = file.read()
-    text = re.sub(r"\s+", " ", manual)
-    found = list(messages(root))
-    faults = [f"{where}: \"{message}\" is not explained" for message, where in found
-              if message not in text and message not in NEVER_MET]
-    if len(found) < 25:
-        faults.append(f"only {len(found)} messages were found in the sources: their form must have changed")
-    anchors = {anchor(heading) for heading in re.findall(r"^#+ (.*)$", manual, re.MULTILINE)}
-    for target in re.findall(r"\]\(([^)\s]+)\)", manual):
-        if not (target[1:] in anchors if target.startswith("#") else os.path.exists(f"{root}/docs/{target}")):
-            faults.append(f"docs/manual.md leads to {target}, which does not exist")
-    sys.exit("\n".join(faults) or 0)
-
-
-if __name__ == "__main__":
-    main()
+root = sys.argv[1]
+with open(f"{root}/docs/manual.md", encoding="utf-8") as file:
+    manual = file.read()
+text = re.sub(r"\s+", " ", manual)
+found = list(messages(root))
+faults = [f"{where}: \"{message}\" is not explained" for message, where in found
+          if message not in text and message not in NEVER_MET]
+if len(found) < 25:
+    faults.append(f"only {len(found)} messages were found in the sources: their form must have changed")
+anchors = {anchor(heading) for heading in re.findall(r"^#+ (.*)$", manual, re.MULTILINE)}
+for target in re.findall(r"\]\(([^)\s]+)\)", manual):
+    if not (target[1:] in anchors if target.startswith("#") else os.path.exists(f"{root}/docs/{target}")):
+        faults.append(f"docs/manual.md leads to {target}, which does not exist")
+sys.exit("\n".join(faults) or 0)

@@ -14,19 +14,8 @@ import tempfile
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "endtoend"))
-from desktop import Desktop, StepFailed  # noqa: E402
-
-DOCUMENTS = "share/doc/wagemill"
-
-
-def expect(condition, what):
-    if not condition:
-        raise StepFailed(what)
-
-
-def read(stage, name):
-    with open(os.path.join(stage, name), encoding="utf-8") as file:
-        return file.read()
+from desktop import Desktop, StepFailed, expect  # noqa: E402
+from screen import Screen  # noqa: E402
 
 
 def require_tools(*tools):
@@ -40,7 +29,7 @@ def holds_every_file(stage):
     places = {
         "lib/wagemill": {"wagemill", "HAND-M.CUR", "x/o.cjs", "Splash/wagemill.png"},
         "bin": {"wagemill"},
-        DOCUMENTS: {"manual.md", "licences.md", "CHANGELOG.md", "LICENSE"} | manual_pictures(stage),
+        "share/doc/wagemill": {"manual.md", "licences.md", "CHANGELOG.md", "LICENSE"} | manual_pictures(stage),
         "share": {"man/man1/wagemill.1.gz", "applications/wagemill.desktop",
                   "metainfo/example.quellory.wagemill.metainfo.xml"},
         "share/icons/hicolor": {"scalable/apps/wagemill.svg"} | {
@@ -57,7 +46,8 @@ def holds_every_file(stage):
 
 def manual_pictures(stage):
     """The pictures that the manual shows; without them it would be half a manual."""
-    return set(re.findall(r"\]\((pictures/[^)]+)\)", read(stage, DOCUMENTS + "/manual.md")))
+    with open(stage + "/share/doc/wagemill/manual.md", encoding="utf-8") as manual:
+        return set(re.findall(r"\]\((pictures/[^)]+)\)", manual.read()))
 
 
 def describes_itself_to_desktops(stage):
@@ -78,28 +68,16 @@ def finds_its_folder_through_links(stage):
     link = os.path.join(stage, "link")
     os.symlink("bin/wagemill", link)
     with Desktop() as desktop:
-        from screen import Screen
         desktop.start_program(link, PATH=os.path.join(stage, "bin") + os.pathsep + os.environ["PATH"])
         screen = Screen(desktop)
-
-        def skin_is_named():
-            boxes = [*screen.all("alert"), *screen.all("dialog")]
-            return any(f'"{skin}"' in child.name for box in boxes for child in box)
-        desktop.wait_for(skin_is_named, f"a message that names {skin}")
+        desktop.wait_for(lambda: f'"{skin}"' in screen.message(), f"a message that names {skin}")
 
 
-def main():
-    build, scenario = sys.argv[1:]
-    with tempfile.TemporaryDirectory() as folder:
-        stage = os.path.realpath(folder)
-        installed = subprocess.run(["cmake", "--install", build, "--prefix", stage], capture_output=True, text=True)
-        if installed.returncode != 0:
-            sys.exit(f"The program cannot be installed:\n{installed.stdout}{installed.stderr}")
-        try:
-            globals()[scenario](stage)
-        except StepFailed as failure:
-            sys.exit(f"{scenario}: {failure}")
-
-
-if __name__ == "__main__":
-    main()
+build, scenario = sys.argv[1:]
+with tempfile.TemporaryDirectory() as folder:
+    stage = os.path.realpath(folder)
+    subprocess.run(["cmake", "--install", build, "--prefix", stage], check=True, stdout=subprocess.DEVNULL)
+    try:
+        globals()[scenario](stage)
+    except StepFailed as failure:
+        sys.exit(f"{scenario}: {failure}")
