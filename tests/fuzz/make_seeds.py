@@ -1,20 +1,20 @@
 #!/usr/bin/env python3
 """Makes what fuzzing starts from: make_seeds.py SOURCES TEMPLATE OUTPUT
 
-SOURCES   the checkout: texts, tokens and records are taken from its own tests
+SOURCES   the checkout: texts, tokens and records are taken from its own tests, and the inputs kept beside this file
 TEMPLATE  the payroll template as built
 OUTPUT    receives a folder of seeds for each target
 """
 import glob
+import itertools
 import os
 import re
+import shutil
 import struct
 import sys
 
-BOF_GLOBALS = bytes.fromhex("00060500A91FCD07C900010006040000")
-BOF_SHEET = bytes.fromhex("00061000A91FCD07C900010006040000")
-BOF, EOF, BOUNDSHEET = 0x0809, 0x000A, 0x0085
-RECORDS_OF_A_KIND = 4  # that a small workbook keeps of the template's cells
+BOF, EOF, BOUNDSHEET, FORMULA = 0x0809, 0x000A, 0x0085, 0x0006
+RECORDS_OF_A_KIND = 2  # that a small workbook keeps
 REGIONS = 5
 
 
@@ -32,49 +32,49 @@ def session_texts(sources, words):
                 yield found[1].encode()
 
 
-def records(stream):
-    at = 0
+def substreams(stream):
+    """Globals and sheets, each a list of records: number and data."""
+    found, at = [], 0
     while at + 4 <= len(stream):
         number, size = struct.unpack_from("<2H", stream, at)
+        if number == BOF:
+            found.append([])
         if number == 0:
-            return
-        yield number, stream[at + 4:at + 4 + size]
+            break
+        found[-1].append((number, stream[at + 4:at + 4 + size]))
         at += 4 + size
+    return found
 
 
-def stream_of(substreams):
-    """Globals and sheets, each a list of records, with the places of the sheets set."""
-    pack = lambda found: b"".join(struct.pack("<2H", number, len(data)) + data for number, data in found)
-    parts = [bytearray(pack(found)) for found in substreams]
-    at, sheet = 0, 1
-    for number, data in substreams[0]:
+def stream_of(parts):
+    """The substreams with the places of the sheets set."""
+    places = itertools.accumulate(sum(4 + len(data) for _, data in part) for part in parts)
+    stream = b""
+    for number, data in itertools.chain(*parts):
         if number == BOUNDSHEET:
-            struct.pack_into("<I", parts[0], at + 4, sum(map(len, parts[:sheet])))
-            sheet += 1
-        at += 4 + len(data)
-    return b"".join(parts)
+            data = struct.pack("<I", next(places)) + data[4:]
+        stream += struct.pack("<2H", number, len(data)) + data
+    return stream
 
 
-def small_workbook(template):
-    """The template's globals, and of its sheets a few records of each kind."""
-    substreams = [[]]
-    for number, data in records(template):
-        if number == BOF and substreams[-1]:
-            substreams.append([])
-        kept = sum(number == other for other, _ in substreams[-1])
-        if len(substreams) == 1 or kept < RECORDS_OF_A_KIND:
-            substreams[-1].append((number, data))
-    return stream_of(substreams)
+def small_workbook(parts):
+    """The template with a few records of each kind."""
+    kept = [[] for _ in parts]
+    for small, part in zip(kept, parts):
+        for number, data in part:
+            if sum(number == other for other, _ in small) < RECORDS_OF_A_KIND:
+                small.append((number, data))
+    return stream_of(kept)
 
 
-def damaged_workbooks(sources):
+def damaged_workbooks(sources, parts):
     """A workbook around each list of records in the tests of damaged ones."""
     for line in read(f"{sources}/tests/engine/xls/DamagedWorkbookTest.cpp").splitlines():
         found = [(int(number, 16), bytes.fromhex(data))
                  for number, data in re.findall(r'\{(0x[0-9A-F]{4}), "([0-9A-F ]*)"\}', line)]
         if found:
-            globals_ = [(BOF, BOF_GLOBALS), (BOUNDSHEET, bytes(6) + b"\1\0S"), (EOF, b"")]
-            yield stream_of([globals_, [(BOF, BOF_SHEET), *found, (EOF, b"")]])
+            yield stream_of([[parts[0][0], (BOUNDSHEET, bytes(6) + b"\1\0S"), (EOF, b"")],
+                             [parts[1][0], *found, (EOF, b"")]])
 
 
 def formula_tokens(sources):
@@ -84,12 +84,6 @@ def formula_tokens(sources):
         for tokens, trailing in (map(bytes.fromhex, pair) for pair in pairs):
             for kind in (0, 1):
                 yield struct.pack("<BH", kind, len(tokens)) + tokens + trailing
-
-
-def template_formulas(template):
-    for number, data in records(template):
-        if number == 0x0006:
-            yield b"\0" + data[20:]
 
 
 def formats(sources):
@@ -108,38 +102,23 @@ def in_every_region(texts):
     return [bytes([region]) + text for text in sorted(set(texts)) for region in range(REGIONS)]
 
 
-def drawings():
-    """A drawing with one of everything, and an empty one."""
-    text = lambda words: struct.pack("<I", len(words)) + words
-    fill = struct.pack("<4d3B", 1, 2, 3, 4, 5, 6, 7)
-    line = struct.pack("<4d4B", 0, 9, 20, 9, 5, 1, 2, 3)
-    font = text(b"Arial") + struct.pack("<H4B", 200, 1, 0, 0, 1)
-    words = struct.pack("<8d", *range(8)) + text(b"Net Pay") + struct.pack("<H10B", 0, 1, 2, 3, 2, 1, 0, 1, 4, 1, 0)
-    words += struct.pack("<I", 1) + text(b"12")
-    for items in (0, 1):
-        yield struct.pack("<2d", 853, 301) + b"".join(struct.pack("<I", items) + item * items
-                                                      for item in (fill, line, font, words))
-
-
-def main():
-    sources, template_file, output = sys.argv[1:]
-    with open(template_file, "rb") as file:
-        container = file.read()
-    template = container[512:]  # the header is followed by the workbook's stream, as we write it
-    assert template.startswith(struct.pack("<2H", BOF, 16))
-    seeds = {
-        "WorkbookFile": [container, template, small_workbook(template), *damaged_workbooks(sources)],
-        "FormulaTokens": [*formula_tokens(sources), *template_formulas(template)],
-        "NumberFormat": formats(sources),
-        "TypedText": in_every_region(session_texts(sources, r"(?:put|refused) \w+|typed")),
-        "NumberText": in_every_region(NUMBER_TEXTS),
-        "DrawingFile": drawings(),
-    }
-    for target, found in seeds.items():
-        os.makedirs(f"{output}/{target}", exist_ok=True)
-        for number, seed in enumerate(dict.fromkeys(found)):
-            with open(f"{output}/{target}/{number:04}", "wb") as file:
-                file.write(seed)
-
-
-main()
+sources, template_file, output = sys.argv[1:]
+with open(template_file, "rb") as file:
+    container = file.read()
+template = container[512:]  # the header is followed by the workbook's stream, as we write it
+parts = substreams(template)
+seeds = {
+    "WorkbookFile": [container, template, small_workbook(parts), *damaged_workbooks(sources, parts)],
+    "FormulaTokens": [*formula_tokens(sources), *(b"\0" + data[20:] for number, data in sum(parts, []) if number == FORMULA)],
+    "NumberFormat": formats(sources),
+    "TypedText": in_every_region(session_texts(sources, r"(?:put|refused) \w+|typed")),
+    "NumberText": in_every_region(NUMBER_TEXTS),
+    "DrawingFile": [],
+}
+for target, found in seeds.items():
+    os.makedirs(f"{output}/{target}", exist_ok=True)
+    for number, seed in enumerate(dict.fromkeys(found)):
+        with open(f"{output}/{target}/{number:04}", "wb") as file:
+            file.write(seed)
+    for path in glob.glob(f"{sources}/tests/fuzz/inputs/{target}/*"):
+        shutil.copy(path, f"{output}/{target}")

@@ -4,7 +4,7 @@
 # most 256 MB. An input may take 1 second: the replay of seeds and findings in a plain build measures that. Here, with
 # sanitizers and perhaps on a busy machine, 20 seconds raise the alarm. What coverage finds stays in build/fuzz/corpus for
 # the next time. A finding is left in build/fuzz/findings, and ends the run with 1; fix it and keep the input under
-# tests/fuzz/findings/TARGET. Ends with 77 when there is no clang or no libFuzzer.
+# tests/fuzz/inputs/TARGET. Ends with 77 when there is no clang or no libFuzzer.
 set -euo pipefail
 
 # In a function, so that an edit of this file leaves a run of hours alone.
@@ -12,7 +12,7 @@ main() {
     cd "$(dirname "$0")/../.."
 
     local -A maxInput=([NumberText]=64 [NumberFormat]=96 [TypedText]=160 [FormulaTokens]=256 [DrawingFile]=512
-                             [WorkbookFile]=4096)
+                             [WorkbookFile]=5120)
     runs=${1:?how many runs each?}
     shift
     targets=("$@")
