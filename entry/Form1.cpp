@@ -17,7 +17,6 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QScopeGuard>
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
@@ -271,9 +270,9 @@ void Form1::refillPeriodEnding()
 /// What cannot be stored now is offered to the store again every second.
 void Form1::store(const std::string& key, const QString& text)
 {
-    auto again = qScopeGuard([this] { m_retry.start(); });
+    m_retry.start();
     SaveSetting(settingsApplication, settingsSection, key, text.toStdString());
-    again.dismiss();
+    m_retry.stop();
 }
 
 void Form1::txtCompanyName_Change()

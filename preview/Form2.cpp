@@ -239,8 +239,7 @@ void Form2::fitWindow()
     layout()->invalidate();
     layout()->activate();
     const auto surplus = [](int picture, int viewport) {
-        const auto natural = static_cast<float>(naturalExtent(static_cast<double>(toUnits(picture))));
-        return toPixels(missingOverhang(natural - toUnits(viewport)));
+        return toPixels(missingOverhang(static_cast<float>(naturalExtent(toUnits(picture))) - toUnits(viewport)));
     };
     setFixedSize(size() -
                  QSize(surplus(Picture1->width(), Picture2->width()), surplus(Picture1->height(), Picture2->height())));
@@ -260,8 +259,8 @@ void Form2::keepOriginal()
 
 void Form2::takeNaturalSize()
 {
-    OrigWidth = naturalExtent(static_cast<double>(toUnits(Zoom_Ori->width())));
-    OrigHeight = naturalExtent(static_cast<double>(toUnits(Zoom_Ori->height())));
+    OrigWidth = naturalExtent(toUnits(Zoom_Ori->width()));
+    OrigHeight = naturalExtent(toUnits(Zoom_Ori->height()));
 }
 
 void Form2::Form_Activate()
@@ -360,7 +359,7 @@ void Form2::SetVScrollbarByPercent(QScrollBar& scrollBar, std::int16_t percent)
         scrollBar.setValue(*value);
 }
 
-void Form2::Picture1_MouseDown(Qt::MouseButtons /*buttons*/, float x, float y)
+void Form2::Picture1_MouseDown(float x, float y)
 {
     ErrorTrap trap("Form2.picture1_MouseDown");
     DragStartX = x;

@@ -68,7 +68,7 @@ private:
     void PushButtonPrint_Click();
     void PushButton6_Click();
     void PushButton8_Click();
-    void Picture1_MouseDown(Qt::MouseButtons buttons, float x, float y);
+    void Picture1_MouseDown(float x, float y);
     void Picture1_MouseMove(Qt::MouseButtons buttons, float x, float y);
     void Picture1_MouseUp();
     void HScroll1_Change();

@@ -76,17 +76,12 @@ void PictureBox::paintEvent(QPaintEvent* event)
 
 void PictureBox::mousePressEvent(QMouseEvent* event)
 {
-    emit MouseDown(event->button(), toUnits(event->position().x()), toUnits(event->position().y()));
+    emit MouseDown(toUnits(event->position().x()), toUnits(event->position().y()));
 }
 
 void PictureBox::mouseMoveEvent(QMouseEvent* event)
 {
     emit MouseMove(event->buttons(), toUnits(event->position().x()), toUnits(event->position().y()));
-}
-
-void PictureBox::mouseReleaseEvent(QMouseEvent* event)
-{
-    emit MouseUp(event->button(), toUnits(event->position().x()), toUnits(event->position().y()));
 }
 
 } // namespace wagemill

@@ -26,15 +26,15 @@ public:
 
 signals:
     /// x and y in the box's own coordinates. While a button is held the box keeps receiving moves from everywhere.
-    void MouseDown(Qt::MouseButtons buttons, float x, float y);
+    void MouseDown(float x, float y);
     void MouseMove(Qt::MouseButtons buttons, float x, float y);
-    void MouseUp(Qt::MouseButtons buttons, float x, float y);
+    void MouseUp();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* /*event*/) override { emit MouseUp(); }
 
 private:
     SharedPicture m_picture;

@@ -42,9 +42,9 @@ int toPixels(float units)
     return static_cast<int>(std::lround(static_cast<double>(units) * pixelsPerUnit));
 }
 
-std::int32_t naturalExtent(double innerExtent)
+std::int32_t naturalExtent(float innerExtent)
 {
-    return toInt32(innerExtent - borderOfBothSides);
+    return toInt32(static_cast<double>(innerExtent) - borderOfBothSides);
 }
 
 std::int32_t zoomedExtent(std::int32_t naturalExtent, float zoom)

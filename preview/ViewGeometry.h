@@ -15,7 +15,7 @@ int toPixels(float units);
 
 /// The natural extent of a picture in a box of this inner extent: 2 less, rounded with halves to even.
 /// Throws std::overflow_error outside the 32-bit range.
-std::int32_t naturalExtent(double innerExtent);
+std::int32_t naturalExtent(float innerExtent);
 
 /// The natural extent at a zoom, rounded down.
 std::int32_t zoomedExtent(std::int32_t naturalExtent, float zoom);

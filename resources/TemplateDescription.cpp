@@ -160,10 +160,9 @@ public:
     void defineStyle(std::istream& line)
     {
         const auto name = nextWord<std::string>(line);
-        const std::string attributes = restOf(line);
-        CellLook unused;
-        apply(attributes, unused); // so that a wrong one is reported here
-        m_attributes[name] = [this, attributes](std::istream&, CellLook& look) { apply(attributes, look); };
+        m_attributes[name] = [this, attributes = restOf(line)](std::istream&, CellLook& look) {
+            apply(attributes, look);
+        };
     }
 
     /// Applies attributes in their order: size 9, bold, ink COLOR, fill COLOR, left, right, middle, wrap, shrink,

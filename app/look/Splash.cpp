@@ -31,11 +31,9 @@ constexpr std::string_view showAgainKey = "ShowAgain"; // "1" hides it, whatever
 constexpr std::chrono::milliseconds shown(4000);
 constexpr std::chrono::milliseconds shownInDevelopment(400);
 
-constexpr int twipsInPixel = 15;
-constexpr int stripTwips = 300;
-constexpr int gapBelowCheckTwips = 20;
-constexpr int lineLengthTwips = 10000; // longer than most pictures; the window clips it
-constexpr int lineFromEdgeTwips = 10;
+constexpr int stripHeight = 20;
+constexpr int gapBelowCheck = 2;
+constexpr int lineLength = 666; // longer than most pictures; the window clips it
 
 /// The first file in the file system's own order, empty when there is none. Folders and hidden files do not count.
 fs::path firstSplashFile()
@@ -93,20 +91,19 @@ void Splash::loadImage(const fs::path& file)
                                  "\": " + withoutFullStop(reason.toStdString()) + ".");
     }
     Image1->setPixmap(QPixmap::fromImage(image));
-    Image1->setGeometry(0, 0, image.width(), image.height() + stripTwips / twipsInPixel);
+    Image1->setGeometry(0, 0, image.width(), image.height() + stripHeight);
 }
 
 void Splash::placeControls()
 {
     setFixedSize(Image1->size());
     Check1->adjustSize();
-    const int top = (Image1->height() - Check1->height()) * twipsInPixel - gapBelowCheckTwips;
-    Check1->move(Check1->fontMetrics().averageCharWidth(), top / twipsInPixel);
+    Check1->move(Check1->fontMetrics().averageCharWidth(), height() - Check1->height() - gapBelowCheck);
 
-    const int length = lineLengthTwips / twipsInPixel;
-    const int right = (Image1->width() * twipsInPixel - lineFromEdgeTwips) / twipsInPixel;
-    const int bottom = (Image1->height() * twipsInPixel - lineFromEdgeTwips) / twipsInPixel;
-    const QRect places[] = {{0, 0, 1, length}, {0, 0, length, 1}, {right, 0, 1, length}, {0, bottom, length, 1}};
+    const QRect places[] = {{0, 0, 1, lineLength},
+                            {0, 0, lineLength, 1},
+                            {width() - 1, 0, 1, lineLength},
+                            {0, height() - 1, lineLength, 1}};
     for (std::size_t line = 0; line < m_lines.size(); ++line) {
         m_lines[line]->setFrameStyle((places[line].width() == 1 ? QFrame::VLine : QFrame::HLine) | QFrame::Plain);
         m_lines[line]->setGeometry(places[line]);
