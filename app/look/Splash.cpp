@@ -105,7 +105,7 @@ void Splash::placeControls()
                             {width() - 1, 0, 1, lineLength},
                             {0, height() - 1, lineLength, 1}};
     for (std::size_t line = 0; line < m_lines.size(); ++line) {
-        m_lines[line]->setFrameStyle((places[line].width() == 1 ? QFrame::VLine : QFrame::HLine) | QFrame::Plain);
+        m_lines[line]->setFrameStyle(QFrame::Box | QFrame::Plain);
         m_lines[line]->setGeometry(places[line]);
     }
 }

@@ -58,6 +58,11 @@ protected:
         const auto* const bubble = form->findChild<QLabel*>("Bubble");
         const QString text = bubble != nullptr && bubble->isVisible() ? bubble->text() : QString();
         EXPECT_EQ(date->accessibleDescription(), text);
+        if (!text.isEmpty()) { // below the field, as wide as it needs to be
+            const QPoint corner = date->mapTo(form.get(), date->rect().bottomRight());
+            EXPECT_EQ(bubble->geometry().topRight(), corner + QPoint(0, 2));
+            EXPECT_EQ(bubble->height(), bubble->heightForWidth(bubble->width()));
+        }
         return text.toStdString();
     }
 

@@ -162,6 +162,7 @@ TEST_F(EntryKeys, LoadsTheSampleIntoTheFirstEmployeeAndUndoesIt)
     EXPECT_TRUE(QTest::qWaitFor([&] { return store.values["txtName0"] == "Ned Hollister"; }));
     click("PushButton7"); // a second time it changes nothing, also for undo
     EXPECT_EQ(control<QScrollBar>("VScroll1")->value(), 0);
+    EXPECT_FALSE(field("txtName(0)")->hasSelectedText());
     EXPECT_EQ(store.values["txtCompanyName"], "ACME Inc");
     EXPECT_EQ(store.values["dtPeriodEnding"], "2/28/2026");
     for (const RowField& description : rowFields)

@@ -1,4 +1,5 @@
 #include "app/look/ReadablePalette.h"
+#include "entry/EntryArea.h"
 #include "tests/entry/EntryWindow.h"
 
 #include <QHash>
@@ -124,6 +125,11 @@ TEST_F(EntryLook, FitsTheUsualScreensAndOneGrid)
     open();
     EXPECT_LE(area()->sizeHint().height(), 600 - 40) << "of 800 x 600, with the frame of the window manager";
     EXPECT_EQ(area()->verticalScrollBar()->maximum(), 0);
+    const auto* const content = static_cast<EntryArea*>(area());
+    const QSize bar(area()->verticalScrollBar()->sizeHint().width(),
+                    area()->horizontalScrollBar()->sizeHint().height());
+    EXPECT_EQ(content->sizeWithin({9999, 300}), QSize(content->sizeHint().width() + bar.width(), 300));
+    EXPECT_EQ(content->sizeWithin({300, 9999}), QSize(300, content->sizeHint().height() + bar.height()));
     form->resize(800 - 8, 480 - 40);
     EXPECT_GT(area()->verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(area()->horizontalScrollBar()->maximum(), 0) << "beside the scroll bar that is needed";

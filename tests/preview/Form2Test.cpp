@@ -113,6 +113,9 @@ protected:
 TEST_F(Form2Test, SetsRangesWhenFirstActive)
 {
     open({60, 1245});
+    for (const char* button : {"PushButton2", "PushButtonPrint", "PushButton6", "PushButton8"})
+        EXPECT_EQ(control<QWidget>(button).mapTo(&form, QPoint()).y(),
+                  control<QWidget>("PushButton1").mapTo(&form, QPoint()).y());
     EXPECT_EQ(horizontal().maximum(), 60);
     EXPECT_EQ(vertical().maximum(), 125) << "the window is made 5 units lower";
     EXPECT_TRUE(horizontal().isEnabled() && vertical().isEnabled());

@@ -7,7 +7,9 @@
 #include <chrono>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <sqlite3.h>
+#include <tuple>
 #include <utility>
 
 using namespace wagemill;
@@ -56,6 +58,29 @@ TEST_F(SettingsTest, KeepEveryTextApartByItsThreeNames)
     EXPECT_EQ(get("txtname0"), "other case");
     EXPECT_EQ(GetSetting("Quellory", "Other", "txtName0", ""), "other section");
     EXPECT_EQ(GetSetting("Other", "Wagemill", "txtName0", ""), "other application");
+}
+
+TEST_F(SettingsTest, AreInTheConfigurationFolderElseInTheHomeFolder)
+{
+    const fs::path before = fs::current_path();
+    fs::current_path(home.path());
+    const std::optional<std::string> chosen = (home / ".config").string();
+    const std::tuple<std::optional<std::string>, std::string, const char*> cases[] = {
+        {chosen, "", "none"},
+        {chosen, "", "1"},
+        {std::nullopt, home.path().string(), "1"},
+        {".config", (home / "other").string(), "none"}, // only a full path counts
+        {std::nullopt, "", "none"},                     // the user's own, not one below the present folder
+    };
+    for (const auto& [folder, homeFolder, expected] : cases) {
+        const ScopedEnvironment configurationOfCase("XDG_CONFIG_HOME", folder);
+        const ScopedEnvironment homeOfCase("HOME", homeFolder);
+        reopen();
+        EXPECT_EQ(get("where"), expected) << folder.value_or("") << ", " << homeFolder;
+        if (folder == chosen)
+            save("where", "1");
+    }
+    fs::current_path(before);
 }
 
 /// Another program in the middle of a transaction.
