@@ -9,17 +9,34 @@ std::string quoted(std::string_view text)
     return "\"" + std::string(text) + "\"";
 }
 
+/// A member and its argument.
+std::string with(const char* member, std::string_view text)
+{
+    return member + ("(" + quoted(text) + ")");
+}
+
+std::string with(const char* member, std::int32_t index)
+{
+    return member + ("(" + std::to_string(index) + ")");
+}
+
+std::string nameOf(bool value)
+{
+    return value ? "True" : "False";
+}
+
 /// Every fake object knows how it was reached; each member adds its name and calls.
 struct Node {
     FakeSpreadsheet& fake;
     std::string path;
 
     void call(const std::string& member) const { fake.call(path + member); }
-    Node down(const std::string& member) const
+    auto call(const std::string& member, auto answer) const
     {
         call(member);
-        return {fake, path + member};
+        return answer;
     }
+    Node down(const std::string& member) const { return call(member, Node{fake, path + member}); }
 };
 
 /// A fake object of the application.
@@ -42,29 +59,14 @@ struct FakeRange : Fake<CellRange> {
 
     std::unique_ptr<CellRange> Rows() override { return child<FakeRange>(".Rows"); }
     std::unique_ptr<CellRange> Columns() override { return child<FakeRange>(".Columns"); }
-    std::unique_ptr<CellRange> Rows(std::int32_t index) override
-    {
-        return child<FakeRange>(".Rows(" + std::to_string(index) + ")");
-    }
+    std::unique_ptr<CellRange> Rows(std::int32_t index) override { return child<FakeRange>(with(".Rows", index)); }
     std::unique_ptr<CellRange> Columns(std::int32_t index) override
     {
-        return child<FakeRange>(".Columns(" + std::to_string(index) + ")");
+        return child<FakeRange>(with(".Columns", index));
     }
-    std::int32_t count() override
-    {
-        node.call(".count");
-        return 11;
-    }
-    std::int32_t Row() override
-    {
-        node.call(".Row");
-        return node.fake.lastRow;
-    }
-    std::int32_t Column() override
-    {
-        node.call(".Column");
-        return 8;
-    }
+    std::int32_t count() override { return node.call(".count", 11); }
+    std::int32_t Row() override { return node.call(".Row", node.fake.lastRow); }
+    std::int32_t Column() override { return node.call(".Column", 8); }
     void Select() override { node.call(".Select"); }
     void CopyPicture() override { node.call(".CopyPicture"); }
 };
@@ -76,27 +78,23 @@ struct FakeSelection : Fake<Selection> {
     void PasteSpecial(PasteType paste, PasteOperation operation, bool skipBlanks, bool transpose) override
     {
         node.call(".PasteSpecial(" + std::to_string(static_cast<int>(paste)) + ", " +
-                  std::to_string(static_cast<int>(operation)) + ", " + (skipBlanks ? "True" : "False") + ", " +
-                  (transpose ? "True" : "False") + ")");
+                  std::to_string(static_cast<int>(operation)) + ", " + nameOf(skipBlanks) + ", " + nameOf(transpose) +
+                  ")");
     }
 };
 
 struct FakeSheet : Fake<Worksheet> {
     using Fake::Fake;
 
-    std::string Name() override
-    {
-        node.call(".Name");
-        return "Individual paystubs";
-    }
+    std::string Name() override { return node.call(".Name", "Individual paystubs"); }
     void Activate() override { node.call(".Activate"); }
     std::unique_ptr<CellRange> Rows(std::string_view address) override
     {
-        return child<FakeRange>(".Rows(" + quoted(address) + ")");
+        return child<FakeRange>(with(".Rows", address));
     }
     std::unique_ptr<CellRange> Range(std::string_view address) override
     {
-        return child<FakeRange>(".Range(" + quoted(address) + ")");
+        return child<FakeRange>(with(".Range", address));
     }
     std::unique_ptr<CellRange> UsedRange() override { return child<FakeRange>(".UsedRange"); }
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
@@ -108,10 +106,7 @@ struct FakeSheet : Fake<Worksheet> {
 struct FakeWorkbook : Fake<Workbook> {
     using Fake::Fake;
 
-    std::unique_ptr<Worksheet> Sheets(std::int32_t index) override
-    {
-        return child<FakeSheet>(".Sheets(" + std::to_string(index) + ")");
-    }
+    std::unique_ptr<Worksheet> Sheets(std::int32_t index) override { return child<FakeSheet>(with(".Sheets", index)); }
     std::unique_ptr<Worksheet> ActiveSheet() override { return child<FakeSheet>(".ActiveSheet"); }
     void SaveAs(std::string_view path, FileFormat fileFormat) override
     {
@@ -123,20 +118,16 @@ struct FakeWorkbook : Fake<Workbook> {
 struct FakeWorkbooks : Fake<Workbooks> {
     using Fake::Fake;
 
-    std::unique_ptr<Workbook> Open(std::string_view path) override { return open("(" + quoted(path) + ")"); }
+    std::unique_ptr<Workbook> Open(std::string_view path) override { return open(quoted(path)); }
     std::unique_ptr<Workbook> OpenReadOnly(std::string_view path) override
     {
-        return open("(" + quoted(path) + ", ReadOnly = True)");
+        return open(quoted(path) + ", ReadOnly = True");
     }
-    std::int32_t count() override
-    {
-        node.call(".count");
-        return 1;
-    }
+    std::int32_t count() override { return node.call(".count", 1); }
 
     std::unique_ptr<Workbook> open(const std::string& arguments)
     {
-        node.call(".Open" + arguments);
+        node.call(".Open(" + arguments + ")");
         return std::make_unique<FakeWorkbook>(Node{node.fake, node.path.substr(0, 1) + ".Book"});
     }
 };
@@ -144,27 +135,20 @@ struct FakeWorkbooks : Fake<Workbooks> {
 struct FakeApplication : Fake<Application> {
     using Fake::Fake;
 
-    std::string Version() override
-    {
-        node.call(".Version");
-        return node.fake.version;
-    }
+    std::string Version() override { return node.call(".Version", node.fake.version); }
     std::unique_ptr<wagemill::Workbooks> Workbooks() override { return child<FakeWorkbooks>(".Workbooks"); }
     std::unique_ptr<Workbook> Workbooks(std::int32_t index) override
     {
-        node.call(".Workbooks(" + std::to_string(index) + ")");
+        node.call(with(".Workbooks", index));
         return std::make_unique<FakeWorkbook>(Node{node.fake, node.path + ".Book"});
     }
     std::unique_ptr<wagemill::Selection> Selection() override { return child<FakeSelection>(".Selection"); }
     std::unique_ptr<CellRange> Range(std::string_view address) override
     {
-        return child<FakeRange>(".Range(" + quoted(address) + ")");
+        return child<FakeRange>(with(".Range", address));
     }
-    void PutVisible(bool visible) override { node.call(std::string(".Visible = ") + (visible ? "True" : "False")); }
-    void PutDisplayAlerts(bool alerts) override
-    {
-        node.call(std::string(".DisplayAlerts = ") + (alerts ? "True" : "False"));
-    }
+    void PutVisible(bool visible) override { node.call(".Visible = " + nameOf(visible)); }
+    void PutDisplayAlerts(bool alerts) override { node.call(".DisplayAlerts = " + nameOf(alerts)); }
     void Quit() override { node.call(".Quit"); }
 };
 

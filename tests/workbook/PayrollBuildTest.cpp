@@ -59,41 +59,39 @@ TEST_F(PayrollBuildTest, AsksTheSpreadsheetForEachStepInItsOrder)
     build({employee("E1")});
     const std::string path = (folder / "kvarno12345678.xls").string();
     const std::vector<std::string> expected = {
-        "new", "1.Workbooks", "1.Workbooks.Open(\"" + (folder / "template.xlt").string() + "\", ReadOnly = True)",
+        "new", "1.Workbooks.Open(\"" + (folder / "template.xlt").string() + "\", ReadOnly = True)",
         // the summary of rates and deductions, then that of hours
-        "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 2) = \"E1\"", "1.Book.Sheets(1)",
-        "1.Book.Sheets(1).Cells(4, 3) = \"E1-2\"", "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 4) = \"E1-3\"",
-        "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 5) = \"E1-4\"", "1.Book.Sheets(1)",
-        "1.Book.Sheets(1).Cells(4, 6) = \"E1-5\"", "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 7) = \"E1-6%\"",
-        "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 8) = \"E1-7%\"", "1.Book.Sheets(1)",
-        "1.Book.Sheets(1).Cells(4, 9) = \"E1-8%\"", "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 10) = \"E1-9%\"",
-        "1.Book.Sheets(1)", "1.Book.Sheets(1).Cells(4, 12) = \"E1-10\"", "1.Book.Sheets(1)",
-        "1.Book.Sheets(1).Cells(4, 13) = \"E1-11\"", "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(4, 2) = \"E1\"",
-        "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(4, 4) = \"E1-12\"", "1.Book.Sheets(2)",
-        "1.Book.Sheets(2).Cells(4, 5) = \"E1-13\"", "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(4, 6) = \"E1-14\"",
-        "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(4, 7) = \"E1-15\"", "1.Book.Sheets(2)",
-        "1.Book.Sheets(2).Cells(4, 8) = \"E1-16\"", "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(4, 11) = \"E1-17\"",
-        "1.Book.Sheets(2)", "1.Book.Sheets(2).Cells(2, 12) = \"3/31/2026\"",
+        "1.Book.Sheets(1).Cells(4, 2) = \"E1\"", "1.Book.Sheets(1).Cells(4, 3) = \"E1-2\"",
+        "1.Book.Sheets(1).Cells(4, 4) = \"E1-3\"", "1.Book.Sheets(1).Cells(4, 5) = \"E1-4\"",
+        "1.Book.Sheets(1).Cells(4, 6) = \"E1-5\"", "1.Book.Sheets(1).Cells(4, 7) = \"E1-6%\"",
+        "1.Book.Sheets(1).Cells(4, 8) = \"E1-7%\"", "1.Book.Sheets(1).Cells(4, 9) = \"E1-8%\"",
+        "1.Book.Sheets(1).Cells(4, 10) = \"E1-9%\"", "1.Book.Sheets(1).Cells(4, 12) = \"E1-10\"",
+        "1.Book.Sheets(1).Cells(4, 13) = \"E1-11\"", "1.Book.Sheets(2).Cells(4, 2) = \"E1\"",
+        "1.Book.Sheets(2).Cells(4, 4) = \"E1-12\"", "1.Book.Sheets(2).Cells(4, 5) = \"E1-13\"",
+        "1.Book.Sheets(2).Cells(4, 6) = \"E1-14\"", "1.Book.Sheets(2).Cells(4, 7) = \"E1-15\"",
+        "1.Book.Sheets(2).Cells(4, 8) = \"E1-16\"", "1.Book.Sheets(2).Cells(4, 11) = \"E1-17\"",
+        "1.Book.Sheets(2).Cells(2, 12) = \"3/31/2026\"",
         // the stub
-        "1.Book.Sheets(3)", "1.Book.Sheets(3).Activate", "1.Book.Sheets(3)", "1.Book.Sheets(3).Rows(\"2:12\")",
-        "1.Book.Sheets(3).Rows(\"2:12\").Select", "1.Selection", "1.Selection.Copy", "1.Book.Sheets(3)",
-        "1.Book.Sheets(3).Range(\"A2\")", "1.Book.Sheets(3).Range(\"A2\").Select", "1.Selection",
-        "1.Selection.PasteSpecial(-4104, -4142, False, False)", "1.Book.Sheets(3)",
-        "1.Book.Sheets(3).Cells(2, 3) = \"ACME Inc\"", "1.Book.Sheets(3)", "1.Book.Sheets(3).Cells(3, 8) = \"E1\"",
-        "1.Book.Sheets(3)", "1.Book.Sheets(3).Range(\"A1\")", "1.Book.Sheets(3).Range(\"A1\").Select",
+        "1.Book.Sheets(3).Activate", "1.Book.Sheets(3).Rows(\"2:12\").Select", "1.Selection.Copy",
+        "1.Book.Sheets(3).Range(\"A2\").Select", "1.Selection.PasteSpecial(-4104, -4142, False, False)",
+        "1.Book.Sheets(3).Cells(2, 3) = \"ACME Inc\"", "1.Book.Sheets(3).Cells(3, 8) = \"E1\"",
+        "1.Book.Sheets(3).Range(\"A1\").Select",
         // saved and closed
-        "1.Range(\"D5\")", "1.Range(\"D5\").Select", "1.Visible = False", "1.Version",
-        "1.Book.SaveAs(\"" + path + "\", FileFormat = 56)", "1.DisplayAlerts = False", "1.Book.Close", "1.Quit",
+        "1.Range(\"D5\").Select", "1.Visible = False", "1.Version", "1.Book.SaveAs(\"" + path + "\", FileFormat = 56)",
+        "1.DisplayAlerts = False", "1.Book.Close", "1.Quit",
         // opened again for its picture
-        "new", "2.Workbooks", "2.Workbooks.Open(\"" + path + "\")", "2.Workbooks", "2.Workbooks.count",
-        "2.Workbooks(1)", "2.Book.ActiveSheet", "2.Book.ActiveSheet.UsedRange", "2.Book.ActiveSheet.UsedRange.Rows",
-        "2.Book.ActiveSheet.UsedRange", "2.Book.ActiveSheet.UsedRange.Rows.count",
-        "2.Book.ActiveSheet.UsedRange.Rows(11)", "2.Book.ActiveSheet.UsedRange.Rows(11).Row",
-        "2.Book.ActiveSheet.UsedRange", "2.Book.ActiveSheet.UsedRange.Columns", "2.Book.ActiveSheet.UsedRange",
-        "2.Book.ActiveSheet.UsedRange.Columns.count", "2.Book.ActiveSheet.UsedRange.Columns(11)",
-        "2.Book.ActiveSheet.UsedRange.Columns(11).Column", "2.Book.ActiveSheet.Name", "2.Book.ActiveSheet.UsedRange",
-        "2.Book.ActiveSheet.UsedRange.CopyPicture", "2.DisplayAlerts = False", "2.Book.Close", "2.Quit"};
-    EXPECT_EQ(spreadsheet.calls, expected);
+        "new", "2.Workbooks.Open(\"" + path + "\")", "2.Workbooks.count", "2.Workbooks(1)",
+        "2.Book.ActiveSheet.UsedRange.Rows", "2.Book.ActiveSheet.UsedRange.Rows.count",
+        "2.Book.ActiveSheet.UsedRange.Rows(11).Row", "2.Book.ActiveSheet.UsedRange.Columns",
+        "2.Book.ActiveSheet.UsedRange.Columns.count", "2.Book.ActiveSheet.UsedRange.Columns(11).Column",
+        "2.Book.ActiveSheet.Name", "2.Book.ActiveSheet.UsedRange.CopyPicture", "2.DisplayAlerts = False",
+        "2.Book.Close", "2.Quit"};
+    std::vector<std::string> asked; // without the objects on the way
+    for (std::size_t call = 0; call < spreadsheet.calls.size(); ++call)
+        if (call + 1 == spreadsheet.calls.size() ||
+            !spreadsheet.calls[call + 1].starts_with(spreadsheet.calls[call] + "."))
+            asked.push_back(spreadsheet.calls[call]);
+    EXPECT_EQ(asked, expected);
     EXPECT_EQ(messages.texts(), std::vector<std::string>());
     EXPECT_EQ(windows.calls, (std::vector<std::string>{"freeze", "hourglass", "hourglass", "hourglass",
                                                        "picture temp.bmp", "workbook kvarno12345678.xls",
@@ -147,6 +145,7 @@ TEST_F(PayrollBuildTest, ReportsAFailingCellAndGoesOnWithTheNext)
                   "Please email screenshot of this message to support@quellory.example");
     EXPECT_EQ(messages.shown[0].title, "Application Error");
     EXPECT_EQ(messages.shown[0].icon, MessageIcon::Warning);
+    EXPECT_EQ(count("1.Book.Sheets(1).Cells(4, 4) = \"\""), 1) << "a cell that takes no text is emptied";
     EXPECT_EQ(count("1.Book.Sheets(1).Cells(4, 5) = \"E1-4\""), 1);
     EXPECT_EQ(windows.calls.back(), "arrow");
 }
@@ -226,15 +225,6 @@ TEST_F(FailingBuildTest, ReportsTheStepOfOneFailingCallAndLosesAtMostOneCell)
                                          213, 214, 215, 216, 220, 310, 320, 330, 340, 350, 360, 370, 380});
     expected.insert(expected.end(), {400, 410, 430, 440, 450, 460, 500, 520, 10, 20, 30, 40, 50, 540, 550, 560});
     EXPECT_EQ(steps, expected);
-}
-
-TEST_F(PayrollBuildTest, EmptiesACellThatTakesNoText)
-{
-    const std::string cell = "1.Book.Sheets(1).Cells(4, 3) = ";
-    spreadsheet.fails = [&](int) { return spreadsheet.calls.back() == cell + "\"E1-2\""; };
-    build({employee("E1")});
-    EXPECT_EQ(messages.failedSteps(), std::vector<int>{101});
-    EXPECT_EQ(count(cell + "\"\""), 1);
 }
 
 TEST_F(PayrollBuildTest, SaysLastWhatTheSpreadsheetHasToTell)
