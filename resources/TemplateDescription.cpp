@@ -284,7 +284,7 @@ public:
             {"select",
              [&](std::istream& line) {
                  const CellRect area = areaIn(line);
-                 m_sheet.selection = {{area.firstRow, area.firstColumn}, area};
+                 m_sheet.selection = {area.first(), area};
              }},
             {"landscape", [&](std::istream&) { m_print.landscape = true; }},
             {"fit-width",

@@ -28,8 +28,7 @@ protected:
     std::string shown(const std::filesystem::path& file, std::size_t sheet, const char* address)
     {
         const engine::Book book = engine::xls::readWorkbook(readBytesFromFile(file), file.string());
-        const auto place = engine::parseAddress(address);
-        const engine::Cell* cell = book.sheets.at(sheet)->find({place->firstRow, place->firstColumn});
+        const engine::Cell* cell = book.sheets.at(sheet)->find(engine::parseAddress(address)->first());
         if (cell == nullptr)
             return "";
         const auto& format = book.styles.format(cell->format);

@@ -130,11 +130,7 @@ private:
         return *area;
     }
 
-    static CellAddress takeAddress(std::string_view& rest)
-    {
-        const CellRect area = takeArea(rest);
-        return {area.firstRow, area.firstColumn};
-    }
+    static CellAddress takeAddress(std::string_view& rest) { return takeArea(rest).first(); }
 
     std::string codeOf(const Cell& cell) const
     {
@@ -320,8 +316,7 @@ private:
     void expectUsed(std::string_view rest)
     {
         const auto range = sheet().usedRange();
-        EXPECT_EQ(range ? addressText({range->firstRow, range->firstColumn}) + ":" +
-                              addressText({range->lastRow, range->lastColumn})
+        EXPECT_EQ(range ? addressText(range->first()) + ":" + addressText({range->lastRow, range->lastColumn})
                         : "nothing",
                   rest);
     }

@@ -23,15 +23,13 @@ public:
 
     Calculator& type(std::string_view address, std::string_view text, std::size_t sheet = 0)
     {
-        const auto cell = parseAddress(address);
-        enterText(book, sheet, {cell->firstRow, cell->firstColumn}, text, settings.formats, {2026, 3, 31});
+        enterText(book, sheet, parseAddress(address)->first(), text, settings.formats, {2026, 3, 31});
         return *this;
     }
 
     const CellValue& at(std::string_view address) const
     {
-        const auto cell = parseAddress(address);
-        return book.sheets.front()->value({cell->firstRow, cell->firstColumn});
+        return book.sheets.front()->value(parseAddress(address)->first());
     }
 
     void compute() { recalculate(book, settings); }

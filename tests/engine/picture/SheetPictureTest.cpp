@@ -29,8 +29,7 @@ protected:
 
     void put(const std::string& cell, CellValue value, const std::string& numberFormat = "General")
     {
-        const CellRect area = parseAddress(cell).value();
-        m_sheet.at({area.firstRow, area.firstColumn}).value = std::move(value);
+        m_sheet.at(parseAddress(cell)->first()).value = std::move(value);
         look(cell, [&](CellFormat& format) { format.numberFormat = m_book.styles.numberFormatFor(numberFormat); });
     }
     void look(const std::string& cells, const std::function<void(CellFormat&)>& change)

@@ -89,11 +89,17 @@ TEST(StyleRecords, PutEveryFieldInItsPlace)
     format.diagonal = {BorderStyle::Thick, 12};
     format.diagonalDirections = 2;
     format.fill = {17, 13, 14};
+    const Font font = {"A", 300, 700, true, true, 1, 2, 3, 4, 0, 10};
     RecordWriter writer;
     writeCellFormat(writer, format);
-    writeFont(writer, {"A", 300, 700, true, true, 1, 2, 3, 4, 0, 10});
-    EXPECT_EQ(writer.take(), fromHex("E000 1400 0600 A400 3A00 1B 2D 52 14 2143 8884 8A05A344 0D07"
-                                     "3100 1100 2C01 0A00 0A00 BC02 0200 01 03 04 00 01 00 41"));
+    writeFont(writer, font);
+    const Bytes written = writer.take();
+    EXPECT_EQ(written, fromHex("E000 1400 0600 A400 3A00 1B 2D 52 14 2143 8884 8A05A344 0D07"
+                               "3100 1100 2C01 0A00 0A00 BC02 0200 01 03 04 00 01 00 41"));
+    ByteReader reader(written, 4);
+    EXPECT_EQ(readCellFormat(reader), format);
+    reader.skip(4);
+    EXPECT_EQ(readFont(reader), font);
 }
 
 TEST(MergedCells, LeaveOutWhatTheFileMustNotHave)

@@ -54,7 +54,7 @@ std::optional<CellRect> visibleArea(const Book& book, const Sheet& sheet)
             if (isVisible(book, cell))
                 area = CellRect{0, 0, row, std::max<int>(area ? area->lastColumn : 0, cell.column)};
     for (const CellRect& merged : sheet.merged)
-        if (area && area->contains({merged.firstRow, merged.firstColumn})) {
+        if (area && area->contains(merged.first())) {
             area->lastRow = std::max(area->lastRow, merged.lastRow);
             area->lastColumn = std::max(area->lastColumn, merged.lastColumn);
         }

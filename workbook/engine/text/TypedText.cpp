@@ -173,27 +173,22 @@ bool endsWithWord(std::string_view text, std::string_view word)
     return !word.empty() && text.size() > word.size() && sameIgnoringCase(text.substr(text.size() - word.size()), word);
 }
 
-enum class HalfDay { None, Morning, Afternoon };
-
-/// Takes "AM" or "PM", or the user's words for them, from the end; "A" and "P" only after minutes.
-HalfDay takeHalfDay(std::string_view& text, const RegionalFormats& formats)
+/// Takes "AM" or "PM", or the user's words for them, from the end; "A" and "P" only after minutes. The hour when that
+/// half of the day begins.
+std::optional<int> takeHalfDay(std::string_view& text, const RegionalFormats& formats)
 {
     const bool minutes = text.find(':') != std::string_view::npos;
-    const std::pair<HalfDay, std::string> words[] = {
-        {HalfDay::Morning, plainCharacters(formats.amText, formats)},
-        {HalfDay::Morning, "AM"},
-        {HalfDay::Morning, "A"},
-        {HalfDay::Afternoon, plainCharacters(formats.pmText, formats)},
-        {HalfDay::Afternoon, "PM"},
-        {HalfDay::Afternoon, "P"},
+    const std::pair<int, std::string> words[] = {
+        {0, plainCharacters(formats.amText, formats)},  {0, "AM"},  {0, "A"},
+        {12, plainCharacters(formats.pmText, formats)}, {12, "PM"}, {12, "P"},
     };
-    for (const auto& [half, word] : words)
+    for (const auto& [hour, word] : words)
         if ((word.size() > 1 || minutes) && endsWithWord(text, word)) {
             text.remove_suffix(word.size());
             text.remove_suffix(text.size() - 1 - text.find_last_not_of(' '));
-            return half;
+            return hour;
         }
-    return HalfDay::None;
+    return std::nullopt;
 }
 
 std::string clockFormat(bool halfDay, bool seconds, bool fraction, bool beyondDay)
@@ -207,7 +202,7 @@ std::string clockFormat(bool halfDay, bool seconds, bool fraction, bool beyondDa
 
 std::optional<TypedMoment> readTime(std::string_view text, const RegionalFormats& formats)
 {
-    const HalfDay half = takeHalfDay(text, formats);
+    const std::optional<int> half = takeHalfDay(text, formats);
     const bool dotted = formats.timeSeparator == "." && text.find(':') == std::string_view::npos;
     TextScanner scanner(text);
     std::vector<int> parts; // hours, minutes, seconds
@@ -221,19 +216,18 @@ std::optional<TypedMoment> readTime(std::string_view text, const RegionalFormats
     const std::string_view fraction = hasFraction ? scanner.takeDigits() : std::string_view();
     const bool hasSeconds = parts.size() == 3;
     if (!scanner.atEnd() || fraction.size() > 9 || (!fraction.empty() && !hasSeconds) ||
-        (half == HalfDay::None ? parts.size() < 2 : parts[0] > 12))
+        (half ? parts[0] > 12 : parts.size() < 2))
         return std::nullopt;
 
     parts.resize(3);
-    const int hour = half == HalfDay::None ? parts[0] : parts[0] % 12 + (half == HalfDay::Afternoon ? 12 : 0);
+    const int hour = half ? parts[0] % 12 + *half : parts[0];
     double second = parts[2];
     for (double place = 0.1; const char digit : fraction) {
         second += (digit - '0') * place;
         place /= 10;
     }
     const double days = (hour * 3600.0 + parts[1] * 60.0 + second) / 86400.0;
-    return TypedMoment{std::nullopt, days,
-                       clockFormat(half != HalfDay::None, hasSeconds, !fraction.empty(), hour > 23)};
+    return TypedMoment{std::nullopt, days, clockFormat(half.has_value(), hasSeconds, !fraction.empty(), hour > 23)};
 }
 
 /// Reads a moment in the user's order: "3/31/2026", "1/2" (of this year), "3-Mar", "Mar 2026", "31 March 2026",

@@ -26,8 +26,8 @@ std::optional<std::uint32_t> withoutScale(double number)
 
 bool isMergedArea(const CellRect& area)
 {
-    return isInsideSheet({area.firstRow, area.firstColumn}) && isInsideSheet({area.lastRow, area.lastColumn}) &&
-           area.rows() >= 1 && area.columns() >= 1 && (area.rows() > 1 || area.columns() > 1);
+    return isInsideSheet(area.first()) && isInsideSheet({area.lastRow, area.lastColumn}) && area.rows() >= 1 &&
+           area.columns() >= 1 && (area.rows() > 1 || area.columns() > 1);
 }
 
 } // namespace
