@@ -1,18 +1,17 @@
 #pragma once
 
 #include "app/base/text/WideText.h"
+#include "tests/support/ComObject.h"
 
 #include <string>
 #include <vector>
-
-#include <windows.h>
 
 #include <oleauto.h>
 
 namespace wagemill::test {
 
 /// An automation object that writes down how it is called and answers as the test wants. Nobody deletes it.
-class FakeDispatch final : public IDispatch {
+class FakeDispatch final : public ComObject<IDispatch> {
 public:
     /// "name SaveAs", and "2 method text(a.xls) number(7)" with the identifier of the member.
     std::vector<std::string> calls;
@@ -22,31 +21,17 @@ public:
     HRESULT callResult = S_OK;
     EXCEPINFO exception = {}; ///< given away with the next call
     VARIANT value = {};
-    ULONG references = 1;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*wanted*/, void** object) override
-    {
-        *object = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* /*count*/) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** /*info*/) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UINT /*count*/, LCID /*locale*/,
-                                            DISPID* ids) override
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override
     {
         calls.push_back("name " + toUtf8(names[0]));
         ids[0] = 1;
         return timesRejected-- > 0 ? rejection : nameResult;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID /*reserved*/, LCID /*locale*/, WORD kind,
-                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* given,
-                                     UINT* /*argument*/) override
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD kind, DISPPARAMS* parameters, VARIANT* result,
+                                     EXCEPINFO* given, UINT*) override
     {
         calls.push_back(std::to_string(member) + kindText(kind, *parameters) + argumentsText(*parameters));
         if (timesRejected-- > 0)

@@ -1,5 +1,7 @@
 #include "app/base/Files.h"
+#include "drawing/Drawing.h"
 #include "preview/PreviewPicture.h"
+#include "tests/support/DrawnMetafile.h"
 #include "tests/support/FailureOf.h"
 #include "workbook/Excel1.h"
 #include "workbook/excel/ExcelSession.h"
@@ -26,22 +28,20 @@ namespace wagemill {
 
 namespace {
 
-constexpr int width = 40;
-constexpr int height = 20;
+/// A red, a green and a blue quarter; the last one is white, for nothing is drawn there.
+const drawing::Drawing quarters = {
+    40, 20, {{{0, 0, 20, 10}, {255, 0, 0}}, {{20, 0, 20, 10}, {0, 255, 0}}, {{0, 10, 20, 10}, {0, 0, 255}}}};
+const QSize size(40, 20);
 
-/// Every test picture has a red, a green, a blue and a white quarter, row by row.
-QColor colourAt(int x, int y)
-{
-    const Qt::GlobalColor quarters[] = {Qt::red, Qt::green, Qt::blue, Qt::white};
-    return quarters[(x >= width / 2 ? 1 : 0) + (y >= height / 2 ? 2 : 0)];
-}
-
+/// Every test picture.
 QImage testPicture()
 {
-    QImage image(width, height, QImage::Format_RGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixelColor(x, y, colourAt(x, y));
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    for (const auto& [place, color] : quarters.fills)
+        painter.fillRect(QRectF(place.left, place.top, place.width, place.height),
+                         QColor(color.red, color.green, color.blue));
     return image;
 }
 
@@ -98,26 +98,6 @@ QByteArray packedBitmap(QImage::Format format = QImage::Format_RGB32)
     return file.data().mid(sizeof(BITMAPFILEHEADER));
 }
 
-/// A metafile of 40 x 20 pixels at 96 dots an inch, in which nothing is drawn where the picture is white.
-HANDLE metafileObject()
-{
-    constexpr int pixelsInInch = 96;
-    const auto hundredthsOfMillimetre = [](int pixels) { return ::MulDiv(pixels, 2540, pixelsInInch); };
-    const RECT frame = {0, 0, hundredthsOfMillimetre(width), hundredthsOfMillimetre(height)};
-    const HDC recorder = ::CreateEnhMetaFileW(nullptr, nullptr, &frame, nullptr);
-    ::SetMapMode(recorder, MM_HIMETRIC); // which counts upwards
-    for (const QPoint corner : {QPoint(0, 0), QPoint(width / 2, 0), QPoint(0, height / 2)}) {
-        const QColor colour = colourAt(corner.x(), corner.y());
-        const HBRUSH brush = ::CreateSolidBrush(RGB(colour.red(), colour.green(), colour.blue()));
-        const RECT quarter = {hundredthsOfMillimetre(corner.x()), -hundredthsOfMillimetre(corner.y()),
-                              hundredthsOfMillimetre(corner.x() + width / 2),
-                              -hundredthsOfMillimetre(corner.y() + height / 2)};
-        ::FillRect(recorder, &quarter, brush);
-        ::DeleteObject(brush);
-    }
-    return ::CloseEnhMetaFile(recorder);
-}
-
 class ClipboardPictureTest : public testing::Test {
 protected:
     ~ClipboardPictureTest() override { std::filesystem::remove(file); }
@@ -131,7 +111,7 @@ protected:
         writeWholeFile(*fetched->fileBytes, file, FileLife::Temporary);
         EXPECT_EQ(std::memcmp(fetched->fileBytes->data(), beginning.data(), beginning.size()), 0) << format;
         const SharedPicture picture = loadPicture(file);
-        ASSERT_EQ(picture->naturalSize(), QSizeF(width, height));
+        ASSERT_EQ(picture->naturalSize(), QSizeF(size));
         for (const double scale : {1.0, 1.5, 2.0})
             expectQuarters(*picture, scale);
     }
@@ -139,19 +119,18 @@ protected:
     /// The picture as the preview paints it: in two parts, each as if only it were exposed.
     static void expectQuarters(const PreviewPicture& picture, double scale)
     {
-        QImage image(picture.naturalSize().toSize() * scale, QImage::Format_RGB32);
+        QImage image(size * scale, QImage::Format_RGB32);
         image.fill(Qt::white);
         QPainter painter(&image);
         painter.scale(scale, scale);
-        for (const QRectF part : {QRectF(0, 0, width, 7), QRectF(0, 7, width, height - 7)}) {
+        for (const QRectF part : {QRectF(0, 0, 40, 7), QRectF(0, 7, 40, 13)}) {
             painter.setClipRect(part);
             picture.paint(painter, part);
         }
-        const auto pixelAt = [scale](int length) { return static_cast<int>((length + 0.5) * scale); };
-        for (const int x : {1, width / 2 - 2, width / 2 + 1, width - 2})
-            for (const int y : {1, height / 2 - 2, height / 2 + 1, height - 2})
-                EXPECT_EQ(image.pixelColor(pixelAt(x), pixelAt(y)), colourAt(x, y))
-                    << "at " << x << ", " << y << " of scale " << scale;
+        const QImage seen = image.scaled(size);
+        for (const int x : {1, 18, 21, 38})
+            for (const int y : {1, 8, 11, 18})
+                EXPECT_EQ(seen.pixelColor(x, y), testPicture().pixelColor(x, y)) << x << ", " << y << " at " << scale;
     }
 
     static std::string failureOf(int format)
@@ -187,7 +166,7 @@ TEST_F(ClipboardPictureTest, ABitmapComesAsABitmapFileInItsColours)
 
 TEST_F(ClipboardPictureTest, AMetafileStaysOneIsDrawnOnWhiteAndLeavesNoHandleBehind)
 {
-    copy({{CF_ENHMETAFILE, metafileObject()}});
+    copy({{CF_ENHMETAFILE, test::metafileOf(quarters)}});
     const DWORD before = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
     for (int round = 0; round < 10; ++round) // drawing objects are few in a process
         for (const int format : {0, CF_ENHMETAFILE, CF_METAFILEPICT})
@@ -198,9 +177,9 @@ TEST_F(ClipboardPictureTest, AMetafileStaysOneIsDrawnOnWhiteAndLeavesNoHandleBeh
 
 TEST_F(ClipboardPictureTest, TheOwnersFirstPictureIsTaken)
 {
-    copy({{CF_DIB, memoryOf(packedBitmap())}, {CF_ENHMETAFILE, metafileObject()}});
+    copy({{CF_DIB, memoryOf(packedBitmap())}, {CF_ENHMETAFILE, test::metafileOf(quarters)}});
     expectPicture(0, bitmapBeginning);
-    copy({{CF_ENHMETAFILE, metafileObject()}, {CF_DIB, memoryOf(packedBitmap())}});
+    copy({{CF_ENHMETAFILE, test::metafileOf(quarters)}, {CF_DIB, memoryOf(packedBitmap())}});
     expectPicture(0, metafileBeginning);
 }
 

@@ -1,146 +1,151 @@
 #include "tests/excel/server/ServedApplication.h"
 
-#include <utility>
+#include "app/look/UserRegion.h"
+#include "drawing/DrawingFile.h"
+#include "tests/excel/server/AutomationObject.h"
+#include "tests/support/DrawnMetafile.h"
+#include "workbook/embedded/EmbeddedApplication.h"
+
+#include <QLocale>
 
 namespace wagemill::test {
 
 namespace {
 
-using CopyPicture = std::function<void(CellRange&)>;
+EmbeddedPictureClipboard pictures;
 
-/// A member whose work takes the arguments and gives the result.
-template <typename Work>
-Member getter(std::string name, Work work, WORD kinds = DISPATCH_PROPERTYGET, std::vector<std::string> named = {})
+/// The picture is drawn when somebody fetches it.
+LRESULT CALLBACK receive(HWND window, UINT message, WPARAM word, LPARAM longWord)
 {
-    return {std::move(name), kinds, std::move(named),
-            [work](const CallArguments& arguments, VARIANT& result) { setResult(result, work(arguments)); }};
+    if (message == WM_RENDERFORMAT)
+        ::SetClipboardData(CF_ENHMETAFILE, metafileOf(readDrawingFile(*pictures.GetData(0).fileBytes)));
+    return ::DefWindowProcW(window, message, word, longWord);
 }
 
-/// One whose work takes the arguments and gives nothing.
-template <typename Work>
-Member action(std::string name, Work work, std::vector<std::string> named = {}, WORD kinds = DISPATCH_METHOD)
+HWND makeClipboardOwner()
 {
-    return {std::move(name), kinds, std::move(named),
-            [work](const CallArguments& arguments, VARIANT&) { work(arguments); }};
+    const HWND window =
+        ::CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&receive));
+    return window;
 }
 
-template <typename Work>
-Member setter(std::string name, Work work)
+void copyPicture(CellRange& range)
 {
-    return action(std::move(name), work, {}, DISPATCH_PROPERTYPUT);
+    static const HWND owner = makeClipboardOwner();
+    range.CopyPicture();
+    if (!::OpenClipboard(owner))
+        throw SpreadsheetError("CopyPicture failed: another program holds the clipboard.");
+    ::EmptyClipboard();
+    ::SetClipboardData(CF_ENHMETAFILE, nullptr);
+    ::CloseClipboard();
 }
 
-using Arguments = const CallArguments&;
-
-/// Makes objects of the application's classes; what they refer to they keep alive.
-class Classes {
-public:
-    Classes(Server& server, CopyPicture copyPicture) : m_server(server), m_copyPicture(std::move(copyPicture)) {}
-
-    AutomationObject* application(std::shared_ptr<Application> given) const;
-
-private:
-    AutomationObject* workbooks(std::shared_ptr<Workbooks> given) const;
-    AutomationObject* workbook(std::shared_ptr<Workbook> given) const;
-    AutomationObject* worksheet(std::shared_ptr<Worksheet> given) const;
-    AutomationObject* range(std::shared_ptr<CellRange> given) const;
-    AutomationObject* selection(std::shared_ptr<Selection> given) const;
-    AutomationObject* object(const char* name, std::vector<Member> members) const
-    {
-        return new AutomationObject(m_server, name, std::move(members)); // its last user releases it
-    }
-
-    Server& m_server;
-    CopyPicture m_copyPicture;
-};
-
-AutomationObject* Classes::application(std::shared_ptr<Application> given) const
+/// Templates are opened for reading alone, workbooks never.
+std::unique_ptr<Workbook> open(Workbooks& books, const std::string& path, bool isReadOnly)
 {
-    const auto version = [given, version = m_server.instructions.text("version", "16.0")](Arguments) {
-        given->Version(); // fails when it has ended
-        return version;
-    };
-    const auto books = [given, self = *this](Arguments with) {
-        return with.count() == 0 ? self.workbooks(given->Workbooks()) : self.workbook(given->Workbooks(with.number(0)));
-    };
-    return object(
-        "Application",
-        {getter("Version", version), getter("Workbooks", books),
-         setter("Visible", [given](Arguments with) { given->PutVisible(with.putFlag()); }),
-         setter("DisplayAlerts", [given](Arguments with) { given->PutDisplayAlerts(with.putFlag()); }),
-         getter("Selection", [given, self = *this](Arguments) { return self.selection(given->Selection()); }),
-         getter("Range", [given, self = *this](Arguments with) { return self.range(given->Range(with.text(0))); }),
-         action("Quit", [given](Arguments) { given->Quit(); })});
+    if (path.ends_with(".xlt") != isReadOnly)
+        throw SpreadsheetError("Open failed: " + path + " is opened in the wrong way.");
+    return isReadOnly ? books.OpenReadOnly(path) : books.Open(path);
 }
 
-AutomationObject* Classes::workbooks(std::shared_ptr<Workbooks> given) const
+void saveAs(Workbook& book, const std::string& path, std::int32_t format)
 {
-    const auto open = [given, self = *this](Arguments with) {
-        const bool isReadOnly = with.count() == 3 && with.flag(2);
-        return self.workbook(isReadOnly ? given->OpenReadOnly(with.text(0)) : given->Open(with.text(0)));
-    };
-    return object("Workbooks", {getter("Open", open, DISPATCH_METHOD, {"Filename", "UpdateLinks", "ReadOnly"}),
-                                getter("count", [given](Arguments) { return given->count(); })});
+    if (format != (instruction("version").empty() ? 56 : -4143))
+        throw SpreadsheetError("SaveAs failed: the format is another version's.");
+    book.SaveAs(path, static_cast<FileFormat>(format));
 }
 
-AutomationObject* Classes::workbook(std::shared_ptr<Workbook> given) const
+void paste(Selection& selection, std::int32_t type, std::int32_t operation, bool skipsBlanks, bool transposes)
 {
-    const auto saveAs = [given](Arguments with) {
-        given->SaveAs(with.text(0), static_cast<FileFormat>(with.number(1)));
-    };
-    return object(
-        "Workbook",
-        {getter("Sheets",
-                [given, self = *this](Arguments with) { return self.worksheet(given->Sheets(with.number(0))); }),
-         getter("ActiveSheet", [given, self = *this](Arguments) { return self.worksheet(given->ActiveSheet()); }),
-         action("SaveAs", saveAs, {"Filename", "FileFormat"}),
-         action("Close", [given](Arguments) { given->Close(); })});
-}
-
-AutomationObject* Classes::worksheet(std::shared_ptr<Worksheet> given) const
-{
-    const auto cells = [given](Arguments with) { given->PutCells(with.number(0), with.number(1), with.putText()); };
-    const auto rows = [given, self = *this](Arguments with) { return self.range(given->Rows(with.text(0))); };
-    const auto range = [given, self = *this](Arguments with) { return self.range(given->Range(with.text(0))); };
-    return object("Worksheet",
-                  {getter("Name", [given](Arguments) { return given->Name(); }),
-                   action("Activate", [given](Arguments) { given->Activate(); }), getter("Rows", rows),
-                   getter("Range", range),
-                   getter("UsedRange", [given, self = *this](Arguments) { return self.range(given->UsedRange()); }),
-                   setter("Cells", cells)});
-}
-
-AutomationObject* Classes::range(std::shared_ptr<CellRange> given) const
-{
-    const auto rows = [given, self = *this](Arguments with) {
-        return self.range(with.count() == 0 ? given->Rows() : given->Rows(with.number(0)));
-    };
-    const auto columns = [given, self = *this](Arguments with) {
-        return self.range(with.count() == 0 ? given->Columns() : given->Columns(with.number(0)));
-    };
-    return object("Range", {getter("Rows", rows), getter("Columns", columns),
-                            getter("count", [given](Arguments) { return given->count(); }),
-                            getter("Row", [given](Arguments) { return given->Row(); }),
-                            getter("Column", [given](Arguments) { return given->Column(); }),
-                            action("Select", [given](Arguments) { given->Select(); }),
-                            action("CopyPicture", [given, copy = m_copyPicture](Arguments) { copy(*given); })});
-}
-
-AutomationObject* Classes::selection(std::shared_ptr<Selection> given) const
-{
-    const auto paste = [given](Arguments with) {
-        given->PasteSpecial(static_cast<PasteType>(with.number(0)), static_cast<PasteOperation>(with.number(1)),
-                            with.flag(2), with.flag(3));
-    };
-    return object("Selection", {action("Copy", [given](Arguments) { given->Copy(); }),
-                                action("PasteSpecial", paste, {"Paste", "Operation", "SkipBlanks", "Transpose"})});
+    selection.PasteSpecial(static_cast<PasteType>(type), static_cast<PasteOperation>(operation), skipsBlanks,
+                           transposes);
 }
 
 } // namespace
 
-AutomationObject* serveApplication(Server& server, std::shared_ptr<Application> application, CopyPicture copyPicture)
+using enum automation::CallKind;
+using std::int16_t;
+using std::int32_t;
+using std::string;
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<CellRange> range)
 {
-    return Classes(server, std::move(copyPicture)).application(std::move(application));
+    return {{"Rows", Get, [=] { return range->Rows(); }},
+            {"Rows", GetItem, [=](int32_t index) { return range->Rows(index); }},
+            {"Columns", Get, [=] { return range->Columns(); }},
+            {"Columns", GetItem, [=](int32_t index) { return range->Columns(index); }},
+            {"count", Get, [=] { return range->count(); }},
+            {"Row", Get, [=] { return range->Row(); }},
+            {"Column", Get, [=] { return range->Column(); }},
+            {"Select", Call, [=] { range->Select(); }},
+            {"CopyPicture", Call, [=] { copyPicture(*range); }}};
+}
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<Selection> selection)
+{
+    return {{"Copy", Call, [=] { selection->Copy(); }},
+            {"PasteSpecial",
+             Call,
+             [=](int32_t type, int32_t operation, bool skipsBlanks, bool transposes) {
+                 paste(*selection, type, operation, skipsBlanks, transposes);
+             },
+             {"Paste", "Operation", "SkipBlanks", "Transpose"}}};
+}
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<Worksheet> sheet)
+{
+    return {
+        {"Name", Get, [=] { return sheet->Name(); }},
+        {"Activate", Call, [=] { sheet->Activate(); }},
+        {"Rows", GetItem, [=](const string& address) { return sheet->Rows(address); }},
+        {"Range", GetItem, [=](const string& address) { return sheet->Range(address); }},
+        {"UsedRange", Get, [=] { return sheet->UsedRange(); }},
+        {"Cells", Put, [=](int16_t row, int16_t column, const string& text) { sheet->PutCells(row, column, text); }}};
+}
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<Workbook> book)
+{
+    return {{"Sheets", GetItem, [=](int16_t index) { return book->Sheets(index); }},
+            {"ActiveSheet", Get, [=] { return book->ActiveSheet(); }},
+            {"SaveAs",
+             Call,
+             [=](const string& path, int32_t format) { saveAs(*book, path, format); },
+             {"Filename", "FileFormat"}},
+            {"Close", Call, [=] { book->Close(); }}};
+}
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<Workbooks> books)
+{
+    return {
+        {"Open", Call, [=](const string& path) { return open(*books, path, false); }},
+        {"Open", Call, [=](const string& path, Omitted, bool isReadOnly) { return open(*books, path, isReadOnly); }},
+        {"count", Get, [=] { return books->count(); }}};
+}
+
+template <>
+std::vector<Member> membersOf(std::shared_ptr<Application> application)
+{
+    return {{"Version", Get, [=] { return instruction("version", application->Version()); }},
+            {"Workbooks", Get, [=] { return application->Workbooks(); }},
+            {"Workbooks", GetItem, [=](int32_t index) { return application->Workbooks(index); }},
+            {"Selection", Get, [=] { return application->Selection(); }},
+            {"Range", GetItem, [=](const string& address) { return application->Range(address); }},
+            {"Visible", Put, [=](bool isVisible) { application->PutVisible(isVisible); }},
+            {"DisplayAlerts", Put, [=](bool areShown) { application->PutDisplayAlerts(areShown); }},
+            {"Quit", Call, [=] { application->Quit(); }}};
+}
+
+IDispatch* newServedApplication()
+{
+    const QLocale region(QString::fromStdString(instruction("region", "en-US")));
+    return new AutomationObject(
+        membersOf<Application>(std::make_shared<EmbeddedApplication>(regionalFormatsOf(region), pictures)));
 }
 
 } // namespace wagemill::test
