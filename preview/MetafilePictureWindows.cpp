@@ -14,17 +14,11 @@ namespace wagemill {
 
 namespace {
 
-struct DeleteMetafile {
-    void operator()(HENHMETAFILE metafile) const { ::DeleteEnhMetaFile(metafile); }
-};
-struct DeleteBitmap {
-    void operator()(HBITMAP bitmap) const { ::DeleteObject(bitmap); }
-};
-struct DeleteContext {
-    void operator()(HDC context) const { ::DeleteDC(context); }
-};
 template <class Handle, class Delete>
 using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Delete>;
+using OwnedMetafile = Owned<HENHMETAFILE, decltype([](HENHMETAFILE metafile) { ::DeleteEnhMetaFile(metafile); })>;
+using OwnedBitmap = Owned<HBITMAP, decltype([](HBITMAP bitmap) { ::DeleteObject(bitmap); })>;
+using OwnedContext = Owned<HDC, decltype([](HDC context) { ::DeleteDC(context); })>;
 
 /// What `part` of a device shows of the metafile, on white.
 /// whole  where all of the picture is on the device
@@ -37,9 +31,9 @@ QImage played(HENHMETAFILE metafile, const QRect& whole, const QRect& part)
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     void* pixels = nullptr;
-    const Owned<HBITMAP, DeleteBitmap> bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    const OwnedBitmap bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
     // The context goes first: a bitmap cannot be deleted while it is selected.
-    const Owned<HDC, DeleteContext> context(::CreateCompatibleDC(nullptr));
+    const OwnedContext context(::CreateCompatibleDC(nullptr));
     if (bitmap == nullptr || ::SelectObject(context.get(), bitmap.get()) == nullptr)
         throw std::runtime_error("there is not enough memory for its picture");
     ::PatBlt(context.get(), 0, 0, part.width(), part.height(), WHITENESS);
@@ -75,7 +69,7 @@ public:
 
 private:
     QSizeF m_size;
-    Owned<HENHMETAFILE, DeleteMetafile> m_metafile;
+    OwnedMetafile m_metafile;
 };
 
 } // namespace

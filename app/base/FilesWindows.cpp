@@ -22,20 +22,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void throwLastError()
-{
-    throw std::system_error(static_cast<int>(::GetLastError()), windowsErrors());
-}
-
 void require(BOOL outcome)
 {
     if (!outcome)
-        throwLastError();
+        throw std::system_error(static_cast<int>(::GetLastError()), windowsErrors());
 }
 
-struct FreeLocalMemory {
-    void operator()(void* memory) const { ::LocalFree(memory); }
-};
+using LocalMemory = std::unique_ptr<void, decltype([](void* memory) { ::LocalFree(memory); })>;
 
 /// "S-1-5-..."; empty when the system does not say.
 std::wstring textOf(PSID identifier)
@@ -43,7 +36,7 @@ std::wstring textOf(PSID identifier)
     wchar_t* text = nullptr;
     if (identifier == nullptr || !::ConvertSidToStringSidW(identifier, &text))
         return {};
-    const std::unique_ptr<wchar_t, FreeLocalMemory> owner(text);
+    const LocalMemory owner(text);
     return text;
 }
 
@@ -76,41 +69,32 @@ bool isUsersOwn(HANDLE handle)
     if (::GetSecurityInfo(handle, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr,
                           &raw) != ERROR_SUCCESS)
         return false;
-    const std::unique_ptr<void, FreeLocalMemory> descriptor(raw);
+    const LocalMemory descriptor(raw);
     const std::wstring name = textOf(owner);
     return !name.empty() && (name == tokenIdentifier(TokenUser) || name == tokenIdentifier(TokenOwner));
 }
 
 /// What a new file or folder is made with that belongs to the user and that the user and the system alone may enter,
-/// whatever the folder around it grants others.
-class PrivateSecurity {
-public:
-    PrivateSecurity()
-    {
-        const std::wstring user = tokenIdentifier(TokenUser);
-        // Owner the user; nothing inherited; full access for the user and the system, also to what is made inside.
-        const std::wstring rules = L"O:" + user + L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + user + L")";
-        ::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1,
-                                                               &m_attributes.lpSecurityDescriptor, nullptr);
-    }
-    PrivateSecurity(const PrivateSecurity&) = delete;
-    PrivateSecurity& operator=(const PrivateSecurity&) = delete;
-    ~PrivateSecurity() { ::LocalFree(m_attributes.lpSecurityDescriptor); }
-
-    /// Null, for the permissions of the folder around it, when the system does not say who the user is.
-    SECURITY_ATTRIBUTES* attributes() { return m_attributes.lpSecurityDescriptor != nullptr ? &m_attributes : nullptr; }
-
-private:
-    SECURITY_ATTRIBUTES m_attributes = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
-};
+/// whatever the folder around it grants others. Null, for the permissions of that folder, when the system does not say
+/// who the user is.
+LocalMemory privateSecurity()
+{
+    const std::wstring user = tokenIdentifier(TokenUser);
+    // Owner the user; nothing inherited; full access for the user and the system, also to what is made inside.
+    const std::wstring rules = L"O:" + user + L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;" + user + L")";
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1, &descriptor, nullptr);
+    return LocalMemory(descriptor);
+}
 
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// Null when it cannot be opened.
 WindowsHandle openHandle(const fs::path& path, DWORD access, DWORD share, DWORD disposition, DWORD flags,
-                         SECURITY_ATTRIBUTES* security = nullptr)
+                         PSECURITY_DESCRIPTOR security = nullptr)
 {
-    const HANDLE handle = ::CreateFileW(path.c_str(), access, share, security, disposition, flags, nullptr);
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, security, FALSE};
+    const HANDLE handle = ::CreateFileW(path.c_str(), access, share, &attributes, disposition, flags, nullptr);
     return WindowsHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
@@ -146,27 +130,27 @@ FileFacts factsOf(int descriptor)
 
 int openFile(const fs::path& path, Opening how)
 {
-    PrivateSecurity userAlone;
-    const auto open = [&path](DWORD access, DWORD share, DWORD disposition, DWORD flags,
-                              SECURITY_ATTRIBUTES* security = nullptr) {
-        WindowsHandle handle = openHandle(path, access, share, disposition, flags, security);
-        require(handle != nullptr);
-        return ::_open_osfhandle(reinterpret_cast<std::intptr_t>(handle.release()), _O_BINARY);
+    struct Way {
+        DWORD access;
+        DWORD share;
+        DWORD disposition;
+        DWORD flags;
+        bool isPrivate;
     };
-    switch (how) {
-    case Opening::Read:
-        return open(GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
-    case Opening::ReadOwn:
-        return open(GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
-    case Opening::Write:
-        return open(GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
-                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, userAlone.attributes());
-    case Opening::MakePrivate:
-        return open(GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, userAlone.attributes());
-    case Opening::MakeNormal:
-        return open(GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
-    }
-    std::abort(); // not reached
+    constexpr Way ways[] = {
+        // in the order of Opening
+        {GENERIC_READ, shareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, false},
+        {GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, false},
+        {GENERIC_WRITE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS,
+         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, true},
+        {GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, true},
+        {GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, false},
+    };
+    const auto& [access, share, disposition, flags, isPrivate] = ways[static_cast<std::size_t>(how)];
+    const LocalMemory security = isPrivate ? privateSecurity() : nullptr;
+    WindowsHandle handle = openHandle(path, access, share, disposition, flags, security.get());
+    require(handle != nullptr);
+    return ::_open_osfhandle(reinterpret_cast<std::intptr_t>(handle.release()), _O_BINARY);
 }
 
 void flush(int descriptor)
@@ -208,8 +192,9 @@ fs::path parentOfPrivateFolders()
 
 void makePrivateFolder(const fs::path& folder)
 {
-    PrivateSecurity security;
-    require(::CreateDirectoryW(folder.c_str(), security.attributes()));
+    const LocalMemory userAlone = privateSecurity();
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, userAlone.get(), FALSE};
+    require(::CreateDirectoryW(folder.c_str(), &attributes));
 }
 
 /// The lock is a mutex that all programs share that know the folder, however they name it.

@@ -288,7 +288,7 @@ TEST_F(ExcelTest, IsBroughtToTheFrontWhereTheUserWantsItWhenItDoesNotAnswer)
     const wchar_t* const offer = L"Wagemill";
     for (const bool isWanted : {true, false}) {
         const auto session = excelSession("ask=Version");
-        automation::CallWatch::patience = 3'000;
+        automation::WatchedCall::patience = 3'000;
         std::jthread user([&] {
             EXPECT_TRUE(isSoon([&] { return shownWindow(excelsQuestion) != nullptr; }, 30s));
             EXPECT_TRUE(isSoon([&] { return isInFront(offer); }, 30s));
@@ -301,7 +301,7 @@ TEST_F(ExcelTest, IsBroughtToTheFrontWhereTheUserWantsItWhenItDoesNotAnswer)
         });
         EXPECT_EQ(session->Version(), "16.0");
         user.join();
-        automation::CallWatch::patience = 20'000;
+        automation::WatchedCall::patience = 20'000;
     }
 }
 

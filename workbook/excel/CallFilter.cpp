@@ -39,28 +39,22 @@ public:
 
 } // namespace
 
-CallFilter::CallFilter()
+std::shared_ptr<void> filterCalls()
 {
-    static NoEventsWhileWaiting filter;
+    static NoEventsWhileWaiting ours;
+    static thread_local std::weak_ptr<void> current;
+    if (!current.expired())
+        return current.lock();
     ::DisableProcessWindowsGhosting(); // no "(Not Responding)" in the title of a window that waits
+    IMessageFilter* before = nullptr;
     // Refused on a thread that waits without a message loop: there are no events to hold back there.
-    ::CoRegisterMessageFilter(&filter, &m_previous);
-}
-
-CallFilter::~CallFilter()
-{
-    IMessageFilter* ours = nullptr;
-    ::CoRegisterMessageFilter(m_previous, &ours);
-    if (m_previous != nullptr)
-        m_previous->Release();
-}
-
-std::shared_ptr<CallFilter> CallFilter::ofThisThread()
-{
-    static thread_local std::weak_ptr<CallFilter> current;
-    auto filter = current.lock();
-    if (!filter)
-        current = filter = std::shared_ptr<CallFilter>(new CallFilter);
+    ::CoRegisterMessageFilter(&ours, &before);
+    const std::shared_ptr<void> filter(before, [](IMessageFilter* previous) {
+        ::CoRegisterMessageFilter(previous, nullptr);
+        if (previous != nullptr)
+            previous->Release();
+    });
+    current = filter;
     return filter;
 }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string_view>
+#include <thread>
 
 #include <windows.h>
 
@@ -13,9 +14,9 @@ namespace {
 
 constexpr UINT pause = 250; // milliseconds
 
-constexpr const wchar_t* question =
-    L"Excel has not answered for 20 seconds. It may be asking something in a window that "
-    L"is behind others.\n\nBring Excel to the front?";
+constexpr const wchar_t* question = L"Excel has not answered for 20 seconds. It may be asking something in a "
+                                    L"window that "
+                                    L"is behind others.\n\nBring Excel to the front?";
 
 struct ExcelWindow {
     HWND window = nullptr;
@@ -58,50 +59,19 @@ void bringExcelToTheFront()
     ::SetForegroundWindow(excel.window);
 }
 
+std::atomic<ULONGLONG> beginOfCall = 0; ///< that is under way, in milliseconds; 0: there is none
+ULONGLONG beginOfAsked = 0;             ///< of the call that the user was last asked about
+
 BOOL CALLBACK closeBox(HWND box, LPARAM /*unused*/)
 {
     ::EndDialog(box, IDNO); // refused by a window of another kind
     return TRUE;
 }
 
-} // namespace
-
-CallWatch::Call::Call()
-{
-    ofTheProgram().m_begin = ::GetTickCount64();
-}
-
-CallWatch::Call::~Call()
-{
-    ofTheProgram().m_begin = 0;
-}
-
-CallWatch::CallWatch() : m_thread([this](const std::stop_token& stop) { watch(stop); })
-{
-}
-
-CallWatch& CallWatch::ofTheProgram()
-{
-    static CallWatch watch;
-    return watch;
-}
-
-void CallWatch::watch(const std::stop_token& stop)
-{
-    while (!stop.stop_requested()) {
-        ::Sleep(pause);
-        const std::uint64_t begin = m_begin;
-        if (begin == 0 || begin == m_asked || ::GetTickCount64() - begin < patience)
-            continue;
-        m_asked = begin;
-        ask();
-    }
-}
-
-void CallWatch::ask()
+void ask()
 {
     const UINT_PTR timer = ::SetTimer(nullptr, 0, pause, [](HWND, UINT, UINT_PTR, DWORD) {
-        if (ofTheProgram().m_begin != ofTheProgram().m_asked)
+        if (beginOfCall != beginOfAsked)
             ::EnumThreadWindows(::GetCurrentThreadId(), closeBox, 0);
     });
     // Without an owner: our windows wait for the call, and a box that belongs to one would wait with it.
@@ -110,6 +80,31 @@ void CallWatch::ask()
     ::KillTimer(nullptr, timer);
     if (answer == IDYES)
         bringExcelToTheFront();
+}
+
+void watch(const std::stop_token& stop)
+{
+    while (!stop.stop_requested()) {
+        ::Sleep(pause);
+        const ULONGLONG begin = beginOfCall;
+        if (begin == 0 || begin == beginOfAsked || ::GetTickCount64() - begin < WatchedCall::patience)
+            continue;
+        beginOfAsked = begin;
+        ask();
+    }
+}
+
+} // namespace
+
+WatchedCall::WatchedCall()
+{
+    static const std::jthread watcher(watch);
+    beginOfCall = ::GetTickCount64();
+}
+
+WatchedCall::~WatchedCall()
+{
+    beginOfCall = 0;
 }
 
 } // namespace wagemill::automation

@@ -17,7 +17,12 @@ std::string numbered(std::string_view what, std::int32_t index)
     return "Excel gave no " + std::string(what) + " number " + std::to_string(index) + ".";
 }
 
-constexpr std::string_view noCells = "Excel gave no cells.";
+// The values that Excel's members take.
+constexpr auto asNumber = &Variant::ofInt32;
+constexpr auto asFlag = &Variant::ofBoolean;
+constexpr Variant (*asText)(std::string_view) = &Variant::ofText;
+
+class ExcelRange;
 
 /// One of Excel's objects, driven by name: each member is one call of the member of that name there.
 template <class Interface>
@@ -33,6 +38,13 @@ protected:
         return std::make_unique<Child>(m_object.child(result, whenNothing));
     }
 
+    /// The cells that a property gives. A template, because their class is below.
+    template <class Cells = ExcelRange>
+    std::unique_ptr<CellRange> cells(const wchar_t* property, const Arguments& arguments = {}) const
+    {
+        return child<Cells>(m_object.get(property, arguments), "Excel gave no cells.");
+    }
+
     ExcelObject m_object;
 };
 
@@ -40,16 +52,10 @@ class ExcelRange : public Driven<CellRange> {
 public:
     using Driven::Driven;
 
-    std::unique_ptr<CellRange> Rows() override { return child<ExcelRange>(m_object.get(L"Rows"), noCells); }
-    std::unique_ptr<CellRange> Columns() override { return child<ExcelRange>(m_object.get(L"Columns"), noCells); }
-    std::unique_ptr<CellRange> Rows(std::int32_t index) override
-    {
-        return child<ExcelRange>(m_object.get(L"Rows", {Variant::ofInt32(index)}), noCells);
-    }
-    std::unique_ptr<CellRange> Columns(std::int32_t index) override
-    {
-        return child<ExcelRange>(m_object.get(L"Columns", {Variant::ofInt32(index)}), noCells);
-    }
+    std::unique_ptr<CellRange> Rows() override { return cells(L"Rows"); }
+    std::unique_ptr<CellRange> Columns() override { return cells(L"Columns"); }
+    std::unique_ptr<CellRange> Rows(std::int32_t index) override { return cells(L"Rows", {asNumber(index)}); }
+    std::unique_ptr<CellRange> Columns(std::int32_t index) override { return cells(L"Columns", {asNumber(index)}); }
     std::int32_t count() override { return m_object.number(L"count"); }
     std::int32_t Row() override { return m_object.number(L"Row"); }
     std::int32_t Column() override { return m_object.number(L"Column"); }
@@ -66,10 +72,10 @@ public:
     void PasteSpecial(PasteType paste, PasteOperation operation, bool skipBlanks, bool transpose) override
     {
         m_object.call(L"PasteSpecial", {},
-                      {{L"Paste", Variant::ofInt32(static_cast<std::int32_t>(paste))},
-                       {L"Operation", Variant::ofInt32(static_cast<std::int32_t>(operation))},
-                       {L"SkipBlanks", Variant::ofBoolean(skipBlanks)},
-                       {L"Transpose", Variant::ofBoolean(transpose)}});
+                      {{L"Paste", asNumber(static_cast<std::int32_t>(paste))},
+                       {L"Operation", asNumber(static_cast<std::int32_t>(operation))},
+                       {L"SkipBlanks", asFlag(skipBlanks)},
+                       {L"Transpose", asFlag(transpose)}});
     }
 };
 
@@ -79,15 +85,9 @@ public:
 
     std::string Name() override { return m_object.text(L"Name"); }
     void Activate() override { m_object.call(L"Activate"); }
-    std::unique_ptr<CellRange> Rows(std::string_view address) override
-    {
-        return child<ExcelRange>(m_object.get(L"Rows", {Variant::ofText(address)}), noCells);
-    }
-    std::unique_ptr<CellRange> Range(std::string_view address) override
-    {
-        return child<ExcelRange>(m_object.get(L"Range", {Variant::ofText(address)}), noCells);
-    }
-    std::unique_ptr<CellRange> UsedRange() override { return child<ExcelRange>(m_object.get(L"UsedRange"), noCells); }
+    std::unique_ptr<CellRange> Rows(std::string_view address) override { return cells(L"Rows", {asText(address)}); }
+    std::unique_ptr<CellRange> Range(std::string_view address) override { return cells(L"Range", {asText(address)}); }
+    std::unique_ptr<CellRange> UsedRange() override { return cells(L"UsedRange"); }
 
     void PutCells(std::int32_t row, std::int32_t column, std::string_view text) override
     {
@@ -111,8 +111,7 @@ public:
     }
     void SaveAs(std::string_view path, FileFormat fileFormat) override
     {
-        m_object.call(L"SaveAs", {Variant::ofText(path)},
-                      {{L"FileFormat", Variant::ofInt32(static_cast<std::int32_t>(fileFormat))}});
+        m_object.call(L"SaveAs", {asText(path)}, {{L"FileFormat", asNumber(static_cast<std::int32_t>(fileFormat))}});
     }
     void Close() override { m_object.call(L"Close"); }
 };
@@ -121,10 +120,10 @@ class ExcelWorkbooks : public Driven<Workbooks> {
 public:
     using Driven::Driven;
 
-    std::unique_ptr<Workbook> Open(std::string_view path) override { return opened(path, {Variant::ofText(path)}); }
+    std::unique_ptr<Workbook> Open(std::string_view path) override { return opened(path, {asText(path)}); }
     std::unique_ptr<Workbook> OpenReadOnly(std::string_view path) override
     {
-        return opened(path, {Variant::ofText(path), Variant::omitted(), Variant::ofBoolean(true)});
+        return opened(path, {asText(path), Variant::omitted(), asFlag(true)});
     }
     std::int32_t count() override { return m_object.number(L"count"); }
 
@@ -152,21 +151,15 @@ public:
     }
     std::unique_ptr<Workbook> Workbooks(std::int32_t index) override
     {
-        return child<ExcelWorkbook>(m_object.get(L"Workbooks", {Variant::ofInt32(index)}), numbered("workbook", index));
+        return child<ExcelWorkbook>(m_object.get(L"Workbooks", {asNumber(index)}), numbered("workbook", index));
     }
     std::unique_ptr<wagemill::Selection> Selection() override
     {
         return child<ExcelSelection>(m_object.get(L"Selection"), "Nothing is selected in Excel.");
     }
-    std::unique_ptr<CellRange> Range(std::string_view address) override
-    {
-        return child<ExcelRange>(m_object.get(L"Range", {Variant::ofText(address)}), noCells);
-    }
-    void PutVisible(bool visible) override { m_object.put(L"Visible", Variant::ofBoolean(visible)); }
-    void PutDisplayAlerts(bool displayAlerts) override
-    {
-        m_object.put(L"DisplayAlerts", Variant::ofBoolean(displayAlerts));
-    }
+    std::unique_ptr<CellRange> Range(std::string_view address) override { return cells(L"Range", {asText(address)}); }
+    void PutVisible(bool visible) override { m_object.put(L"Visible", asFlag(visible)); }
+    void PutDisplayAlerts(bool displayAlerts) override { m_object.put(L"DisplayAlerts", asFlag(displayAlerts)); }
     void Quit() override
     {
         m_object.call(L"Quit");

@@ -95,7 +95,7 @@ std::string quoted(const wchar_t* member)
 template <typename Work>
 auto namingThePlace(std::string_view place, Work&& work)
 {
-    const automation::CallWatch::Call call;
+    const automation::WatchedCall call;
     try {
         return work();
     } catch (const CallFailure& failure) {
@@ -142,45 +142,43 @@ ExcelObject::~ExcelObject()
         m_references->release(m_key);
 }
 
-Variant ExcelObject::get(const wchar_t* property, const Arguments& arguments) const
+Variant ExcelObject::invoke(std::string_view place, std::vector<std::wstring> names, CallKind kind,
+                            const Arguments& arguments, LCID locale) const
 {
     const Dispatch& object = m_references->at(m_key);
-    return namingThePlace(quoted(property), [&] {
-        return object.invoke(object.identifiers({property}), arguments.empty() ? CallKind::Get : CallKind::GetItem,
-                             arguments);
+    return namingThePlace(place, [&] {
+        std::vector<DISPID> identifiers = object.identifiers(std::move(names));
+        if (kind == CallKind::Put)
+            identifiers.push_back(DISPID_PROPERTYPUT);
+        return object.invoke(identifiers, kind, arguments, locale);
     });
 }
 
-void ExcelObject::putIn(const wchar_t* property, Arguments arguments, LCID locale, std::string_view place) const
+Variant ExcelObject::get(const wchar_t* property, const Arguments& arguments) const
 {
-    const Dispatch& object = m_references->at(m_key);
-    namingThePlace(place, [&] {
-        object.invoke({object.identifiers({property}).front(), DISPID_PROPERTYPUT}, CallKind::Put, arguments, locale);
-    });
+    return invoke(quoted(property), {property}, arguments.empty() ? CallKind::Get : CallKind::GetItem, arguments);
 }
 
 void ExcelObject::put(const wchar_t* property, Variant value) const
 {
-    putIn(property, {std::move(value)}, automation::englishUnitedStates, quoted(property));
+    invoke(quoted(property), {property}, CallKind::Put, {std::move(value)});
 }
 
 void ExcelObject::putTyped(const wchar_t* property, Arguments arguments, std::string_view text,
                            std::string_view place) const
 {
     arguments.push_back(Variant::ofText(text));
-    putIn(property, std::move(arguments), m_references->typingLocale, place);
+    invoke(place, {property}, CallKind::Put, arguments, m_references->typingLocale);
 }
 
 Variant ExcelObject::call(const wchar_t* method, Arguments arguments, const NamedArguments& named) const
 {
-    const Dispatch& object = m_references->at(m_key);
     std::vector<std::wstring> names = {method};
     for (const auto& [name, value] : named) {
         names.push_back(name);
         arguments.push_back(value);
     }
-    return namingThePlace(
-        quoted(method), [&] { return object.invoke(object.identifiers(std::move(names)), CallKind::Call, arguments); });
+    return invoke(quoted(method), std::move(names), CallKind::Call, arguments);
 }
 
 Variant ExcelObject::converted(const wchar_t* property, VARTYPE type, const char* what) const

@@ -33,7 +33,7 @@ public:
 
 private:
     automation::Apartment m_apartment; // before, and so longer than, everything that calls
-    std::shared_ptr<automation::CallFilter> m_filter = automation::CallFilter::ofThisThread();
+    std::shared_ptr<void> m_filter = automation::filterCalls();
     std::map<Key, automation::Dispatch> m_objects;
     Key m_lastKey = 0;
 };
@@ -77,7 +77,11 @@ public:
     void endSession() { m_references->releaseAll(); }
 
 private:
-    void putIn(const wchar_t* property, automation::Arguments arguments, LCID locale, std::string_view place) const;
+    /// place  what a failure names
+    /// names  of the member and, after it, of its last arguments
+    automation::Variant invoke(std::string_view place, std::vector<std::wstring> names, automation::CallKind kind,
+                               const automation::Arguments& arguments,
+                               LCID locale = automation::englishUnitedStates) const;
     automation::Variant converted(const wchar_t* property, VARTYPE type, const char* what) const;
 
     std::shared_ptr<ExcelReferences> m_references;
