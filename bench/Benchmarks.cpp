@@ -1,8 +1,8 @@
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
 #include "drawing/DrawingFile.h"
-#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
+#include "tests/support/EmbeddedBuilds.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QApplication>
@@ -33,16 +33,17 @@ void repeated(benchmark::internal::Benchmark* benchmark)
         ->ReportAggregatesOnly();
 }
 
-/// The number of employees; 2730 is the most that 16-bit row numbers allow.
-void engineWhole(benchmark::State& state)
+/// A build without its windows. The number of employees; 2730 is the most that 16-bit row numbers allow.
+void wholeBuild(benchmark::State& state)
 {
     const test::TemporaryFolder folder;
-    writeBytesToFile(payrollTemplateFile(), folder / "template.xlt");
+    const test::ScopedEnvironment temp("TEMP", folder.path().string());
+    const test::EmbeddedBuilds builds;
     const PayrollData data = payroll(static_cast<int>(state.range(0)));
     for (auto _ : state)
-        benchmark::DoNotOptimize(engineJob(data, folder.path()));
+        std::filesystem::remove(builds.build(data).workbook);
 }
-BENCHMARK(engineWhole)->Arg(1)->Arg(25)->Arg(400)->Arg(2730)->Apply(repeated);
+BENCHMARK(wholeBuild)->Arg(1)->Arg(25)->Arg(400)->Arg(2730)->Apply(repeated);
 
 /// The picture of the used range, from the cells to the stored drawing.
 void picture(benchmark::State& state)
@@ -57,7 +58,7 @@ void picture(benchmark::State& state)
         writeBytesToFile(drawingFile(stubPicture(book)), folder / "picture.bmp");
     }
 }
-BENCHMARK(picture)->Arg(1)->Arg(25)->Arg(400)->Apply(repeated);
+BENCHMARK(picture)->Arg(1)->Arg(25)->Arg(400)->Arg(2730)->Apply(repeated);
 
 template <typename Work>
 double millisecondsOf(Work&& work)

@@ -4,8 +4,8 @@
 #include "app/base/Files.h"
 #include "bench/PayrollJob.h"
 #include "drawing/DrawingFile.h"
-#include "resources/PayrollTemplate.h"
 #include "settings/Settings.h"
+#include "tests/support/EmbeddedBuilds.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cstdio>
@@ -28,10 +28,10 @@ struct Job {
     std::function<void(const std::filesystem::path& folder)> work;
 };
 
-void engine(const std::filesystem::path& folder, int employees)
+void build(const std::filesystem::path& folder, int employees)
 {
-    writeBytesToFile(payrollTemplateFile(), folder / "template.xlt");
-    engineJob(payroll(employees), folder);
+    const test::ScopedEnvironment temp("TEMP", folder.string());
+    test::EmbeddedBuilds().build(payroll(employees));
 }
 
 void picture(const std::filesystem::path& folder)
@@ -49,9 +49,9 @@ void settings(const std::filesystem::path& folder)
 }
 
 const Job jobs[] = {
-    {"engine-1", [](const auto& folder) { engine(folder, 1); }},
-    {"engine-25", [](const auto& folder) { engine(folder, 25); }},
-    {"engine-400", [](const auto& folder) { engine(folder, 400); }},
+    {"build-1", [](const auto& folder) { build(folder, 1); }},
+    {"build-25", [](const auto& folder) { build(folder, 25); }},
+    {"build-400", [](const auto& folder) { build(folder, 400); }},
     {"picture-25", picture},
     {"settings-50", settings},
 };
