@@ -102,7 +102,7 @@ __asm__(".globl open, open64, write, pwrite, pwrite64, fsync, fdatasync, ftrunca
         ".set ftruncate64, failingFtruncate\n"
         ".set mkdir, failingMkdir\n"
         ".set rename, failingRename\n"
-        ".set unlink, failingUnlink\n"
+        ".set unlink, failingRemove\n"
         ".set remove, failingRemove\n");
 
 extern "C" {
@@ -140,11 +140,6 @@ int failingMkdir(const char* path, mode_t mode)
 int failingRename(const char* from, const char* to)
 {
     return refuses(to) ? -1 : real("rename", from, to);
-}
-
-int failingUnlink(const char* path)
-{
-    return refuses(path, true) ? -1 : real("unlink", path);
 }
 
 int failingRemove(const char* path)

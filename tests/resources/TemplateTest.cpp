@@ -1,7 +1,9 @@
+#include "app/base/Files.h"
 #include "drawing/TextBlock.h"
 #include "resources/PayrollTemplate.h"
-#include "workbook/engine/formula/CellEntry.h"
-#include "workbook/engine/formula/Recalculation.h"
+#include "tests/support/EmbeddedBuilds.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/workbook/BuildCases.h"
 #include "workbook/engine/picture/SheetPicture.h"
 #include "workbook/engine/xls/WorkbookFile.h"
 
@@ -11,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,82 +34,22 @@ CellAddress address(std::string_view text)
     return {area.firstRow, area.firstColumn};
 }
 
-TEST(Template, IsATemplateThatSaysWhereItComesFrom)
+TEST(Template, ComputesTheSampleEmployeeInACopyOfTheBlock)
 {
-    EXPECT_TRUE(payrollTemplate().isTemplate);
-    const auto bytes = payrollTemplateFile();
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    for (const char* part : {"Payroll workbook", "Wagemill"})
-        EXPECT_NE(text.find(part), std::string_view::npos) << part;
-}
-
-TEST(Template, InputCellsAreNotLockedAndFormulasAre)
-{
-    const Book book = payrollTemplate();
-    for (const auto& sheet : book.sheets)
-        for (const engine::Row& row : sheet->rows())
-            for (const engine::Cell& cell : row.cells)
-                if (cell.formula) {
-                    EXPECT_TRUE(book.styles.format(cell.format).locked) << sheet->name << cell.column;
-                }
-    const std::pair<std::size_t, const char*> inputs[] = {{0, "B4"}, {0, "J28"}, {0, "L4"}, {0, "M28"},
-                                                          {1, "B4"}, {1, "D28"}, {1, "H4"}, {1, "K28"},
-                                                          {1, "L2"}, {2, "C2"},  {2, "H3"}};
-    for (const auto& [sheet, place] : inputs)
-        EXPECT_FALSE(book.styles.format(book.sheets[sheet]->find(address(place))->format).locked) << place;
-}
-
-TEST(Template, ComputesTheSampleEmployeeAndACopyOfTheBlock)
-{
-    Book book = payrollTemplate();
-    // In the second slot, so that the copy of the block and not the block itself shows them.
-    const struct {
-        std::size_t sheet;
-        const char* place;
-        const char* text;
-    } inputs[] = {{0, "B5", "E118"},      {0, "C5", "Ned Hollister"},
-                  {0, "D5", "$15.00"},    {0, "E5", "Single"},
-                  {0, "F5", "2"},         {0, "G5", "10%"},
-                  {0, "H5", "15%"},       {0, "I5", "1%"},
-                  {0, "J5", "4%"},        {0, "L5", "$2.00"},
-                  {0, "M5", "$5.00"},     {1, "B5", "E118"},
-                  {1, "D5", "39"},        {1, "E5", "7"},
-                  {1, "F5", "15"},        {1, "G5", "8"},
-                  {1, "H5", "$10.25"},    {1, "K5", "$2.00"},
-                  {1, "L2", "3/31/2026"}, {2, "H15", "E118"}};
-    book.sheets[2]->copyRows(1, 11, 13);
-    for (const auto& [sheet, place, text] : inputs)
-        enterText(book, sheet, address(place), text, RegionalFormats{}, {2026, 3, 31});
-    engine::recalculate(book, {});
-
-    const std::pair<const char*, double> expected[] = {{"D15", 46112}, {"H17", 39},     {"D18", 15},    {"F18", 10.25},
-                                                       {"D19", 9.97},  {"F19", 149.55}, {"D20", 39.88}, {"F20", 99.70},
-                                                       {"D21", 2},     {"F21", 5},      {"H21", 997},   {"D22", 306.10},
-                                                       {"F22", 2},     {"H22", 308.10}, {"H23", 688.90}};
+    const test::TemporaryFolder folder;
+    const test::ScopedEnvironment temp("TEMP", folder.path().string());
+    PayrollData data = test::buildCases().front().data;
+    data.rows.insert(data.rows.begin(), EmployeeRow{}); // the block itself shows nobody
+    const auto workbook = test::EmbeddedBuilds().build(data).workbook;
+    const Book book = engine::xls::readWorkbook(readBytesFromFile(workbook), "built.xls");
+    const engine::Sheet& stubs = *book.sheets[2];
+    const std::pair<const char*, double> expected[] = {
+        {"D15", 46112}, {"H17", 39},   {"H18", 15},     {"H19", 7},     {"H20", 8},      {"D18", 15},
+        {"F18", 10.25}, {"D19", 9.97}, {"F19", 149.55}, {"D20", 39.88}, {"F20", 99.70},  {"D21", 2},
+        {"F21", 5},     {"H21", 997},  {"D22", 306.10}, {"F22", 2},     {"H22", 308.10}, {"H23", 688.90}};
     for (const auto& [place, amount] : expected)
-        EXPECT_NEAR(std::get<double>(book.sheets[2]->value(address(place))), amount, 1e-9) << place;
-    EXPECT_EQ(book.sheets[2]->value(address("F15")), engine::CellValue("Ned Hollister"));
-    // A rate takes its own percentage format only where the cell has none.
-    const auto& rate = book.styles.format(book.sheets[0]->find(address("G5"))->format);
-    EXPECT_EQ(book.styles.numberFormatCode(rate.numberFormat), "0%");
-}
-
-TEST(Template, PrintsListsOnePageWideAndWholeStubs)
-{
-    const Book book = payrollTemplate();
-    for (const std::size_t list : {0U, 1U}) {
-        const engine::PrintSetup& print = book.sheets[list]->print;
-        EXPECT_TRUE(print.fitToPages && print.landscape && print.pagesWide == 1 && print.pagesHigh == 0);
-    }
-    const engine::PrintSetup& stubs = book.sheets[2]->print;
-    EXPECT_FALSE(stubs.landscape || stubs.fitToPages) << "fitting ignores the page breaks";
-    ASSERT_GE(stubs.rowBreaks.size(), 6U) << "25 stubs fill seven pages";
-    for (const engine::PageBreak& pageBreak : stubs.rowBreaks)
-        EXPECT_EQ(pageBreak.at % 12, 0) << "a page begins with the row between two stubs";
-    std::string names;
-    for (const engine::DefinedName& name : book.names)
-        names += name.name + " of " + std::to_string(name.sheet.value()) + "; ";
-    EXPECT_EQ(names, "Print_Titles of 0; Print_Titles of 1; Print_Area of 2; ");
+        EXPECT_NEAR(std::get<double>(stubs.value(address(place))), amount, 1e-9) << place;
+    EXPECT_EQ(stubs.value(address("F15")), engine::CellValue("Ned Hollister"));
 }
 
 drawing::Drawing pictureOf(const Book& book, std::size_t sheet)
@@ -172,19 +113,6 @@ TEST(TemplateLayout, LongNamesAndTaxStatusesBreakIntoTheirRows)
     stubs.at(address("D5")).value = "Married filing jointly";
     stubs.at(address("C2")).value = std::string(255, 'W');
     expectFits(pictureOf(book, 2), 1);
-}
-
-TEST(TemplateLayout, HasAMarginOnEverySideOfTheStubsPicture)
-{
-    constexpr double margin = 5;
-    const drawing::Drawing picture = pictureOf(payrollTemplate(), 2);
-    const auto inside = [&](double x, double y) {
-        return x >= margin && y >= margin && x <= picture.width - margin && y <= picture.height - margin;
-    };
-    for (const auto& [area, color] : picture.fills)
-        EXPECT_TRUE(inside(area.left, area.top) && inside(area.left + area.width, area.top + area.height));
-    for (const auto& line : picture.lines)
-        EXPECT_TRUE(inside(line.x1, line.y1) && inside(line.x2, line.y2));
 }
 
 } // namespace

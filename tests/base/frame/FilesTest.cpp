@@ -115,16 +115,6 @@ TEST(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2);
 }
 
-TEST(Files, OfARunGoToTheFolderThatTempNames)
-{
-    const TemporaryFolder folder;
-    const ScopedEnvironment temp("TEMP", folder.path().string());
-    ensureTemporaryFolder();
-    EXPECT_EQ(inTemporaryFolder("/template.xlt"), folder / "template.xlt");
-    setProgramFolder("/opt/program");
-    EXPECT_EQ(besideProgram("/x/o.cjs"), fs::path("/opt/program/x/o.cjs"));
-}
-
 TEST(Files, OfARunWithoutTempGoToAPrivateFolderAndThoseOfKilledRunsAreRemoved)
 {
     const TemporaryFolder system;
@@ -152,19 +142,6 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolderAndThoseOfKilledRunsAreRemoved)
     EXPECT_EQ(permissionsOf(made), 0700);
     for (const auto& each : cases)
         EXPECT_EQ(!fileExists(system / each.name / "kvarno12345678.xls"), each.isRemoved) << each.name;
-}
-
-TEST(Files, OfOneFolderBelongToOneBuildAtATime)
-{
-    const TemporaryFolder folder;
-    const ScopedEnvironment temp("TEMP", folder.path().string());
-    auto lock = lockTemporaryFolder();
-    ASSERT_TRUE(lock);
-    EXPECT_FALSE(platform::tryToLockFolder(folder.path()));
-    lock.reset();
-    EXPECT_TRUE(lockTemporaryFolder());
-    const ScopedEnvironment nowhere("TEMP", (folder / "nothing").string());
-    EXPECT_FALSE(lockTemporaryFolder()); // whoever writes there says what is wrong
 }
 
 TEST(RandomWholeNumber, DrawsEveryNumberOfItsSpanAndNoOther)
