@@ -53,7 +53,7 @@ std::int16_t setUpScrollBar(QScrollBar& scrollBar, float pictureExtent, float vi
 {
     const ScrollRange range = scrollRange(pictureExtent - viewportExtent);
     scrollBar.setEnabled(range.unit != 0);
-    scrollBar.setPageStep(std::max(1, static_cast<int>(viewportExtent) / std::max<int>(1, range.unit)));
+    scrollBar.setPageStep(static_cast<int>(viewportExtent) / std::max<int>(1, range.unit));
     if (range.unit != 0) {
         scrollBar.setMaximum(range.maximum);
         scrollBar.setValue(0);

@@ -97,10 +97,8 @@ std::optional<std::shared_ptr<void>> tryToLockFolder(const fs::path& folder)
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
-    std::shared_ptr<int> lock(new int(descriptor), [](const int* held) {
-        ::close(*held);
-        delete held;
-    });
+    static char held; // the answer must point to something; what it owns is the descriptor
+    std::shared_ptr<void> lock(&held, [descriptor](void*) { ::close(descriptor); });
     if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0)
         return lock;
     if (errno == EWOULDBLOCK)

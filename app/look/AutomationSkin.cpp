@@ -5,7 +5,6 @@
 #include "app/base/text/WideText.h"
 
 #include <stdexcept>
-#include <utility>
 
 namespace wagemill {
 
@@ -39,11 +38,6 @@ automation::Variant AutomationSkin::invoke(const std::vector<DISPID>& ids, CallK
     }
 }
 
-void AutomationSkin::put(DISPID property, Variant value) const
-{
-    invoke({property, DISPID_PROPERTYPUT}, CallKind::Put, {std::move(value)});
-}
-
 void AutomationSkin::loadSkin(const std::filesystem::path& skinFile)
 {
     invoke({loadSkinIdentifier}, CallKind::Call, {Variant::ofText(skinFile.native()), Variant::ofText("")},
@@ -60,12 +54,12 @@ std::int32_t AutomationSkin::options() const
 
 void AutomationSkin::setOptions(std::int32_t options)
 {
-    put(optionsIdentifier, Variant::ofInt32(options));
+    invoke({optionsIdentifier, DISPID_PROPERTYPUT}, CallKind::Put, {Variant::ofInt32(options)});
 }
 
 void AutomationSkin::setFlag(int dispatchIdentifier, bool value)
 {
-    put(dispatchIdentifier, Variant::ofBoolean(value));
+    invoke({dispatchIdentifier, DISPID_PROPERTYPUT}, CallKind::Put, {Variant::ofBoolean(value)});
 }
 
 void AutomationSkin::applyWindow(std::uintptr_t windowHandle)

@@ -25,7 +25,6 @@ private:
     automation::Variant invoke(const std::vector<DISPID>& ids, automation::CallKind kind,
                                const automation::Arguments& arguments,
                                const std::string& failure = "The skinning control failed") const;
-    void put(DISPID property, automation::Variant value) const;
 
     automation::Dispatch m_control;
 };

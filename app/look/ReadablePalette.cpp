@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace wagemill {
 
@@ -11,14 +12,8 @@ constexpr double textContrast = 5; // thin letters with soft edges lose a tenth 
 constexpr double lineContrast = 3;
 constexpr int steps = 50; ///< from a colour to black or white
 
-/// `moving` is what gives way.
-struct Pair {
-    QPalette::ColorRole moving;
-    QPalette::ColorRole against;
-    double contrast;
-};
-
-constexpr Pair pairs[] = {
+/// What gives way, what is behind or before it, and the contrast.
+constexpr std::tuple<QPalette::ColorRole, QPalette::ColorRole, double> pairs[] = {
     {QPalette::WindowText, QPalette::Window, textContrast},
     {QPalette::WindowText, QPalette::Button, textContrast},
     {QPalette::ButtonText, QPalette::Button, textContrast},

@@ -58,14 +58,17 @@ QRectF inkOf(const Text& text, double scale = 1)
 
 TEST(DrawingPainter, DrawsFillsAndLinesSharpOnWhiteAtEveryScale)
 {
-    const Drawing picture = {.width = 101,
-                             .height = 51,
-                             .fills = {{{10, 10, 40, 20}, red}},
-                             .lines = {{0, 50, 100, 50}, {60, 0, 60, 50, LineStyle::Thick}}};
+    const Drawing picture = {
+        .width = 101,
+        .height = 51,
+        .fills = {{{10, 10, 40, 20}, red}},
+        .lines = {{0, 50, 100, 50}, {60, 10, 60, 30, LineStyle::Thick}, {80, 10, 80, 40, LineStyle::Dashed}}};
     const std::tuple<double, double, Qt::GlobalColor> points[] = {
         {5, 5, Qt::white},     {11, 11, Qt::red},     {48, 28, Qt::red},
         {52, 28, Qt::white},   {5, 50.4, Qt::black}, // the last row of pixels holds the bottom line
         {60.4, 25, Qt::black}, {61.4, 25, Qt::black}, {64, 25, Qt::white}, // a thick line is three pixels wide
+        {60.4, 5, Qt::white},  {60.4, 35, Qt::white}, {80.4, 11, Qt::black},
+        {80.4, 15, Qt::white}, {80.4, 17, Qt::black},
     };
     for (const double scale : {1.0, 1.5, 2.0}) {
         const QImage image = paintedPicture(picture, scale);

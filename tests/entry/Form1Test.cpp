@@ -212,9 +212,11 @@ TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)
     EXPECT_EQ(scrollBar->value(), 1);
     type("txtName(1)", "Bo");
     EXPECT_EQ(store.values["txtName1"], "Bo");
-    open(1);
-    EXPECT_FALSE(control<QScrollBar>("VScroll1")->isEnabled());
-    EXPECT_EQ(control<QLabel>("lblSerialNo(0)")->accessibleName(), "");
+    for (const auto& [rows, name] : {std::pair(1, ""), {2, "Serial Number : 1 of 2"}}) {
+        open(static_cast<std::int16_t>(rows));
+        EXPECT_EQ(control<QScrollBar>("VScroll1")->isEnabled(), rows > 1);
+        EXPECT_EQ(control<QLabel>("lblSerialNo(0)")->accessibleName(), name);
+    }
 }
 
 /// Asks every control for its children and, as screen readers do while windows change, for more than there are.

@@ -118,6 +118,8 @@ TEST_F(Form2Test, SetsRangesWhenFirstActive)
                   control<QWidget>("PushButton1").mapTo(&form, QPoint()).y());
     EXPECT_EQ(horizontal().maximum(), 60);
     EXPECT_EQ(vertical().maximum(), 125) << "the window is made 5 units lower";
+    EXPECT_EQ(horizontal().pageStep(), viewport().width() / unit);
+    EXPECT_EQ(vertical().pageStep(), viewport().height() / unit / 10);
     EXPECT_TRUE(horizontal().isEnabled() && vertical().isEnabled());
     horizontal().setValue(7);
     vertical().setValue(5);
