@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <cmath>
 #include <span>
 #include <stdexcept>
@@ -77,7 +78,7 @@ double devicePixelRatio(const QImage& picture)
 {
     const double dotsInch = std::round(picture.dotsPerMeterX() / inchesInMetre);
     const double ratio = dotsInch / dotsInchOfRatioOne;
-    return ratio >= 1 && ratio <= 4 ? ratio : 1;
+    return ratio > 4 ? 1 : std::max(1.0, ratio);
 }
 
 std::span<const std::byte> bytesOf(const QByteArray& bytes)

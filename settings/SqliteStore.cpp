@@ -152,7 +152,7 @@ private:
     static int waitForOther(void* store, int /*waits*/)
     {
         std::this_thread::sleep_for(1ms);
-        return std::chrono::steady_clock::now() < static_cast<SqliteStore*>(store)->m_waitUntil ? 1 : 0;
+        return static_cast<int>(std::chrono::steady_clock::now() < static_cast<SqliteStore*>(store)->m_waitUntil);
     }
 
     /// Throws, and lets the next use open the database again: what stopped this one may have passed. A damaged file is

@@ -128,15 +128,11 @@ TEST_F(EntryKeys, LosesNothingToEscape)
 
 TEST_F(EntryKeys, EntersTheDecimalSignOfTheRegionByTheKeypad)
 {
-    formats.decimalSeparator = "\xD9\xAB";
+    formats.decimalSeparator = "٫";
     open();
     const std::tuple<const char*, Qt::Key, const char*, const char*> cases[] = {
-        {"txtHourlyWage(0)", Qt::Key_Period, ".",
-         "12\xD9\xAB"
-         "5"},
-        {"txtOT(0)", Qt::Key_Comma, ",",
-         "12\xD9\xAB"
-         "5"},
+        {"txtHourlyWage(0)", Qt::Key_Period, ".", "12٫5"},
+        {"txtOT(0)", Qt::Key_Comma, ",", "12٫5"},
         {"txtName(0)", Qt::Key_Period, ".", "12.5"},
         {"txtHourlyWage(0)", Qt::Key_Delete, "", "125"}, // while NumLock is off
     };

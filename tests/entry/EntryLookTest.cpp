@@ -128,6 +128,7 @@ TEST_F(EntryLook, FitsTheUsualScreensAndOneGrid)
     const auto* const content = static_cast<EntryArea*>(area());
     const QSize bar(area()->verticalScrollBar()->sizeHint().width(),
                     area()->horizontalScrollBar()->sizeHint().height());
+    EXPECT_EQ(content->sizeWithin(content->sizeHint()), content->sizeHint());
     EXPECT_EQ(content->sizeWithin({9999, 300}), QSize(content->sizeHint().width() + bar.width(), 300));
     EXPECT_EQ(content->sizeWithin({300, 9999}), QSize(300, content->sizeHint().height() + bar.height()));
     form->resize(800 - 8, 480 - 40);

@@ -189,6 +189,7 @@ TEST_F(Form1Test, ReportsTheFieldsOfFurtherEmployeesTogether)
     store.locked = true;
     EXPECT_EQ(report(), begin + "Employee Id to employee 25, Other Deduction: The settings are locked.");
     EXPECT_EQ(messages.shown.size(), 2 + rowFields.size() + 1) << "the first employee's are reported one by one";
+    EXPECT_EQ(messages.failedSteps().front(), 60);
 }
 
 TEST_F(Form1Test, ScrollsTheRowOfTheFocusedFieldToTheTop)

@@ -48,9 +48,9 @@ TEST_F(WindowPointerTest, HoveringChoosesTheMode)
 {
     pointer.loadHandCursor(handFile);
     const std::pair<QPoint, PointerMode> moves[] = {
-        // the last from button to button
-        {{20, 20}, PointerMode::Hand},  {{200, 150}, PointerMode::Arrow}, {{20, 20}, PointerMode::Hand},
-        {{20, 70}, PointerMode::Arrow}, {{20, 20}, PointerMode::Hand},    {{100, 20}, PointerMode::Hand},
+        {{20, 20}, PointerMode::Hand}, // the last from button to button
+        {{200, 150}, PointerMode::Arrow}, {{20, 70}, PointerMode::Arrow},
+        {{20, 20}, PointerMode::Hand},    {{100, 20}, PointerMode::Hand},
     };
     for (const auto& [at, expected] : moves) {
         moveTo(at);

@@ -21,8 +21,8 @@ TEST(LoadPicture, TakesMoreDotsAnInchAsSharpness)
 {
     const TemporaryFolder folder;
     const std::pair<int, double> cases[] = {
-        {3780, 1}, {7559, 2},  {5669, 1.5}, {11339, 3}, // 96, 192, 144 and 288 dots an inch
-        {2835, 1}, {40000, 1},                          // 72 is no reason to enlarge, 1016 is no screen
+        {3780, 1}, {5669, 1.5}, {7559, 2}, {11339, 3}, {15118, 4}, // 96, 144, 192, 288 and 384 dots an inch
+        {2835, 1}, {40000, 1},                                     // 72 is no reason to enlarge, 1016 is no screen
     };
     for (const auto& [dotsPerMetre, ratio] : cases) {
         QImage image(200, 100, QImage::Format_RGB32);
