@@ -174,7 +174,7 @@ struct EmbeddedSession {
         requireRunning();
         return asApplication([&] {
             OpenBook whole = {engine::xls::readWorkbook(readOwnFile(toPath(path)), path)};
-            const auto opened = std::make_shared<OpenBook>(std::move(whole));
+            auto opened = std::make_shared<OpenBook>(std::move(whole));
             books.push_back(opened);
             activeBook = opened;
             if (displayAlerts)

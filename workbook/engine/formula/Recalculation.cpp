@@ -177,13 +177,13 @@ private:
             return m_gaveUp ? 0 : assign(evaluator, m_formulas[index], answer);
         };
         std::sort(m_circular.begin() + static_cast<std::ptrdiff_t>(last.circlesBefore), m_circular.end());
-        for (int turn = 0; turn < m_book.iteration.maxTurns && m_rowsLeft > 0; ++turn) {
+        for (int turn = 0; turn < m_book.iteration.maxTurns && m_rowsLeft > 0 && !m_gaveUp; ++turn) {
             const std::size_t before = m_computed.rowsRead();
             double change = refine(last.formula);
-            for (std::size_t i = last.circlesBefore; i < m_circular.size() && !m_gaveUp; ++i)
+            for (std::size_t i = last.circlesBefore; i < m_circular.size(); ++i)
                 change = std::max(change, refine(m_circular[i]));
             m_rowsLeft -= std::min(m_rowsLeft, m_computed.rowsRead() - before);
-            if (m_gaveUp || change < m_book.iteration.maxChange)
+            if (change < m_book.iteration.maxChange)
                 return;
         }
     }
