@@ -38,12 +38,9 @@ bool isTyped(const QEvent& event)
 /// The widget that a press on `pressed` would give the focus to, null when there is none.
 QWidget* focusTargetOfPress(QWidget* pressed)
 {
-    for (QWidget* widget = pressed; widget != nullptr; widget = widget->parentWidget()) {
+    for (QWidget* widget = pressed; widget != nullptr; widget = widget->parentWidget())
         if (widget->isEnabled() && (widget->focusPolicy() & Qt::ClickFocus) == Qt::ClickFocus)
-            return widget->focusProxy() != nullptr ? widget->focusProxy() : widget;
-        if (widget->isWindow())
-            break;
-    }
+            return widget;
     return nullptr;
 }
 

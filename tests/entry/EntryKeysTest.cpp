@@ -25,6 +25,7 @@ TEST_F(EntryKeys, AsksAboutARefusedNumberOnceForEveryMoveInsideTheWindow)
         {"Tab", [&] { pressTab(); }, true},
         {"click elsewhere", [&] { clickOn(field("txtName(0)")); }, true},
         {"button", [&] { click("PushButton22"); }, true},
+        {"calendar", [&] { clickOn(control<QWidget>("calendarButton")); }, true},
         {"another program", [] { leaveForAnotherProgram(); }, false},
         {"close", [&] { form->close(); }, false},
         {"access key of a button", [&] { press(Qt::Key_S, Qt::AltModifier); }, true},
