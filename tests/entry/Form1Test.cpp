@@ -144,6 +144,7 @@ TEST_F(Form1Test, ShowsTheBeginningOfALongTextThatIsLeftAndTheWholeInAToolTip)
         {"txtEmployeeID(0)", longName}, {"txtName(0)", longName}, {"txtTaxStatus(0)", ""}};
     for (const auto& [name, tip] : cases) {
         EXPECT_EQ(field(name)->cursorPosition(), 0) << name;
+        EXPECT_FALSE(field(name)->hasSelectedText()) << name;
         QHelpEvent hover(QEvent::ToolTip, {5, 5}, field(name)->mapToGlobal(QPoint(5, 5)));
         QApplication::sendEvent(field(name), &hover);
         EXPECT_TRUE(QTest::qWaitFor([expected = tip] {

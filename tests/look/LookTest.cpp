@@ -1,6 +1,7 @@
 #include "app/look/Look.h"
 
 #include "app/base/Files.h"
+#include "app/look/Controls.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -8,6 +9,7 @@
 #include <QCoreApplication>
 #include <QFrame>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
@@ -132,6 +134,15 @@ TEST_F(LookTest, ASkinIsAStyleSheetAndAnotherIsReportedAtOnce)
     putSkin("QLineEdit { min-height: 77px; }");
     applyMainWindowSkin(on.window, styleSheet.get());
     EXPECT_GE(on.textField.minimumSizeHint().height(), 77);
+}
+
+TEST(ScrollBar, ShowsNoThumbWhileItIsDisabled)
+{
+    ScrollBar bar(Qt::Vertical);
+    bar.setEnabled(false);
+    const QImage atTheTop = bar.grab().toImage();
+    bar.setValue(bar.maximum());
+    EXPECT_EQ(bar.grab().toImage(), atTheTop);
 }
 
 TEST(Title, LosesItsLastWordAndMoreWhileItIsTooLong)
