@@ -110,18 +110,6 @@ void keepStubsOnPaper(const fs::path& workbook, std::uint16_t paper)
     writeBytesToFile(engine::xls::writeWorkbook(book, engine::xls::FileKind::Workbook), workbook);
 }
 
-/// A company name of 255 letters, and names that take four lines.
-void lengthenNames(PayrollData& data)
-{
-    constexpr std::size_t longest = 255;
-    while (data.header.companyName.size() < longest)
-        data.header.companyName += " Shipwrights, Sailmakers & Chandlers of the Northern Harbours";
-    data.header.companyName.resize(longest);
-    for (EmployeeRow& row : data.rows)
-        row.texts[rowFieldIndex("txtName")] =
-            "Maximiliana Bartholomea Featherstonehaugh-Cholmondeley van den Oudenhoven Junior";
-}
-
 /// The stubs of some numbers of employees on two papers, and beside each workbook NAME.pdf, as the preview's print
 /// button makes it.
 void printStubs(const fs::path& folder)
@@ -136,10 +124,16 @@ void printStubs(const fs::path& folder)
              {std::pair{"1", 1U}, {"4", 4U}, {"5", 5U}, {"25", 25U}, {"long-names", 25U}}) {
             PayrollData data = std::ranges::find(cases, "employees-25", &test::BuildCase::name)->data;
             data.rows.resize(employees);
-            for (EmployeeRow& row : data.rows) // an empty answer of a lookup is shown as 0 or not at all
+            const bool isLong = name == std::string("long-names");
+            while (isLong && data.header.companyName.size() < 200)
+                data.header.companyName += " Shipwrights, Sailmakers & Chandlers of the Northern Harbours";
+            for (EmployeeRow& row : data.rows) {
+                // an empty answer of a lookup is shown as 0 or not at all
                 row.texts[rowFieldIndex("txtTaxStatus")] = row.texts[rowFieldIndex("txtFedAllowance")] = "3";
-            if (name == std::string("long-names"))
-                lengthenNames(data);
+                if (isLong) // four lines
+                    row.texts[rowFieldIndex("txtName")] =
+                        "Maximiliana Bartholomea Featherstonehaugh-Cholmondeley van den Oudenhoven Junior";
+            }
             const fs::path workbook = folder / (std::string(name) + "-" + paperName + ".xls");
             fs::rename(builds.build(data).workbook, workbook);
             keepStubsOnPaper(workbook, static_cast<std::uint16_t>(paper));

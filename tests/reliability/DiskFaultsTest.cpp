@@ -20,6 +20,7 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -195,20 +196,6 @@ protected:
                !engine::xls::readWorkbook(readOwnFile(built.workbook), "built.xls").sheets.empty();
     }
 
-    /// Puts what is not ours under a name of ours; false when this user cannot.
-    bool plant(const std::string& kind, const fs::path& path) const
-    {
-        if (kind == "link")
-            return ::symlink(victim.c_str(), path.c_str()) == 0;
-        if (kind == "hard link")
-            return ::link(victim.c_str(), path.c_str()) == 0;
-        if (kind == "pipe")
-            return ::mkfifo(path.c_str(), 0666) == 0;
-        if (kind == "folder")
-            return ::mkdir(path.c_str(), 0777) == 0;
-        return ::getuid() == 0 && fs::copy_file(victim, path) && ::chmod(path.c_str(), 0666) == 0;
-    }
-
     TemporaryFolder folder;
     fs::path shared = folder / "shared";
     fs::path victim = folder / "victim";
@@ -236,12 +223,21 @@ TEST_F(BuildFaults, OfAPlantedObjectMakeNobodyReadOrWriteOrWaitForIt)
     plantedPicture.back() ^= std::byte{1}; // not quite the one that is to be shown
     const auto resource = payrollTemplateFile();
     const std::vector<std::byte> workbook(resource.begin(), resource.end());
-    for (const std::string kind : {"link", "hard link", "pipe", "folder", "file of another user"})
+    // What is not ours, under a name of ours; false when this user cannot make it.
+    const std::pair<const char*, std::function<bool(const char*)>> kinds[] = {
+        {"link", [&](const char* path) { return ::symlink(victim.c_str(), path) == 0; }},
+        {"hard link", [&](const char* path) { return ::link(victim.c_str(), path) == 0; }},
+        {"pipe", [](const char* path) { return ::mkfifo(path, 0666) == 0; }},
+        {"folder", [](const char* path) { return ::mkdir(path, 0777) == 0; }},
+        {"file of another user",
+         [&](const char* path) { return ::getuid() == 0 && fs::copy_file(victim, path) && ::chmod(path, 0666) == 0; }},
+    };
+    for (const auto& [kind, plant] : kinds)
         for (const std::string name : {"template.xlt", "kvarno11111111.xls", "temp.bmp"}) {
-            SCOPED_TRACE(kind + " as " + name);
+            SCOPED_TRACE(kind + (" as " + name));
             const auto& bytes = name == "temp.bmp" ? plantedPicture : workbook;
             empty(bytes);
-            if (!plant(kind, shared / name)) {
+            if (!plant((shared / name).c_str())) {
                 std::cout << "Skipped: this user cannot make a " << kind << '\n';
                 continue;
             }

@@ -22,14 +22,17 @@ namespace {
 
 constexpr std::array fourBytes = {std::byte{1}, std::byte{2}, std::byte{3}, std::byte{4}};
 
+struct Files : testing::Test {
+    TemporaryFolder folder;
+};
+
 int permissionsOf(const fs::path& path)
 {
     return static_cast<int>(fs::status(path).permissions());
 }
 
-TEST(Files, ExistIncludesFoldersButNotDanglingLinks)
+TEST_F(Files, ExistIncludesFoldersButNotDanglingLinks)
 {
-    const TemporaryFolder folder;
     fs::create_symlink(folder / "nothing", folder / "dangling");
     EXPECT_TRUE(fileExists(folder.path()));
     EXPECT_FALSE(fileExists(folder / "nothing"));
@@ -37,9 +40,8 @@ TEST(Files, ExistIncludesFoldersButNotDanglingLinks)
     EXPECT_FALSE(fileExists(""));
 }
 
-TEST(Files, AreDeletedQuietlyEvenWhenReadOnlyAndALinkLosesOnlyItself)
+TEST_F(Files, AreDeletedQuietlyEvenWhenReadOnlyAndALinkLosesOnlyItself)
 {
-    const TemporaryFolder folder;
     int pumped = 0;
     setWindowEventPump([&] { ++pumped; });
     writeBytesToFile(fourBytes, folder / "target");
@@ -57,9 +59,8 @@ TEST(Files, AreDeletedQuietlyEvenWhenReadOnlyAndALinkLosesOnlyItself)
     EXPECT_EQ(left, (std::set<fs::path>{"folder", "target"}));
 }
 
-TEST(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
+TEST_F(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
 {
-    const TemporaryFolder folder;
     writeBytesToFile(std::vector<std::byte>(6, std::byte{9}), folder / "file");
     writeBytesToFile(fourBytes, folder / "file");
     const auto bytes = readBytesFromFile(folder / "file");
@@ -68,9 +69,8 @@ TEST(Files, AreWrittenFromTheFirstByteOnAndForTheirOwnerAlone)
     EXPECT_EQ(permissionsOf(folder / "file"), 0600);
 }
 
-TEST(Files, TouchNothingButAPlainFileOfTheUsersOwn)
+TEST_F(Files, TouchNothingButAPlainFileOfTheUsersOwn)
 {
-    const TemporaryFolder folder;
     fs::create_symlink(folder / "elsewhere", folder / "link");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     writeBytesToFile(fourBytes, folder / "file");
@@ -89,9 +89,8 @@ TEST(Files, TouchNothingButAPlainFileOfTheUsersOwn)
                   "Cannot read the file \"" + path.string() + "\": it is not a plain file.");
 }
 
-TEST(Files, SayWhatFailedOnWhichFileAndWhy)
+TEST_F(Files, SayWhatFailedOnWhichFileAndWhy)
 {
-    const TemporaryFolder folder;
     const fs::path file = folder / "no folder" / "file";
     const std::string reason = " the file \"" + file.string() + "\": No such file or directory.";
     EXPECT_EQ(failureOf([&] { writeBytesToFile(fourBytes, file); }), "Cannot write" + reason);
@@ -100,9 +99,8 @@ TEST(Files, SayWhatFailedOnWhichFileAndWhy)
     EXPECT_EQ(failureOf([&] { readOwnFile(file); }), "Cannot read" + reason);
 }
 
-TEST(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
+TEST_F(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
 {
-    const TemporaryFolder folder;
     fs::create_symlink(folder / "elsewhere", folder / "link");
     const mode_t mask = ::umask(027);
     writeWholeFile(fourBytes, folder / "link", FileLife::Temporary);
@@ -115,10 +113,9 @@ TEST(Files, WrittenWholeReplaceLinksAndHaveThePermissionsOfTheirLife)
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2);
 }
 
-TEST(Files, OfARunWithoutTempGoToAPrivateFolderAndThoseOfKilledRunsAreRemoved)
+TEST_F(Files, OfARunWithoutTempGoToAPrivateFolderAndThoseOfKilledRunsAreRemoved)
 {
-    const TemporaryFolder system;
-    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", system.path().string());
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.path().string());
     const ScopedEnvironment temp("TEMP", std::nullopt);
     const struct {
         const char* name;
@@ -131,17 +128,17 @@ TEST(Files, OfARunWithoutTempGoToAPrivateFolderAndThoseOfKilledRunsAreRemoved)
         {"wagemill-backup", fs::perms::owner_all, false},
     };
     for (const auto& each : cases) {
-        fs::create_directory(system / each.name);
-        fs::permissions(system / each.name, each.permissions);
-        writeBytesToFile(fourBytes, system / each.name / "kvarno12345678.xls");
+        fs::create_directory(folder / each.name);
+        fs::permissions(folder / each.name, each.permissions);
+        writeBytesToFile(fourBytes, folder / each.name / "kvarno12345678.xls");
     }
-    const auto living = platform::tryToLockFolder(system / cases[0].name);
+    const auto living = platform::tryToLockFolder(folder / cases[0].name);
     ensureTemporaryFolder();
     const fs::path made = inTemporaryFolder("");
-    EXPECT_EQ(made.parent_path(), system.path());
+    EXPECT_EQ(made.parent_path(), folder.path());
     EXPECT_EQ(permissionsOf(made), 0700);
     for (const auto& each : cases)
-        EXPECT_EQ(!fileExists(system / each.name / "kvarno12345678.xls"), each.isRemoved) << each.name;
+        EXPECT_EQ(!fileExists(folder / each.name / "kvarno12345678.xls"), each.isRemoved) << each.name;
 }
 
 TEST(RandomWholeNumber, DrawsEveryNumberOfItsSpanAndNoOther)
