@@ -2,7 +2,7 @@
 
 readonly buildPackages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libsqlite3-dev fonts-liberation)
 readonly desktopPackages=(xvfb openbox xdotool imagemagick dbus at-spi2-core python3 python3-pyatspi)
-readonly testPackages=(libgtest-dev python3 desktop-file-utils appstream)
+readonly testPackages=(libgtest-dev python3)
 readonly packagingPackages=(dpkg-dev rpm lintian desktop-file-utils appstream)
 readonly benchmarkPackages=(libbenchmark-dev valgrind)
 readonly judgePackages=(libreoffice-calc python3-uno gnumeric poppler-utils)

@@ -59,21 +59,19 @@ drawing::Drawing pictureOf(const Book& book, std::size_t sheet)
 
 /// No word is broken and no line cut.
 /// lineHeight  in sizes of the font; that of other programs is up to a quarter more
-void expectFits(const drawing::Text& text, const drawing::Font& font, double lineHeight)
-{
-    const double width = text.room.width - 2 * drawing::textPadding - text.indent * drawing::indentWidth;
-    const QString words = QString::fromStdString(text.text);
-    const TextBlock block = textBlock(words, drawnFont(font), width, text.wrap);
-    for (const QString& word : words.split(QRegularExpression("[\\s-]"), Qt::SkipEmptyParts))
-        EXPECT_TRUE(text.shrink || textBlock(word, drawnFont(font), 0, false).width <= width) << text.text;
-    EXPECT_TRUE(text.shrink || block.width <= width) << text.text;
-    EXPECT_LE(block.layout->lineCount() * lineHeight * font.heightTwips / twipsPerPixel, text.cell.height) << text.text;
-}
-
 void expectFits(const drawing::Drawing& picture, double lineHeight = 1.25)
 {
-    for (const drawing::Text& text : picture.texts)
-        expectFits(text, picture.fonts.at(text.font), lineHeight);
+    for (const drawing::Text& text : picture.texts) {
+        const drawing::Font& font = picture.fonts.at(text.font);
+        const double width = text.room.width - 2 * drawing::textPadding - text.indent * drawing::indentWidth;
+        const QString words = QString::fromStdString(text.text);
+        const TextBlock block = textBlock(words, drawnFont(font), width, text.wrap);
+        for (const QString& word : words.split(QRegularExpression("[\\s-]"), Qt::SkipEmptyParts))
+            EXPECT_TRUE(text.shrink || textBlock(word, drawnFont(font), 0, false).width <= width) << text.text;
+        EXPECT_TRUE(text.shrink || block.width <= width) << text.text;
+        EXPECT_LE(block.layout->lineCount() * lineHeight * font.heightTwips / twipsPerPixel, text.cell.height)
+            << text.text;
+    }
 }
 
 /// Amounts up to a million, also below zero, in all the cells that show one.
