@@ -1,20 +1,18 @@
+#include "tests/support/EmbeddedBuilds.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/LongForm.h"
 #include "tests/support/RecordedMessages.h"
-#include "tests/support/RecordedWindows.h"
 #include "tests/workbook/BuildCases.h"
 
 #include "app/base/Dispatch.h"
 #include "app/base/Files.h"
 #include "app/base/PlatformFiles.h"
-#include "app/base/RandomNumber.h"
 #include "app/base/WindowsHandle.h"
 #include "app/base/text/WideText.h"
 #include "app/look/UserRegion.h"
 #include "drawing/DrawingFile.h"
 #include "preview/Metafile.h"
 #include "resources/PayrollTemplate.h"
-#include "workbook/embedded/EmbeddedApplication.h"
 #include "workbook/engine/Book.h"
 #include "workbook/engine/xls/WorkbookFile.h"
 #include "workbook/excel/CallWatch.h"
@@ -140,24 +138,18 @@ protected:
         return std::make_unique<EmbeddedApplication>(regionalFormatsOf(locale), m_engineClipboard);
     }
 
-    /// Builds, and looks whether the windows are usable then, and nothing that is needed no more is left.
-    std::unique_ptr<RecordedWindows> build(const PayrollData& data, SpreadsheetPlatform spreadsheet)
+    EmbeddedBuilds::Built build(const PayrollData& data, SpreadsheetPlatform spreadsheet)
     {
         messages.shown.clear();
-        BuildServices services;
-        services.spreadsheet = std::move(spreadsheet);
-        services.templateResource = payrollTemplateFile;
-        services.randomNumber = randomWholeNumber;
-        auto windows = std::make_unique<RecordedWindows>();
-        buildPayrollWorkbook(data, *windows, services);
-        EXPECT_EQ(windows->calls.at(windows->calls.size() - 2), "unfreeze");
-        EXPECT_EQ(windows->calls.back(), "arrow");
+        EmbeddedBuilds builds;
+        builds.services.spreadsheet = std::move(spreadsheet);
+        const auto built = builds.build(data);
         EXPECT_FALSE(fileExists(folder / "template.xlt") || fileExists(folder / "temp.bmp"));
         EXPECT_TRUE(areAllExcelsGone());
-        return windows;
+        return built;
     }
 
-    std::unique_ptr<RecordedWindows> buildThroughExcel(const PayrollData& data, const Behaviours& behaviours)
+    EmbeddedBuilds::Built buildThroughExcel(const PayrollData& data, const Behaviours& behaviours)
     {
         const auto createSession = [&, next = behaviours.begin()]() mutable {
             return excelSession(next == behaviours.end() ? "" : *next++);
@@ -171,10 +163,10 @@ protected:
         const auto through = buildThroughExcel(data, behaviours);
         EXPECT_EQ(messages.texts(), std::vector<std::string>());
         const auto direct = build(data, {[this] { return engineSession(); }, &m_engineClipboard});
-        ASSERT_FALSE(through->workbook.empty() || through->picture.empty());
-        EXPECT_TRUE(contentOf(through->workbook) == contentOf(direct->workbook));
-        const drawing::Drawing expected = readDrawingFile(direct->picture);
-        const QSizeF size = checkedMetafileSize(through->picture);
+        ASSERT_FALSE(through.workbook.empty() || through.picture.empty());
+        EXPECT_TRUE(contentOf(through.workbook) == contentOf(direct.workbook));
+        const drawing::Drawing expected = readDrawingFile(direct.picture);
+        const QSizeF size = checkedMetafileSize(through.picture);
         EXPECT_NEAR(size.width(), expected.width, 1);
         EXPECT_NEAR(size.height(), expected.height, 1);
     }
@@ -247,19 +239,18 @@ TEST_F(ExcelTest, AnswersWhatTheEngineAnswers)
     EXPECT_EQ(answersOf(*excelSession(), path), answersOf(*engineSession(), path));
 }
 
-TEST_F(ExcelTest, LetsNoWindowEventRunDuringACall)
+TEST_F(ExcelTest, LetsNoWindowEventRunWhileItIsBusy)
 {
     static int events = 0;
-    const UINT_PTR timer = ::SetTimer(nullptr, 0, 10, [](HWND, UINT, UINT_PTR, DWORD) { ++events; });
-    const auto session = excelSession("slow=200");
+    const TIMERPROC count = [](HWND, UINT, UINT_PTR, DWORD) { ++events; };
+    ::PostMessageW(nullptr, WM_TIMER, 0, reinterpret_cast<LPARAM>(count)); // calls it when it is dispatched
+    const auto session = excelSession("busy=each busyfor=200");
     EXPECT_EQ(session->Version(), "16.0");
-    session->PutVisible(false);
     EXPECT_EQ(events, 0);
     MSG message = {};
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
         ::DispatchMessageW(&message);
-    EXPECT_GT(events, 0);
-    ::KillTimer(nullptr, timer);
+    EXPECT_EQ(events, 1);
 }
 
 HWND shownWindow(const wchar_t* title)

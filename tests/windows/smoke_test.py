@@ -13,7 +13,7 @@ import subprocess
 import sys
 import time
 
-from wine import StepFailed, WineDesktop
+from wine import WineDesktop, expect
 
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wagemill"
 KEY = r"HKCU\Software\VB and VBA Program Settings\Quellory\Wagemill"
@@ -30,26 +30,25 @@ FOLDER = "Löhne Ж"  # holds letters that no code page of one byte has side by 
 STUB_BLUE = "#1B4F72"  # "accent" of the template
 
 
-class Windows:
+class Windows(WineDesktop):
     """What the scenarios do with the program."""
 
     def __init__(self, folder, program, tools):
+        super().__init__(os.path.join(folder, "wine"), os.path.join(folder, "failure.png"))
         self.folder, self.program, self.tools = folder, program, tools
-        self.desktop = WineDesktop(os.path.join(folder, "wine"), os.path.join(folder, "failure.png"))
-        self.process = None
 
     def start(self, **environment):
-        self.process = self.desktop.start_program(self.program, **environment)
+        self.process = self.start_program(self.program, **environment)
 
     def entry_window(self):
-        window = self.desktop.window(TITLE, 60)
-        self.desktop.wait_for(lambda: self.desktop.size_of(window)[0] > 600, "the entry window in its size")
+        window = self.window(TITLE, 60)
+        self.wait_for(lambda: self.size_of(window)[0] > 600, "the entry window in its size")
         self.settled(window, "entry")
         return window
 
     def picture(self, window, name):
         path = os.path.join(self.folder, f"{name}.png")
-        self.desktop.screenshot(path, window)
+        self.screenshot(path, window)
         return path
 
     def settled(self, window, name):
@@ -60,35 +59,37 @@ class Windows:
             before = pixels()
             time.sleep(0.2)
             return before == pixels() and any(before)  # an undrawn window is black
-        self.desktop.wait_for(is_settled, f"the screen to settle ({name})")
+        self.wait_for(is_settled, f"the screen to settle ({name})")
 
     def stored(self, name):
         """Kind and text of a setting, as the system's own tool lists them; None when there is none."""
-        code, output = self.desktop.run("reg", "query", KEY, "/v", name)
+        code, output = self.run("reg", "query", KEY, "/v", name)
         found = re.search(rf"^ +{name} +(REG_\w+) {{4}}(.*)$", output, re.MULTILINE)
         return found.groups() if code == 0 and found else None
 
     def expect_stored(self, name, text):
-        self.desktop.wait_for(lambda: self.stored(name) == ("REG_SZ", text), f"{name} to be \"{text}\" in the registry")
+        self.wait_for(lambda: self.stored(name) == ("REG_SZ", text), f"{name} to be \"{text}\" in the registry")
 
     def clipboard_text(self):
-        return self.desktop.run(os.path.join(self.tools, "clipboard_text.exe"))[1]
+        return self.run(os.path.join(self.tools, "clipboard_text.exe"))[1]
 
     def expect_copied(self, is_expected, what):
         """Presses Ctrl+C until that puts the expected text on the clipboard."""
         def copied():
-            self.desktop.key("ctrl+c")
+            self.key("ctrl+c")
             return self.clipboard_text()
-        self.desktop.wait_for(lambda: is_expected(copied()), what)
+        self.wait_for(lambda: is_expected(copied()), what)
+
+    def name_file(self, dialog, path):
+        self.window(dialog, 30)
+        self.settled(None, dialog)
+        self.key("ctrl+a")
+        self.type(path)
+        self.key("Return")
 
     def expect_end(self):
         code = self.process.wait(20)
         expect(code == 0, f"the program ended with {code}")
-
-
-def expect(condition, what):
-    if not condition:
-        raise StepFailed(what)
 
 
 def blue_pixels(picture):
@@ -102,86 +103,73 @@ def blue_pixels(picture):
 
 def ends_with_its_message_without_excel(windows):
     windows.start()
-    windows.desktop.window(MESSAGE_TITLE, 60)
+    windows.window(MESSAGE_TITLE, 60)
     windows.picture(None, "missing-application")
     windows.expect_copied(lambda text: MISSING_APPLICATION in text, "the message")
-    expect(not windows.desktop.is_shown(TITLE), "the entry window shows although there is no Excel")
-    windows.desktop.key("Return")
+    expect(not windows.is_shown(TITLE), "the entry window shows although there is no Excel")
+    windows.key("Return")
     windows.expect_end()
 
 
 def stores_what_is_typed_and_shows_what_is_stored(windows):
-    windows.desktop.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
+    windows.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
     windows.start(WAGEMILL_SPREADSHEET="embedded")
     entry = windows.entry_window()
-    windows.desktop.click_in(entry, *NAME)
-    windows.desktop.key("ctrl+a")
+    windows.click_in(entry, *NAME)
+    windows.key("ctrl+a")
     windows.expect_copied(lambda copied: copied == "Ida Reed", "the stored name to show")
-    windows.desktop.type("Zoe Quill")
+    windows.type("Zoe Quill")
     windows.expect_stored("txtName0", "Zoe Quill")
-    windows.desktop.click_in(entry, *WAGE)
-    windows.desktop.type("12.5")
+    windows.click_in(entry, *WAGE)
+    windows.type("12.5")
     windows.expect_stored("txtHourlyWage0", "12.5")
-    windows.desktop.key("Tab")
+    windows.key("Tab")
     windows.expect_stored("txtHourlyWage0", "$12.50")
-    windows.desktop.key("alt+F4")
+    windows.key("alt+F4")
     windows.expect_end()
     left = windows.clipboard_text()
     expect(left == "Ida Reed", f"the clipboard holds \"{left}\" after the end, not what was copied")
 
 
 def builds_previews_and_saves(windows, **environment):
-    desktop = windows.desktop
-    folder = desktop.disk(FOLDER)
+    folder = windows.disk(FOLDER)
     shutil.rmtree(folder, ignore_errors=True)
     os.mkdir(folder)
     temporary = os.path.join(folder, "kvarno*.xls")
     # No ending is added to a name.
-    saved, printed = desktop.disk("saved by the test"), desktop.disk("printed by the test.pdf")
+    saved, printed = windows.disk("saved by the test"), windows.disk("printed by the test.pdf")
     for earlier in filter(os.path.exists, (saved, printed)):
         os.remove(earlier)
-    desktop.run("reg", "delete", KEY, "/f")
-    desktop.must_run("reg", "add", r"HKCU\Environment", "/v", "TEMP", "/d", "C:\\" + FOLDER, "/f")
-    desktop.restart()
+    windows.run("reg", "delete", KEY, "/f")
+    windows.must_run("reg", "add", r"HKCU\Environment", "/v", "TEMP", "/d", "C:\\" + FOLDER, "/f")
+    windows.restart()
     windows.start(**environment)
     entry = windows.entry_window()
-    desktop.click_in(entry, *SAMPLE_DATA)
+    windows.click_in(entry, *SAMPLE_DATA)
     windows.expect_stored("txtName0", "Ned Hollister")
-    desktop.click_in(entry, *START)
-    preview = desktop.wait_for(lambda: (window := desktop.is_shown(TITLE)) and
-                               (window := desktop.window(TITLE)) != entry and window, "the preview to show", 60)
-    desktop.wait_for(lambda: blue_pixels(windows.picture(preview, "preview")) > 1000, "the stub in its colours")
+    windows.click_in(entry, *START)
+    preview = windows.wait_for(lambda: (shown := windows.window(TITLE)) != entry and shown, "the preview to show", 60)
+    windows.wait_for(lambda: blue_pixels(windows.picture(preview, "preview")) > 1000, "the stub in its colours")
     natural = blue_pixels(windows.picture(preview, "preview"))
-    desktop.click_in(preview, *ZOOM_IN)
-    desktop.wait_for(lambda: blue_pixels(windows.picture(preview, "zoomed")) > 1.1 * natural, "the stub to grow")
-    desktop.key("Tab", "space")  # on to "Zoom Out"
-    desktop.wait_for(lambda: abs(blue_pixels(windows.picture(preview, "zoomed-back")) - natural) < 0.05 * natural,
-                     "the stub in its first size again")
+    windows.click_in(preview, *ZOOM_IN)
+    windows.wait_for(lambda: blue_pixels(windows.picture(preview, "zoomed")) > 1.1 * natural, "the stub to grow")
     expect(len(glob.glob(temporary)) == 1, f"the temporary folder holds {glob.glob(temporary)}")
-    desktop.key("ctrl+p")  # Wine has no printer
-    desktop.window("Print to PDF File", 30)
-    windows.settled(None, "print")
-    desktop.key("ctrl+a")
-    desktop.type("C:\\printed by the test.pdf")
-    desktop.key("Return")
-    desktop.wait_for(lambda: os.path.exists(printed) and open(printed, "rb").read().strip().endswith(b"%%EOF"),
+    windows.key("ctrl+p")  # Wine has no printer
+    windows.name_file("Print to PDF File", "C:\\printed by the test.pdf")
+    windows.wait_for(lambda: os.path.exists(printed) and open(printed, "rb").read().strip().endswith(b"%%EOF"),
                      "the stub in a PDF file")
-    desktop.click_in(preview, *SAVE)
-    desktop.window("Save File", 30)
-    windows.settled(None, "save")
-    desktop.key("ctrl+a")
-    desktop.type("C:\\saved by the test")
-    desktop.key("Return")
-    desktop.window(MESSAGE_TITLE, 30)
+    windows.click_in(preview, *SAVE)
+    windows.name_file("Save File", "C:\\saved by the test")
+    windows.window(MESSAGE_TITLE, 30)
     windows.expect_copied(lambda text: "\nDone.\n" in text, "the message \"Done.\"")
-    desktop.key("Return")
+    windows.key("Return")
     with open(saved, "rb") as workbook:
         expect(workbook.read(8).hex() == "d0cf11e0a1b11ae1" and os.path.getsize(saved) > 10000,
                "the saved file is not a workbook")
-    desktop.click_in(preview, *BACK)
-    desktop.wait_for(lambda: desktop.is_shown(TITLE) and desktop.window(TITLE) == entry, "the entry window again")
+    windows.click_in(preview, *BACK)
+    windows.wait_for(lambda: windows.window(TITLE) == entry, "the entry window again")
     expect(not glob.glob(temporary), "the temporary workbook is still there after going back")
-    desktop.key("alt+F4")
+    windows.key("alt+F4")
     windows.expect_end()
 
 
@@ -190,25 +178,24 @@ def works_without_excel_where_told_to(windows):
 
 
 def works_with_an_automation_server(windows):
-    windows.desktop.register_automation_server(os.path.join(windows.tools, "..", "excel", "server", "excel.exe"))
+    windows.register_automation_server(os.path.join(windows.tools, "..", "excel", "server", "excel.exe"))
     try:
         builds_previews_and_saves(windows)
     finally:
-        windows.desktop.register_automation_server(None)
+        windows.register_automation_server(None)
 
 
 def installs_starts_and_removes(windows):
-    desktop = windows.desktop
     setups = glob.glob(os.path.join(os.path.dirname(windows.program), "..", "..", "wagemill-*-setup.exe"))
     expect(setups, "there is no installer")
     def in_users_folder(*names):
-        return glob.glob(desktop.disk("users", "*", "AppData", *names))
+        return glob.glob(windows.disk("users", "*", "AppData", *names))
     def installed():
         return in_users_folder("Local", "Programs", "Wagemill")
     def uninstall_entry():
-        return desktop.run("reg", "query", UNINSTALL_KEY)[0] == 0
-    desktop.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
-    desktop.must_run(setups[0], "/S")
+        return windows.run("reg", "query", UNINSTALL_KEY)[0] == 0
+    windows.must_run("reg", "add", KEY, "/v", "txtName0", "/t", "REG_SZ", "/d", "Ida Reed", "/f")
+    windows.must_run(setups[0], "/S")
     folder, = installed()
     menu = {os.path.basename(path) for path in
             in_users_folder("Roaming", "Microsoft", "Windows", "Start Menu", "Programs", "Wagemill", "*")}
@@ -217,35 +204,26 @@ def installs_starts_and_removes(windows):
     with open(os.path.join(folder, "documents", "manual.html"), encoding="utf-8") as manual:
         for picture in re.findall(r'src="([^"]+)"', manual.read()):
             expect(os.path.exists(os.path.join(folder, "documents", picture)), f"the manual lacks {picture}")
-    desktop.start_program("cmd", "/c", os.path.join(folder, "Wagemill without Excel.cmd"))
+    windows.start_program("cmd", "/c", os.path.join(folder, "Wagemill without Excel.cmd"))
     windows.entry_window()
     windows.picture(None, "installed")
     for program in (setups[0], os.path.join(folder, "uninstall.exe")):
-        desktop.run(program, "/S")
+        windows.run(program, "/S")
     time.sleep(2)  # the uninstaller goes on as a copy of itself
     expect(os.path.exists(os.path.join(folder, "HAND-M.CUR")) and uninstall_entry(), "it was removed while it ran")
-    desktop.key("alt+F4")
-    desktop.wait_for(lambda: not desktop.is_shown(TITLE), "the program to end")
+    windows.key("alt+F4")
+    windows.wait_for(lambda: not windows.is_shown(TITLE), "the program to end")
     open(os.path.join(folder, "mine.txt"), "w").close()
-    desktop.must_run(setups[0], "/S")  # over the version that is there
+    windows.must_run(setups[0], "/S")  # over the version that is there
     expect(uninstall_entry(), "there is no uninstall entry after the upgrade")
     os.remove(os.path.join(folder, "mine.txt"))  # fails if the upgrade took what is not its own
-    desktop.run(os.path.join(folder, "uninstall.exe"), "/S")
-    desktop.wait_for(lambda: not installed() and not uninstall_entry(), "everything to be removed")
+    windows.run(os.path.join(folder, "uninstall.exe"), "/S")
+    windows.wait_for(lambda: not installed() and not uninstall_entry(), "everything to be removed")
     expect(not in_users_folder("Roaming", "Microsoft", "Windows", "Start Menu", "Programs", "Wagemill"),
            "the Start menu is not empty")
     expect(windows.stored("txtName0") == ("REG_SZ", "Ida Reed"), "what the user typed is gone")
 
 
-def main():
-    folder, program, tools, scenario = sys.argv[1:]
-    windows = Windows(*map(os.path.abspath, (folder, program, tools)))
-    try:
-        with windows.desktop:
-            globals()[scenario](windows)
-    except StepFailed as failure:
-        sys.exit(f"{scenario}: {failure}")
-
-
-if __name__ == "__main__":
-    main()
+*folders, chosen = sys.argv[1:]
+with Windows(*map(os.path.abspath, folders)) as driven:
+    globals()[chosen](driven)

@@ -8,7 +8,7 @@ import sys
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "endtoend"))
-from desktop import Desktop, StepFailed  # noqa: E402
+from desktop import Desktop, expect  # noqa: E402
 
 # As on a Windows of today: smoothed letters, and a font for dialogs that this machine has.
 SETTINGS = (
@@ -67,8 +67,7 @@ class WineDesktop(Desktop):
 
     def must_run(self, program, *arguments):
         code, output = self.run(program, *arguments)
-        if code:
-            raise StepFailed(f"{program} {' '.join(arguments)} ended with {code}: {output}")
+        expect(code == 0, f"{program} {' '.join(arguments)} ended with {code}: {output}")
 
     def register_automation_server(self, program):
         """The program answers to "Excel.Application" from now on, until this is called with None."""

@@ -119,6 +119,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override
     {
+        if (isBusy())
+            return RPC_E_CALL_REJECTED;
         if (locale != automation::englishUnitedStates)
             return TYPE_E_INVDATAREAD; // as where its language is not installed
         const auto member = std::ranges::find(m_members, toUtf8(names[0]), &Member::name);
@@ -138,6 +140,8 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID locale, WORD kind, DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO* exception, UINT*) override
     {
+        if (isBusy())
+            return RPC_E_CALL_REJECTED;
         const std::string name = m_members.at(static_cast<std::size_t>(id)).name;
         const auto member = std::ranges::find_if(m_members, [&](const Member& each) {
             return each.name == name && each.kind == automation::CallKind{kind} &&
@@ -181,9 +185,22 @@ private:
         return values;
     }
 
+    /// Whether the application is busy with its user now. A call that is made again keeps its number.
+    static bool isBusy()
+    {
+        static int calls = 0;
+        static ULONGLONG end = 0; // 0: not busy
+        const std::string busy = instruction("busy");
+        if (end == 0 && (busy == "each" || busy == std::to_string(++calls)))
+            end = ::GetTickCount64() + std::stoul(instruction("busyfor"));
+        const bool is = ::GetTickCount64() < end;
+        if (!is)
+            end = 0;
+        return is;
+    }
+
     static void misbehave(const std::string& member)
     {
-        ::Sleep(std::stoul(instruction("slow", "0")));
         if (instruction("ask") == member)
             ::MessageBoxW(nullptr, L"Save in the older format?", L"Test question", MB_YESNO);
         if (std::to_string(++s_calls) == instruction("die"))

@@ -12,7 +12,6 @@ namespace wagemill::test {
 ///   version=11.0        what Version answers
 ///   nothing=Open        that member does its work and gives nothing
 ///   ask=Copy            that member shows a question first, and waits for the answer
-///   slow=20             every call takes so many milliseconds longer
 ///   die=7               the seventh call ends the process
 ///   busy=7 busyfor=30   the seventh call, a name asked for counted too, is rejected for so many milliseconds;
 ///                       each: every call is
