@@ -2,12 +2,12 @@
 
 #include "app/base/ErrorTrap.h"
 #include "app/base/Files.h"
-#include "app/base/Messages.h"
 #include "app/look/Controls.h"
 #include "entry/DatePicker.h"
 #include "entry/EmployeePanel.h"
 #include "entry/EntryArea.h"
 #include "entry/EntryField.h"
+#include "help/HelpMessage.h"
 #include "preview/Form2.h"
 #include "settings/Settings.h"
 
@@ -302,11 +302,7 @@ void Form1::PushButton22_Click()
 
 void Form1::PushButton6_Click()
 {
-    ErrorTrap trap("Form1.PushButton6_Click");
-    trap.step(10, [] {
-        showMessage(
-            {.text = "Questions? Please contact Team Quellory at https://quellory.example/contact", .title = {}});
-    });
+    showHelpMessage();
 }
 
 void Form1::PushButton7_Click()

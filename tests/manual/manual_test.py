@@ -9,7 +9,7 @@ import os
 import re
 import sys
 
-MODULES = ("app/base", "app/look", "settings", "entry", "preview", "workbook", "workbook/sessions", "workbook/excel")
+MODULES = ("app/base", "app/look", "settings", "entry", "preview", "help", "workbook", "workbook/sessions", "workbook/excel")
 NEVER_MET = {
     "Cannot make the folder": "is reported as \"The settings cannot be kept in ...\"",
     "The title": "the one title of the program can be shortened",
