@@ -8,12 +8,23 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <functional>
+#include <iomanip>
+#include <sstream>
 
 using namespace wagemill;
 using namespace wagemill::test;
 
 namespace {
+
+std::string today()
+{
+    const std::time_t now = std::time(nullptr);
+    std::ostringstream text;
+    text << std::put_time(std::localtime(&now), "%F");
+    return text.str();
+}
 
 class EmbeddedApplicationTest : public testing::Test {
 protected:
@@ -49,6 +60,7 @@ TEST_F(EmbeddedApplicationTest, FillsCopiesAndSavesWhatAnotherSessionReads)
     book->Sheets(1)->PutCells(4, 4, "$15.00");
     book->Sheets(1)->PutCells(4, 7, "7.65%");
     book->Sheets(2)->PutCells(4, 4, "40");
+    book->Sheets(2)->PutCells(2, 12, "=TEXT(TODAY(),\"yyyy-mm-dd\")");
     book->Sheets(3)->Activate();
     book->Sheets(3)->Rows("2:12")->Select();
     session->Selection()->Copy();
@@ -60,6 +72,7 @@ TEST_F(EmbeddedApplicationTest, FillsCopiesAndSavesWhatAnotherSessionReads)
 
     EXPECT_EQ(shown(savedPath, 0, "G4"), "7.65%");
     EXPECT_EQ(shown(savedPath, 1, "I4"), "$600.00");
+    EXPECT_EQ(shown(savedPath, 1, "L2"), today());
     EXPECT_EQ(shown(savedPath, 2, "H9"), "$600.00");
     EXPECT_EQ(shown(savedPath, 2, "H15"), "2"); // the second stub asks for its own employee
     EXPECT_EQ(shown(savedPath, 2, "H21"), "$0.00");
