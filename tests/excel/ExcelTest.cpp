@@ -194,6 +194,8 @@ TEST_F(ExcelTest, IsAProcessOfItsOwnForEachSession)
     EXPECT_EQ(second->Workbooks()->count(), 0);
     second->Quit();
     EXPECT_EQ(first->Version(), "16.0");
+    const auto dying = excelSession("die=1"); // at its first call
+    EXPECT_TRUE(failureOf([&] { dying->Quit(); }).starts_with("Excel failed at \"Quit\": Excel has ended"));
 }
 
 TEST_F(ExcelTest, IsNotLeftToObjectsThatOutliveTheirSession)
