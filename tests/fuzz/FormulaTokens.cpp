@@ -3,9 +3,9 @@
 
 #include "workbook/engine/xls/FormulaTokens.h"
 #include "app/base/Bytes.h"
+#include "tests/fuzz/FuzzBook.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
-#include "workbook/engine/formula/FormulaParser.h"
 #include "workbook/engine/formula/Recalculation.h"
 
 #include <algorithm>
@@ -19,30 +19,6 @@ using namespace engine;
 
 constexpr CellAddress formulaPlace{1, 3};
 constexpr CellRect arrayPlace{1, 3, 3, 5};
-
-std::shared_ptr<const Formula> parsed(Book& book, const char* text)
-{
-    return std::make_shared<const Formula>(parseFormula(text, book, 0, {}));
-}
-
-/// Two sheets with a value of every kind in A1:C4, a formula that reads the one under test, and names.
-Book preparedBook()
-{
-    Book book;
-    Sheet& sheet = book.addSheet("Pay");
-    book.addSheet("Rates 1").at({0, 0}).value = 0.28;
-    const CellValue values[] = {1.0,  -2.5, 0.0, "12.5", "Ann", true, false, 46112.0, "", ErrorCode::DivisionByZero,
-                                1e300};
-    for (int index = 0; const CellValue& value : values) { // C4 is empty
-        sheet.at({index / 3, index % 3}).value = value;
-        ++index;
-    }
-    sheet.at({9, 0}).formula = parsed(book, "=SUM(A1:F6,'Rates 1'!A1)");
-    book.names = {{"rate", {}, *parsed(book, "='Rates 1'!$A$1"), {}},
-                  {"below", {}, *parsed(book, "=A2:B3"), {}},
-                  {"itself", {}, {{NameToken{OperandClass::Value, {}, 3}}}, {}}};
-    return book;
-}
 
 /// Puts the formula where it is tried, alone or as that of an array.
 void place(Book& book, const std::shared_ptr<const Formula>& formula, bool isArray)

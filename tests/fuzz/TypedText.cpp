@@ -1,5 +1,6 @@
 // Input: a byte that chooses the region, then the text typed into a cell.
 
+#include "tests/fuzz/FuzzBook.h"
 #include "tests/fuzz/FuzzRegions.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/OpenRecalculateWrite.h"
@@ -9,21 +10,7 @@
 
 namespace wagemill::fuzz {
 
-namespace {
-
 using namespace engine;
-
-Book preparedBook()
-{
-    Book book;
-    Sheet& sheet = book.addSheet("Pay");
-    book.addSheet("Rates 1").at({0, 0}).value = 0.28;
-    sheet.at({1, 1}).value = sheet.at({2, 1}).value = 12.5;
-    sheet.at({1, 2}).value = std::string("Ann");
-    return book;
-}
-
-} // namespace
 
 void tryInput(Input input)
 {
