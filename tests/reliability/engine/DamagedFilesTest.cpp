@@ -45,7 +45,7 @@ void tryInTime(std::span<const std::byte> file, const std::string& damage)
 
 TEST(DamagedFiles, EveryPrefixAndEveryPrefixOfTheRecordsIsReadOrRefused)
 {
-    const std::size_t step = shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 37 : 7, 1);
+    const auto step = shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 37 : 7, 1);
     for (const Bytes& whole : wholeFiles()) {
         ASSERT_EQ(openRecalculateWrite(whole).refusal, "");
         for (std::size_t size = 0; size < whole.size(); size += size < 600 ? 1 : step)
@@ -62,7 +62,7 @@ TEST(DamagedFiles, EveryPrefixAndEveryPrefixOfTheRecordsIsReadOrRefused)
 
 TEST(DamagedFiles, EveryFlippedBitIsReadOrRefused)
 {
-    const std::size_t step =
+    const auto step =
         shortOrLong<std::size_t>(WAGEMILL_SANITIZED ? 613 : 13, 1); // primes: no bit of a byte is left out
     for (Bytes changed : wholeFiles())
         for (std::size_t bit = 0; bit < changed.size() * 8; bit += step) {
