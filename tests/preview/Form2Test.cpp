@@ -155,6 +155,8 @@ TEST_F(Form2Test, ZoomsInQuartersFromTheOriginAndKeepsTheRanges)
     const QSize natural = picture().size();
     vertical().setValue(50);
     click("PushButton1");
+    QEvent comingBack(QEvent::WindowActivate);
+    QApplication::sendEvent(&form, &comingBack);
     EXPECT_EQ(picture().geometry(), QRect(QPoint(0, 0), zoomed(natural, 5)));
     EXPECT_EQ(vertical().value(), 0);
     EXPECT_EQ(vertical().maximum(), 100);
