@@ -188,6 +188,8 @@ TEST(DamagedWorkbook, KeepsFiltersAndSizesWithinTheirLimits)
     const Book book = writtenAndRead(read(workbookOf({{0x009B, ""},
                                                       {0x0225, "0000 FFFF"},
                                                       {0x0055, "FFFF"},
+                                                      {0x00A1, "0900 9101 0100 0100 0100 0200 5802 5802"
+                                                               "0000000000000000 0000000000000000 0100"},
                                                       {0x007D, "0000 FFFF FFFF 0F00 0000 0000"},
                                                       {0x0208, "0000 0000 0100 FE81 0000 0000 0001 0F00"},
                                                       {0x0208, "0100 0000 0100 FF7F 0000 0000 4001 0F00"}})));
@@ -198,6 +200,7 @@ TEST(DamagedWorkbook, KeepsFiltersAndSizesWithinTheirLimits)
     EXPECT_EQ(sheet.rows()[1].heightTwips, 8192);
     EXPECT_EQ(sheet.rowHeightTwips(2), 8179);
     EXPECT_EQ(sheet.defaultColumnWidth, 255);
+    EXPECT_EQ(sheet.print.scalePercent, 100) << "401";
     EXPECT_EQ(sheet.columns, (std::vector<ColumnRun>{{0, 255, 65280, defaultCellFormat, false, false}}));
 }
 

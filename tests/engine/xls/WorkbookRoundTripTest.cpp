@@ -168,8 +168,12 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
                         {{std::string("\x05") + "DocumentSummaryInformation"}, false, fromHex("04")}};
     book.names.push_back({"rate", std::nullopt, {{NumberToken{5}}}, {}});
     book.supportingBooks.push_back({SupportingBook::Kind::AddIn, {}, {}, {}});
+    book.kept = {
+        {0x003D, fromHex("0100020003000400 3800 0700 0800 0900 5802"), {}}}; // WINDOW1: active, first, selected
     const Book read = writtenAndRead(book, FileKind::Template);
 
+    EXPECT_EQ(std::ranges::find(read.kept, 0x003D, &KeptRecord::id)->data,
+              fromHex("0100020003000400 3800 0100 0000 0100 5802"));
     std::vector<KeptRecord> kept = read.sheets[0]->kept;
     std::erase_if(kept, [&](const KeptRecord& each) { return std::ranges::count(sheet.kept, each) == 0; });
     EXPECT_EQ(kept, sheet.kept) << "and in their order";
