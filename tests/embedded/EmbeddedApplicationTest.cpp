@@ -184,6 +184,8 @@ TEST_F(EmbeddedApplicationTest, FailsOnWhatIsClosedOrQuit)
         EXPECT_EQ(failureOf(use), "The spreadsheet session has ended.");
     EXPECT_EQ(failureOf([&] { session->Version(); }), "The spreadsheet session has ended.");
     EXPECT_EQ(failureOf([&] { session->Quit(); }), "The spreadsheet session has ended.");
+    const auto bookOfNoSession = newSession()->Workbooks()->Open(templatePath.string());
+    EXPECT_EQ(failureOf([&] { bookOfNoSession->Sheets(1); }), "The spreadsheet session has ended.");
 }
 
 } // namespace

@@ -177,6 +177,8 @@ TEST_F(Form2Test, ABarThatZoomingAloneEnablesMovesNothing)
     ASSERT_TRUE(vertical().isEnabled());
     vertical().setValue(50);
     EXPECT_EQ(picture().pos(), QPoint(0, 0));
+    click("PushButton2");
+    EXPECT_FALSE(horizontal().isEnabled()) << "the picture is as wide as the view";
 }
 
 TEST_F(Form2Test, TooLargeAZoomFallsBackToOneAndDrawsNothing)
