@@ -78,6 +78,12 @@ BOOL CALLBACK printTitle(HWND window, LPARAM /*unused*/)
     return TRUE;
 }
 
+void endExcels()
+{
+    for (const DWORD process : excels())
+        ::TerminateProcess(WindowsHandle(::OpenProcess(PROCESS_TERMINATE, FALSE, process)).get(), 1);
+}
+
 /// A call that nobody answers waits for ever.
 void endWhatHangs(const std::stop_token& stop)
 {
@@ -86,8 +92,7 @@ void endWhatHangs(const std::stop_token& stop)
         return;
     ADD_FAILURE() << "The test did not end in time; its Excels are ended.";
     ::EnumWindows(printTitle, 0);
-    for (const DWORD process : excels())
-        ::TerminateProcess(WindowsHandle(::OpenProcess(PROCESS_TERMINATE, FALSE, process)).get(), 1);
+    endExcels();
     if (!isSoon(isOver, 1min))
         ::TerminateProcess(::GetCurrentProcess(), 1);
 }
@@ -124,7 +129,11 @@ protected:
         std::error_code ignored;
         fs::remove_all(m_privateFolder, ignored);
     }
-    void TearDown() override { EXPECT_TRUE(areAllExcelsGone()); }
+    void TearDown() override
+    {
+        EXPECT_TRUE(areAllExcelsGone());
+        endExcels(); // those that are left would fail the next test too
+    }
 
     std::unique_ptr<Application> excelSession(const std::string& behaviour = "") const
     {
@@ -243,7 +252,8 @@ TEST_F(ExcelTest, AnswersWhatTheEngineAnswers)
 
 TEST_F(ExcelTest, LetsNoWindowEventRunWhileItIsBusy)
 {
-    static int events = 0;
+    static int events;
+    events = 0;
     const TIMERPROC count = [](HWND, UINT, UINT_PTR, DWORD) { ++events; };
     ::PostMessageW(nullptr, WM_TIMER, 0, reinterpret_cast<LPARAM>(count)); // calls it when it is dispatched
     const auto session = excelSession("busy=each busyfor=200");
