@@ -108,13 +108,14 @@ TEST_F(LookTest, ASkinIsAStyleSheetAndAnotherIsReportedAtOnce)
     std::filesystem::create_directory(folder / "x");
     const std::filesystem::path skin = folder / "x/o.cjs";
     const auto pipe = [&] { ASSERT_EQ(::mkfifo(skin.c_str(), 0600), 0); };
-    const auto text = [&](std::string content) { return [this, content] { putSkin(content); }; };
+    constexpr std::size_t maxSkin = 1024 * 1024;
+    const auto text = [&](const std::string& content) { return [this, content] { putSkin(content); }; };
     const std::pair<std::function<void()>, const char*> cases[] = {
         {pipe, "it is not a plain file"},
         {text("QLabel { } } \xC3\x28"), "it is not text"},
         {text(std::string("a\0b", 3)), "it is not text"},
-        {text(std::string(1024 * 1024 + 1, ' ')), "it is larger than 1 MiB"},
-        {text(std::string(1024 * 1024, '{')), "it is not a style sheet"},
+        {text(std::string(maxSkin + 1, ' ')), "it is larger than 1 MiB"},
+        {text(std::string(maxSkin, '{')), "it is not a style sheet"},
         {text("Dear colleagues, the skin will follow."), "it is not a style sheet"},
         {text("QLabel { color: red"), "it is not a style sheet"},
         {text("QLabel { no declaration }"), "it is not a style sheet"},

@@ -41,7 +41,7 @@ std::filesystem::path workbookOf(const std::vector<Stub>& stubs, const test::Tem
         }
         row += 8;
     }
-    const auto path = folder / "kvarno12345678.xls";
+    auto path = folder / "kvarno12345678.xls";
     writeBytesToFile(xls::writeWorkbook(book, xls::FileKind::Workbook), path);
     return path;
 }

@@ -33,7 +33,7 @@ TEST(FormulaParser, WritesTokensAsTheFileWantsThem)
         {"=ABS(SUMPRODUCT(ABS(A1)))",
          {cell(Array, 0, 0), FunctionToken{Array, 24, 1, false}, FunctionToken{Value, 228, 1, true},
           FunctionToken{Value, 24, 1, false}}},
-        {"=IF(H3>1,\"x\",\"y\")",
+        {R"(=IF(H3>1,"x","y"))",
          {cell(Value, 2, 7), NumberToken{1}, OperatorToken{Operator::Greater}, jump(Kind::If, {6}), TextToken{"x"},
           jump(Kind::Goto, {9}), TextToken{"y"}, jump(Kind::Goto, {9}), FunctionToken{Value, 1, 3, true}}},
         {"=CHOOSE(1,2,)",
