@@ -143,7 +143,7 @@ TEST(WorkbookRoundTrip, KeepsPrintSetupAndWhatItDoesNotUnderstand)
                    .scalePercent = 79,
                    .pagesWide = 2,
                    .pagesHigh = 3,
-                   .left = 0.25,
+                   .left = 0,
                    .right = 0.5,
                    .top = 1.25,
                    .bottom = 1.5,
