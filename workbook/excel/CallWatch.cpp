@@ -14,9 +14,9 @@ namespace {
 
 constexpr UINT pause = 250; // milliseconds
 
-constexpr const wchar_t* question = L"Excel has not answered for 20 seconds. It may be asking something in a "
-                                    L"window that "
-                                    L"is behind others.\n\nBring Excel to the front?";
+constexpr const wchar_t* question =
+    L"Excel has not answered for 20 seconds. It may be asking something in a window that "
+    L"is behind others.\n\nBring Excel to the front?";
 
 struct ExcelWindow {
     HWND window = nullptr;
